@@ -1,0 +1,58 @@
+// What a host program needs to be an agent: it creates one `AgentHost`, hands its service agent to the
+// module's start-up exports, and sees through the plugs what the module does in the agent's libraries.
+// Without plugs all goes on quietly.
+#pragma once
+
+#include "Enterprise.h"
+#include "platform/agent/Api.h"
+
+#include <cstdint>
+#include <memory>
+
+namespace KRX::ServiceAgentNS {
+class ServiceAgent;
+}
+
+namespace agent {
+
+class Observer;
+class Runtime;
+
+/// The agent around its libraries. The libraries are the process's, so there is one host at a time (a second
+/// one throws std::logic_error). No module thread may run, and no call be inside the libraries, while a host
+/// is created or destroyed.
+class KRX_API AgentHost final {
+  public:
+    /// What is plugged in is not owned and must outlive the host. Without an enterprise every record is
+    /// accepted; without a runtime threads run freely.
+    struct Plugs {
+        Observer* observer = nullptr;
+        Enterprise* enterprise = nullptr;
+        Runtime* runtime = nullptr;
+    };
+
+    explicit AgentHost(Plugs plugs);
+    AgentHost() : AgentHost(Plugs{}) {}
+    AgentHost(const AgentHost&) = delete;
+    AgentHost& operator=(const AgentHost&) = delete;
+    ~AgentHost();
+
+    /// The service agent for the start-up exports; valid as long as the host.
+    KRX::ServiceAgentNS::ServiceAgent* serviceAgent();
+
+    /// Whether the service agent has an asset 0 (at first it has). Asset pointers handed out before stay
+    /// valid.
+    void setAssetPresent(bool present);
+    /// The asset's current poll interval in seconds (60 at first).
+    void setPollInterval(unsigned int seconds);
+    /// Whether log lines go to the log hook while it is set (at first they do).
+    void setRouting(bool on);
+    /// Hands an audit message to the audit hook: its answer, or -1 when none is set.
+    std::int8_t audit(const char* message);
+
+  private:
+    struct Implementation;
+    std::unique_ptr<Implementation> implementation_;
+};
+
+}  // namespace agent

@@ -1,0 +1,34 @@
+#include "Plugs.h"
+
+#include "FreeRuntime.h"
+#include "Observer.h"
+
+#include <atomic>
+
+namespace agent {
+
+namespace {
+
+std::atomic<Observer*> currentObserver = nullptr;
+std::atomic<Runtime*> currentRuntime = nullptr;
+
+}  // namespace
+
+Observer& observer() {
+    static Observer quiet;
+    Observer* plugged = currentObserver;
+    return plugged == nullptr ? quiet : *plugged;
+}
+
+Runtime& runtime() {
+    static FreeRuntime free;
+    Runtime* plugged = currentRuntime;
+    return plugged == nullptr ? free : *plugged;
+}
+
+void plugIn(Observer* observer, Runtime* runtime) {
+    currentObserver = observer;
+    currentRuntime = runtime;
+}
+
+}  // namespace agent

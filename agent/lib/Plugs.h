@@ -1,0 +1,24 @@
+// What the current host program plugged into the libraries.
+#pragma once
+
+#include <cstdint>
+
+namespace agent {
+
+class Observer;
+class Runtime;
+
+/// The plugged-in observer, or one that does nothing.
+Observer& observer();
+/// The plugged-in runtime, or the one whose threads run freely.
+Runtime& runtime();
+
+/// Plugs in both; null takes the defaults.
+void plugIn(Observer* observer, Runtime* runtime);
+
+/// Whether log lines go to the log hook.
+void setLogRouting(bool on);
+/// Calls the audit hook; -1 when there is none.
+std::int8_t callAuditHook(const char* message);
+
+}  // namespace agent

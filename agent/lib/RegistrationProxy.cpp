@@ -1,0 +1,80 @@
+#include "OCM.h"
+#include "Observer.h"
+#include "Plugs.h"
+#include "platform/agent/Registration.h"
+
+#include <memory>
+#include <mutex>
+
+namespace KRX::Services::RegistrationNS {
+
+namespace {
+
+std::string orEmpty(const char* text) {
+    return text == nullptr ? "" : text;
+}
+
+agent::NamedValues valuesOf(const Messaging::SerializableArray& properties) {
+    agent::NamedValues values;
+    for (int i = 0; i < properties.GetCount(); ++i) {
+        const auto& property = *static_cast<const Property*>(properties.GetEntry(i));
+        const char* value = property.GetValue();
+        values.emplace_back(orEmpty(property.GetName()),
+                            value == nullptr ? std::nullopt : std::optional<std::string>(value));
+    }
+    return values;
+}
+
+}  // namespace
+
+struct RegistrationProxy::Implementation {
+    std::mutex mutex;  ///< guards the channel and the context
+    Messaging::OCM* channel = nullptr;
+    Messaging::Headers::SecurityContext context{"SecurityContext"};
+};
+
+// The wire request goes through the asset's channel, which needs neither the service's name nor its address.
+RegistrationProxy::RegistrationProxy(const char* /*serviceName*/, const char* /*requestUri*/,
+                                     const char* /*serviceNamespace*/)
+    : implementation_(std::make_unique<Implementation>().release()) {}
+
+RegistrationProxy::~RegistrationProxy() {
+    delete implementation_;
+}
+
+std::int8_t RegistrationProxy::UpdateAsset(Asset& asset, int /*flags*/) {
+    Messaging::OCM* channel = nullptr;
+    {
+        const std::lock_guard lock(implementation_->mutex);
+        if (implementation_->context.GetCredentials() != nullptr) {
+            channel = implementation_->channel;
+        }
+    }
+    const agent::NamedValues properties = valuesOf(*asset.GetProperties());
+    const std::int8_t result =
+        channel == nullptr ? std::int8_t{-1} : channel->deliver(orEmpty(asset.GetMemberName()), properties);
+    agent::observer().onUpdateAsset(result, properties);
+    return result;
+}
+
+void RegistrationProxy::SetOCM(Messaging::OCM* channel) {
+    const std::lock_guard lock(implementation_->mutex);
+    implementation_->channel = channel;
+}
+
+std::int8_t RegistrationProxy::SetSecurityContext(Messaging::Headers::SecurityContext& context) {
+    const Messaging::Headers::Credentials none("Credentials");
+    const Messaging::Headers::Credentials* credentials =
+        context.GetCredentials() == nullptr ? &none : context.GetCredentials();
+    {
+        const std::lock_guard lock(implementation_->mutex);
+        if (implementation_->context.SetAuthenticationToken(context.GetAuthenticationToken()) != 0 ||
+            implementation_->context.SetCredentials(credentials) != 0) {
+            return -1;
+        }
+    }
+    agent::observer().onCredentials(credentials->GetMemberId());
+    return 0;
+}
+
+}  // namespace KRX::Services::RegistrationNS

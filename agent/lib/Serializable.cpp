@@ -1,0 +1,264 @@
+#include "Serializer.h"
+#include "SubElementDef.h"
+#include "XmlElement.h"
+#include "platform/agent/Messaging.h"
+
+#include <algorithm>
+#include <list>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace KRX::Messaging {
+
+namespace {
+
+std::optional<std::string> copyOf(const char* text) {
+    return text == nullptr ? std::nullopt : std::optional<std::string>(text);
+}
+
+const char* textOf(const std::optional<std::string>& text) {
+    return text ? text->c_str() : nullptr;
+}
+
+std::string orEmpty(const char* text) {
+    return text == nullptr ? "" : text;
+}
+
+/// A text that an element answered; released when the element gave it away.
+class AnsweredText final {
+  public:
+    template <typename Question>
+    explicit AnsweredText(Question question) {
+        text_ = question(release_);
+    }
+    AnsweredText(const AnsweredText&) = delete;
+    AnsweredText& operator=(const AnsweredText&) = delete;
+    ~AnsweredText() {
+        if (release_) {
+            delete[] text_;
+        }
+    }
+    const char* get() const { return text_; }
+
+  private:
+    bool release_ = false;
+    const char* text_ = nullptr;
+};
+
+/// Names an element and what is wrong with it.
+std::string about(const std::string& element, const std::string& fault) {
+    return "element '" + element + "' " + fault;
+}
+
+}  // namespace
+
+struct Serializable::Implementation {
+    struct Attribute {
+        std::string name;
+        std::optional<std::string> text;
+    };
+
+    std::string name;
+    std::optional<std::string> text;
+    std::vector<Attribute> attributes;
+    std::list<SubElementDef> subElements;  ///< a list, so that answered descriptions stay where they are
+
+    Attribute* attribute(const char* wanted) {
+        const auto found = std::find_if(attributes.begin(), attributes.end(),
+                                        [wanted](const Attribute& each) { return each.name == wanted; });
+        return found == attributes.end() ? nullptr : &*found;
+    }
+    SubElementDef* subElement(const char* wanted, bool object) {
+        const auto found =
+            std::find_if(subElements.begin(), subElements.end(), [wanted, object](const SubElementDef& each) {
+                return each.isObject == object && each.name == wanted;
+            });
+        return found == subElements.end() ? nullptr : &*found;
+    }
+};
+
+Serializable::Serializable(const char* elementName, const char* text, int /*required*/, int /*flag*/)
+    : implementation_(new Implementation{orEmpty(elementName), copyOf(text), {}, {}}) {}
+
+Serializable::~Serializable() {
+    delete implementation_;
+}
+
+std::int8_t Serializable::Serialize(Serializer& serializer, unsigned int flags) {
+    const std::string name = GetElementName();
+    serializer.openElement(name);
+    for (const auto& attribute : implementation_->attributes) {
+        const AnsweredText text(
+            [&](bool& release) { return GetAttributeText(attribute.name.c_str(), release); });
+        if (text.get() != nullptr) {
+            serializer.writeAttribute(attribute.name, text.get());
+        }
+    }
+    if (HasElementText()) {
+        const AnsweredText text([&](bool& release) { return GetElementText(release); });
+        if (text.get() != nullptr) {
+            serializer.writeText(text.get());
+        }
+    }
+    for (const SubElementDef& subElement : implementation_->subElements) {
+        if (subElement.isObject) {
+            if (subElement.element != nullptr && subElement.element->Serialize(serializer, flags) != 0) {
+                return serializer.fail(about(name, "cannot write '" + subElement.name + "'"));
+            }
+            continue;
+        }
+        for (int i = 0; i < subElement.maximum || subElement.maximum <= 0; ++i) {
+            const AnsweredText text([&](bool& release) {
+                return GetSubElementText(subElement.name.c_str(), release, static_cast<unsigned int>(i));
+            });
+            if (text.get() == nullptr) {
+                break;
+            }
+            serializer.openElement(subElement.name);
+            serializer.writeText(text.get());
+            serializer.closeElement(subElement.name);
+        }
+    }
+    serializer.closeElement(name);
+    return 0;
+}
+
+std::int8_t Serializable::Deserialize(Serializer& serializer) {
+    const std::string name = GetElementName();
+    if (serializer.received() == nullptr) {
+        return serializer.fail("nothing was received");
+    }
+    const agent::XmlElement& received = *serializer.received();
+    if (received.name != name) {
+        return serializer.fail("expected element '" + name + "', received '" + received.name + "'");
+    }
+    if (PreDeserialize() != 0) {
+        return serializer.fail(about(name, "cannot be read"));
+    }
+    for (const auto& [attribute, text] : received.attributes) {
+        if (SetAttributeText(attribute.c_str(), text.c_str()) != 0) {
+            return serializer.fail(about(name, "refused attribute '" + attribute + "'"));
+        }
+    }
+    if (HasElementText()) {
+        if (SetElementText(received.text.c_str()) != 0) {
+            return serializer.fail(about(name, "refused its text"));
+        }
+    } else if (received.text.find_first_not_of(" \t\r\n") != std::string::npos) {
+        return serializer.fail(about(name, "takes no text of its own"));
+    }
+    std::map<const SubElementDef*, int> counts;
+    for (const agent::XmlElement& child : received.children) {
+        SubElementDef* subElement = nullptr;
+        if (GetSubElement(child.name.c_str(), subElement) != 0 || subElement == nullptr) {
+            return serializer.fail(about(name, "has no sub-element '" + child.name + "'"));
+        }
+        if (++counts[subElement] > subElement->maximum && subElement->maximum > 0) {
+            return serializer.fail(
+                about(name, "has more sub-elements '" + child.name + "' than it may have"));
+        }
+        if (subElement->isObject) {
+            if (serializer.readChild(child, *subElement->element) != 0) {
+                return serializer.fail(about(name, "refused sub-element '" + child.name + "'"));
+            }
+        } else if (!child.children.empty()) {
+            return serializer.fail(about(child.name, "takes nothing but text"));
+        } else if (SetSubElementText(child.name.c_str(), child.text.c_str()) != 0) {
+            return serializer.fail(about(name, "refused sub-element '" + child.name + "'"));
+        }
+    }
+    return 0;
+}
+
+std::int8_t Serializable::GetSubElement(const char* name, SubElementDef*& subElement) {
+    subElement = implementation_->subElement(name, false);
+    if (subElement != nullptr) {
+        return 0;
+    }
+    // An element object stands in the message under its own name, not under the one it was declared with.
+    for (SubElementDef& each : implementation_->subElements) {
+        if (each.element != nullptr && orEmpty(name) == each.element->GetElementName()) {
+            subElement = &each;
+            return 0;
+        }
+    }
+    return -1;
+}
+
+std::int8_t Serializable::SetAttributeText(const char* name, const char* text) {
+    Implementation::Attribute* attribute = implementation_->attribute(name);
+    if (attribute == nullptr) {
+        return -1;
+    }
+    attribute->text = copyOf(text);
+    return 0;
+}
+
+std::int8_t Serializable::SetElementText(const char* text) {
+    implementation_->text = copyOf(text);
+    return 0;
+}
+
+std::int8_t Serializable::SetSubElementText(const char* name, const char* text) {
+    SubElementDef* subElement = implementation_->subElement(name, false);
+    if (subElement == nullptr) {
+        return -1;
+    }
+    subElement->text = copyOf(text);
+    return 0;
+}
+
+const char* Serializable::GetAttributeText(const char* name, bool& release) {
+    release = false;
+    const Implementation::Attribute* attribute = implementation_->attribute(name);
+    return attribute == nullptr ? nullptr : textOf(attribute->text);
+}
+
+const char* Serializable::GetElementText(bool& release) {
+    release = false;
+    return textOf(implementation_->text);
+}
+
+const char* Serializable::GetSubElementText(const char* name, bool& release, unsigned int index) {
+    release = false;
+    const SubElementDef* subElement = implementation_->subElement(name, false);
+    return subElement == nullptr || index > 0 ? nullptr : textOf(subElement->text);
+}
+
+std::int8_t Serializable::PreDeserialize() {
+    return 0;
+}
+
+bool Serializable::HasElementText() {
+    return implementation_->subElements.empty();
+}
+
+std::int8_t Serializable::RegisterAttribute(const char* name, int /*flag*/, const char* text) {
+    implementation_->attributes.push_back({orEmpty(name), copyOf(text)});
+    return 0;
+}
+
+std::int8_t Serializable::RegisterSubElement(const char* name, int /*minimum*/, int maximum,
+                                             const char* text) {
+    implementation_->subElements.push_back({orEmpty(name), false, nullptr, maximum, copyOf(text)});
+    return 0;
+}
+
+std::int8_t Serializable::RegisterSubElement(const char* name, Serializable* element, int flag,
+                                             const char* text) {
+    implementation_->subElements.push_back({orEmpty(name), true, element, flag, copyOf(text)});
+    return 0;
+}
+
+void Serializable::SetElementName(const char* name) {
+    implementation_->name = orEmpty(name);
+}
+
+const char* Serializable::GetElementName() const {
+    return implementation_->name.c_str();
+}
+
+}  // namespace KRX::Messaging

@@ -1,0 +1,71 @@
+#include "FileVerbs.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <stdexcept>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+
+namespace sim {
+
+namespace {
+
+std::string native(std::string path) {
+    std::replace(path.begin(), path.end(), '\\', '/');
+    return path;
+}
+
+[[noreturn]] void fail(const std::string& path, int error) {
+    throw std::runtime_error(path + ": " + std::strerror(error));
+}
+
+}  // namespace
+
+void writeFile(const std::string& path, const std::string& text, std::chrono::microseconds wall) {
+    const std::filesystem::path target = native(path);
+    if (target.has_parent_path()) {
+        std::filesystem::create_directories(target.parent_path());
+    }
+    std::ofstream stream(target, std::ios::binary | std::ios::trunc);
+    stream << text;
+    stream.close();
+    if (!stream) {
+        fail(path, errno);
+    }
+    setModified(path, wall);
+}
+
+void removeFile(const std::string& path) {
+    std::filesystem::remove_all(native(path));
+}
+
+void setModified(const std::string& path, std::chrono::microseconds wall) {
+    const auto whole = std::chrono::floor<std::chrono::seconds>(wall);
+    const timespec times[2] = {{0, UTIME_OMIT},
+                               {whole.count(), std::chrono::nanoseconds(wall - whole).count()}};
+    if (::utimensat(AT_FDCWD, native(path).c_str(), times, 0) != 0) {
+        fail(path, errno);
+    }
+}
+
+std::optional<std::string> readFile(const std::string& path) {
+    const std::string target = native(path);
+    std::ifstream stream(target, std::ios::binary);
+    if (!stream && (errno == ENOENT || errno == ENOTDIR)) {
+        return std::nullopt;
+    }
+    std::ostringstream contents;
+    // An empty file gives the copy nothing to insert, which is no failure.
+    if (!stream || (stream.peek() != std::ifstream::traits_type::eof() && !(contents << stream.rdbuf())) ||
+        stream.bad()) {
+        fail(path, errno);
+    }
+    return contents.str();
+}
+
+}  // namespace sim

@@ -1,0 +1,95 @@
+#include "Input.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <cstdint>
+#include <system_error>
+#include <utility>
+
+#include <poll.h>
+#include <sys/eventfd.h>
+#include <unistd.h>
+
+namespace sim {
+
+namespace {
+
+/// Counts up when SIGINT came; a signal handler finds nothing but globals.
+int interruptCounter = -1;
+
+extern "C" void countInterrupt(int /*signal*/) {
+    const int saved = errno;
+    const std::uint64_t one = 1;
+    [[maybe_unused]] const ssize_t written = ::write(interruptCounter, &one, sizeof one);
+    errno = saved;
+}
+
+}  // namespace
+
+Input::Input(int descriptor) : descriptor_(descriptor) {
+    interruptCounter = ::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
+    if (interruptCounter < 0) {
+        throw std::system_error(errno, std::generic_category(), "eventfd");
+    }
+    struct sigaction action = {};
+    action.sa_handler = countInterrupt;
+    // A second SIGINT ends the process at once.
+    action.sa_flags = static_cast<int>(SA_RESTART | SA_RESETHAND);
+    ::sigaction(SIGINT, &action, nullptr);
+}
+
+Input::~Input() {
+    std::signal(SIGINT, SIG_DFL);
+    ::close(std::exchange(interruptCounter, -1));
+}
+
+bool Input::wait(std::chrono::microseconds time) {
+    using namespace std::chrono;
+    std::array<pollfd, 2> watched = {{{interruptCounter, POLLIN, 0}, {open_ ? descriptor_ : -1, POLLIN, 0}}};
+    const seconds whole = duration_cast<seconds>(std::max(time, microseconds::zero()));
+    const timespec limit = {whole.count(),
+                            duration_cast<nanoseconds>(std::max(time, microseconds::zero()) - whole).count()};
+    const auto deadline = time == microseconds::max() ? nullptr : &limit;
+    if (::ppoll(watched.data(), watched.size(), deadline, nullptr) < 0) {
+        if (errno == EINTR) {
+            return true;
+        }
+        throw std::system_error(errno, std::generic_category(), "poll");
+    }
+    stopRequested_ = stopRequested_ || watched[0].revents != 0;
+    if (watched[1].revents != 0) {
+        read();
+    }
+    return watched[0].revents != 0 || watched[1].revents != 0;
+}
+
+std::string Input::takeLine() {
+    std::string line = std::move(lines_.front());
+    lines_.pop_front();
+    return line;
+}
+
+void Input::read() {
+    std::array<char, 4096> buffer = {};
+    const ssize_t size = ::read(descriptor_, buffer.data(), buffer.size());
+    if (size < 0 && (errno == EINTR || errno == EAGAIN)) {
+        return;
+    }
+    if (size <= 0) {
+        open_ = false;
+        if (!partial_.empty()) {
+            lines_.push_back(std::exchange(partial_, {}));
+        }
+        return;
+    }
+    partial_.append(buffer.data(), static_cast<std::size_t>(size));
+    std::size_t start = 0;
+    for (std::size_t end = 0; (end = partial_.find('\n', start)) != std::string::npos; start = end + 1) {
+        lines_.push_back(partial_.substr(start, end - start));
+    }
+    partial_.erase(0, start);
+}
+
+}  // namespace sim

@@ -1,0 +1,39 @@
+// What comes in while a simulation runs in real time.
+#pragma once
+
+#include <chrono>
+#include <deque>
+#include <string>
+
+namespace sim {
+
+/// The lines typed on a descriptor, and the request to stop (SIGINT). Used by one thread at a time.
+class Input final {
+  public:
+    /// Reads `descriptor`, which stays the caller's, and watches SIGINT from now on.
+    explicit Input(int descriptor);
+    Input(const Input&) = delete;
+    Input& operator=(const Input&) = delete;
+    ~Input();
+
+    /// Waits at most `time` for something to happen; true when a line is there or the state below has
+    /// changed.
+    bool wait(std::chrono::microseconds time);
+
+    /// Whether lines are there or may still come.
+    bool isOpen() const { return open_ || !lines_.empty(); }
+    bool stopRequested() const { return stopRequested_; }
+    bool hasLine() const { return !lines_.empty(); }
+    std::string takeLine();
+
+  private:
+    void read();
+
+    int descriptor_;
+    bool open_ = true;
+    bool stopRequested_ = false;
+    std::string partial_;
+    std::deque<std::string> lines_;
+};
+
+}  // namespace sim

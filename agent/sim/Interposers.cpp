@@ -1,0 +1,79 @@
+// System functions that the module must find here instead of in the C library: the program stands first in
+// the order in which symbols are looked up, also with a sanitizer's or a preloaded library in between.
+#include "ProcessTime.h"
+
+#include <atomic>
+#include <cerrno>
+#include <ctime>
+
+#include <dlfcn.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#define INTERPOSED __attribute__((visibility("default"), noinline))
+
+namespace {
+
+/// The function that would have been found without ours.
+template <typename Function>
+Function* next(std::atomic<Function*>& known, const char* name) {
+    Function* function = known;
+    if (function == nullptr) {
+        function = reinterpret_cast<Function*>(::dlsym(RTLD_NEXT, name));
+        known = function;
+    }
+    return function;
+}
+
+/// A file that the module wrote was modified at the simulation's present.
+void stamp(int descriptor) {
+    const int saved = errno;
+    struct stat state = {};
+    if (::fstat(descriptor, &state) == 0 && S_ISREG(state.st_mode)) {
+        const timespec times[2] = {{0, UTIME_OMIT}, sim::shownTime()};
+        ::futimens(descriptor, times);
+    }
+    errno = saved;
+}
+
+}  // namespace
+
+extern "C" {
+
+INTERPOSED time_t time(time_t* result) noexcept {
+    const time_t now = sim::shownTime().tv_sec;
+    if (result != nullptr) {
+        *result = now;
+    }
+    return now;
+}
+
+INTERPOSED ssize_t write(int descriptor, const void* data, size_t size) {
+    static std::atomic<ssize_t (*)(int, const void*, size_t)> known = nullptr;
+    const ssize_t written = next(known, "write")(descriptor, data, size);
+    if (written >= 0 && sim::isModuleCall(__builtin_return_address(0))) {
+        stamp(descriptor);
+    }
+    return written;
+}
+
+INTERPOSED ssize_t pwrite(int descriptor, const void* data, size_t size, off_t offset) {
+    static std::atomic<ssize_t (*)(int, const void*, size_t, off_t)> known = nullptr;
+    const ssize_t written = next(known, "pwrite")(descriptor, data, size, offset);
+    if (written >= 0 && sim::isModuleCall(__builtin_return_address(0))) {
+        stamp(descriptor);
+    }
+    return written;
+}
+
+INTERPOSED int ftruncate(int descriptor, off_t size) noexcept {
+    static std::atomic<int (*)(int, off_t)> known = nullptr;
+    const int result = next(known, "ftruncate")(descriptor, size);
+    if (result == 0 && sim::isModuleCall(__builtin_return_address(0))) {
+        stamp(descriptor);
+    }
+    return result;
+}
+
+}  // extern "C"

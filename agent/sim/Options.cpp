@@ -1,0 +1,82 @@
+#include "Options.h"
+
+#include <filesystem>
+
+#include <getopt.h>
+#include <unistd.h>
+
+namespace sim {
+
+namespace {
+
+/// Where the module lies in a build and in an installed tree.
+std::string defaultModule() {
+    const auto program = std::filesystem::read_symlink("/proc/self/exe");
+    return (program.parent_path().parent_path() / "lib" / "libZephanRSMLogger.so").string();
+}
+
+}  // namespace
+
+const char* const kHelp =
+    R"(usage: krx-agent-sim replay SCENARIO [--module PATH] [--trace FILE]
+       krx-agent-sim run [SCENARIO] [--module PATH] [--trace FILE]
+
+Loads the module as an agent does and drives it: `replay` plays a scenario on a virtual clock, `run` on the real
+clock, with actions from the scenario at their times and from standard input as they are typed.
+
+  --module PATH   the module (default: ../lib/libZephanRSMLogger.so beside the program's directory)
+  --trace FILE    writes JSON Lines instead of the timeline; - is standard output
+  --help          prints this text
+  --version       prints the version
+
+Exit status: 0 ran to the end, 1 a scenario line or the module could not be used, 2 wrong usage.
+)";
+
+Options parseOptions(int count, char** words) {
+    enum Option : int { module = 'm', trace = 't', help = 'h', version = 'v' };
+    const option known[] = {{"module", required_argument, nullptr, module},
+                            {"trace", required_argument, nullptr, trace},
+                            {"help", no_argument, nullptr, help},
+                            {"version", no_argument, nullptr, version},
+                            {nullptr, 0, nullptr, 0}};
+    Options options;
+    for (int found = 0; (found = ::getopt_long(count, words, ":", known, nullptr)) != -1;) {
+        switch (found) {
+            case module:
+                options.module = ::optarg;
+                break;
+            case trace:
+                options.trace = ::optarg;
+                break;
+            case help:
+                options.mode = Options::Mode::help;
+                return options;
+            case version:
+                options.mode = Options::Mode::version;
+                return options;
+            default:
+                throw UsageError(std::string(found == ':' ? "no value for option " : "unknown option ") +
+                                 words[::optind - 1]);
+        }
+    }
+    const int positional = count - ::optind;
+    const std::string command = positional > 0 ? words[::optind] : "";
+    if (command != "replay" && command != "run") {
+        throw UsageError(command.empty() ? "no command" : "unknown command " + command);
+    }
+    options.mode = command == "run" ? Options::Mode::run : Options::Mode::replay;
+    if (positional > 2) {
+        throw UsageError(std::string("unexpected argument ") + words[::optind + 2]);
+    }
+    if (positional == 2) {
+        options.scenario = words[::optind + 1];
+    } else if (options.mode == Options::Mode::replay) {
+        throw UsageError("no scenario to replay");
+    }
+    if (options.module.empty()) {
+        options.module = defaultModule();
+    }
+    return options;
+}
+
+}  // namespace sim

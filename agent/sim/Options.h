@@ -1,0 +1,31 @@
+// The command line.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <stdexcept>
+#include <string>
+
+namespace sim {
+
+/// A command line that means nothing.
+class UsageError final : public std::runtime_error {
+  public:
+    using std::runtime_error::runtime_error;
+};
+
+struct Options {
+    enum class Mode : std::uint8_t { replay, run, help, version };
+
+    Mode mode = Mode::help;
+    std::optional<std::string> scenario;
+    std::string module;
+    std::optional<std::string> trace;  ///< "-" stands for standard output
+};
+
+/// Throws UsageError.
+Options parseOptions(int count, char** words);
+
+extern const char* const kHelp;
+
+}  // namespace sim

@@ -1,0 +1,102 @@
+#include "Scenario.h"
+
+#include <cerrno>
+#include <charconv>
+#include <cstring>
+#include <ctime>
+#include <fstream>
+#include <stdexcept>
+namespace sim {
+
+namespace {
+
+/// Ten years: a longer scenario is a slip of the pen.
+constexpr Instant kLongest = std::chrono::hours(24 * 365 * 10);
+
+/// "2026-03-01T10:00:00Z".
+std::chrono::seconds parseClock(const std::string& text) {
+    std::tm fields = {};
+    const char* end = ::strptime(text.c_str(), "%Y-%m-%dT%H:%M:%SZ", &fields);
+    const std::tm read = fields;
+    const std::time_t time = end != nullptr && *end == '\0' ? ::timegm(&fields) : -1;
+    if (time < 0 || fields.tm_mday != read.tm_mday || fields.tm_sec != read.tm_sec) {
+        throw std::runtime_error("'" + text + "' is no time like 2026-03-01T10:00:00Z");
+    }
+    return std::chrono::seconds(time);
+}
+
+Instant parseTime(const std::string& text, Instant previous) {
+    const bool relative = text.starts_with('+');
+    const auto microseconds = parseDecimal(text);
+    if (!microseconds || *microseconds < 0 || Instant(*microseconds) > kLongest) {
+        throw std::runtime_error("'" + text + "' is no time in seconds");
+    }
+    const Instant time = Instant(*microseconds) + (relative ? previous : Instant(0));
+    if (time < previous) {
+        throw std::runtime_error("time " + text + " lies before the line above");
+    }
+    return time;
+}
+
+void readLine(const std::vector<Word>& words, Scenario& scenario) {
+    if (words.front().text == "clock") {
+        if (words.size() != 2) {
+            throw std::runtime_error("'clock' takes one argument");
+        }
+        if (scenario.clock || !scenario.actions.empty()) {
+            throw std::runtime_error("'clock' can stand once, before the first action");
+        }
+        scenario.clock = parseClock(words[1].text);
+        return;
+    }
+    const Instant previous = scenario.actions.empty() ? Instant(0) : scenario.actions.back().time;
+    const Instant time = parseTime(words.front().text, previous);
+    if (words.size() == 1) {
+        throw std::runtime_error("a time without a verb");
+    }
+    Action action = parseAction({words.begin() + 1, words.end()});
+    action.time = time;
+    scenario.actions.push_back(std::move(action));
+}
+
+}  // namespace
+
+std::string located(const std::string& file, int line, const std::string& reason) {
+    return file + ":" + std::to_string(line) + ": " + reason;
+}
+
+Scenario readScenario(std::istream& stream, const std::string& file) {
+    Scenario scenario;
+    std::string text;
+    for (int line = 1; std::getline(stream, text); ++line) {
+        try {
+            const std::vector<Word> words = splitWords(text);
+            if (words.empty()) {
+                continue;
+            }
+            const std::size_t before = scenario.actions.size();
+            readLine(words, scenario);
+            if (scenario.actions.size() > before) {
+                scenario.actions.back().source = file;
+                scenario.actions.back().line = line;
+            }
+        } catch (const std::runtime_error& error) {
+            throw std::runtime_error(located(file, line, error.what()));
+        }
+    }
+    return scenario;
+}
+
+Scenario readScenarioFile(const std::string& file) {
+    std::ifstream stream(file);
+    if (!stream) {
+        throw std::runtime_error(file + ": " + std::strerror(errno));
+    }
+    Scenario scenario = readScenario(stream, file);
+    if (stream.bad()) {
+        throw std::runtime_error(file + ": cannot be read");
+    }
+    return scenario;
+}
+
+}  // namespace sim

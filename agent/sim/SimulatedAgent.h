@@ -1,0 +1,66 @@
+// The agent that a simulation plays.
+#pragma once
+
+#include "AgentHost.h"
+#include "Enterprise.h"
+#include "Recorder.h"
+#include "Verbs.h"
+#include "ZephanRSMLogger.h"
+
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace sim {
+
+class Clock;
+class Module;
+class Scheduler;
+struct ServiceAnswer;
+
+/// Owns the module and what it got from it, and performs actions. Used by the host thread.
+class SimulatedAgent final : private agent::Enterprise {
+  public:
+    SimulatedAgent(std::filesystem::path modulePath, Clock& clock, Scheduler& scheduler, Recorder& recorder);
+    SimulatedAgent(const SimulatedAgent&) = delete;
+    SimulatedAgent& operator=(const SimulatedAgent&) = delete;
+    /// Ends the module's threads and leaves it without a shut-down.
+    ~SimulatedAgent() override;
+
+    /// Does everything but `end`. Throws std::runtime_error when the action or the module cannot be used.
+    void perform(const Action& action);
+
+  private:
+    std::int8_t receive(const std::string& member, const agent::NamedValues& properties) override;
+
+    /// Performs a call of the module; false when the action is none.
+    bool performCall(const Action& action);
+    bool performStartOrStop(const Action& action);
+    void performSetting(const Action& action);
+
+    Module& module();
+    std::int8_t startLogger(const char* configuration);
+    std::int8_t createService(ZPService*& service);
+    ServiceAnswer callOperation(const std::string& operation, const std::vector<Assignment>& subElements);
+    void recordResult(const Action& action, std::int64_t result);
+    void recordAnswer(const Action& action, const ServiceAnswer& answer);
+    void recordCommand(const Action& action);
+    void dropHooksAndServices();
+    void unload();
+
+    std::filesystem::path modulePath_;
+    Clock& clock_;
+    Scheduler& scheduler_;
+    Recorder& recorder_;
+    agent::AgentHost host_;
+    std::unique_ptr<Module> module_;
+    bool enterpriseRefuses_ = false;
+    void* dataSource_ = nullptr;
+    void* rsm_ = nullptr;
+    void* webService_ = nullptr;
+    std::vector<ZPService*> services_;
+};
+
+}  // namespace sim

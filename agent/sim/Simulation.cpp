@@ -1,0 +1,84 @@
+#include "Simulation.h"
+
+#include "Clock.h"
+#include "Input.h"
+#include "Scheduler.h"
+#include "SimulatedAgent.h"
+#include "TraceFile.h"
+
+#include <chrono>
+#include <iostream>
+#include <stdexcept>
+
+namespace sim {
+
+namespace {
+
+/// How long threads may go on after the last action.
+constexpr Instant kAftermath = std::chrono::hours(24);
+
+}  // namespace
+
+bool Simulation::run() {
+    auto next = scenario_.actions.begin();
+    const auto end = scenario_.actions.end();
+    Instant limit = kAftermath;
+    while (input_ == nullptr || !input_->stopRequested()) {
+        if (input_ != nullptr && input_->hasLine()) {
+            if (!performTyped(input_->takeLine())) {
+                break;
+            }
+            scheduler_.idle(clock_.now(), false);
+            limit = clock_.now() + kAftermath;
+            continue;
+        }
+        const bool moreMayCome = next != end || inputIsOpen();
+        const Instant due = next != end ? next->time : moreMayCome ? kNever : limit;
+        const Scheduler::Wake wake = scheduler_.idle(due, !moreMayCome);
+        trace_.check();
+        if (wake == Scheduler::Wake::interrupted) {
+            continue;
+        }
+        if (next == end || next->verb == Verb::end) {
+            break;
+        }
+        perform(*next++);
+        limit = clock_.now() + kAftermath;
+    }
+    trace_.flush();
+    trace_.check();
+    return !typedLineFailed_;
+}
+
+bool Simulation::performTyped(const std::string& text) {
+    ++typedLines_;
+    try {
+        const std::vector<Word> words = splitWords(text);
+        if (words.empty()) {
+            return true;
+        }
+        const Action action = parseAction(words);
+        if (action.verb == Verb::end) {
+            return false;
+        }
+        agent_.perform(action);
+    } catch (const std::runtime_error& error) {
+        typedLineFailed_ = true;
+        std::cerr << located("<stdin>", typedLines_, error.what()) << std::endl;
+    }
+    return true;
+}
+
+void Simulation::perform(const Action& action) {
+    try {
+        agent_.perform(action);
+    } catch (const std::runtime_error& error) {
+        throw std::runtime_error(located(action.source, action.line, error.what()));
+    }
+}
+
+bool Simulation::inputIsOpen() const {
+    return input_ != nullptr && input_->isOpen();
+}
+
+}  // namespace sim

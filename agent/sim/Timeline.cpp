@@ -1,0 +1,136 @@
+#include "Timeline.h"
+
+#include "Event.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <ctime>
+
+namespace sim {
+
+namespace {
+
+/// Reads the fields of an event by their names.
+class Fields final {
+  public:
+    explicit Fields(const Event& event) : event_(event) {}
+
+    std::int64_t number(std::string_view key) const {
+        const auto* found = find<std::int64_t>(key);
+        return found == nullptr ? 0 : *found;
+    }
+    /// The text in quotes, or "nothing" for null.
+    std::string quoted(std::string_view key) const {
+        const auto* found = find<std::optional<std::string>>(key);
+        return found == nullptr || !*found ? "nothing" : asJsonText(**found);
+    }
+    std::string plain(std::string_view key) const {
+        const std::string text = quoted(key);
+        return text.front() == '"' ? text.substr(1, text.size() - 2) : text;
+    }
+    bool has(std::string_view key) const {
+        const auto* found = find<std::optional<std::string>>(key);
+        return found != nullptr && found->has_value();
+    }
+    const agent::NamedValues* list(std::string_view key) const {
+        const auto* found = find<std::optional<agent::NamedValues>>(key);
+        return found == nullptr || !*found ? nullptr : &**found;
+    }
+
+  private:
+    template <typename Kind>
+    const Kind* find(std::string_view key) const {
+        for (const auto& [name, value] : event_.fields) {
+            if (name == key) {
+                return std::get_if<Kind>(&value);
+            }
+        }
+        return nullptr;
+    }
+
+    const Event& event_;
+};
+
+/// Names and values in one line; those that are 0 say nothing and are left out.
+std::string listText(const agent::NamedValues& list) {
+    std::string text;
+    for (const auto& [name, value] : list) {
+        if (value.value_or("") != "0") {
+            text += (text.empty() ? "" : ", ") + name + " " + value.value_or("null");
+        }
+    }
+    return text;
+}
+
+std::string callText(const Fields& fields) {
+    std::string text = "call: " + fields.plain("verb") + " -> " + std::to_string(fields.number("result"));
+    if (fields.has("stage") && fields.plain("stage") != "cleanup") {
+        text += ", no further than " + fields.plain("stage");
+    }
+    if (fields.has("response")) {
+        text += ", response " + fields.plain("response");
+    }
+    if (const agent::NamedValues* answer = fields.list("answer")) {
+        text += ", answer " + listText(*answer);
+    }
+    return text;
+}
+
+std::string what(const Event& event) {
+    const Fields fields(event);
+    if (event.name == "call") {
+        return callText(fields);
+    }
+    if (event.name == "log") {
+        return "log " + std::to_string(fields.number("level")) + ": " + fields.quoted("text");
+    }
+    if (event.name == "stdout") {
+        return "standard output: " + fields.quoted("text");
+    }
+    if (event.name == "credentials") {
+        return "credentials: of member " + fields.plain("member");
+    }
+    if (event.name == "force-poll") {
+        return "poll: the enterprise is asked";
+    }
+    if (event.name == "update-asset") {
+        const agent::NamedValues* list = fields.list("properties");
+        return std::string("profile: ") + (fields.number("result") == 0 ? "accepted" : "refused") +
+               " by the enterprise: " + (list == nullptr ? "" : listText(*list));
+    }
+    if (event.name == "thread-start") {
+        return "thread: " + fields.plain("name") +
+               (fields.number("result") == 0 ? " is started" : " cannot be started");
+    }
+    if (event.name == "thread-end") {
+        return "thread: ends with " + std::to_string(fields.number("result"));
+    }
+    if (event.name == "thread-destroyed") {
+        return "thread: destroyed while it runs";
+    }
+    if (event.name == "sleep") {
+        return "sleep: " + std::to_string(fields.number("ms")) + " ms";
+    }
+    return "file: " + fields.plain("path") + " holds " + fields.quoted("text");
+}
+
+std::string clockText(std::chrono::microseconds wall) {
+    const std::time_t time = std::chrono::floor<std::chrono::seconds>(wall).count();
+    std::tm fields = {};
+    std::array<char, 32> text = {};
+    ::gmtime_r(&time, &fields);
+    std::strftime(text.data(), text.size(), "%Y-%m-%d %H:%M:%SZ", &fields);
+    return text.data();
+}
+
+}  // namespace
+
+std::string asTimeline(const Event& event) {
+    std::array<char, 128> start = {};
+    std::snprintf(start.data(), start.size(), "%12s  %s  %-12s  ", secondsText(event.time).c_str(),
+                  clockText(event.wall).c_str(), event.thread.c_str());
+    return start.data() + what(event) + (event.remark.empty() ? "" : "  (" + event.remark + ")") + "\n";
+}
+
+}  // namespace sim

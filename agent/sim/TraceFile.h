@@ -1,0 +1,37 @@
+// Where the events go.
+#pragma once
+
+#include "Event.h"
+
+#include <string>
+
+namespace sim {
+
+/// Writes events to a descriptor. A failed write is kept and reported by `check`, since events come up
+/// between frames that no exception may cross.
+class TraceFile final {
+  public:
+    enum class Form { timeline, json };
+
+    /// Takes over `descriptor`; `name` is for messages. `atOnce`: no event waits for the next one.
+    TraceFile(Form form, int descriptor, std::string name, bool atOnce);
+    TraceFile(const TraceFile&) = delete;
+    TraceFile& operator=(const TraceFile&) = delete;
+    ~TraceFile();
+
+    void write(const Event& event);
+    /// Sends on what was collected.
+    void flush();
+    /// Throws std::runtime_error when a write has failed.
+    void check() const;
+
+  private:
+    Form form_;
+    int descriptor_;
+    std::string name_;
+    bool atOnce_;
+    std::string pending_;
+    int error_ = 0;
+};
+
+}  // namespace sim

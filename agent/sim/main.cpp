@@ -1,0 +1,101 @@
+// krx-agent-sim: loads the module as an agent does and drives it with a scenario.
+#include "Input.h"
+#include "Options.h"
+#include "ProcessTime.h"
+#include "RealClock.h"
+#include "Recorder.h"
+#include "Scenario.h"
+#include "Scheduler.h"
+#include "SimulatedAgent.h"
+#include "Simulation.h"
+#include "StdoutCapture.h"
+#include "TraceFile.h"
+
+#include <cerrno>
+#include <cstring>
+#include <exception>
+#include <iostream>
+#include <memory>
+#include <stdexcept>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace {
+
+using sim::Options;
+
+enum ExitStatus : int { ranToEnd = 0, unusable = 1, wrongUsage = 2 };
+
+constexpr std::chrono::seconds kVirtualStart(1767225600);  // 2026-01-01T00:00:00Z
+
+/// The module's time comes from the clock as long as this lives.
+class ShownTime final {
+  public:
+    explicit ShownTime(const sim::Clock& clock) { sim::showTimeOf(&clock); }
+    ShownTime(const ShownTime&) = delete;
+    ShownTime& operator=(const ShownTime&) = delete;
+    ~ShownTime() { sim::showTimeOf(nullptr); }
+};
+
+int openTrace(const std::string& path) {
+    const int descriptor = ::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
+    if (descriptor < 0) {
+        throw std::runtime_error(path + ": " + std::strerror(errno));
+    }
+    return descriptor;
+}
+
+std::chrono::microseconds realTime() {
+    return std::chrono::duration_cast<std::chrono::microseconds>(
+        std::chrono::system_clock::now().time_since_epoch());
+}
+
+ExitStatus simulate(const Options& options) {
+    const bool real = options.mode == Options::Mode::run;
+    const sim::Scenario scenario =
+        options.scenario ? sim::readScenarioFile(*options.scenario) : sim::Scenario();
+    sim::StdoutCapture capture;
+    const bool toStdout = !options.trace || *options.trace == "-";
+    sim::TraceFile trace(options.trace ? sim::TraceFile::Form::json : sim::TraceFile::Form::timeline,
+                         toStdout ? capture.openOriginal() : openTrace(*options.trace),
+                         toStdout ? "standard output" : *options.trace, real);
+    const auto input = real ? std::make_unique<sim::Input>(STDIN_FILENO) : nullptr;
+    std::unique_ptr<sim::Clock> clock;
+    if (real) {
+        clock = std::make_unique<sim::RealClock>(scenario.clock ? *scenario.clock : realTime(), *input);
+    } else {
+        clock = std::make_unique<sim::Clock>(scenario.clock.value_or(kVirtualStart));
+    }
+    sim::Recorder recorder(*clock, capture, trace);
+    sim::Scheduler scheduler(*clock);
+    const ShownTime shownTime(*clock);
+    sim::SimulatedAgent agent(options.module, *clock, scheduler, recorder);
+    sim::Simulation simulation(scenario, *clock, scheduler, agent, trace, input.get());
+    return simulation.run() ? ranToEnd : unusable;
+}
+
+}  // namespace
+
+int main(int count, char** words) {
+    try {
+        const Options options = sim::parseOptions(count, words);
+        switch (options.mode) {
+            case Options::Mode::help:
+                std::cout << sim::kHelp;
+                return ranToEnd;
+            case Options::Mode::version:
+                std::cout << "krx-agent-sim " SIM_VERSION "\n";
+                return ranToEnd;
+            case Options::Mode::replay:
+            case Options::Mode::run:
+                return simulate(options);
+        }
+    } catch (const sim::UsageError& error) {
+        std::cerr << "krx-agent-sim: " << error.what() << "\n" << sim::kHelp;
+        return wrongUsage;
+    } catch (const std::exception& error) {
+        std::cerr << error.what() << std::endl;
+    }
+    return unusable;
+}

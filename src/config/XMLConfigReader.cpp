@@ -1,0 +1,269 @@
+// Reading of the XML configuration file into the configuration object.
+#include "config/LimitedDOMParser.h"
+#include "config/ToolkitMemory.h"
+#include "config/XMLConfigData.h"
+#include "platform/File.h"
+#include "platform/agent/Logging.h"
+
+#include <new>
+#include <stdexcept>
+#include <string_view>
+
+#include <xercesc/dom/DOM.hpp>
+#include <xercesc/framework/MemBufInputSource.hpp>
+#include <xercesc/util/OutOfMemoryException.hpp>
+#include <xercesc/util/PlatformUtils.hpp>
+#include <xercesc/util/XMLException.hpp>
+#include <xercesc/util/XMLString.hpp>
+
+using xercesc::DOMElement;
+using xercesc::DOMNode;
+using xercesc::DOMNodeList;
+using xercesc::XMLString;
+
+namespace {
+
+constexpr std::size_t kLargestFile = std::size_t{1} << 20U;
+// What a parse may take: held at a time, and handed out in all (each expansion of an entity is paid for in
+// the latter).
+constexpr std::size_t kLiveMemory = std::size_t{24} << 20U;
+constexpr std::size_t kTotalMemory = std::size_t{256} << 20U;
+
+std::runtime_error parsingError(const std::string& path) {
+    return std::runtime_error(" Error Parsing the File: " + path +
+                              " !!! \n  Check the File Location & Format if the file is present \n ");
+}
+
+/// 8-bit form of a text of the toolkit.
+std::string transcoded(const XMLCh* text) {
+    if (text == nullptr) {
+        return {};
+    }
+    char* const converted = XMLString::transcode(text);
+    if (converted == nullptr) {
+        return {};
+    }
+    struct Release {
+        char* text;
+        ~Release() { XMLString::release(&text); }
+    } release{converted};
+    return converted;
+}
+
+std::string textOf(const DOMElement* element) {
+    if (element == nullptr || element->getFirstChild() == nullptr) {
+        return {};
+    }
+    const std::string text = transcoded(element->getFirstChild()->getNodeValue());
+    const auto end = text.find_last_not_of(" \t");
+    if (end == std::string::npos) {
+        return {};
+    }
+    const auto start = text.find_first_not_of(" \t");
+    return text.substr(start, end - start + 1);
+}
+
+/// In document order. The toolkit's own look-up keeps each list that it made and searches among them, which takes
+/// minutes for a file full of small elements. Nesting has its bound, so this cannot go deep.
+const DOMElement* firstDescendant(const DOMElement& element, const XMLCh* tag) {
+    for (const DOMElement* child = element.getFirstElementChild(); child != nullptr;
+         child = child->getNextElementSibling()) {
+        if (XMLString::equals(child->getTagName(), tag)) {
+            return child;
+        }
+        if (const DOMElement* const found = firstDescendant(*child, tag)) {
+            return found;
+        }
+    }
+    return nullptr;
+}
+
+const DOMElement* asElement(const DOMNode* node) {
+    return node != nullptr && node->getNodeType() == DOMNode::ELEMENT_NODE
+               ? static_cast<const DOMElement*>(node)
+               : nullptr;
+}
+
+std::string readFile(const std::string& path) {
+    const platform::File file = platform::File::open(path, platform::OpenMode::Read);
+    if (!file.isOpen()) {
+        throw parsingError(path);
+    }
+    std::string contents(kLargestFile + 1, '\0');
+    contents.resize(file.readStart(contents.data(), contents.size()));
+    if (contents.size() > kLargestFile) {
+        throw parsingError(path);
+    }
+    return contents;
+}
+
+}  // namespace
+
+XMLConfigData* loadConfiguration(const std::string& path) {
+    const auto report = [](const char* format, const xercesc::XMLException& exception) {
+        KRXLog(250, "%s%s", format, transcoded(exception.getMessage()).c_str());
+    };
+    try {
+        xercesc::XMLPlatformUtils::Initialize();
+    } catch (const xercesc::XMLException& exception) {
+        report("XML toolkit initialization error: ", exception);
+    }
+    XMLConfigData* const configuration = XMLConfigData::getInstance(path);
+    if (configuration != nullptr) {
+        // When this throws, the toolkit stays started, ready for the next load.
+        configuration->parseConfigFile();
+    }
+    try {
+        xercesc::XMLPlatformUtils::Terminate();
+    } catch (const xercesc::XMLException& exception) {
+        report("XML toolkit teardown error: ", exception);
+    }
+    return configuration;
+}
+
+void XMLConfigData::parseConfigFile() {
+    const auto fail = [](const char* line, const XMLCh* message) {
+        const std::string text = transcoded(message);
+        KRXLog(250, "%s%s", line, text.c_str());
+        return std::runtime_error(text);
+    };
+    try {
+        const std::string contents = readFile(configFilePath_);
+        ToolkitMemory memory(kLiveMemory, kTotalMemory);
+        LimitedDOMParser parser(&memory);
+        const xercesc::MemBufInputSource source(reinterpret_cast<const XMLByte*>(contents.data()),
+                                                contents.size(), "configuration", false, &memory);
+        parser.parse(source);
+        const xercesc::DOMDocument* const document = parser.getDocument();
+        if (document == nullptr) {
+            throw parsingError(configFilePath_);
+        }
+        const DOMElement* const root = document->getDocumentElement();
+        if (root == nullptr) {
+            throw std::runtime_error(" Error Retrieving  XML document for the File" + configFilePath_);
+        }
+        readDocument(*root);
+    } catch (const std::runtime_error&) {
+        throw;
+    } catch (const xercesc::OutOfMemoryException&) {
+        throw parsingError(configFilePath_);
+    } catch (const xercesc::XMLException& exception) {
+        throw fail(" Error Parsing File: ", exception.getMessage());
+    } catch (const xercesc::DOMException& exception) {
+        throw fail(" DOM Exception: ", exception.getMessage());
+    } catch (...) {
+        throw parsingError(configFilePath_);
+    }
+}
+
+void XMLConfigData::readDocument(const DOMElement& root) {
+    const DOMNodeList* const children = root.getChildNodes();
+    const XMLSize_t count = children->getLength();
+    for (XMLSize_t i = 0; i < count; ++i) {
+        const DOMElement* const child = asElement(children->item(i));
+        if (child == nullptr) {
+            continue;
+        }
+        readSettingOfRoot(*child);
+        try {
+            handleElement(*child);
+        } catch (...) {
+            KRXLog(250, " Error while parsing file: %s", configFilePath_.c_str());
+        }
+    }
+}
+
+void XMLConfigData::readSettingOfRoot(const DOMElement& child) {
+    if (XMLString::equals(child.getTagName(), tags_[TagNames::Script])) {
+        if (const std::string text = textOf(&child); !text.empty()) {
+            setScript(text);
+        }
+    } else if (XMLString::equals(child.getTagName(), tags_[TagNames::RSMResumeStatusFile])) {
+        if (const std::string text = textOf(&child); !text.empty()) {
+            setRSMResumeStatusFile(text);
+        }
+    }
+}
+
+void XMLConfigData::handleElement(const DOMElement& element) {
+    const XMLCh* const name = element.getTagName();
+    if (XMLString::equals(name, tags_[TagNames::FileLogging])) {
+        readFileLogging(element);
+    } else if (XMLString::equals(name, tags_[TagNames::TunnelMessags])) {
+        readTunnelMessages(element);
+    } else if (XMLString::equals(name, tags_[TagNames::ListnerSet])) {
+        readListeners(element);
+    } else if (XMLString::equals(name, tags_[TagNames::FileMessages])) {
+        readFileMessages(element);
+    }
+}
+
+void XMLConfigData::readFileLogging(const DOMElement& element) {
+    const auto setting = [&](TagNames::Tag tag) { return textOf(firstDescendant(element, tags_[tag])); };
+    if (const std::string text = setting(TagNames::LogFilePath); !text.empty()) {
+        setLogFilePath(text);
+    }
+    if (const std::string text = setting(TagNames::FileSize); !text.empty()) {
+        setFileSize(text);
+    }
+    if (const std::string text = setting(TagNames::LogRevisionDays); !text.empty()) {
+        setLogRevisionDays(text);
+    }
+    if (const std::string text = setting(TagNames::LogLevel); !text.empty()) {
+        setLogLevel(text);
+    }
+    if (!setting(TagNames::FileLogger).empty()) {
+        setFileLogger(true);
+    }
+}
+
+void XMLConfigData::readTunnelMessages(const DOMElement& element) {
+    readMessageList(element, TagNames::OpenMessage, tunnelOpenMessages_);
+    readMessageList(element, TagNames::CloseMessage, tunnelCloseMessages_);
+    if (const std::string text = textOf(firstDescendant(element, tags_[TagNames::AbortMessage]));
+        !text.empty()) {
+        setAbortMessage(text);
+    }
+}
+
+void XMLConfigData::readFileMessages(const DOMElement& element) {
+    readMessageList(element, TagNames::OpenMessage, fileOpenMessages_);
+    readMessageList(element, TagNames::CloseMessage, fileCloseMessages_);
+}
+
+void XMLConfigData::readListeners(const DOMElement& element) {
+    const auto readFlag = [&](TagNames::Tag tag, bool& flag) {
+        if (const DOMElement* const found = firstDescendant(element, tags_[tag])) {
+            flag = !textOf(found).empty();
+        }
+    };
+    readFlag(TagNames::RDListner, rdListner_);
+    readFlag(TagNames::TunnelListner, tunnelListner_);
+    readFlag(TagNames::FileListner, fileListner_);
+}
+
+void XMLConfigData::readMessageList(const DOMElement& parent, TagNames::Tag tag, MessageList& list) const {
+    const DOMElement* const element = firstDescendant(parent, tags_[tag]);
+    if (element == nullptr || element->getFirstChild() == nullptr) {
+        return;
+    }
+    const auto forEachMessage = [&](const auto& use) {
+        for (const DOMNode* node = element->getFirstChild(); node != nullptr; node = node->getNextSibling()) {
+            const DOMElement* const child = asElement(node);
+            if (child != nullptr && XMLString::equals(child->getTagName(), tags_[TagNames::Message])) {
+                if (std::string text = textOf(child); !text.empty()) {
+                    use(std::move(text));
+                }
+            }
+        }
+    };
+    std::size_t count = 0;
+    forEachMessage([&](std::string&&) { ++count; });
+    list.reset(new (std::nothrow) std::string[count + 1]);
+    if (!list) {
+        KRXLog(250, "new Failed in handleElement of XMLConfigData. \n");
+        return;
+    }
+    std::size_t next = 0;
+    forEachMessage([&](std::string&& text) { list[next++] = std::move(text); });
+}

@@ -1,0 +1,42 @@
+#include "detection/RemoteDetection.h"
+
+#include "controller/ZephanRSMSingleTon.h"
+#include "logging/RDMessageHandler.h"
+#include "platform/agent/Logging.h"
+
+RemoteDetection::RemoteDetection(RDMessageHandler* handler) {
+    if (handler == nullptr) {
+        KRXLog(250, "Received NULL RDMessageHandler pointer in RemoteDetection constructor");
+        return;
+    }
+    handler->attach(this);
+    subject_ = handler;
+    idle_ = true;
+}
+
+RemoteDetection::~RemoteDetection() {
+    if (subject_ != nullptr) {
+        subject_->detach(this);
+    }
+}
+
+void RemoteDetection::updateStatus(const RDMessageHandler* handler) {
+    if (subject_ != nullptr && handler == subject_) {
+        UpdateRemoteActivity();
+    }
+}
+
+void RemoteDetection::UpdateRemoteActivity() {
+    ZephanRSMSingleTon* const controller = ZephanRSMSingleTon::getInstance();
+    if (controller == nullptr) {
+        KRXLog(250, "Received NULL ZephanRSMSingleTon pointer in RemoteDetection's UpdateRemoteActivity");
+        return;
+    }
+    if (!subject_->isFileActive() && !subject_->isTunnelActive()) {
+        controller->setRemoteActivity(false);
+        idle_ = true;
+    } else if (idle_) {
+        controller->setRemoteActivity(true);
+        idle_ = false;
+    }
+}

@@ -1,0 +1,19 @@
+#pragma once
+
+#include "logging/RDObserver.h"
+
+/// Observer that tells the controller when remote activity (an open tunnel or a file transfer) begins and has
+/// ended.
+class RemoteDetection final : public virtual RDObserver {
+  public:
+    /// Attaches itself to the handler, which must outlive it; a null handler leaves it inert.
+    explicit RemoteDetection(RDMessageHandler* handler);
+    ~RemoteDetection() override;
+    void updateStatus(const RDMessageHandler* handler) override;
+
+  private:
+    void UpdateRemoteActivity();
+
+    RDMessageHandler* subject_ = nullptr;
+    bool idle_ = false;  ///< no activity reported since the last end of activity
+};

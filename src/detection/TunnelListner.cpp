@@ -1,0 +1,53 @@
+#include "detection/TunnelListner.h"
+
+#include "config/XMLConfigData.h"
+#include "logging/RDMessageHandler.h"
+#include "platform/Command.h"
+#include "platform/agent/Logging.h"
+
+TunnelListner::TunnelListner(RDMessageHandler* handler) {
+    if (handler == nullptr) {
+        KRXLog(250, "Received NULL RDMessageHandler pointer in TunnelListner's constructor.");
+        return;
+    }
+    handler->attach(this);
+    subject_ = handler;
+    idle_ = true;
+}
+
+TunnelListner::~TunnelListner() {
+    if (subject_ != nullptr) {
+        subject_->detach(this);
+    }
+}
+
+void TunnelListner::updateStatus(const RDMessageHandler* handler) {
+    if (subject_ == nullptr || handler != subject_) {
+        return;
+    }
+    if (!subject_->isFileActive() && !subject_->isTunnelActive()) {
+        idle_ = true;
+    } else if (idle_) {
+        // Cleared first: a message of this period that comes back in while the script runs must not start it
+        // again.
+        idle_ = false;
+        ExecuteModalityScript();
+    }
+}
+
+void TunnelListner::ExecuteModalityScript() {
+    const XMLConfigData* const configuration = XMLConfigData::instance();
+    if (configuration == nullptr) {
+        KRXLog(250, "Received NULL XMLConfigData pointer in TunnelListner's ExecuteModalityScript.");
+        return;
+    }
+    if (configuration->getScript().empty()) {
+        return;
+    }
+    KRXLog(50, "\n*******Going To Execute Modality Script***********");
+    if (platform::runCommand(configuration->getScript().c_str()) == 0) {
+        KRXLog(50, "\n Script executed Successfully.");
+    } else {
+        KRXLog(50, "Error while running script.");
+    }
+}

@@ -1,0 +1,130 @@
+// Exports of the data-source extension.
+#include "ZephanRSMLogger.h"
+#include "controller/ModuleGate.h"
+#include "controller/ZephanRSMSingleTon.h"
+#include "entry/Guard.h"
+#include "platform/agent/Logging.h"
+#include "platform/agent/Messaging.h"
+#include "scheduling/PropertyAnswer.h"
+#include "scheduling/ScheduleRSMHandler.h"
+
+#include <array>
+#include <cstddef>
+#include <string_view>
+
+namespace {
+
+constexpr char kExtension[] = "RSM DataSource Extension";
+constexpr std::int32_t kDone = 0;
+constexpr std::int32_t kFailed = 1;
+constexpr std::int32_t kNotRecognised = 2;
+
+// The records as the host lays them out: nothing but these fields, back to back.
+static_assert(offsetof(PropList, properties) == 0 && offsetof(PropList, count) == sizeof(void*));
+static_assert(offsetof(Prop, name) == 0 && offsetof(Prop, field2) == sizeof(char*) &&
+              offsetof(Prop, field3) == 2 * sizeof(char*) && offsetof(Prop, value) == 3 * sizeof(char*) &&
+              sizeof(Prop) == 4 * sizeof(char*));
+
+void answer(PropList** response, const char* result) noexcept {
+    giveAnswer(response, std::array<AnswerEntry, 1>{{{"CommandResult", result}}});
+}
+
+std::int32_t exitRSM(ZephanRSMSingleTon& controller, PropList** response) {
+    KRXLog(250, "\n %s Command received for execution", "ExitRSM");
+    if (controller.getRSMMode() == rsm::kNotActive) {
+        KRXLog(40, "\n Agent is not in RSM. ");
+        answer(response, "Agent is not in RSM.");
+        return kFailed;
+    }
+    KRXLog(40, "\n GOING TO Exit from RSM. ");
+    KRX::Messaging::SerializableString result("SerializableString", nullptr);
+    controller.Disconnect("test123", result);
+    const char* const text = result.GetValue() == nullptr ? "" : result.GetValue();
+    KRXLog(40, "\n Exit Command Result = %s ", text);
+    answer(response, text);
+    return kDone;
+}
+
+std::int32_t execute(const char* command, const PropList* input, PropList** response) {
+    ZephanRSMSingleTon* const controller = ZephanRSMSingleTon::getInstance();
+    if (controller == nullptr) {
+        KRXLog(50,
+               "RSM Singleton pointer null in KRXRSMExecuteCommandDSExecute. Need to ave the same "
+               "initialized correctly "
+               "in WSEStartup. Returning... \n");
+        return kFailed;
+    }
+    ScheduleRSMHandler* const handler = controller->getScheduleHandler();
+    if (handler == nullptr) {
+        KRXLog(50, "RSMDSExtnExecute: Error in getting RSM Handler.\n");
+        return kFailed;
+    }
+    const std::string_view name = command == nullptr ? "" : command;
+    if (name == "ScheduleRSM") {
+        KRXLog(250, "\n %s Command received for execution", "ScheduleRSM");
+        return handler->executeScheduleCommand(input, response);
+    }
+    return name == "ExitRSM" ? exitRSM(*controller, response) : kNotRecognised;
+}
+
+}  // namespace
+
+extern "C" {
+
+int8_t ZPXRSMDSStartup(void** handle, const char* scheduleFilePath) {
+    return entry::guarded(entry::kFailure, [&] {
+        const gate::Lifecycle lifecycle;
+        const gate::Alone alone;
+        ZephanRSMSingleTon* const controller = ZephanRSMSingleTon::getInstance();
+        if (controller != nullptr) {
+            controller->createScheduleHandler(scheduleFilePath);
+        }
+        if (controller == nullptr || controller->getScheduleHandler() == nullptr || handle == nullptr) {
+            KRXLog(250, "RSMDSExtn ERROR: Failed to create ScheduleRSMHandler object.");
+            return entry::kFailure;
+        }
+        *handle = controller->getScheduleHandler();
+        KRXLog(250, "Custom HVK Extension: %s startup complete.\n", kExtension);
+        return entry::kSuccess;
+    });
+}
+
+int8_t ZPXRSMDSShutdown(void) {
+    KRXLog(250, "Custom HVK Extension: %s shutdown complete.\n", kExtension);
+    return entry::kSuccess;
+}
+
+int32_t ZPXRSMDSGet(void) {
+    return kNotRecognised;
+}
+
+int32_t ZPXRSMDSSet(void) {
+    return kNotRecognised;
+}
+
+int32_t ZPXRSMDSExectue(void* /*reserved1*/, void* /*reserved2*/, const char* command, const PropList* input,
+                        PropList** response) {
+    return entry::guarded(kFailed, [&] {
+        const gate::Pass pass;
+        return execute(command, input, response);
+    });
+}
+
+int8_t ZPXRSMDSDestoryResponse(void) {
+    return entry::kFailure;
+}
+
+int8_t ZPXRSMDSDestroyPropList(void* /*reserved1*/, void* /*reserved2*/, PropList* list) {
+    if (list == nullptr) {
+        KRXLog(50, "ZPXRSMDSDestroyPropList: null property list, nothing to destroy?!\n");
+        return entry::kSuccess;
+    }
+    if (list->properties == nullptr) {
+        KRXLog(50, "ZPXRSMDSDestroyPropList: null properties array?!\n");
+    } else {
+        KRXLog(50, "\n ZPXRSMDSDestroyPropList: deleting properties.... \n");
+    }
+    releaseProperties(list);
+    return entry::kSuccess;
+}
+}

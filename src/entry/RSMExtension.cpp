@@ -1,0 +1,115 @@
+// Exports of the RSM extension.
+#include "ZephanRSMLogger.h"
+#include "config/XMLConfigData.h"
+#include "controller/ModuleGate.h"
+#include "controller/ZephanRSMSingleTon.h"
+#include "entry/Guard.h"
+#include "logging/ConfigHandler.h"
+#include "platform/agent/Logging.h"
+#include "scheduling/ScheduleRSMHandler.h"
+
+#include <stdexcept>
+#include <string>
+
+namespace {
+
+constexpr char kExtension[] = "RSM Extension";
+
+std::string trimmed(const char* text) {
+    const std::string whole = text == nullptr ? "" : text;
+    const auto end = whole.find_last_not_of(" \t");
+    if (end == std::string::npos) {
+        return {};
+    }
+    const auto start = whole.find_first_not_of(" \t");
+    return whole.substr(start, end - start + 1);
+}
+
+/// Loads the configuration unless there is one. False, with a log line, when it cannot be loaded.
+bool ensureConfiguration(const char* initParam) {
+    if (XMLConfigData::instance() != nullptr) {
+        return true;
+    }
+    const std::string path = trimmed(initParam);
+    if (path.empty()) {
+        KRXLog(50, "RSM Extension: InitParam is not defined in Agent Config file");
+        return false;
+    }
+    try {
+        loadConfiguration(path);
+    } catch (const std::runtime_error& error) {
+        KRXLog(50, "\n %s \n", error.what());
+        return false;
+    }
+    return true;
+}
+
+signed char startUp(void** handle, ZPServiceAgent* serviceAgent, const char* initParam) {
+    if (!ensureConfiguration(initParam)) {
+        return entry::kFailure;
+    }
+    ZephanRSMSingleTon* const controller = ZephanRSMSingleTon::getInstance();
+    if (controller == nullptr) {
+        KRXLog(50, "ZPRSMExtStartup: Failed to create a new ZephanRSMSingleTon object.");
+        return entry::kFailure;
+    }
+    if (controller->getServiceAgent() == nullptr) {
+        controller->setServiceAgent(serviceAgent);
+    }
+    if (handle != nullptr) {
+        *handle = controller;
+    }
+    const XMLConfigData* const configuration = XMLConfigData::instance();
+    if (configuration != nullptr && controller->readResumeState(configuration->getRSMResumeStatusFile())) {
+        controller->resumeSavedRSM();
+    }
+    if (ScheduleRSMHandler* const handler = controller->getScheduleHandler(); handler == nullptr) {
+        KRXLog(250, "Unable to get Handler for ScheduleRSMHandler in ZPRSMExtStartup.\n");
+    } else if (handler->isScheduleCurrent()) {
+        handler->scheduleRSM();
+    }
+    KRXLog(250, "Custom HVK Extension: %s startup complete.\n", kExtension);
+    return entry::kSuccess;
+}
+
+signed char shutDown(const void* handle) {
+    if (handle == nullptr) {
+        KRXLog(40, "ZPRSMExtShutdown : RSM extension handle is NULL.");
+        return entry::kFailure;
+    }
+    ZephanRSMSingleTon* const controller = ZephanRSMSingleTon::getInstance();
+    if (controller != nullptr && controller->getScheduleHandler() != nullptr) {
+        controller->getScheduleHandler()->performCleanUp();
+    }
+    if (controller == nullptr || controller->getConfigHandler() == nullptr) {
+        KRXLog(50, "Error in getting ConfigHandler pointer. %s startup aborted.\n", "RSM Logger Extension");
+        return entry::kFailure;
+    }
+    if (!controller->getConfigHandler()->isLoggerStarted()) {
+        ZephanRSMSingleTon::destroyInstance();
+        const gate::Alone alone;
+        XMLConfigData::destroyInstance();
+    }
+    KRXLog(250, "Custom HVK Extension: %s shutdown complete.\n", kExtension);
+    return entry::kSuccess;
+}
+
+}  // namespace
+
+extern "C" {
+
+int8_t ZPRSMExtnStartup(void** handle, ZPServiceAgent* serviceAgent, const char* initParam) {
+    return entry::guarded(entry::kFailure, [&] {
+        const gate::Lifecycle lifecycle;
+        const gate::Alone alone;
+        return startUp(handle, serviceAgent, initParam);
+    });
+}
+
+int8_t ZPRSMExtnShutdown(void* handle) {
+    return entry::guarded(entry::kFailure, [&] {
+        const gate::Lifecycle lifecycle;
+        return shutDown(handle);
+    });
+}
+}

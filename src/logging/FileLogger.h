@@ -1,0 +1,19 @@
+#pragma once
+
+#include "logging/Observer.h"
+
+class LogFileWriter;
+
+/// Observer that turns each message into an entry of the log file, unless the configured level keeps it out.
+class FileLogger final : public Observer {
+  public:
+    /// Attaches itself to the handler, which must outlive it; a null handler leaves it inert.
+    explicit FileLogger(MessageHandler* handler);
+    ~FileLogger() override;
+    void updateLog(std::uint32_t level, const MessageHandler* handler) override;
+    void UpdateAuditLog(const MessageHandler* handler) override;
+
+  private:
+    LogFileWriter* writer_ = nullptr;
+    MessageHandler* subject_ = nullptr;
+};

@@ -1,0 +1,68 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace platform {
+
+enum class OpenMode {
+    Read,
+    ReadWrite,  ///< must exist
+    Create,     ///< for reading and writing, made when missing, never emptied
+    Append      ///< made when missing, never emptied; every write goes to the end
+};
+
+/// A regular file, open or not. Paths may be spelled with slashes or backslashes. Descriptors are
+/// close-on-exec and never one of the three standard ones; anything but a regular file counts as not to be
+/// opened, and no open ever blocks. Not for use by two threads at once.
+class File final {
+  public:
+    File() noexcept = default;
+    File(File&& other) noexcept;
+    File& operator=(File&& other) noexcept;
+    ~File() { close(); }
+
+    /// A closed file when it cannot be opened; `errno` tells why.
+    static File open(const std::string& path, OpenMode mode) noexcept;
+
+    bool isOpen() const noexcept { return descriptor_ >= 0; }
+    void close() noexcept;
+
+    /// The length in bytes, 0 when it cannot be told.
+    std::int64_t size() const noexcept;
+    /// Seconds (UTC scale) of the last modification.
+    std::int64_t modifiedAt() const noexcept;
+    /// Reads from the start until `buffer` is full or the file ends; the number of bytes read.
+    std::size_t readStart(char* buffer, std::size_t size) const noexcept;
+    /// Writes all of `text` at the end (mode `Append`). A write that only part of fits is taken back, so
+    /// that no torn text stays behind. False when nothing was written.
+    bool append(std::string_view text) noexcept;
+    /// Writes `record` over the start of the file in one piece: a process killed at any instant leaves the
+    /// old bytes or the new ones. When the write fails, the old bytes are put back. At most 1024 bytes.
+    bool overwriteStart(std::string_view record) noexcept;
+    bool truncate(std::int64_t size) noexcept;
+    /// Waits until the contents are on the disk.
+    bool sync() noexcept;
+
+    /// True when both are open on the same file.
+    bool isSameFile(const File& other) const noexcept;
+
+  private:
+    friend class AnchoredFile;
+    explicit File(int descriptor) noexcept : descriptor_(descriptor) {}
+
+    int descriptor_ = -1;
+};
+
+/// Renames without ever replacing an existing file. False when it fails; `errno` tells why.
+bool renameFile(const std::string& from, const std::string& to) noexcept;
+
+/// Removes a file (not a directory). False when it fails.
+bool removeFile(const std::string& path) noexcept;
+
+/// Position of a path's last separator of either kind, or `npos`.
+std::size_t lastSeparator(std::string_view path) noexcept;
+
+}  // namespace platform

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <memory>
+
+namespace platform {
+
+/// An operating-system mutex that admits again the thread which holds it and tells when its previous owner
+/// ended without releasing it. Any thread.
+class Mutex final {
+  public:
+    enum class Wait {
+        Obtained,
+        Abandoned,  ///< the owner had ended while holding it; the mutex is usable again and not held
+        Failed
+    };
+
+    Mutex() noexcept;
+    Mutex(const Mutex&) = delete;
+    Mutex& operator=(const Mutex&) = delete;
+    ~Mutex();
+
+    /// 0, or the system's error code when the mutex could not be created. Such a mutex only answers `Failed`.
+    int creationError() const noexcept { return creationError_; }
+
+    /// Waits without time limit.
+    Wait wait() noexcept;
+    /// Gives the mutex back. False when the system refuses (the calling thread does not hold it).
+    bool release() noexcept;
+
+  private:
+    struct Handle;
+    std::unique_ptr<Handle> handle_;
+    int creationError_ = 0;
+};
+
+}  // namespace platform

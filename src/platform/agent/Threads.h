@@ -1,0 +1,41 @@
+// The agent's OS abstraction library (threads), as the module uses it.
+#pragma once
+
+#include "platform/agent/Api.h"
+
+#include <cstdint>
+
+/// A thread object. The caller allocates it; `KRXThreadConstruct` prepares it, `KRXThreadDestroy` gives back
+/// what the library keeps in it, and only then may the caller release the memory.
+struct KRXThread {
+    void* state = nullptr;  ///< the library's own
+};
+
+extern "C" {
+
+using KRXThreadHandle = void*;
+/// A thread's entry function; what it returns is not read by the module.
+using KRXThreadEntry = int (*)(void* argument);
+
+/// The calling thread's handle, valid as long as that thread runs.
+KRX_API KRXThreadHandle KRXThreadGetHandleSelf();
+/// The priority of a thread.
+KRX_API int KRXThreadGetPriority(KRXThreadHandle thread);
+
+/// Prepares a thread object. 0, or another value when it cannot be had (the caller then releases the memory).
+KRX_API std::int8_t KRXThreadConstruct(KRXThread* thread);
+/// Starts `entry(argument)` on a new thread. 0 when it runs; after any other value the object must be
+/// destroyed.
+KRX_API std::int8_t KRXThreadStart(KRXThread* thread, const char* name, int priority, int flags,
+                                   unsigned int stackSize, KRXThreadEntry entry, void* argument);
+/// Non-zero while the thread runs.
+KRX_API int KRXThreadIsActive(KRXThread* thread);
+/// Waits at most `milliseconds` for the thread to end. 0 when it has ended.
+KRX_API std::int8_t KRXWaitForThread(KRXThread* thread, int* result, unsigned int milliseconds);
+/// Frees the library's part of a thread object. A thread that still runs is stopped for good before the call
+/// returns: it is dropped where it sleeps (its frames are not unwound), so nothing may be owned across a
+/// sleep.
+KRX_API void KRXThreadDestroy(KRXThread* thread);
+/// Blocks the calling thread.
+KRX_API void KRXThreadSleep(unsigned int milliseconds);
+}

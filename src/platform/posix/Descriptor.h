@@ -1,0 +1,23 @@
+// Opening of descriptors, shared by the POSIX files of this layer.
+#pragma once
+
+#include "platform/File.h"
+
+#include <array>
+
+namespace platform::posix {
+
+using PathBuffer = std::array<char, 4096>;
+
+/// Copies a path in the system's own spelling (slashes). False, with `errno` set, when it is too long or
+/// holds a NUL.
+bool toNative(std::string_view path, PathBuffer& native) noexcept;
+
+/// Opens `path` below `directory` (or AT_FDCWD). A descriptor above the standard ones, or -1 with `errno`
+/// set.
+int openDescriptor(int directory, const char* path, int flags) noexcept;
+
+/// As above in one of the file modes, and only for a regular file.
+int openRegular(int directory, const char* path, OpenMode mode) noexcept;
+
+}  // namespace platform::posix

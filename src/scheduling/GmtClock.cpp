@@ -1,0 +1,72 @@
+#include "scheduling/GmtClock.h"
+
+#include "platform/Clock.h"
+#include "platform/Number.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <limits>
+#include <string_view>
+
+namespace scheduling {
+namespace {
+
+constexpr int kTmYearOrigin = 1900;
+
+/// The number in `length` characters of a text from `position` on, read alone.
+int numberIn(std::string_view text, std::size_t position, std::size_t length) noexcept {
+    return position < text.size() ? platform::readNumber(text.substr(position, length)) : 0;
+}
+
+std::string_view textOf(const char* text) noexcept {
+    return text == nullptr ? std::string_view() : text;
+}
+
+}  // namespace
+
+// Counting plain UTC seconds satisfies the scale, and no local daylight saving can ever enter into it.
+std::int64_t gmtNow() noexcept {
+    return platform::now();
+}
+
+std::int32_t secondsBetween(std::int64_t from, std::int64_t until) noexcept {
+    using Limits = std::numeric_limits<std::int32_t>;
+    return static_cast<std::int32_t>(std::clamp<std::int64_t>(until - from, Limits::min(), Limits::max()));
+}
+
+std::int64_t stringToTime(const char* date, const char* time) noexcept {
+    std::tm fields{};
+    fields.tm_year = numberIn(textOf(date), 0, 4) - kTmYearOrigin;
+    fields.tm_mon = numberIn(textOf(date), 5, 2) - 1;
+    fields.tm_mday = numberIn(textOf(date), 8, 2);
+    fields.tm_hour = numberIn(textOf(time), 0, 2);
+    fields.tm_min = numberIn(textOf(time), 3, 2);
+    fields.tm_sec = numberIn(textOf(time), 6, 2);
+    return platform::momentOfUtc(fields);
+}
+
+GmtFields gmtFields(std::int64_t gmtClockValue) noexcept {
+    const std::tm fields = platform::utcFields(gmtClockValue);
+    return {fields.tm_year + kTmYearOrigin,
+            fields.tm_mon + 1,
+            fields.tm_mday,
+            fields.tm_hour,
+            fields.tm_min,
+            fields.tm_sec};
+}
+
+std::array<char, 40> calendarText(std::int64_t gmtClockValue) noexcept {
+    static constexpr std::array kDays{"Sun", "Mon", "Tue", "Wed", "Thu", "Fri", "Sat"};
+    static constexpr std::array kMonths{"Jan", "Feb", "Mar", "Apr", "May", "Jun",
+                                        "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
+    const std::tm fields = platform::utcFields(gmtClockValue);
+    std::array<char, 40> text{};
+    std::snprintf(text.data(), text.size(), "%s %s %2d %02d:%02d:%02d %d\n",
+                  kDays[static_cast<std::size_t>(fields.tm_wday)],
+                  kMonths[static_cast<std::size_t>(fields.tm_mon)], fields.tm_mday, fields.tm_hour,
+                  fields.tm_min, fields.tm_sec, fields.tm_year + kTmYearOrigin);
+    return text;
+}
+
+}  // namespace scheduling

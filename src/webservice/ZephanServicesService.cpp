@@ -1,0 +1,67 @@
+#include "webservice/ZephanServicesService.h"
+
+#include "controller/ModuleGate.h"
+#include "platform/agent/Logging.h"
+#include "platform/agent/Messaging.h"
+#include "webservice/ConnectMessage.h"
+#include "webservice/DisconnectMessage.h"
+#include "webservice/Operations.h"
+#include "webservice/ZephanServicesMessages.h"
+
+#include <exception>
+
+namespace KRX::Services::ZephanServicesNS {
+
+ZephanServicesService::ZephanServicesService()
+    : Service("ZephanServices", "urn:corvane-krx:urn:corvane-krx:ZephanServices_v1_0") {}
+
+int8_t ZephanServicesService::CreateMessage(const char* operation, Messaging::WebServiceMessage* message) {
+    int8_t result = -1;
+    try {
+        ZephanServicesMessages messages(serviceName(), "", serviceNamespace());
+        result = messages.CreateMessage(operation, *message);
+    } catch (const std::exception&) {
+        // Memory ran out: there is no message pair, as for an unknown operation.
+    }
+    if (result != 0) {
+        KRXLog(50, "ZephanServicesService::CreateMessage Unable to create message for %s operation.\n",
+               operation == nullptr ? "" : operation);
+        return -1;
+    }
+    return 0;
+}
+
+int8_t ZephanServicesService::Execute(Messaging::WebServiceMessage* message) {
+    const gate::Pass pass;
+    switch (operationNamed(message->GetRequestHeader().GetOperation())) {
+        case Operation::Connect: {
+            const auto& request = static_cast<const ConnectMessage&>(*message->GetRequestMsg());
+            auto& response = static_cast<ConnectResponseMessage&>(*message->GetResponseMsg());
+            int32_t currentPollingRate = 0;
+            const int8_t result = Connect(request.pollDuration(), request.pollingRate(), currentPollingRate,
+                                          message->GetContext());
+            response.setCurrentPollingRate(currentPollingRate);
+            return result;
+        }
+        case Operation::Disconnect: {
+            const auto& request = static_cast<const DisconnectMessage&>(*message->GetRequestMsg());
+            const auto& response = static_cast<const DisconnectResponseMessage&>(*message->GetResponseMsg());
+            return Disconnect(request.memberName(), *response.result(), message->GetContext());
+        }
+        case Operation::Unknown:
+            break;
+    }
+    return -1;
+}
+
+int8_t ZephanServicesService::Cleanup(Messaging::WebServiceMessage* message) {
+    if (ZephanServicesMessages::Cleanup(*message) != 0) {
+        const char* const operation = message->GetRequestHeader().GetOperation();
+        KRXLog(50, "ZephanServicesService::Cleanup Unable to clean-up message for %s operation.\n",
+               operation == nullptr ? "" : operation);
+        return -1;
+    }
+    return 0;
+}
+
+}  // namespace KRX::Services::ZephanServicesNS

@@ -1,0 +1,41 @@
+#include "webservice/ZephanServicesServiceImpl.h"
+
+#include "controller/ZephanRSMSingleTon.h"
+#include "platform/agent/Logging.h"
+
+namespace KRX::Services::ZephanServicesNS {
+namespace {
+
+constexpr int32_t kUnknownPollingRate = 300;  // seconds, answered without a controller
+
+}  // namespace
+
+int8_t ZephanServicesServiceImpl::Connect(int32_t pollDuration, int32_t pollingRate,
+                                          int32_t& currentPollingRate,
+                                          Messaging::Headers::SecurityContext& /*context*/) {
+    currentPollingRate = kUnknownPollingRate;
+    ZephanRSMSingleTon* const controller = ZephanRSMSingleTon::getInstance();
+    if (controller == nullptr) {
+        KRXLog(50,
+               "Couldn't make force poll in ZephanServicesServiceImpl::Connect as RSMSingleton was null\n");
+        return -1;
+    }
+    controller->setGracePeriod(pollDuration);
+    controller->setPollingRate(pollingRate);
+    std::uint32_t currentPollInterval = 0;
+    const int8_t result = controller->ForcePoll(pollDuration, pollingRate, currentPollInterval);
+    currentPollingRate = static_cast<int32_t>(currentPollInterval);
+    return result;
+}
+
+int8_t ZephanServicesServiceImpl::Disconnect(const char* memberName, Messaging::SerializableString& result,
+                                             Messaging::Headers::SecurityContext& /*context*/) {
+    ZephanRSMSingleTon* const controller = ZephanRSMSingleTon::getInstance();
+    if (controller == nullptr) {
+        KRXLog(50, "Couldn't disconnect in ZephanServicesServiceImpl::Disconnect as RSMSingleton was null\n");
+        return -1;
+    }
+    return controller->Disconnect(memberName, result);
+}
+
+}  // namespace KRX::Services::ZephanServicesNS

@@ -1,0 +1,151 @@
+#include "Serializer.h"
+#include "platform/agent/Messaging.h"
+
+#include <cstring>
+#include <stdexcept>
+#include <string>
+
+#include <gtest/gtest.h>
+
+namespace KRX::Messaging {
+namespace {
+
+int elementsAlive = 0;
+
+/// Two simple sub-elements and one element object, all kinds of answers.
+class Order final : public Serializable {
+  public:
+    explicit Order(Serializable* object) : Serializable("order", nullptr, 0, 1) {
+        ++elementsAlive;
+        RegisterAttribute("xmlns", 0, nullptr);
+        RegisterAttribute("lang", 0, nullptr);
+        RegisterSubElement("kept", 1, 1, nullptr);
+        RegisterSubElement("given", 1, 1, nullptr);
+        RegisterSubElement("object", object, 1, nullptr);
+    }
+    ~Order() override { --elementsAlive; }
+
+    std::int8_t SetAttributeText(const char*, const char*) override { return -1; }
+    std::int8_t SetSubElementText(const char* name, const char* text) override {
+        read += std::string(name) + "=" + text + ";";
+        return std::strcmp(text, "bad") == 0 ? -1 : 0;
+    }
+    const char* GetAttributeText(const char* name, bool& release) override {
+        if (std::strcmp(name, "xmlns") != 0) {
+            return nullptr;  // The flag stays as it was.
+        }
+        release = false;
+        return "urn:a\"b";
+    }
+    const char* GetSubElementText(const char* name, bool& release, unsigned int /*index*/) override {
+        release = std::strcmp(name, "given") == 0 && given != nullptr;
+        return release                          ? std::strcpy(new char[std::strlen(given) + 1], given)
+               : std::strcmp(name, "kept") == 0 ? kept
+                                                : nullptr;
+    }
+    bool HasElementText() override { return false; }
+
+    std::string read;
+    const char* kept = nullptr;
+    const char* given = nullptr;
+};
+
+std::string refusal(Order& order, const std::string& xml) {
+    try {
+        agent::readMessage(xml, order);
+    } catch (const std::runtime_error& error) {
+        return error.what();
+    }
+    return "read " + order.read;
+}
+
+TEST(Messaging, Reading) {
+    std::string deep;
+    for (int i = 0; i < 1000; ++i) {
+        deep += "<order>";
+    }
+    const std::pair<std::string, const char*> cases[] = {
+        {"<order/>", "read "},
+        {"<order xmlns='urn:x' xmlns:y='urn:y'><kept>1</kept></order>", "read kept=1;"},
+        {"<y:order xmlns:y='urn:y'> <y:given> a&lt;<![CDATA[&b]]><!-- --> </y:given>\n</y:order>",
+         "read given= a<&b ;"},
+        {"<?xml version='1.0'?><order><kept/><object>text</object></order>", "read kept=;"},
+        {"<other/>", "expected element 'order', received 'other'"},
+        {"<Order/>", "expected element 'order', received 'Order'"},
+        {"<order lang='en'/>", "element 'order' refused attribute 'lang'"},
+        {"<order><Kept>1</Kept></order>", "element 'order' has no sub-element 'Kept'"},
+        {"<order><kept>bad</kept></order>", "element 'order' refused sub-element 'kept'"},
+        {"<order><kept>1</kept><kept>2</kept></order>",
+         "element 'order' has more sub-elements 'kept' than it may have"},
+        {"<order><kept><a/></kept></order>", "element 'kept' takes nothing but text"},
+        {"<order>text</order>", "element 'order' takes no text of its own"},
+        {"<order><kept>1</order>", "line 1: mismatched tag"},
+        {"", "line 1: no element found"},
+        {"<order/>\n<order/>", "line 2: junk after document element"},
+        {"<!DOCTYPE order [<!ENTITY a 'a'>]><order>&a;</order>",
+         "line 1: a document type declaration is not accepted"},
+        {deep, "line 1: elements are nested too deeply"},
+    };
+    for (const auto& [xml, expected] : cases) {
+        SerializableString object("object", nullptr);
+        Order order(&object);
+        EXPECT_EQ(refusal(order, xml), expected) << xml.substr(0, 100);
+        EXPECT_STREQ(object.GetValue(), xml.find("<object>") == std::string::npos ? nullptr : "text");
+    }
+}
+
+TEST(Messaging, Writing) {
+    SerializableString object("object", nullptr);
+    Order order(&object);
+    Order without(nullptr);
+    object.SetElementName("Result");
+    EXPECT_EQ(agent::writeMessage(without), "<order xmlns=\"urn:a&quot;b\"/>");
+    EXPECT_EQ(agent::writeMessage(order), "<order xmlns=\"urn:a&quot;b\"><Result/></order>");
+    object.SetValue("Thread exited.");
+    order.kept = "a<b&c>\r\x01";
+    order.given = "-1";
+    EXPECT_EQ(agent::writeMessage(order),
+              "<order xmlns=\"urn:a&quot;b\"><kept>a&lt;b&amp;c&gt;&#13;?</kept><given>-1</given>"
+              "<Result>Thread exited.</Result></order>");
+}
+
+TEST(Messaging, BaseElementKeepsWhatItReads) {
+    Serializable element("note", nullptr, 0, 1);
+    element.RegisterAttribute("id", 0, nullptr);
+    element.RegisterSubElement("a", 0, 1, "default");
+    const std::string changed = "<note id=\"7\"><a>x</a></note>";
+    EXPECT_EQ(agent::writeMessage(element), "<note><a>default</a></note>");
+    agent::readMessage(changed, element);
+    EXPECT_EQ(agent::writeMessage(element), changed);
+}
+
+TEST(Messaging, MessageOwnsItsElements) {
+    {
+        WebServiceMessage message;
+        EXPECT_EQ(message.SetRequestMsg(new Order(nullptr)), nullptr);
+        message.SetResponseMsg(new Order(nullptr));
+        Serializable* first = message.SetRequestMsg(new Order(nullptr));
+        EXPECT_EQ(elementsAlive, 3);
+        delete first;
+    }
+    EXPECT_EQ(elementsAlive, 0);
+}
+
+TEST(Messaging, HeadersCopyTexts) {
+    Headers::SecurityContext context("SecurityContext");
+    EXPECT_EQ(context.GetCredentials(), nullptr);
+    EXPECT_EQ(context.SetCredentials(nullptr), -1);
+    {
+        std::string member = "member";
+        Headers::Credentials credentials("Credentials");
+        credentials.SetMemberId(member.c_str());
+        member = "changed";
+        EXPECT_EQ(context.SetCredentials(&credentials), 0);
+        credentials.SetMemberId("other");
+    }
+    EXPECT_STREQ(context.GetCredentials()->GetMemberId(), "member");
+    EXPECT_EQ(context.GetCredentials()->GetPassword(), nullptr);
+}
+
+}  // namespace
+}  // namespace KRX::Messaging

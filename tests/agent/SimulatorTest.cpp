@@ -1,0 +1,177 @@
+// The program as its users start it, with a small module.
+#include <array>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <string>
+
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace {
+
+struct Outcome {
+    int status = -1;
+    std::string output;
+};
+
+class SimulatorTest : public testing::Test {
+  protected:
+    SimulatorTest() { std::filesystem::create_directories(directory_); }
+    ~SimulatorTest() override { std::filesystem::remove_all(directory_); }
+
+    /// Runs the program in a directory of its own, with both outputs in one.
+    Outcome simulate(const std::string& arguments, const std::string& scenario = {}) {
+        std::ofstream(directory_ / "scenario") << scenario;
+        const std::string command = "cd " + directory_.string() + " && " SIMULATOR " " + arguments + " 2>&1";
+        std::FILE* pipe = ::popen(command.c_str(), "r");
+        Outcome outcome;
+        std::array<char, 4096> buffer = {};
+        for (std::size_t size = 0; (size = std::fread(buffer.data(), 1, buffer.size(), pipe)) > 0;) {
+            outcome.output.append(buffer.data(), size);
+        }
+        const int status = ::pclose(pipe);
+        outcome.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+        return outcome;
+    }
+    /// The trace of a scenario that must run to its end.
+    std::string replay(const std::string& scenario) {
+        const Outcome outcome = simulate("replay scenario --module " FAKE_MODULE " --trace -", scenario);
+        EXPECT_EQ(outcome.status, 0);
+        return outcome.output;
+    }
+
+  private:
+    const std::filesystem::path directory_ =
+        std::filesystem::path(testing::TempDir()) / ("simulator-" + std::to_string(::getpid()));
+};
+
+TEST_F(SimulatorTest, ThreadsOnTheVirtualClock) {
+    EXPECT_EQ(replay("clock 2026-03-01T10:00:00Z\n"
+                     "1 start rsm \"a b\"\n1 start logger 2\n2.5 log warn \"x\\n\"\n3 stop logger\n"),
+              R"({"t":1.000,"thread":"host","event":"log","level":40,"text":"start 1 at 1772359201 with a b"}
+{"t":1.000,"thread":"host","event":"call","verb":"start rsm a b","result":0}
+{"t":1.000,"thread":"host","event":"thread-start","name":"Worker","result":0}
+{"t":1.000,"thread":"host","event":"call","verb":"start logger 2","result":0}
+{"t":1.000,"thread":"Worker","event":"sleep","ms":1000}
+{"t":2.000,"thread":"Worker","event":"force-poll"}
+{"t":2.000,"thread":"Worker","event":"stdout","text":"tick"}
+{"t":2.000,"thread":"Worker","event":"sleep","ms":1000}
+{"t":2.500,"thread":"host","event":"stdout","text":"<40 x\n>"}
+{"t":2.500,"thread":"host","event":"call","verb":"log warn x\n","result":0}
+{"t":3.000,"thread":"Worker","event":"force-poll"}
+{"t":3.000,"thread":"Worker","event":"stdout","text":"tick"}
+{"t":3.000,"thread":"Worker","event":"thread-end","result":7}
+{"t":3.000,"thread":"host","event":"call","verb":"stop logger","result":0}
+)");
+}
+
+TEST_F(SimulatorTest, UnloadEndsThreadsAndLoadsAfresh) {
+    EXPECT_EQ(
+        replay("0 start rsm null\n0 start logger 100\n0 route off\n2 unload\n3 stop rsm\n3 start rsm null\n"
+               "3 stop rsm\n3 stop rsm null\n3 fail thread-start\n3 start logger 1\n"),
+        R"({"t":0.000,"thread":"host","event":"log","level":40,"text":"start 1 at 1767225600 with null"}
+{"t":0.000,"thread":"host","event":"call","verb":"start rsm null","result":0}
+{"t":0.000,"thread":"host","event":"thread-start","name":"Worker","result":0}
+{"t":0.000,"thread":"host","event":"call","verb":"start logger 100","result":0}
+{"t":0.000,"thread":"Worker","event":"sleep","ms":1000}
+{"t":1.000,"thread":"Worker","event":"force-poll"}
+{"t":1.000,"thread":"Worker","event":"stdout","text":"tick"}
+{"t":1.000,"thread":"Worker","event":"sleep","ms":1000}
+{"t":2.000,"thread":"Worker","event":"thread-destroyed"}
+{"t":3.000,"thread":"host","event":"call","verb":"stop rsm","result":-1}
+{"t":3.000,"thread":"host","event":"log","level":40,"text":"start 1 at 1767225603 with null"}
+{"t":3.000,"thread":"host","event":"call","verb":"start rsm null","result":0}
+{"t":3.000,"thread":"host","event":"call","verb":"stop rsm","result":0}
+{"t":3.000,"thread":"host","event":"call","verb":"stop rsm null","result":-1}
+{"t":3.000,"thread":"host","event":"thread-start","name":"Worker","result":-1}
+{"t":3.000,"thread":"host","event":"call","verb":"start logger 1","result":-1}
+)");
+}
+
+TEST_F(SimulatorTest, ServiceAndCommandCalls) {
+    EXPECT_EQ(
+        replay("0 call echo\n0 start web-service\n0 call echo text=\"a<b\"\n0 call echo text=null\n"
+               "0 call echo other=1\n0 call shout text=1\n0 service destroy\n0 service destroy\n"
+               "0 command X a=1 b=null\n0 command X null\n0 audit \"echo from a child\"\n"),
+        R"({"t":0.000,"thread":"host","event":"call","verb":"call echo","result":-1,"stage":"service","response":null}
+{"t":0.000,"thread":"host","event":"call","verb":"start web-service","result":0}
+{"t":0.000,"thread":"host","event":"log","level":30,"text":"cleaned up"}
+{"t":0.000,"thread":"host","event":"call","verb":"call echo text=a<b","result":5,"stage":"cleanup","response":"<echoResponse><text>a&lt;b</text></echoResponse>"}
+{"t":0.000,"thread":"host","event":"log","level":30,"text":"cleaned up"}
+{"t":0.000,"thread":"host","event":"call","verb":"call echo text=null","result":-1,"stage":"cleanup","response":"<echoResponse/>"}
+{"t":0.000,"thread":"host","event":"log","level":30,"text":"cleaned up"}
+{"t":0.000,"thread":"host","event":"call","verb":"call echo other=1","result":-1,"stage":"create","response":null}
+{"t":0.000,"thread":"host","event":"call","verb":"call shout text=1","result":-1,"stage":"create","response":null}
+{"t":0.000,"thread":"host","event":"call","verb":"service destroy","result":0}
+{"t":0.000,"thread":"host","event":"call","verb":"service destroy","result":1}
+{"t":0.000,"thread":"host","event":"call","verb":"command X a=1 b=null","result":2,"answer":[["count",null]]}
+{"t":0.000,"thread":"host","event":"call","verb":"command X null","result":1,"answer":null}
+{"t":0.000,"thread":"host","event":"stdout","text":"from a child\n"}
+{"t":0.000,"thread":"host","event":"call","verb":"audit echo from a child","result":0}
+)");
+}
+
+TEST_F(SimulatorTest, FilesGetTheSimulatedTime) {
+    EXPECT_EQ(replay("clock 2026-03-01T10:00:00Z\n0 show x\n0 write \"a\\\\b\" \"1\\n\"\n0 show a/b\n60 "
+                     "clock-step 60\n"
+                     "60 start data-source a/c\n60 audit \"stat -c '%n %Y' a/b a/c\"\n60 age a/b 0.5\n"
+                     "60 audit \"stat -c %Y a/b\"\n60 remove a\n60 remove a\n60 show a/b\n"),
+              R"({"t":0.000,"thread":"host","event":"file","path":"x","text":null}
+{"t":0.000,"thread":"host","event":"file","path":"a/b","text":"1\n"}
+{"t":60.000,"thread":"host","event":"call","verb":"start data-source a/c","result":0}
+{"t":60.000,"thread":"host","event":"stdout","text":"a/b 1772359200\na/c 1772359320\n"}
+{"t":60.000,"thread":"host","event":"call","verb":"audit stat -c '%n %Y' a/b a/c","result":0}
+{"t":60.000,"thread":"host","event":"stdout","text":"1772316120\n"}
+{"t":60.000,"thread":"host","event":"call","verb":"audit stat -c %Y a/b","result":0}
+{"t":60.000,"thread":"host","event":"file","path":"a/b","text":null}
+)");
+}
+
+TEST_F(SimulatorTest, RunTakesTypedVerbs) {
+    const Outcome typed = simulate("run --module " FAKE_MODULE " --trace - <scenario",
+                                   "start rsm null\nnonsense\nstop rsm\nend\naudit x\n");
+    EXPECT_EQ(typed.status, 1);
+    EXPECT_NE(typed.output.find("<stdin>:2: unknown verb 'nonsense'"), std::string::npos) << typed.output;
+    EXPECT_NE(typed.output.find(R"("verb":"stop rsm","result":0)"), std::string::npos) << typed.output;
+    EXPECT_EQ(typed.output.find("audit x"), std::string::npos) << typed.output;
+}
+
+TEST_F(SimulatorTest, StatusAndMessage) {
+    struct Case {
+        const char* arguments;
+        const char* scenario;
+        int status;
+        const char* message;
+    };
+    const Case cases[] = {
+        {"--help", "", 0, "usage: krx-agent-sim replay SCENARIO"},
+        {"--version", "", 0, "krx-agent-sim "},
+        {"", "", 2, "no command"},
+        {"play", "", 2, "unknown command play"},
+        {"replay", "", 2, "no scenario to replay"},
+        {"replay a b", "", 2, "unexpected argument b"},
+        {"run --trace", "", 2, "no value for option --trace"},
+        {"run --fast", "", 2, "unknown option --fast"},
+        {"replay missing", "", 1, "missing: No such file or directory"},
+        {"replay scenario", "# x\n1 leap\n", 1, "scenario:2: unknown verb 'leap'"},
+        {"replay scenario", "1 age x 1\n", 1, "scenario:1: x: No such file or directory"},
+        {"replay scenario --module ./none", "\n0 asset absent\n1 stop logger\n", 1,
+         "scenario:3: cannot load the module: ./none"},
+        {"replay scenario --module " NO_MODULE, "0 stop logger\n", 1, "does not export ZPRSMExtnStartup"},
+        {"replay scenario --trace none/trace", "0 end\n", 1, "none/trace: No such file or directory"},
+        {"replay scenario --trace /dev/full", "0 show x\n", 1,
+         "/dev/full: cannot write: No space left on device"},
+        {"run scenario </dev/null", "0.02 show x\n", 0, "file: x holds nothing"},
+    };
+    for (const Case& each : cases) {
+        const Outcome outcome = simulate(each.arguments, each.scenario);
+        EXPECT_EQ(outcome.status, each.status) << each.arguments;
+        EXPECT_NE(outcome.output.find(each.message), std::string::npos) << each.arguments << "\n"
+                                                                        << outcome.output;
+    }
+}
+
+}  // namespace
