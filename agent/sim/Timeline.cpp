@@ -25,9 +25,16 @@ class Fields final {
         const auto* found = find<std::optional<std::string>>(key);
         return found == nullptr || !*found ? "nothing" : asJsonText(**found);
     }
+    /// The text without quotes around it or escapes before those in it; line ends stay escaped.
     std::string plain(std::string_view key) const {
-        const std::string text = quoted(key);
-        return text.front() == '"' ? text.substr(1, text.size() - 2) : text;
+        std::string text = quoted(key);
+        if (text.front() == '"') {
+            text = text.substr(1, text.size() - 2);
+            for (std::size_t at = text.find("\\\""); at != std::string::npos; at = text.find("\\\"", at)) {
+                text.erase(at, 1);
+            }
+        }
+        return text;
     }
     bool has(std::string_view key) const {
         const auto* found = find<std::optional<std::string>>(key);
