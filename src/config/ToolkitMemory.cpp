@@ -5,12 +5,24 @@
 
 #include <xercesc/util/OutOfMemoryException.hpp>
 
+/// Stands in front of each block and keeps it aligned.
+struct alignas(std::max_align_t) ToolkitMemory::Header {
+    Header* earlier;
+    Header* later;
+    std::size_t cost;
+};
+
 namespace {
 
-// Each block is preceded by its size, in as many bytes as keep the block aligned.
-constexpr std::size_t kHeader = alignof(std::max_align_t);
+constexpr std::size_t kAllocatorCost = 16;  // of the system's own, a block
 
 }  // namespace
+
+ToolkitMemory::~ToolkitMemory() {
+    while (latest_ != nullptr) {
+        deallocate(latest_ + 1);
+    }
+}
 
 ToolkitMemory* ToolkitMemory::unbounded() noexcept {
     // Never destroyed (its storage is part of the module's): tag names are released late.
@@ -20,24 +32,34 @@ ToolkitMemory* ToolkitMemory::unbounded() noexcept {
 }
 
 void* ToolkitMemory::allocate(XMLSize_t size) {
-    if (size > liveLimit_ - live_ || size > totalLimit_ - total_) {
+    // A document of many small parts is mostly what its blocks cost beyond their size.
+    const std::size_t cost = size + sizeof(Header) + kAllocatorCost;
+    if (cost < size || cost > liveLimit_ - live_ || cost > totalLimit_ - total_) {
         throw xercesc::OutOfMemoryException();
     }
-    void* const block = ::operator new(size + kHeader, std::nothrow);
-    if (block == nullptr) {
+    void* const memory = ::operator new(size + sizeof(Header), std::nothrow);
+    if (memory == nullptr) {
         throw xercesc::OutOfMemoryException();
     }
-    live_ += size;
-    total_ += size;
-    *static_cast<std::size_t*>(block) = size;
-    return static_cast<unsigned char*>(block) + kHeader;
+    live_ += cost;
+    total_ += cost;
+    auto* const block = new (memory) Header{latest_, nullptr, cost};
+    if (latest_ != nullptr) {
+        latest_->later = block;
+    }
+    latest_ = block;
+    return block + 1;
 }
 
 void ToolkitMemory::deallocate(void* memory) {
     if (memory == nullptr) {
         return;
     }
-    void* const block = static_cast<unsigned char*>(memory) - kHeader;
-    live_ -= *static_cast<std::size_t*>(block);
+    Header* const block = static_cast<Header*>(memory) - 1;
+    live_ -= block->cost;
+    (block->later != nullptr ? block->later->earlier : latest_) = block->earlier;
+    if (block->earlier != nullptr) {
+        block->earlier->later = block->later;
+    }
     ::operator delete(block);
 }

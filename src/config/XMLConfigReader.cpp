@@ -12,13 +12,14 @@
 #include <xercesc/dom/DOM.hpp>
 #include <xercesc/framework/MemBufInputSource.hpp>
 #include <xercesc/util/OutOfMemoryException.hpp>
+#include <xercesc/util/PanicHandler.hpp>
 #include <xercesc/util/PlatformUtils.hpp>
 #include <xercesc/util/XMLException.hpp>
 #include <xercesc/util/XMLString.hpp>
+#include <xercesc/util/XMLUni.hpp>
 
 using xercesc::DOMElement;
 using xercesc::DOMNode;
-using xercesc::DOMNodeList;
 using xercesc::XMLString;
 
 namespace {
@@ -26,7 +27,7 @@ namespace {
 constexpr std::size_t kLargestFile = std::size_t{1} << 20U;
 // What a parse may take: held at a time, and handed out in all (each expansion of an entity is paid for in
 // the latter).
-constexpr std::size_t kLiveMemory = std::size_t{24} << 20U;
+constexpr std::size_t kLiveMemory = std::size_t{13} << 20U;
 constexpr std::size_t kTotalMemory = std::size_t{256} << 20U;
 
 std::runtime_error parsingError(const std::string& path) {
@@ -63,8 +64,8 @@ std::string textOf(const DOMElement* element) {
     return text.substr(start, end - start + 1);
 }
 
-/// In document order. The toolkit's own look-up keeps each list that it made and searches among them, which takes
-/// minutes for a file full of small elements. Nesting has its bound, so this cannot go deep.
+/// In document order. The toolkit's own look-up keeps each list that it made and searches among them, which
+/// takes seconds for a file full of small elements. Nesting has its bound, so this cannot go deep.
 const DOMElement* firstDescendant(const DOMElement& element, const XMLCh* tag) {
     for (const DOMElement* child = element.getFirstElementChild(); child != nullptr;
          child = child->getNextElementSibling()) {
@@ -97,27 +98,48 @@ std::string readFile(const std::string& path) {
     return contents;
 }
 
+/// In place of the toolkit's own handler, which ends the process.
+class ThrowingPanicHandler final : public xercesc::PanicHandler {
+  public:
+    void panic(const PanicReasons reason) override { throw std::runtime_error(getPanicReasonString(reason)); }
+};
+
+/// Calls `step` and reports what is thrown in it. False when anything was.
+template <typename Step>
+bool toolkitDoes(const char* format, Step&& step) {
+    try {
+        step();
+        return true;
+    } catch (const xercesc::OutOfMemoryException&) {
+        KRXLog(250, format, "out of memory");
+    } catch (const xercesc::XMLException& exception) {
+        // Its message is in the toolkit's own characters, which only a toolkit that runs can convert.
+        KRXLog(250, format, exception.getSrcFile());
+    } catch (const std::exception& exception) {
+        KRXLog(250, format, exception.what());
+    }
+    return false;
+}
+
 }  // namespace
 
 XMLConfigData* loadConfiguration(const std::string& path) {
-    const auto report = [](const char* format, const xercesc::XMLException& exception) {
-        KRXLog(250, "%s%s", format, transcoded(exception.getMessage()).c_str());
-    };
-    try {
-        xercesc::XMLPlatformUtils::Initialize();
-    } catch (const xercesc::XMLException& exception) {
-        report("XML toolkit initialization error: ", exception);
+    static ThrowingPanicHandler panicHandler;
+    // A start or stop that failed half-way leaves a toolkit that crashes when it is started or stopped again.
+    static bool usable = true;
+    usable = usable && toolkitDoes("XML toolkit initialization error: %s", [] {
+                 xercesc::XMLPlatformUtils::Initialize(xercesc::XMLUni::fgXercescDefaultLocale, nullptr,
+                                                       &panicHandler);
+             });
+    if (!usable) {
+        throw parsingError(path);
     }
     XMLConfigData* const configuration = XMLConfigData::getInstance(path);
     if (configuration != nullptr) {
         // When this throws, the toolkit stays started, ready for the next load.
         configuration->parseConfigFile();
     }
-    try {
-        xercesc::XMLPlatformUtils::Terminate();
-    } catch (const xercesc::XMLException& exception) {
-        report("XML toolkit teardown error: ", exception);
-    }
+    usable = toolkitDoes("XML toolkit teardown error: %s", [] { xercesc::XMLPlatformUtils::Terminate(); });
     return configuration;
 }
 
@@ -157,10 +179,9 @@ void XMLConfigData::parseConfigFile() {
 }
 
 void XMLConfigData::readDocument(const DOMElement& root) {
-    const DOMNodeList* const children = root.getChildNodes();
-    const XMLSize_t count = children->getLength();
-    for (XMLSize_t i = 0; i < count; ++i) {
-        const DOMElement* const child = asElement(children->item(i));
+    // Not by index: each look-up would walk from the first child again.
+    for (const DOMNode* node = root.getFirstChild(); node != nullptr; node = node->getNextSibling()) {
+        const DOMElement* const child = asElement(node);
         if (child == nullptr) {
             continue;
         }
