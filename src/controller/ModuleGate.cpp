@@ -9,7 +9,9 @@ namespace {
 std::atomic<int> threadsInside{0};
 std::atomic<bool> closed{false};
 std::mutex lifecycle;
-thread_local int depth = 0;  // of the calling thread's passes
+// Of the calling thread's passes. In the model of variables that exist with the thread: others are made at a
+// thread's first access, and when there is no memory for that the C library ends the process.
+thread_local int depth __attribute__((tls_model("initial-exec"))) = 0;
 
 void countOut() noexcept {
     if (threadsInside.fetch_sub(1) == 1 && closed) {

@@ -8,7 +8,7 @@
 #include <array>
 #include <cstdio>
 #include <exception>
-#include <iterator>
+#include <span>
 
 using KRX::Services::RegistrationNS::Asset;
 using KRX::Services::RegistrationNS::Property;
@@ -27,6 +27,24 @@ const char* modeName(std::int32_t mode) noexcept {
             return "NOT_ACTIVE";
     }
 }
+
+/// Takes properties that are the caller's own out of a record's list again, which otherwise releases them.
+class Withdrawal final {
+  public:
+    Withdrawal(KRX::Messaging::SerializableArray& list, std::span<Property> properties) noexcept
+        : list_(list), properties_(properties) {}
+    Withdrawal(const Withdrawal&) = delete;
+    Withdrawal& operator=(const Withdrawal&) = delete;
+    ~Withdrawal() {
+        for (Property& property : properties_) {
+            list_.RemoveEntry(&property);
+        }
+    }
+
+  private:
+    KRX::Messaging::SerializableArray& list_;
+    std::span<Property> properties_;
+};
 
 ValueText numberText(double value) noexcept {
     ValueText text{};
@@ -103,6 +121,7 @@ void ZephanRSMSingleTon::UpdateProperty() noexcept {
             std::snprintf(text.data(), text.size(), "LENGTH IS %d", length);
             platform::echo(text.data());
         }
+        const Withdrawal withdrawal(*list, properties);
         for (Property& property : properties) {
             list->AddEntry(&property);
         }
@@ -112,10 +131,6 @@ void ZephanRSMSingleTon::UpdateProperty() noexcept {
             LogRSMProfile();
         } else {
             KRXLog(40, "\n Failed to Update Properties...... \n");
-        }
-        // The record must not release what is this function's own.
-        for (Property& property : properties) {
-            list->RemoveEntry(&property);
         }
     } catch (const std::exception&) {
         // Memory ran out in the agent's objects: as when the enterprise refuses. The next report sends all

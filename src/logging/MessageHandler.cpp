@@ -4,6 +4,8 @@
 #include "logging/Observer.h"
 #include "platform/agent/Logging.h"
 
+#include <new>
+
 namespace {
 
 // Room kept for messages, so that usual ones need no memory of their own and a giant one does not keep its
@@ -13,8 +15,12 @@ constexpr std::size_t kLargestKeptRoom = std::size_t{64} * 1024;
 
 }  // namespace
 
-MessageHandler::MessageHandler() {
-    message_.reserve(kKeptRoom);
+MessageHandler::MessageHandler() noexcept {
+    try {
+        message_.reserve(kKeptRoom);
+    } catch (const std::bad_alloc&) {
+        // The messages make their own room, as long ones do.
+    }
 }
 
 void MessageHandler::log(std::uint32_t level, const char* message) {

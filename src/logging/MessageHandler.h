@@ -11,7 +11,7 @@ class Observer;
 /// to that.
 class MessageHandler final {
   public:
-    MessageHandler();
+    MessageHandler() noexcept;
     MessageHandler(const MessageHandler&) = delete;
     MessageHandler& operator=(const MessageHandler&) = delete;
 
