@@ -79,11 +79,13 @@ int8_t ZPXRSMDSStartup(void** handle, const char* scheduleFilePath) {
         if (controller != nullptr) {
             controller->createScheduleHandler(scheduleFilePath);
         }
-        if (controller == nullptr || controller->getScheduleHandler() == nullptr || handle == nullptr) {
+        if (controller == nullptr || controller->getScheduleHandler() == nullptr) {
             KRXLog(250, "RSMDSExtn ERROR: Failed to create ScheduleRSMHandler object.");
             return entry::kFailure;
         }
-        *handle = controller->getScheduleHandler();
+        if (handle != nullptr) {
+            *handle = controller->getScheduleHandler();
+        }
         KRXLog(250, "Custom HVK Extension: %s startup complete.\n", kExtension);
         return entry::kSuccess;
     });

@@ -33,25 +33,35 @@ int8_t ZephanServicesService::CreateMessage(const char* operation, Messaging::We
 
 int8_t ZephanServicesService::Execute(Messaging::WebServiceMessage* message) {
     const gate::Pass pass;
-    switch (operationNamed(message->GetRequestHeader().GetOperation())) {
-        case Operation::Connect: {
-            const auto& request = static_cast<const ConnectMessage&>(*message->GetRequestMsg());
-            auto& response = static_cast<ConnectResponseMessage&>(*message->GetResponseMsg());
-            int32_t currentPollingRate = 0;
-            const int8_t result = Connect(request.pollDuration(), request.pollingRate(), currentPollingRate,
-                                          message->GetContext());
-            response.setCurrentPollingRate(currentPollingRate);
-            return result;
+    try {
+        switch (operationNamed(message->GetRequestHeader().GetOperation())) {
+            case Operation::Connect:
+                return executeConnect(*message);
+            case Operation::Disconnect:
+                return executeDisconnect(*message);
+            case Operation::Unknown:
+                break;
         }
-        case Operation::Disconnect: {
-            const auto& request = static_cast<const DisconnectMessage&>(*message->GetRequestMsg());
-            const auto& response = static_cast<const DisconnectResponseMessage&>(*message->GetResponseMsg());
-            return Disconnect(request.memberName(), *response.result(), message->GetContext());
-        }
-        case Operation::Unknown:
-            break;
+    } catch (const std::exception&) {
+        // Memory ran out in the agent's objects; nothing may be thrown into the host.
     }
     return -1;
+}
+
+int8_t ZephanServicesService::executeConnect(Messaging::WebServiceMessage& message) {
+    const auto& request = static_cast<const ConnectMessage&>(*message.GetRequestMsg());
+    auto& response = static_cast<ConnectResponseMessage&>(*message.GetResponseMsg());
+    int32_t currentPollingRate = 0;
+    const int8_t result =
+        Connect(request.pollDuration(), request.pollingRate(), currentPollingRate, message.GetContext());
+    response.setCurrentPollingRate(currentPollingRate);
+    return result;
+}
+
+int8_t ZephanServicesService::executeDisconnect(Messaging::WebServiceMessage& message) {
+    const auto& request = static_cast<const DisconnectMessage&>(*message.GetRequestMsg());
+    const auto& response = static_cast<const DisconnectResponseMessage&>(*message.GetResponseMsg());
+    return Disconnect(request.memberName(), *response.result(), message.GetContext());
 }
 
 int8_t ZephanServicesService::Cleanup(Messaging::WebServiceMessage* message) {

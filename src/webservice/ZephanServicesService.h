@@ -26,6 +26,10 @@ class ZephanServicesService : public Service {
     /// The outcome is put into `result`. 0 or -1.
     virtual int8_t Disconnect(const char* memberName, Messaging::SerializableString& result,
                               Messaging::Headers::SecurityContext& context) = 0;
+
+  private:
+    int8_t executeConnect(Messaging::WebServiceMessage& message);
+    int8_t executeDisconnect(Messaging::WebServiceMessage& message);
 };
 
 }  // namespace KRX::Services::ZephanServicesNS

@@ -29,8 +29,7 @@ int listDirectory(const std::string& directory, std::vector<std::string>& names)
     const auto close = [](DIR* stream) { ::closedir(stream); };
     const std::unique_ptr<DIR, decltype(close)> stream(opened, close);
     const auto first = static_cast<std::ptrdiff_t>(names.size());
-    // The stream is this call's own; readdir_r is deprecated in favour of exactly this use.
-    while (const dirent* entry = ::readdir(stream.get())) {  // NOLINT(concurrency-mt-unsafe)
+    while (const dirent* entry = ::readdir(stream.get())) {
         names.emplace_back(entry->d_name);
     }
     // The order in which a file system yields names differs from one to the next.
