@@ -1,0 +1,191 @@
+// What one message costs.
+#include "Module.h"
+#include "Report.h"
+#include "Rivals.h"
+
+#include <atomic>
+#include <cstddef>
+#include <cstdio>
+#include <filesystem>
+#include <linux/filter.h>
+#include <linux/seccomp.h>
+#include <sstream>
+
+#include <sys/prctl.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace {
+
+using bench::Bar;
+using bench::compare;
+using bench::roundOf;
+
+constexpr int kRounds = 200;
+constexpr int kEntries = 500;           // of one round, on each thread
+constexpr int kCheapOperations = 5000;  // likewise, where no system call is made
+
+const std::string kMessage =
+    "Poll of the enterprise server ended after 1234 ms, 3 packages received, next poll in 60 s.\n";
+// The beginnings of the configured texts occur in it again and again, as they would in such a message; it
+// matches none.
+const std::string kAuditMessage =
+    "Service user operator-7 opened a Session from 10.20.30.40, Remote file /var/opt/agent/settings.xml "
+    "Uploaded, "
+    "File size 48211 bytes, transfer rate 1.2 MB/s, success\n";
+
+constexpr std::uint8_t kInfo = 30;
+constexpr std::uint8_t kTrace = 20;
+
+struct Fixture {
+    explicit Fixture(int texts = 4, const std::string& logLevel = "info")
+        : module(writeConfiguration(scratch, texts, logLevel)) {}
+
+    bench::Scratch scratch;
+    bench::Module module;
+    bench::Floor floor{scratch.path("floor.log"), kMessage};
+    bench::SpdlogFile spdlog{scratch.path("spdlog.log"), kMessage};
+};
+
+template <typename Against>
+void entry(benchmark::State& state, int threads, Against&& against, Bar bar) {
+    for (auto _ : state) {
+        Fixture fixture;
+        report(state,
+               compare(roundOf([&] { fixture.module.log(kInfo, kMessage.c_str()); }, kEntries, threads),
+                       roundOf([&] { against(fixture); }, kEntries, threads), kRounds),
+               bar);
+    }
+}
+
+void rejected(benchmark::State& state) {
+    for (auto _ : state) {
+        Fixture fixture;
+        report(state,
+               compare(roundOf([&] { fixture.module.log(kTrace, kMessage.c_str()); }, kCheapOperations),
+                       roundOf([&] { std::fputs(kMessage.c_str(), stdout); }, kCheapOperations), kRounds));
+    }
+}
+
+/// The same message as audit and as log message: the difference is the search. The file's part is left out of
+/// both, since the machine's noise in it is larger than the search.
+void audit(benchmark::State& state, int texts, double bar) {
+    for (auto _ : state) {
+        Fixture fixture(texts, "error");
+        // Of what is open the closing is searched for too.
+        fixture.module.audit("Remote tunnel opened 0, File transfer started 2");
+        report(state,
+               compare(roundOf([&] { fixture.module.audit(kAuditMessage.c_str()); }, kCheapOperations),
+                       roundOf([&] { fixture.module.log(kInfo, kAuditMessage.c_str()); }, kCheapOperations),
+                       kRounds),
+               {{}, bar});
+    }
+}
+
+std::atomic<std::uint64_t> allocations{0};
+
+std::uint64_t allocationsOfEntries(const Fixture& fixture) {
+    const std::string message(1024, 'm');
+    fixture.module.log(
+        kInfo, message.c_str());  // the C library's one-time work: time zone, buffer of standard output
+    const std::uint64_t before = allocations.load();
+    for (int i = 0; i < kEntries; ++i) {
+        fixture.module.log(kInfo, message.c_str());
+        fixture.module.audit(message.c_str());
+    }
+    return allocations.load() - before;
+}
+
+/// Runs rejected messages in a process that any system call but its exit would end.
+bool rejectedWithoutSystemCall(const Fixture& fixture) {
+    const pid_t child = ::fork();
+    if (child == 0) {
+        // A stream of its own, with room for all that is echoed.
+        std::freopen("/dev/null", "w", stdout);
+        static char buffer[kEntries * 256];
+        std::setvbuf(stdout, buffer, _IOFBF, sizeof buffer);
+        sock_filter exitOnly[] = {BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
+                                  BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, SYS_exit, 0, 1),
+                                  BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW),
+                                  BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_KILL_PROCESS)};
+        sock_fprog program = {4, exitOnly};
+        ::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0);
+        if (::prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &program) == 0) {
+            for (int i = 0; i < kEntries; ++i) {
+                fixture.module.log(kTrace, kMessage.c_str());
+            }
+            ::syscall(SYS_exit, 0);
+        }
+        ::_exit(1);
+    }
+    int status = 0;
+    ::waitpid(child, &status, 0);
+    return WIFEXITED(status) && WEXITSTATUS(status) == 0;
+}
+
+std::string settings() {
+    const Fixture fixture;
+    std::ostringstream text;
+    text << "Entries of " << kMessage.size() << " bytes (audit: " << kAuditMessage.size() << "), " << kRounds
+         << " rounds of " << kEntries << " a thread in turn (" << kCheapOperations
+         << " where nothing is written); files in " << std::filesystem::relative(BENCH_SCRATCH).string()
+         << "\nHeap blocks taken by " << 2 * kEntries
+         << " entries of 1 KiB: " << allocationsOfEntries(fixture) << "\nSystem calls made by " << kEntries
+         << " rejected messages: " << (rejectedWithoutSystemCall(fixture) ? "none" : "SOME") << '\n';
+    return text.str();
+}
+
+void define() {
+    const auto add = [](const char* name, auto function) {
+        benchmark::RegisterBenchmark(name, function)->Iterations(1)->UseManualTime();
+    };
+    const auto addEntry = [&](const char* name, int threads, auto against, Bar bar) {
+        add(name, [=](benchmark::State& state) { entry(state, threads, against, bar); });
+    };
+    const auto floor = [](Fixture& with) { with.floor.entry(); };
+    const auto lockedFloor = [](Fixture& with) { with.floor.lockedEntry(); };
+    const auto spdlog = [](Fixture& with) { with.spdlog.entry(); };
+    const auto spdlogWithCheck = [](Fixture& with) { with.spdlog.checkedEntry(); };
+    addEntry("entry / floor", 1, floor, {1.05, {}});
+    addEntry("entry / spdlog", 1, spdlog, {});
+    addEntry("entry / spdlog + size check", 1, spdlogWithCheck, {});
+    addEntry("2 threads: entry / floor under a mutex", 2, lockedFloor, {1.10, {}});
+    addEntry("2 threads: entry / floor", 2, floor, {});
+    addEntry("2 threads: entry / spdlog", 2, spdlog, {});
+    addEntry("2 threads: entry / spdlog + size check", 2, spdlogWithCheck, {});
+    add("rejected message / its echo", rejected);
+    add("audit message / log message, 3 texts", [](benchmark::State& state) { audit(state, 3, 100); });
+    add("audit message / log message, 20 texts", [](benchmark::State& state) { audit(state, 20, 200); });
+    add("audit message / log message, 100 texts", [](benchmark::State& state) { audit(state, 100, 1000); });
+}
+
+}  // namespace
+
+// The program's own malloc family stands before the C library's in the order of look-up, for the module too.
+extern "C" {
+
+void* __libc_malloc(std::size_t);
+void* __libc_calloc(std::size_t, std::size_t);
+void* __libc_realloc(void*, std::size_t);
+
+__attribute__((visibility("default"))) void* malloc(std::size_t size) {
+    ++allocations;
+    return __libc_malloc(size);
+}
+
+__attribute__((visibility("default"))) void* calloc(std::size_t count, std::size_t size) {
+    ++allocations;
+    return __libc_calloc(count, size);
+}
+
+__attribute__((visibility("default"))) void* realloc(void* block, std::size_t size) {
+    ++allocations;
+    return __libc_realloc(block, size);
+}
+}
+
+int main(int argumentCount, char** arguments) {
+    define();
+    return bench::run(argumentCount, arguments, settings);
+}

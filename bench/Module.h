@@ -1,0 +1,48 @@
+// The built library as an agent has it: loaded with dlopen, its logger started on a configuration file.
+#pragma once
+
+#include "AgentHost.h"
+#include "ZephanRSMLogger.h"
+
+#include <filesystem>
+#include <string>
+
+namespace bench {
+
+/// A directory of this benchmark's own below the build tree; gone with the object.
+class Scratch final {
+  public:
+    Scratch();
+    Scratch(const Scratch&) = delete;
+    Scratch& operator=(const Scratch&) = delete;
+    ~Scratch();
+
+    std::string path(const std::string& name) const { return (directory_ / name).string(); }
+
+  private:
+    std::filesystem::path directory_;
+};
+
+/// Writes a configuration whose log file lies beside it and is never rotated. Returns its path. `texts`: how
+/// many texts mark remote activity, spread over the four lists; `logLevel`: as in the file.
+std::string writeConfiguration(const Scratch& scratch, int texts = 4, const std::string& logLevel = "info");
+
+class Module final {
+  public:
+    explicit Module(const std::string& configuration);
+    Module(const Module&) = delete;
+    Module& operator=(const Module&) = delete;
+    ~Module();
+
+    decltype(&ZPXRSMLoggerLog) log = nullptr;
+    decltype(&ZPXRSMLoggerAudit) audit = nullptr;
+
+  private:
+    template <typename Function>
+    void find(Function& function, const char* name);
+
+    agent::AgentHost host_;
+    void* library_;
+};
+
+}  // namespace bench

@@ -1,0 +1,26 @@
+// The table that the benchmarks print.
+#pragma once
+
+#include "Comparison.h"
+
+#include <optional>
+#include <string>
+
+#include <benchmark/benchmark.h>
+
+namespace bench {
+
+/// What a comparison has to keep: a bound on the ratio or on the difference in nanoseconds.
+struct Bar {
+    std::optional<double> ratio;
+    std::optional<double> difference;
+};
+
+/// Hands a comparison to the reporter as the result of a benchmark that runs once.
+void report(benchmark::State& state, const Comparison& comparison, Bar bar = {});
+
+/// Sends standard output to /dev/null, where the module's echo is to go, and prints the table to where it
+/// went before: the settings first, then what Google Benchmark was told to run. The process's exit status.
+int run(int argumentCount, char** arguments, std::string (*settings)());
+
+}  // namespace bench
