@@ -51,8 +51,4 @@ std::string StdoutCapture::take() {
     return text;
 }
 
-int StdoutCapture::openOriginal() const {
-    return checked(::fcntl(original_, F_DUPFD_CLOEXEC, STDERR_FILENO + 1), "cannot write to it");
-}
-
 }  // namespace sim

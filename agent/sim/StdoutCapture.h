@@ -16,8 +16,6 @@ class StdoutCapture final {
 
     /// What was written since the last call.
     std::string take();
-    /// A new descriptor of the output as it was before; the caller's to close.
-    int openOriginal() const;
 
   private:
     int original_ = -1;

@@ -38,10 +38,13 @@ class ShownTime final {
     ~ShownTime() { sim::showTimeOf(nullptr); }
 };
 
-int openTrace(const std::string& path) {
-    const int descriptor = ::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
+/// Where the events go, opened before standard output is redirected: the path may lead there, too.
+int openEvents(const std::optional<std::string>& path) {
+    const int descriptor = path && *path != "-"
+                               ? ::open(path->c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666)
+                               : ::fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
     if (descriptor < 0) {
-        throw std::runtime_error(path + ": " + std::strerror(errno));
+        throw std::runtime_error(path.value_or("standard output") + ": " + std::strerror(errno));
     }
     return descriptor;
 }
@@ -55,11 +58,9 @@ ExitStatus simulate(const Options& options) {
     const bool real = options.mode == Options::Mode::run;
     const sim::Scenario scenario =
         options.scenario ? sim::readScenarioFile(*options.scenario) : sim::Scenario();
-    sim::StdoutCapture capture;
-    const bool toStdout = !options.trace || *options.trace == "-";
     sim::TraceFile trace(options.trace ? sim::TraceFile::Form::json : sim::TraceFile::Form::timeline,
-                         toStdout ? capture.openOriginal() : openTrace(*options.trace),
-                         toStdout ? "standard output" : *options.trace, real);
+                         openEvents(options.trace), options.trace.value_or("standard output"), real);
+    sim::StdoutCapture capture;
     const auto input = real ? std::make_unique<sim::Input>(STDIN_FILENO) : nullptr;
     std::unique_ptr<sim::Clock> clock;
     if (real) {

@@ -165,6 +165,8 @@ TEST_F(SimulatorTest, StatusAndMessage) {
         {"replay scenario --trace /dev/full", "0 show x\n", 1,
          "/dev/full: cannot write: No space left on device"},
         {"run scenario </dev/null", "0.02 show x\n", 0, "file: x holds nothing"},
+        {"replay scenario --trace /dev/stdout", "0 show x\n", 0,
+         "\"event\":\"file\",\"path\":\"x\",\"text\":null"},
     };
     for (const Case& each : cases) {
         const Outcome outcome = simulate(each.arguments, each.scenario);
