@@ -19,8 +19,10 @@ constexpr std::size_t kAllocatorCost = 16;  // of the system's own, a block
 }  // namespace
 
 ToolkitMemory::~ToolkitMemory() {
-    while (latest_ != nullptr) {
-        deallocate(latest_ + 1);
+    for (Header* block = latest_; block != nullptr;) {
+        Header* const earlier = block->earlier;
+        ::operator delete(block);
+        block = earlier;
     }
 }
 

@@ -5,6 +5,7 @@
 #include "platform/File.h"
 #include "platform/agent/Logging.h"
 
+#include <cstdint>
 #include <new>
 #include <stdexcept>
 #include <string_view>
@@ -24,7 +25,7 @@ using xercesc::XMLString;
 
 namespace {
 
-constexpr std::size_t kLargestFile = std::size_t{1} << 20U;
+constexpr std::int64_t kLargestFile = std::int64_t{1} << 20U;
 // What a parse may take: held at a time, and handed out in all (each expansion of an entity is paid for in
 // the latter).
 constexpr std::size_t kLiveMemory = std::size_t{13} << 20U;
@@ -87,14 +88,11 @@ const DOMElement* asElement(const DOMNode* node) {
 
 std::string readFile(const std::string& path) {
     const platform::File file = platform::File::open(path, platform::OpenMode::Read);
-    if (!file.isOpen()) {
+    if (!file.isOpen() || file.size() > kLargestFile) {
         throw parsingError(path);
     }
-    std::string contents(kLargestFile + 1, '\0');
+    std::string contents(static_cast<std::size_t>(file.size()), '\0');
     contents.resize(file.readStart(contents.data(), contents.size()));
-    if (contents.size() > kLargestFile) {
-        throw parsingError(path);
-    }
     return contents;
 }
 

@@ -60,5 +60,6 @@ int LogRevision::listDirectory(const std::string& directory, std::vector<std::st
 
 std::int64_t LogRevision::fileAgeInDays(const std::string& path) {
     const platform::File file = platform::File::open(path, platform::OpenMode::Read);
-    return file.isOpen() ? (platform::now() - file.modifiedAt()) / kSecondsPerDay : 0;
+    const auto modifiedAt = file.isOpen() ? file.modifiedAt() : std::nullopt;
+    return modifiedAt ? (platform::now() - *modifiedAt) / kSecondsPerDay : 0;
 }

@@ -14,6 +14,6 @@ class LogRevision final {
 
     /// Appends the names of all entries of a directory. 0, or the error number, which is logged.
     static int listDirectory(const std::string& directory, std::vector<std::string>& names);
-    /// Whole days since the file's last modification, 0 when it cannot be opened.
+    /// Whole days since the file's last modification, 0 when that cannot be told.
     static std::int64_t fileAgeInDays(const std::string& path);
 };

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -32,8 +33,8 @@ class File final {
 
     /// The length in bytes, 0 when it cannot be told.
     std::int64_t size() const noexcept;
-    /// Seconds (UTC scale) of the last modification.
-    std::int64_t modifiedAt() const noexcept;
+    /// Seconds (UTC scale) of the last modification, nothing when it cannot be told.
+    std::optional<std::int64_t> modifiedAt() const noexcept;
     /// Reads from the start until `buffer` is full or the file ends; the number of bytes read.
     std::size_t readStart(char* buffer, std::size_t size) const noexcept;
     /// Writes all of `text` at the end (mode `Append`). A write that only part of fits is taken back, so

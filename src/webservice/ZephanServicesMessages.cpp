@@ -6,6 +6,7 @@
 #include "webservice/Operations.h"
 
 #include <memory>
+#include <new>
 
 namespace KRX::Services::ZephanServicesNS {
 
@@ -31,6 +32,9 @@ void ZephanServicesMessages::fillHeader(Messaging::WebServiceMessage& message, c
     message.SetIdempotent(1);
     message.GetRequestHeader().SetServiceName(serviceName());
     message.GetRequestHeader().SetOperation(operation);
+    if (message.GetRequestHeader().GetOperation() == nullptr) {
+        throw std::bad_alloc();  // without the name nobody would know later what was built here
+    }
 }
 
 std::int8_t ZephanServicesMessages::CreateConnectMessage(Messaging::WebServiceMessage& message,

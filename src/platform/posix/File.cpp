@@ -59,9 +59,9 @@ std::int64_t File::size() const noexcept {
     return end < 0 ? 0 : end;
 }
 
-std::int64_t File::modifiedAt() const noexcept {
+std::optional<std::int64_t> File::modifiedAt() const noexcept {
     struct stat status {};
-    return ::fstat(descriptor_, &status) == 0 ? status.st_mtime : 0;
+    return ::fstat(descriptor_, &status) == 0 ? std::optional<std::int64_t>(status.st_mtime) : std::nullopt;
 }
 
 std::size_t File::readStart(char* buffer, std::size_t size) const noexcept {
@@ -143,7 +143,16 @@ bool renameFile(const std::string& from, const std::string& to) noexcept {
         return false;
     }
     // A file system without that flag: a second name that must not exist yet, then the first one goes.
-    return ::link(nativeFrom.data(), nativeTo.data()) == 0 && ::unlink(nativeFrom.data()) == 0;
+    if (::link(nativeFrom.data(), nativeTo.data()) != 0) {
+        return false;
+    }
+    if (::unlink(nativeFrom.data()) != 0) {
+        const int error = errno;
+        ::unlink(nativeTo.data());
+        errno = error;
+        return false;
+    }
+    return true;
 }
 
 bool removeFile(const std::string& path) noexcept {
