@@ -81,7 +81,12 @@ std::string Replay::polls() const {
 std::string Replay::modes() const {
     std::string text;
     for (const auto& one : all("update-asset")) {
-        text += (text.empty() ? "" : ", ") + shortTime(one) + " " + property(one, "RSM_MODE");
+        const std::string mode = property(one, "RSM_MODE");
+        text += (text.empty() ? "" : ", ") + shortTime(one) +
+                (mode == "NOT_ACTIVE"            ? " off"
+                 : mode == "FORCE_POLL_GRACE"    ? " grace"
+                 : mode == "FORCE_POLL_ACTIVITY" ? " activity"
+                                                 : " " + mode);
     }
     return text;
 }

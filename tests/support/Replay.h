@@ -25,7 +25,7 @@ class Replay final {
     std::string times(const std::string& event) const;
     /// Times of the force polls, as "35..605/30 650": from 35 to 605 every 30 seconds, and one at 650.
     std::string polls() const;
-    /// Reported modes with their times, as "5 FORCE_POLL_GRACE, 605 NOT_ACTIVE".
+    /// Reported modes with their times, as "5 grace, 65 activity, 605 off".
     std::string modes() const;
     /// The call with this verb, the `index`-th of them; null when there is none.
     nlohmann::json call(const std::string& verb, std::size_t index = 0) const;

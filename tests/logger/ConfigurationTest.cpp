@@ -1,0 +1,288 @@
+// What the configuration reader makes of files, good, careless and hostile ones.
+#include "config/XMLConfigData.h"
+#include "support/Workspace.h"
+
+#include <array>
+#include <malloc.h>
+#include <random>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+#include <sys/inotify.h>
+#include <unistd.h>
+
+namespace {
+
+const std::string kRefused =
+    " Error Parsing the File: FILE !!! \n  Check the File Location & Format if the file is present \n ";
+
+std::string listed(const std::string* texts) {
+    std::string text = texts == nullptr ? "absent" : "";
+    for (; texts != nullptr && !texts->empty(); ++texts) {
+        text += "[" + *texts + "]";
+    }
+    return text;
+}
+
+/// The settings that differ from the defaults, as "name=value, ...".
+std::string changes(const ConfigData& data) {
+    const struct {
+        const char* name;
+        std::string value;
+        const char* usual;
+    } settings[] = {{"path", data.getLogFilePath(), "..\\log\\kelp-logs.xml"},
+                    {"size", data.getFileSize(), "5000000"},
+                    {"days", data.getLogRevisionDays(), "30"},
+                    {"level", std::to_string(data.getLogLevel()), "80"},
+                    {"logger", data.getFileLogger() ? "on" : "off", "on"},
+                    {"tunnel open", listed(data.getTunnelOpenMessages()), "absent"},
+                    {"tunnel close", listed(data.getTunnelCloseMessages()), "absent"},
+                    {"file open", listed(data.getFileOpenMessages()), "absent"},
+                    {"file close", listed(data.getFileCloseMessages()), "absent"},
+                    {"abort", data.getAbortMessage(), ""},
+                    {"script", data.getScript(), ""},
+                    {"resume", data.getRSMResumeStatusFile(), ""},
+                    {"RD", data.getRDListner() ? "on" : "off", "off"},
+                    {"tunnel", data.getTunnelListner() ? "on" : "off", "off"},
+                    {"file", data.getFileListner() ? "on" : "off", "off"}};
+    std::string text;
+    for (const auto& setting : settings) {
+        if (setting.value != setting.usual) {
+            text += (text.empty() ? "" : ", ") + std::string(setting.name) + "=" + setting.value;
+        }
+    }
+    return text;
+}
+
+class ConfigurationTest : public testing::Test {
+  protected:
+    ~ConfigurationTest() override { XMLConfigData::destroyInstance(); }
+
+    /// Loads a file with this text into the object there is: what it then holds, or the load's error.
+    std::string loadAgain(const std::string& document) const {
+        workspace_.write("config.xml", document);
+        return loadFile("config.xml");
+    }
+    std::string load(const std::string& document) const {
+        XMLConfigData::destroyInstance();
+        return loadAgain(document);
+    }
+    std::string loadFile(const std::string& name) const {
+        const std::string path = workspace_.path(name).string();
+        try {
+            return changes(*loadConfiguration(path));
+        } catch (const std::runtime_error& error) {
+            std::string text = error.what();
+            const std::size_t found = text.find(path);
+            return found == std::string::npos ? text : text.replace(found, path.size(), "FILE");
+        }
+    }
+
+    const support::Workspace workspace_;
+};
+
+std::string repeated(const std::string& text, int count) {
+    std::string all;
+    while (count-- > 0) {
+        all += text;
+    }
+    return all;
+}
+
+/// Entities a0 to a12, each of ten times the one before; `type` is "" or "% ", `reference` "&" or an escaped
+/// "%".
+std::string laughs(const std::string& type, const std::string& reference, const std::string& first) {
+    std::string text = "<!ENTITY " + type + "a0 \"" + first + "\">";
+    for (int i = 1; i <= 12; ++i) {
+        text += "<!ENTITY " + type + "a" + std::to_string(i) + " \"" +
+                repeated(reference + "a" + std::to_string(i - 1) + ";", 10) + "\">";
+    }
+    return text;
+}
+
+std::string typed(const std::string& declarations, const std::string& root) {
+    return "<!DOCTYPE z [" + declarations + "]>" + root;
+}
+
+TEST_F(ConfigurationTest, ElementsAndTexts) {
+    const auto in = [](const std::string& name, const std::string& inside) {
+        return "<" + name + ">" + inside + "</" + name + ">";
+    };
+    const auto logging = [&](const std::string& inside) { return in("FileLogging", inside); };
+    const auto level = [&](const std::string& text) { return logging(in("LogLevel", text)); };
+    const auto opening = [&](const std::string& inside) {
+        return in("TunnelMessags", in("OpenMessage", inside));
+    };
+    const auto closing = [&](const std::string& inside) {
+        return in("FileMessages", in("CloseMessage", inside));
+    };
+    const struct {
+        std::string inside;  ///< of the root
+        const char* expected;
+    } rows[] = {
+        {"", ""},
+        {level("trace"), "level=20"},
+        {level("info"), "level=30"},
+        {level("warn"), "level=40"},
+        {level("error"), "level=50"},
+        {level("force"), "level=250"},
+        {level("audit"), "level=254"},
+        {level("Error"), "level=30"},
+        {level("\t error  "), "level=50"},
+        {level("\nerror"), "level=30"},
+        {level("error\n"), "level=30"},
+        {level(" \t "), ""},
+        {logging("<a><b><LogFilePath>l.xml</LogFilePath></b></a>"), "path=l.xml"},
+        {logging("<a><FileSize>1</FileSize></a><FileSize>2</FileSize>"), "size=1"},
+        {logging("<FileSize/><FileSize>2</FileSize>"), ""},
+        {logging("<FileSize>1</FileSize><LogFilePath>a</LogFilePath>") +
+             logging("<FileSize>2</FileSize><LogFilePath/>"),
+         "path=a, size=2"},
+        {in("ListnerSet", "<RDListner>false</RDListner><FileListner>0</FileListner>"), "RD=on, file=on"},
+        {in("ListnerSet", "<RDListner>1</RDListner>") + in("ListnerSet", "<RDListner/>"), ""},
+        {opening("<Message>a</Message>t<Message> </Message><other>x</other><!-- c --><Message> b </Message>"),
+         "tunnel open=[a][b]"},
+        {opening("text<!-- c --><other/>"), "tunnel open="},
+        {opening("<w><Message>a</Message></w>"), "tunnel open="},
+        {opening(""), ""},
+        {closing("<Message>a</Message><Message>b</Message>") + closing("<Message>c</Message>"),
+         "file close=[c]"},
+        {logging("<Script>s</Script>"), ""},
+        {"<script>s</script><Scripts>s</Scripts>", ""},
+        {"<Script><!--c--> s</Script>", "script=c"},  // the first node's value counts, whatever it is
+        {"<Script><b/>s</Script>", ""},
+        {"<Script> a &lt;&#65;&amp; b<b/>c</Script>", "script=a <A& b"},
+        {"<Script><![CDATA[<x>]]></Script>", "script=<x>"},
+        {"<Script>&e;</Script>", ""},
+        {"<Script>a&e;</Script>", "script=a"},
+        {"<s x:noNamespaceSchemaLocation='no' xmlns:x='http://www.w3.org/2001/XMLSchema-instance'/>", ""},
+    };
+    for (const auto& row : rows) {
+        EXPECT_EQ(load("<!DOCTYPE z [<!ENTITY e 's'>]><z>" + row.inside + "</z>"), row.expected)
+            << row.inside;
+    }
+    EXPECT_EQ(load("<Script>s</Script>"), "");
+    std::string wide = {'\xff', '\xfe'};
+    for (const char one : std::string("<z><Script>s</Script></z>")) {
+        wide += {one, '\0'};
+    }
+    EXPECT_EQ(load(wide), "script=s");
+    XMLConfigData::destroyInstance();
+    EXPECT_EQ(
+        changes(*loadConfiguration(EXAMPLE)),
+        "path=log/kelp-logs.xml, level=30, tunnel open=[Remote tunnel opened][Desktop session opened], "
+        "tunnel close=[Remote tunnel closed][Desktop session closed], file open=[File transfer started], "
+        "file close=[File transfer finished], abort=All tunnels aborted, "
+        "script=echo \"[modality script: remote access begins]\", resume=state/resume.xml, RD=on, tunnel=on, "
+        "file=on");
+}
+
+TEST_F(ConfigurationTest, SecondLoadReadsTheFirstFileIntoTheSameObject) {
+    EXPECT_EQ(load("<z><Script>s</Script><FileLogging><FileSize>1</FileSize></FileLogging></z>"),
+              "size=1, script=s");
+    workspace_.write("other.xml", "<z><Script>other</Script></z>");
+    workspace_.write("config.xml", "<z><FileLogging><FileSize>2</FileSize></FileLogging></z>");
+    EXPECT_EQ(loadFile("other.xml"), "size=2, script=s");
+    EXPECT_EQ(loadAgain("<z><Script>t</Script>"), kRefused);
+    EXPECT_EQ(changes(*XMLConfigData::instance()), "size=2, script=s");
+}
+
+TEST_F(ConfigurationTest, RefusesWhatIsHostile) {
+    workspace_.write("secret", "top secret");
+    const int watch = ::inotify_init1(IN_NONBLOCK | IN_CLOEXEC);
+    ASSERT_GE(::inotify_add_watch(watch, workspace_.path("secret").c_str(), IN_OPEN), 0);
+    const std::string secret = "'" + workspace_.path("secret").string() + "'";
+    const std::string nested = repeated("<a>", 256) + repeated("</a>", 256);
+    const std::string full = "<z>" + std::string((1U << 20U) - 7, ' ') + "</z>";
+    const struct {
+        const char* name;
+        std::string document;
+    } rows[] = {
+        {"external subset", "<!DOCTYPE z SYSTEM " + secret + "><z/>"},
+        {"public external subset", "<!DOCTYPE z PUBLIC 'p' " + secret + "><z/>"},
+        {"external entity", typed("<!ENTITY e SYSTEM " + secret + ">", "<z><Script>&e;</Script></z>")},
+        {"external entity, unused", typed("<!ENTITY e SYSTEM " + secret + ">", "<z/>")},
+        {"external parameter entity", typed("<!ENTITY % e SYSTEM " + secret + "> %e;", "<z/>")},
+        {"unparsed entity",
+         typed("<!NOTATION n SYSTEM 'n'><!ENTITY e SYSTEM " + secret + " NDATA n>", "<z/>")},
+        {"billion laughs", typed(laughs("", "&", "ha"), "<z><Script>&a12;</Script></z>")},
+        {"billion silences", typed(laughs("", "&", ""), "<z>&a12;</z>")},
+        {"billion elements", typed(laughs("", "&", "<b/>"), "<z>&a12;</z>")},
+        {"billion laughs in an attribute", typed(laughs("", "&", "ha"), "<z t='&a12;'/>")},
+        {"billion laughs by default", typed(laughs("", "&", "ha") + "<!ATTLIST z t CDATA '&a12;'>", "<z/>")},
+        {"billion declarations", typed(laughs("% ", "&#37;", "<!ENTITY x 'y'>") + "%a12;", "<z/>")},
+        {"quadratic",
+         typed("<!ENTITY e '" + std::string(100000, 'x') + "'>", "<z>" + repeated("&e;", 10000) + "</z>")},
+        {"quadratic by default", typed("<!ATTLIST b t CDATA '" + std::string(100000, 'x') + "'>",
+                                       "<z>" + repeated("<b/>", 10000) + "</z>")},
+        {"entity within itself", typed("<!ENTITY e '&f;'><!ENTITY f '&e;'>", "<z>&e;</z>")},
+        {"257 deep", "<a>" + nested + "</a>"},
+        {"257 deep, empty element", repeated("<a>", 256) + "<b/>" + repeated("</a>", 256)},
+        {"above 1 MiB", full + " "},
+        {"NUL", "<z><Script>s" + std::string(1, '\0') + "</Script></z>"},
+        {"reference to NUL", "<z>&#0;</z>"},
+        {"no such encoding", "<?xml version='1.0' encoding='no-such'?><z/>"},
+        {"no UTF-8", "<z>\xc3(</z>"},
+        {"nothing", ""},
+        {"blanks", " \n"},
+        {"no XML", "FileSize=1"},
+        {"two roots", "<z/><z/>"},
+        {"undefined entity", "<z>&e;</z>"},
+    };
+    for (const auto& row : rows) {
+        EXPECT_EQ(load(row.document), kRefused) << row.name;
+        EXPECT_EQ(changes(*XMLConfigData::instance()), "") << row.name;
+        EXPECT_EQ(load("<z><Script>good</Script></z>"), "script=good") << row.name;
+    }
+    const auto events = [&] { return ::read(watch, std::array<char, 4096>().data(), 4096); };
+    EXPECT_EQ(events(), -1) << "the file outside the document was opened";
+    EXPECT_EQ(workspace_.read("secret"), "top secret");
+    EXPECT_GT(events(), 0) << "an opening does not show";
+    ::close(watch);
+    EXPECT_EQ(load(nested), "");
+    EXPECT_EQ(load(full), "");
+    XMLConfigData::destroyInstance();
+    EXPECT_EQ(loadFile("missing.xml"), kRefused);
+    XMLConfigData::destroyInstance();
+    EXPECT_EQ(loadFile("log"), kRefused) << "a directory";
+}
+
+TEST_F(ConfigurationTest, AnyBytesEndInSettingsOrTheError) {
+    const std::string valid =
+        "<?xml version='1.0'?><!DOCTYPE z [<!ENTITY e "
+        "'s'>]><z><FileLogging><FileSize>1</FileSize></FileLogging>"
+        "<TunnelMessags><OpenMessage><Message>&e;</Message></OpenMessage></TunnelMessags><!-- c --></z>";
+    for (std::size_t length = 0; length < valid.size(); ++length) {
+        EXPECT_EQ(load(valid.substr(0, length)), kRefused) << length;
+    }
+    std::mt19937 random(20260301);
+    for (int i = 0; i < 300; ++i) {
+        std::string text = valid;
+        for (auto count = random() % 4 + 1; count > 0; --count) {
+            text[random() % text.size()] = static_cast<char>(random());
+        }
+        const std::string outcome = load(text);
+        EXPECT_TRUE(outcome == kRefused || outcome.find("rror") == std::string::npos) << outcome;
+    }
+    EXPECT_EQ(load(valid), "size=1, tunnel open=");
+}
+
+// The address sanitizer finds the same by itself.
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+TEST_F(ConfigurationTest, FailedLoadsLeaveNothingBehind) {
+    const auto heapAfter = [&](int loads) {
+        while (loads-- > 0) {
+            load(typed(laughs("", "&", "ha"), "<z><Script>&a12;</Script></z>"));
+        }
+        XMLConfigData::destroyInstance();
+        const auto usage = ::mallinfo2();
+        return usage.uordblks + usage.hblkhd;
+    };
+    const std::size_t before = heapAfter(10);
+    EXPECT_LT(heapAfter(60), before + 3000);
+}
+#endif
+
+}  // namespace
