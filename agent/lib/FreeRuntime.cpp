@@ -41,10 +41,11 @@ class FreeThread final : public Thread {
         active_ = true;
         try {
             thread_ = std::thread(&FreeThread::body, this);
+            return true;  // it may have ended already
         } catch (const std::system_error&) {
             active_ = false;
+            return false;
         }
-        return active_;
     }
 
     bool sleepOrStop(std::chrono::milliseconds time) override {
