@@ -138,6 +138,9 @@ void ZephanRSMSingleTon::enterRemoteActivityMode() {
     }
     {
         const std::lock_guard lock(controller->stateLock_);
+        if (!controller->state_.remoteActivity) {
+            return;  // a disconnect has come in between
+        }
         controller->state_.rsmMode = rsm::kForcePollActivity;
         controller->state_.modeStartTime = scheduling::gmtNow();
     }

@@ -1,0 +1,77 @@
+// Every order in which the four families can be started and stopped, with and without a polling thread.
+#include "AgentHost.h"
+#include "Clock.h"
+#include "Library.h"
+#include "Observer.h"
+#include "Scheduler.h"
+
+#include <algorithm>
+#include <array>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using Order = std::array<int, 4>;
+
+std::vector<Order> orders() {
+    std::vector<Order> all;
+    Order order{0, 1, 2, 3};
+    do {
+        all.push_back(order);
+    } while (std::next_permutation(order.begin(), order.end()));
+    return all;
+}
+
+#ifdef __SANITIZE_THREAD__
+constexpr bool kWithAndWithout[] = {true};  // everything takes longer there
+#else
+constexpr bool kWithAndWithout[] = {false, true};
+#endif
+
+struct Threads final : agent::Observer {
+    void onThreadStart(const std::string& /*name*/, std::int8_t result) override { started += result == 0; }
+    void onThreadEnd(int /*result*/) override { ++ended; }
+    void onThreadDestroyed(const std::string& /*name*/) override { ++ended; }
+    int started = 0;
+    int ended = 0;
+};
+
+TEST(Orders, OfStartsAndStops) {
+    const support::Workspace workspace;
+    Threads threads;
+    sim::Clock clock{std::chrono::microseconds(0)};
+    sim::Scheduler scheduler(clock);
+    agent::AgentHost host({&threads, nullptr, &scheduler});
+    host.setRouting(false);  // the logger would print every line
+    int round = 0;
+    for (const Order& starts : orders()) {
+        {
+            const Library library;
+            for (const Order& stops : orders()) {
+                for (const bool polling : kWithAndWithout) {
+                    Families families(library, host.serviceAgent(), workspace);
+                    const std::string file = "state/" + std::to_string(++round);
+                    for (const int family : starts) {
+                        ASSERT_EQ(families.start(family, file), 0) << family;
+                    }
+                    ASSERT_TRUE(std::filesystem::exists(file));  // nothing is left of the round before
+                    ZPService* const service = families.createService();
+                    if (polling) {
+                        EXPECT_EQ(Families::connect(service, "10", "30"), 0);
+                    }
+                    for (const int family : stops) {
+                        ASSERT_EQ(families.stop(family), 0) << family;
+                    }
+                    families.destroyService(service);
+                    ASSERT_EQ(threads.started, threads.ended);
+                    std::filesystem::remove("state/resume.xml");
+                }
+            }
+        }
+        ASSERT_FALSE(Library::isLoaded());
+    }
+    EXPECT_EQ(threads.started, 24 * 24);
+}
+
+}  // namespace

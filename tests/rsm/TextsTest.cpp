@@ -1,0 +1,124 @@
+// What only a caller of the classes themselves can see.
+#include "AgentHost.h"
+#include "Observer.h"
+#include "controller/ZephanRSMSingleTon.h"
+#include "platform/agent/Messaging.h"
+#include "scheduling/ScheduleRSMHandler.h"
+#include "scheduling/TaggedText.h"
+#include "webservice/ConnectMessage.h"
+#include "webservice/DisconnectMessage.h"
+#include "webservice/ZephanServicesServiceImpl.h"
+
+#include <utility>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using namespace KRX::Services::ZephanServicesNS;
+using KRX::Messaging::Serializable;
+
+struct Lines final : agent::Observer {
+    void onLog(int level, std::string_view text) override {
+        all += std::to_string(level) + " " + std::string(text) + "|";
+    }
+    std::string all;
+};
+
+/// What the library would write for a sub-element.
+std::string textOf(Serializable& message, const char* name) {
+    bool release = true;
+    const char* const text = message.GetSubElementText(name, release, 0);
+    const std::string copy = text == nullptr ? "none" : text;
+    if (release) {
+        delete[] text;
+    }
+    return copy;
+}
+
+TEST(Texts, NullBuffers) {
+    Lines lines;
+    const agent::AgentHost host({&lines, nullptr, nullptr});
+    char text[40] = "untouched";
+    ScheduleRSMHandler::dateToString(0, nullptr, text);
+    ScheduleRSMHandler::dateToString(0, text, nullptr);
+    ZephanRSMSingleTon::dateToString(0, nullptr);
+    EXPECT_STREQ(text, "untouched");
+    EXPECT_EQ(lines.all,
+              "250 Received NULL pointer in dateToString of ScheduleRSMHandler.|"
+              "250 Received NULL pointer in dateToString of ScheduleRSMHandler.|"
+              "250 Received NULL pointer in dateToString of ZephanRSMSingleTon.|");
+}
+
+TEST(Texts, TaggedValues) {
+    EXPECT_EQ(scheduling::getTagEndIndex("", "<a>"), 0);
+    EXPECT_EQ(scheduling::getTagEndIndex("text", ""), 0);
+    EXPECT_EQ(scheduling::getTagEndIndex("<a<a>", "<a>"), 5);
+    const auto value = [](const char* tag, std::int32_t start) {
+        return std::string(scheduling::getStringBuffer("<Grace>30</Grace>", tag, start, "any").get());
+    };
+    EXPECT_EQ(value("</Grace>", 7), "30");
+    EXPECT_EQ(value("</Grace>", 9), "string found but before the first string");
+    EXPECT_EQ(value("</Rate>", 7), "str not found");
+}
+
+TEST(Controller, TakesOverWithAMode) {
+    const agent::AgentHost host;
+    ZephanRSMSingleTon* const controller = ZephanRSMSingleTon::getInstance();
+    EXPECT_EQ(controller, ZephanRSMSingleTon::getInstance());
+    for (const auto& [mode, expected] :
+         {std::pair{2, 2}, std::pair{7, 0}, std::pair{1, 1}, std::pair{-1, 0}}) {
+        ZephanRSMSingleTon::convertDelayedToNormal(mode);
+        EXPECT_EQ(controller->getRSMMode(), expected) << mode;
+    }
+    ZephanRSMSingleTon::convertDelayedToNormal(2);
+    ZephanRSMSingleTon::convertDelayedToNormal();
+    EXPECT_EQ(controller->getRSMMode(), 2);
+    ZephanRSMSingleTon::destroyInstance();
+    EXPECT_EQ(ZephanRSMSingleTon::getInstance()->getRSMMode(), 0);
+    ZephanRSMSingleTon::destroyInstance();
+}
+
+TEST(Messages, SubElements) {
+    ConnectMessage connect("connect", "ns", 0, 0);
+    EXPECT_EQ(connect.SetSubElementText("pollDuration", " -12 minutes"), 0);
+    EXPECT_EQ(connect.SetSubElementText("pollingRate", "15s"), 0);
+    EXPECT_EQ(connect.SetSubElementText("PollingRate", "1"), -1);
+    EXPECT_EQ(textOf(connect, "pollDuration") + " " + textOf(connect, "pollingRate"), "-12 15");
+    EXPECT_EQ(textOf(connect, "pollingrate"), "none");
+    ConnectResponseMessage connected("connectResponse", nullptr, -1);
+    EXPECT_EQ(textOf(connected, "currentPollingRate"), "-1");
+    EXPECT_EQ(connected.SetSubElementText("currentPollingRate", "x"), 0);
+    EXPECT_EQ(textOf(connected, "currentPollingRate"), "0");
+    EXPECT_EQ(connected.SetSubElementText("pollingRate", "1"), -1);
+    DisconnectMessage disconnect("disconnect", "ns", nullptr);
+    EXPECT_EQ(textOf(disconnect, "memberName"), "none");
+    EXPECT_EQ(disconnect.SetSubElementText("memberName", "operator"), 0);
+    EXPECT_EQ(disconnect.SetSubElementText("member", "other"), -1);
+    EXPECT_EQ(textOf(disconnect, "memberName"), "operator");
+    DisconnectResponseMessage disconnected("disconnectResponse", "ns", nullptr);
+    EXPECT_EQ(disconnected.SetSubElementText("disconnectResult", "x"), 0);
+    bool release = true;
+    EXPECT_STREQ(disconnected.GetAttributeText("xmlns", release), "ns");
+    EXPECT_FALSE(release);
+    EXPECT_EQ(disconnected.SetAttributeText("xmlns", "other"), -1);
+}
+
+TEST(Messages, UnknownOperations) {
+    Lines lines;
+    const agent::AgentHost host({&lines, nullptr, nullptr});
+    ZephanServicesServiceImpl service;
+    KRX::Messaging::WebServiceMessage message;
+    EXPECT_EQ(service.CreateMessage("reboot", &message), -1);
+    message.GetRequestHeader().SetOperation("reboot");
+    EXPECT_EQ(service.Execute(&message), -1);
+    EXPECT_EQ(service.Cleanup(&message), -1);
+    message.GetRequestHeader().SetOperation(nullptr);
+    EXPECT_EQ(service.Cleanup(&message), -1);
+    EXPECT_EQ(lines.all,
+              "50 ZephanServicesService::CreateMessage Unable to create message for reboot operation.\n|"
+              "50 ZephanServicesService::Cleanup Unable to clean-up message for reboot operation.\n|"
+              "50 ZephanServicesService::Cleanup Unable to clean-up message for  operation.\n|");
+}
+
+}  // namespace
