@@ -31,5 +31,5 @@ build() {
 }
 
 BUILD_PACKAGES=(cmake ninja-build g++ libxerces-c-dev libexpat1-dev)
-TEST_PACKAGES=(libgtest-dev nlohmann-json3-dev)
+TEST_PACKAGES=(libgtest-dev nlohmann-json3-dev python3)
 CONFIGURE_OPTIONS=()
