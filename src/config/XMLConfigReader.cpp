@@ -1,5 +1,6 @@
 // Reading of the XML configuration file into the configuration object.
 #include "config/LimitedDOMParser.h"
+#include "config/MemoryReserve.h"
 #include "config/ToolkitMemory.h"
 #include "config/XMLConfigData.h"
 #include "platform/File.h"
@@ -102,11 +103,16 @@ class ThrowingPanicHandler final : public xercesc::PanicHandler {
     void panic(const PanicReasons reason) override { throw std::runtime_error(getPanicReasonString(reason)); }
 };
 
-/// Calls `step` and reports what is thrown in it. False when anything was.
+/// Does a step of the toolkit's life and reports what is thrown in it. False when it was not done. A step
+/// that failed half-way leaves a toolkit that crashes when it is started or stopped again: then `usable`
+/// becomes false.
 template <typename Step>
-bool toolkitDoes(const char* format, Step&& step) {
+bool toolkitDoes(const char* format, bool& usable, Step&& step) {
     try {
+        const MemoryReserve reserve;
+        usable = false;
         step();
+        usable = true;
         return true;
     } catch (const xercesc::OutOfMemoryException&) {
         KRXLog(250, format, "out of memory");
@@ -123,13 +129,11 @@ bool toolkitDoes(const char* format, Step&& step) {
 
 XMLConfigData* loadConfiguration(const std::string& path) {
     static ThrowingPanicHandler panicHandler;
-    // A start or stop that failed half-way leaves a toolkit that crashes when it is started or stopped again.
     static bool usable = true;
-    usable = usable && toolkitDoes("XML toolkit initialization error: %s", [] {
-                 xercesc::XMLPlatformUtils::Initialize(xercesc::XMLUni::fgXercescDefaultLocale, nullptr,
-                                                       &panicHandler);
-             });
-    if (!usable) {
+    if (!usable || !toolkitDoes("XML toolkit initialization error: %s", usable, [] {
+            xercesc::XMLPlatformUtils::Initialize(xercesc::XMLUni::fgXercescDefaultLocale, nullptr,
+                                                  &panicHandler);
+        })) {
         throw parsingError(path);
     }
     XMLConfigData* const configuration = XMLConfigData::getInstance(path);
@@ -137,7 +141,7 @@ XMLConfigData* loadConfiguration(const std::string& path) {
         // When this throws, the toolkit stays started, ready for the next load.
         configuration->parseConfigFile();
     }
-    usable = toolkitDoes("XML toolkit teardown error: %s", [] { xercesc::XMLPlatformUtils::Terminate(); });
+    toolkitDoes("XML toolkit teardown error: %s", usable, [] { xercesc::XMLPlatformUtils::Terminate(); });
     return configuration;
 }
 

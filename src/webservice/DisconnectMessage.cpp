@@ -13,8 +13,8 @@ constexpr std::string_view kResultElement = "DisconnectResult";
 DisconnectMessage::DisconnectMessage(const char* elementName, const char* elementNamespace,
                                      const char* memberName)
     : WebServiceRequestMessage(elementName, elementNamespace) {
-    delanddup(memberName_, memberName);
     RegisterSubElement(kMemberName, 1, 1, nullptr);
+    delanddup(memberName_, memberName);
 }
 
 DisconnectMessage::~DisconnectMessage() {

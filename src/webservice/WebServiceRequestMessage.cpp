@@ -6,8 +6,8 @@ namespace KRX::Messaging {
 
 WebServiceRequestMessage::WebServiceRequestMessage(const char* elementName, const char* elementNamespace)
     : Serializable(elementName, nullptr, 0, 1) {
-    delanddup(namespace_, elementNamespace);
     RegisterAttribute("xmlns", 0, nullptr);
+    delanddup(namespace_, elementNamespace);  // last: no destructor runs for what throws above
 }
 
 WebServiceRequestMessage::~WebServiceRequestMessage() {
