@@ -3,16 +3,14 @@
 // those apart.
 //
 // Order in which locks are taken, outermost first; no lock is taken while one further down is held:
-//   1. Lifecycle        one start or stop at a time
-//   2. the gate         Pass (shared) or Alone (exclusive)
+//   1. Lifecycle: one start or stop at a time
+//   2. the gate: Pass (shared) or Alone (exclusive)
 //   3. ScheduleRSMHandler's command lock
 //   4. the controller's thread mutex
-//   5. LogManager's delivery lock        (re-entrant: a delivery may log, and the line comes back on the same
-//   thread)
-//   6. the log file writer's mutex       (re-entrant, likewise)
-//   7. ZephanRSMSingleTon's instance lock, and the controller's state lock: leaves, nothing is called while
-//   one is held
-//      that could log (creating the instance may; it is guarded against coming back)
+//   5. LogManager's delivery lock; re-entrant, since a delivery may log and the line comes back
+//   6. the log file writer's mutex; re-entrant likewise
+//   7. the controller's instance lock; re-entrant, since the making of the controller may log
+//   8. the controller's state lock; nothing is called under it that could log
 // The polling thread holds a Pass while it works and none while it sleeps, so a stop, which waits for that
 // thread with the gate open, never waits for a thread that waits for the gate.
 #pragma once

@@ -110,9 +110,8 @@ class ZephanRSMSingleTon final {
   private:
     /// The RSM state that callers and the polling thread share.
     struct State {
-        bool remoteActivity = false;  ///< going on, as remote detection tells
-        bool activityEntered =
-            false;  ///< began during force polling and not yet taken up by the polling loop
+        bool remoteActivity = false;           ///< going on, as remote detection tells
+        bool activityEntered = false;          ///< began during force polling, not yet taken up by the loop
         std::int32_t pollingRate = 0;          ///< seconds
         double gracePeriod = 0.0;              ///< minutes
         std::int32_t activityGracePeriod = 0;  ///< minutes of polling after the end of remote activity
@@ -122,8 +121,7 @@ class ZephanRSMSingleTon final {
         double delayedGracePeriod = 0.0;    ///< minutes
         double delayedPollingRate = 0.0;    ///< seconds
         std::int64_t delayedStartTime = 0;  ///< times are GMT clock values
-        std::int64_t delayedEndTime =
-            0;  ///< stays after the profile became active, for the schedule clean-up
+        std::int64_t delayedEndTime = 0;    ///< outlives the pending profile, for the schedule clean-up
         std::int32_t delayedActivityGracePeriod = 0;  ///< minutes
         std::int64_t modeStartTime = 0;
         std::int64_t rsmStartTime = 0;
