@@ -89,10 +89,11 @@ const DOMElement* asElement(const DOMNode* node) {
 
 std::string readFile(const std::string& path) {
     const platform::File file = platform::File::open(path, platform::OpenMode::Read);
-    if (!file.isOpen() || file.size() > kLargestFile) {
+    const std::int64_t size = file.isOpen() ? file.size() : 0;
+    if (!file.isOpen() || size > kLargestFile) {
         throw parsingError(path);
     }
-    std::string contents(static_cast<std::size_t>(file.size()), '\0');
+    std::string contents(static_cast<std::size_t>(size), '\0');
     contents.resize(file.readStart(contents.data(), contents.size()));
     return contents;
 }
