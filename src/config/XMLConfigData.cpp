@@ -1,5 +1,7 @@
 #include "config/XMLConfigData.h"
 
+#include "platform/agent/Logging.h"
+
 #include <atomic>
 #include <new>
 

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "config/ConfigData.h"
-#include "config/LogLevel.h"
 #include "config/TagNames.h"
 
 #include <memory>
@@ -55,6 +54,9 @@ class XMLConfigData final : public ConfigData {
   private:
     using MessageList = std::unique_ptr<std::string[]>;
 
+    /// No level of a message: nothing but `level::kForce` passes it.
+    static constexpr std::int32_t kDefaultLogLevel = 80;
+
     explicit XMLConfigData(const std::string& path) : configFilePath_(path) {}
 
     // Reading of the file (XMLConfigReader.cpp)
@@ -72,7 +74,7 @@ class XMLConfigData final : public ConfigData {
     std::string logFilePath_ = "..\\log\\kelp-logs.xml";
     std::string fileSize_ = "5000000";
     std::string logRevisionDays_ = "30";
-    std::int32_t logLevel_ = level::kDefault;
+    std::int32_t logLevel_ = kDefaultLogLevel;
     bool fileLogger_ = true;
     MessageList tunnelOpenMessages_;
     MessageList tunnelCloseMessages_;

@@ -116,12 +116,12 @@ bool toolkitDoes(const char* format, bool& usable, Step&& step) {
         usable = true;
         return true;
     } catch (const xercesc::OutOfMemoryException&) {
-        KRXLog(250, format, "out of memory");
+        KRXLog(level::kForce, format, "out of memory");
     } catch (const xercesc::XMLException& exception) {
         // Its message is in the toolkit's own characters, which only a toolkit that runs can convert.
-        KRXLog(250, format, exception.getSrcFile());
+        KRXLog(level::kForce, format, exception.getSrcFile());
     } catch (const std::exception& exception) {
-        KRXLog(250, format, exception.what());
+        KRXLog(level::kForce, format, exception.what());
     }
     return false;
 }
@@ -149,7 +149,7 @@ XMLConfigData* loadConfiguration(const std::string& path) {
 void XMLConfigData::parseConfigFile() {
     const auto fail = [](const char* line, const XMLCh* message) {
         const std::string text = transcoded(message);
-        KRXLog(250, "%s%s", line, text.c_str());
+        KRXLog(level::kForce, "%s%s", line, text.c_str());
         return std::runtime_error(text);
     };
     try {
@@ -192,7 +192,7 @@ void XMLConfigData::readDocument(const DOMElement& root) {
         try {
             handleElement(*child);
         } catch (...) {
-            KRXLog(250, " Error while parsing file: %s", configFilePath_.c_str());
+            KRXLog(level::kForce, " Error while parsing file: %s", configFilePath_.c_str());
         }
     }
 }
@@ -285,7 +285,7 @@ void XMLConfigData::readMessageList(const DOMElement& parent, TagNames::Tag tag,
     forEachMessage([&](std::string&&) { ++count; });
     list.reset(new (std::nothrow) std::string[count + 1]);
     if (!list) {
-        KRXLog(250, "new Failed in handleElement of XMLConfigData. \n");
+        KRXLog(level::kForce, "new Failed in handleElement of XMLConfigData. \n");
         return;
     }
     std::size_t next = 0;

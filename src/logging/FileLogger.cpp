@@ -1,6 +1,5 @@
 #include "logging/FileLogger.h"
 
-#include "config/LogLevel.h"
 #include "logging/LogFileWriter.h"
 #include "logging/MessageHandler.h"
 #include "platform/agent/Logging.h"

@@ -1,6 +1,5 @@
 #include "logging/MessageHandler.h"
 
-#include "config/LogLevel.h"
 #include "logging/Observer.h"
 #include "platform/agent/Logging.h"
 

@@ -24,7 +24,8 @@ int8_t ZephanServicesService::CreateMessage(const char* operation, Messaging::We
         // Memory ran out: there is no message pair, as for an unknown operation.
     }
     if (result != 0) {
-        KRXLog(50, "ZephanServicesService::CreateMessage Unable to create message for %s operation.\n",
+        KRXLog(level::kError,
+               "ZephanServicesService::CreateMessage Unable to create message for %s operation.\n",
                operation == nullptr ? "" : operation);
         return -1;
     }
@@ -67,7 +68,7 @@ int8_t ZephanServicesService::executeDisconnect(Messaging::WebServiceMessage& me
 int8_t ZephanServicesService::Cleanup(Messaging::WebServiceMessage* message) {
     if (ZephanServicesMessages::Cleanup(*message) != 0) {
         const char* const operation = message->GetRequestHeader().GetOperation();
-        KRXLog(50, "ZephanServicesService::Cleanup Unable to clean-up message for %s operation.\n",
+        KRXLog(level::kError, "ZephanServicesService::Cleanup Unable to clean-up message for %s operation.\n",
                operation == nullptr ? "" : operation);
         return -1;
     }

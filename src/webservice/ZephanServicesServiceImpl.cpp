@@ -16,7 +16,7 @@ int8_t ZephanServicesServiceImpl::Connect(int32_t pollDuration, int32_t pollingR
     currentPollingRate = kUnknownPollingRate;
     ZephanRSMSingleTon* const controller = ZephanRSMSingleTon::getInstance();
     if (controller == nullptr) {
-        KRXLog(50,
+        KRXLog(level::kError,
                "Couldn't make force poll in ZephanServicesServiceImpl::Connect as RSMSingleton was null\n");
         return -1;
     }
@@ -32,7 +32,8 @@ int8_t ZephanServicesServiceImpl::Disconnect(const char* memberName, Messaging::
                                              Messaging::Headers::SecurityContext& /*context*/) {
     ZephanRSMSingleTon* const controller = ZephanRSMSingleTon::getInstance();
     if (controller == nullptr) {
-        KRXLog(50, "Couldn't disconnect in ZephanServicesServiceImpl::Disconnect as RSMSingleton was null\n");
+        KRXLog(level::kError,
+               "Couldn't disconnect in ZephanServicesServiceImpl::Disconnect as RSMSingleton was null\n");
         return -1;
     }
     return controller->Disconnect(memberName, result);
