@@ -2,32 +2,35 @@
 
 #include "platform/agent/Logging.h"
 
-#include <atomic>
-#include <new>
+#include "platform/Published.h"
+
+#include <utility>
 
 namespace {
 
-std::atomic<XMLConfigData*> theInstance{nullptr};
+platform::Immortal<platform::Published<XMLConfigData>> published;
 
 }  // namespace
 
-XMLConfigData* XMLConfigData::getInstance(const std::string& path) noexcept {
-    if (theInstance == nullptr) {
-        try {
-            theInstance = new XMLConfigData(path);
-        } catch (...) {
-            // Memory ran out, in the object or in the XML toolkit: there is no object.
-        }
+std::shared_ptr<XMLConfigData> XMLConfigData::getInstance(const std::string& path) noexcept {
+    try {
+        const std::shared_ptr<XMLConfigData> present = published->get();
+        return std::shared_ptr<XMLConfigData>(present == nullptr ? new XMLConfigData(path) : new XMLConfigData(*present));
+    } catch (...) {
+        return nullptr;  // memory ran out, in the object or in the XML toolkit
     }
-    return theInstance;
 }
 
-XMLConfigData* XMLConfigData::instance() noexcept {
-    return theInstance;
+void XMLConfigData::publish(std::shared_ptr<XMLConfigData> filled) noexcept {
+    published->exchange(std::move(filled));
+}
+
+std::shared_ptr<const XMLConfigData> XMLConfigData::instance() noexcept {
+    return published->get();
 }
 
 void XMLConfigData::destroyInstance() noexcept {
-    delete theInstance.exchange(nullptr);
+    published->exchange(nullptr);
 }
 
 void XMLConfigData::setLogLevel(const std::string& name) {
@@ -38,10 +41,10 @@ void XMLConfigData::setLogLevel(const std::string& name) {
     static constexpr NamedLevel kLevels[] = {{"trace", level::kTrace}, {"info", level::kInfo},
                                              {"warn", level::kWarn},   {"error", level::kError},
                                              {"force", level::kForce}, {"audit", level::kAudit}};
-    logLevel_ = level::kInfo;
+    settings_.logLevel = level::kInfo;
     for (const NamedLevel& known : kLevels) {
         if (name == known.name) {
-            logLevel_ = known.level;
+            settings_.logLevel = known.level;
         }
     }
 }

@@ -128,7 +128,7 @@ bool toolkitDoes(const char* format, bool& usable, Step&& step) {
 
 }  // namespace
 
-XMLConfigData* loadConfiguration(const std::string& path) {
+std::shared_ptr<const XMLConfigData> loadConfiguration(const std::string& path) {
     static ThrowingPanicHandler panicHandler;
     static bool usable = true;
     if (!usable || !toolkitDoes("XML toolkit initialization error: %s", usable, [] {
@@ -137,8 +137,12 @@ XMLConfigData* loadConfiguration(const std::string& path) {
         })) {
         throw parsingError(path);
     }
-    XMLConfigData* const configuration = XMLConfigData::getInstance(path);
+    const std::shared_ptr<XMLConfigData> configuration = XMLConfigData::getInstance(path);
     if (configuration != nullptr) {
+        struct Publication {
+            const std::shared_ptr<XMLConfigData>& filled;
+            ~Publication() { XMLConfigData::publish(filled); }
+        } const publication{configuration};
         // When this throws, the toolkit stays started, ready for the next load.
         configuration->parseConfigFile();
     }
@@ -242,8 +246,8 @@ void XMLConfigData::readFileLogging(const DOMElement& element) {
 }
 
 void XMLConfigData::readTunnelMessages(const DOMElement& element) {
-    readMessageList(element, TagNames::OpenMessage, tunnelOpenMessages_);
-    readMessageList(element, TagNames::CloseMessage, tunnelCloseMessages_);
+    readMessageList(element, TagNames::OpenMessage, settings_.tunnelOpenMessages);
+    readMessageList(element, TagNames::CloseMessage, settings_.tunnelCloseMessages);
     if (const std::string text = textOf(firstDescendant(element, tags_[TagNames::AbortMessage]));
         !text.empty()) {
         setAbortMessage(text);
@@ -251,8 +255,8 @@ void XMLConfigData::readTunnelMessages(const DOMElement& element) {
 }
 
 void XMLConfigData::readFileMessages(const DOMElement& element) {
-    readMessageList(element, TagNames::OpenMessage, fileOpenMessages_);
-    readMessageList(element, TagNames::CloseMessage, fileCloseMessages_);
+    readMessageList(element, TagNames::OpenMessage, settings_.fileOpenMessages);
+    readMessageList(element, TagNames::CloseMessage, settings_.fileCloseMessages);
 }
 
 void XMLConfigData::readListeners(const DOMElement& element) {
@@ -261,9 +265,9 @@ void XMLConfigData::readListeners(const DOMElement& element) {
             flag = !textOf(found).empty();
         }
     };
-    readFlag(TagNames::RDListner, rdListner_);
-    readFlag(TagNames::TunnelListner, tunnelListner_);
-    readFlag(TagNames::FileListner, fileListner_);
+    readFlag(TagNames::RDListner, settings_.rdListner);
+    readFlag(TagNames::TunnelListner, settings_.tunnelListner);
+    readFlag(TagNames::FileListner, settings_.fileListner);
 }
 
 void XMLConfigData::readMessageList(const DOMElement& parent, TagNames::Tag tag, MessageList& list) const {
@@ -283,11 +287,13 @@ void XMLConfigData::readMessageList(const DOMElement& parent, TagNames::Tag tag,
     };
     std::size_t count = 0;
     forEachMessage([&](std::string&&) { ++count; });
-    list.reset(new (std::nothrow) std::string[count + 1]);
-    if (!list) {
+    std::unique_ptr<std::string[]> texts(new (std::nothrow) std::string[count + 1]);
+    list.reset();
+    if (!texts) {
         KRXLog(level::kForce, "new Failed in handleElement of XMLConfigData. \n");
         return;
     }
     std::size_t next = 0;
-    forEachMessage([&](std::string&& text) { list[next++] = std::move(text); });
+    forEachMessage([&](std::string&& text) { texts[next++] = std::move(text); });
+    list = std::move(texts);
 }

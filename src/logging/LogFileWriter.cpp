@@ -5,6 +5,7 @@
 #include "platform/Clock.h"
 #include "platform/Console.h"
 #include "platform/Number.h"
+#include "platform/Published.h"
 #include "platform/agent/Logging.h"
 
 #include <algorithm>
@@ -13,6 +14,7 @@
 #include <cstring>
 #include <exception>
 #include <new>
+#include <thread>
 
 namespace {
 
@@ -20,24 +22,47 @@ constexpr int kTmYearOrigin = 1900;
 constexpr char kNullMessage[] = "Received NULL message for Logging.";
 constexpr std::size_t kConsoleLineSize = 64;
 
-LogFileWriter* theInstance = nullptr;  // made and destroyed by the start and stop exports only
+platform::Immortal<platform::Mutex> instanceLock;
+platform::Immortal<std::weak_ptr<LogFileWriter>> theInstance;  // under the lock; owned by its loggers
+
+/// The thread that reports a failed rotation; what it writes meanwhile is written without another one.
+std::atomic<std::thread::id> reporter;
 
 }  // namespace
 
-LogFileWriter* LogFileWriter::getInstance() noexcept {
-    if (theInstance == nullptr) {
-        try {
-            theInstance = new LogFileWriter;
-        } catch (const std::exception&) {
-            // Memory ran out: the file logger works without a writer.
+std::shared_ptr<LogFileWriter> LogFileWriter::getInstance() noexcept {
+    try {
+        {
+            const platform::Lock lock(*instanceLock);
+            if (auto present = theInstance->lock()) {
+                return present;
+            }
         }
+        const std::shared_ptr<LogFileWriter> made(new LogFileWriter);
+        const platform::Lock lock(*instanceLock);
+        *theInstance = made;
+        return made;
+    } catch (const std::exception&) {
+        return nullptr;  // memory ran out: the file logger works without a writer
     }
-    return theInstance;
 }
 
-void LogFileWriter::destroyInstance() noexcept {
-    delete theInstance;
-    theInstance = nullptr;
+unsigned int LogFileWriter::takeNotices() noexcept {
+    return notices_.load(std::memory_order_relaxed) == 0 ? 0 : notices_.exchange(0);
+}
+
+void LogFileWriter::report(unsigned int notices) {
+    if ((notices & kMutexAbandoned) != 0) {
+        platform::echo("\n The thread got ownership of an abandoned logging mutex.");
+    }
+    if ((notices & kReleaseFailed) != 0) {
+        platform::echo("\n error while releasing logging mutex.");
+    }
+    if ((notices & kRenameFailed) != 0) {
+        reporter = std::this_thread::get_id();
+        KRXLog(level::kForce, "\n Error renaming file");
+        reporter = std::thread::id();
+    }
 }
 
 LogFileWriter::LogFileWriter() {
@@ -103,7 +128,7 @@ void LogFileWriter::lockedWrite(const char* message) noexcept {
         // Memory ran out while an archive name was made; the entry is lost, the next one tries again.
     }
     if (!mutex_.release()) {
-        platform::echo("\n error while releasing logging mutex.");
+        notices_ |= kReleaseFailed;
     }
 }
 
@@ -111,7 +136,7 @@ void LogFileWriter::writeEntry(const char* message) {
     stampEntry();
     const std::int64_t size = fileSize();
     const std::int32_t limit = platform::readNumber(configuration_->getFileSize());
-    if (size >= limit && !reportingFailure_) {
+    if (size >= limit && reporter.load() != std::this_thread::get_id()) {
         rotate(message);
         return;
     }
@@ -194,9 +219,7 @@ void LogFileWriter::rotate(const char* message) {
         append(message, true);
     }
     if (!moved) {
-        reportingFailure_ = true;
-        KRXLog(250, "\n Error renaming file");
-        reportingFailure_ = false;
+        notices_ |= kRenameFailed;
     }
 }
 

@@ -5,6 +5,7 @@
 #include "platform/Mutex.h"
 
 #include <array>
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -22,11 +23,16 @@ class LogFileWriter final {
 
     LogFileWriter(const LogFileWriter&) = delete;
     LogFileWriter& operator=(const LogFileWriter&) = delete;
+    ~LogFileWriter();
 
     /// The writer, created on the first call, which deletes old log files and opens the log file. Null
     /// without memory.
-    static LogFileWriter* getInstance() noexcept;
-    static void destroyInstance() noexcept;
+    static std::shared_ptr<LogFileWriter> getInstance() noexcept;
+
+    /// What went wrong since the last call, for `report`; 0 is nothing.
+    unsigned int takeNotices() noexcept;
+    /// Logs and prints what `takeNotices` answered. To be called with no lock held.
+    static void report(unsigned int notices);
 
     /// Write a message when the configured level lets it pass. A null message is written as a note of that.
     void writeForce(const char* message) noexcept;
@@ -44,8 +50,9 @@ class LogFileWriter final {
         std::int64_t second = -1;
     };
 
+    enum Notice : unsigned int { kRenameFailed = 1, kMutexAbandoned = 2, kReleaseFailed = 4 };
+
     LogFileWriter();
-    ~LogFileWriter();
 
     void writeWhenPassed(std::int32_t messageLevel, const char* message) noexcept;
     void lockedWrite(const char* message) noexcept;
@@ -63,9 +70,8 @@ class LogFileWriter final {
     bool collisionFlag_ = false;
     /// A rotation could not open the fresh file: opening it is still due.
     bool openingDue_ = false;
-    /// A failed rotation is being reported; the report itself is written without another rotation.
-    bool reportingFailure_ = false;
-    const XMLConfigData* configuration_ = nullptr;
+    std::atomic<unsigned int> notices_{0};
+    std::shared_ptr<const XMLConfigData> configuration_;
     std::string path_;
     platform::AnchoredFile file_;
     platform::File stream_;

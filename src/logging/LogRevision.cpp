@@ -13,15 +13,15 @@ constexpr std::int64_t kSecondsPerDay = 86400;
 constexpr char kExtension[] = ".xml";
 
 void deleteFile(const std::string& path) {
-    KRXLog(250, "\n deleting file = %s \n", path.c_str());
-    KRXLog(250, "%s",
+    KRXLog(level::kForce, "\n deleting file = %s \n", path.c_str());
+    KRXLog(level::kForce, "%s",
            platform::removeFile(path) ? "\n File successfully deleted." : "\n Error deleting file....");
 }
 
 }  // namespace
 
 LogRevision::LogRevision() {
-    const XMLConfigData* const configuration = XMLConfigData::instance();
+    const auto configuration = XMLConfigData::instance();
     if (configuration == nullptr) {
         return;
     }
@@ -31,12 +31,12 @@ LogRevision::LogRevision() {
     const std::string directory = path.substr(0, separator);
     const std::string fileName = separator == std::string::npos ? path : path.substr(separator + 1);
     const std::string baseName = fileName.substr(0, fileName.find(kExtension));
-    KRXLog(250, "\n Log File Location = %s", directory.c_str());
+    KRXLog(level::kForce, "\n Log File Location = %s", directory.c_str());
     std::vector<std::string> names;
     // A log file directly below the root has an empty directory part.
     const bool atRoot = separator == 0;
     listDirectory(atRoot ? path.substr(0, 1) : directory, names);
-    KRXLog(250, "\n Revision for no of days = %s \n", configuration->getLogRevisionDays().c_str());
+    KRXLog(level::kForce, "\n Revision for no of days = %s \n", configuration->getLogRevisionDays().c_str());
     const std::int64_t daysKept = platform::readNumber(configuration->getLogRevisionDays());
     for (const std::string& name : names) {
         if (name.find(baseName) == std::string::npos) {
@@ -53,7 +53,7 @@ LogRevision::LogRevision() {
 int LogRevision::listDirectory(const std::string& directory, std::vector<std::string>& names) {
     const int error = platform::listDirectory(directory, names);
     if (error != 0) {
-        KRXLog(250, "\n \"Error(\" %d \") opening \" %s \n", error, directory.c_str());
+        KRXLog(level::kForce, "\n \"Error(\" %d \") opening \" %s \n", error, directory.c_str());
     }
     return error;
 }

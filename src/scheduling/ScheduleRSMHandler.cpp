@@ -64,7 +64,7 @@ bool ScheduleRSMHandler::isScheduleCurrent() const noexcept {
 
 void ScheduleRSMHandler::scheduleRSM() {
     const std::int64_t now = scheduling::gmtNow();
-    ZephanRSMSingleTon* const controller = ZephanRSMSingleTon::getInstance();
+    const auto controller = ZephanRSMSingleTon::getInstance();
     if (controller == nullptr) {
         KRXLog(level::kError,
                "Failed to get RSMSingleton pointer in ScheduleRSMHandler::scheduleRSM(). Returning... \n");
@@ -91,7 +91,7 @@ void ScheduleRSMHandler::scheduleRSM() {
 
 void ScheduleRSMHandler::performCleanUp() {
     const std::int64_t now = scheduling::gmtNow();
-    ZephanRSMSingleTon* const controller = ZephanRSMSingleTon::getInstance();
+    const auto controller = ZephanRSMSingleTon::getInstance();
     if (controller == nullptr) {
         KRXLog(level::kError,
                "Failed to get RSMSingleton pointer in ScheduleRSMHandler::performCleanUp(). Returning... \n");

@@ -1,6 +1,5 @@
 #include "webservice/ZephanServicesService.h"
 
-#include "controller/ModuleGate.h"
 #include "platform/agent/Logging.h"
 #include "platform/agent/Messaging.h"
 #include "webservice/ConnectMessage.h"
@@ -33,7 +32,6 @@ int8_t ZephanServicesService::CreateMessage(const char* operation, Messaging::We
 }
 
 int8_t ZephanServicesService::Execute(Messaging::WebServiceMessage* message) {
-    const gate::Pass pass;
     try {
         switch (operationNamed(message->GetRequestHeader().GetOperation())) {
             case Operation::Connect:

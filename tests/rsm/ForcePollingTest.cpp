@@ -39,7 +39,7 @@ refused by the enterprise | 4 enterprise refuse; 5 connect 1 30; 50 enterprise a
 no asset | 0 asset absent; 0 start rsm config.xml; 0 start web-service; 5 connect 1 30; 6 asset present;
            10 connect 1 30 | 40 70 | 10 grace, 70 off | *** Setting Service Agent pointer in | <currentPollingRate>-1<
     | "Can't send RSM profile to enterprise: Virtaul Asset 0 is null\n" | "thread-end","result":0
-    | <currentPollingRate>60< | !"credentials"
+    | <currentPollingRate>60< | "credentials","member":"device-0042" | "update-asset","result":0
 the asset goes | 5 connect 1 30; 40 asset absent | 35 65 | 5 grace | "credentials","member":"device-0042"
     | Virtaul Asset 0 is null
 no thread | 5 fail thread-construct; 5 connect 1 30; 6 disconnect; 7 connect 1 30 | 37 67 | 7 grace, 67 off

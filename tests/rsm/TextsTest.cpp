@@ -9,8 +9,6 @@
 #include "webservice/DisconnectMessage.h"
 #include "webservice/ZephanServicesServiceImpl.h"
 
-#include <utility>
-
 #include <gtest/gtest.h>
 
 namespace {
@@ -42,7 +40,7 @@ TEST(Texts, NullBuffers) {
     char text[40] = "untouched";
     ScheduleRSMHandler::dateToString(0, nullptr, text);
     ScheduleRSMHandler::dateToString(0, text, nullptr);
-    ZephanRSMSingleTon::dateToString(0, nullptr);
+    ProfileReport::dateToString(0, nullptr);
     EXPECT_STREQ(text, "untouched");
     EXPECT_EQ(lines.all,
               "250 Received NULL pointer in dateToString of ScheduleRSMHandler.|"
@@ -62,20 +60,17 @@ TEST(Texts, TaggedValues) {
     EXPECT_EQ(value("</Rate>", 7), "str not found");
 }
 
-TEST(Controller, TakesOverWithAMode) {
+TEST(Controller, OneUntilItIsDestroyed) {
     const agent::AgentHost host;
-    ZephanRSMSingleTon* const controller = ZephanRSMSingleTon::getInstance();
+    const auto controller = ZephanRSMSingleTon::getInstance();
     EXPECT_EQ(controller, ZephanRSMSingleTon::getInstance());
-    for (const auto& [mode, expected] :
-         {std::pair{2, 2}, std::pair{7, 0}, std::pair{1, 1}, std::pair{-1, 0}}) {
-        ZephanRSMSingleTon::convertDelayedToNormal(mode);
-        EXPECT_EQ(controller->getRSMMode(), expected) << mode;
-    }
-    ZephanRSMSingleTon::convertDelayedToNormal(2);
-    ZephanRSMSingleTon::convertDelayedToNormal();
-    EXPECT_EQ(controller->getRSMMode(), 2);
     ZephanRSMSingleTon::destroyInstance();
-    EXPECT_EQ(ZephanRSMSingleTon::getInstance()->getRSMMode(), 0);
+    EXPECT_EQ(ZephanRSMSingleTon::existing(), nullptr);
+    // Who is still inside keeps what it uses; newcomers find another one, and the old one starts nothing any more.
+    const auto next = ZephanRSMSingleTon::getInstance();
+    EXPECT_NE(next, controller);
+    EXPECT_EQ(controller->createThread(), -1);
+    EXPECT_EQ(next->getRSMMode(), 0);
     ZephanRSMSingleTon::destroyInstance();
 }
 
