@@ -48,6 +48,7 @@ void FileLogger::updateLog(std::uint32_t level, const MessageHandler* handler) {
             writer_->writeInfo(message);
             break;
     }
+    LogFileWriter::report(writer_->takeNotices());
 }
 
 void FileLogger::UpdateAuditLog(const MessageHandler* handler) {
@@ -57,5 +58,6 @@ void FileLogger::UpdateAuditLog(const MessageHandler* handler) {
     }
     if (handler == subject_ && writer_ != nullptr) {
         writer_->writeInfo(subject_->getMessage().c_str());
+        LogFileWriter::report(writer_->takeNotices());
     }
 }
