@@ -4,11 +4,13 @@
 
 #include "platform/Published.h"
 
+#include <atomic>
 #include <utility>
 
 namespace {
 
 platform::Immortal<platform::Published<XMLConfigData>> published;
+std::atomic<std::uint64_t> changes{0};
 
 }  // namespace
 
@@ -23,6 +25,7 @@ std::shared_ptr<XMLConfigData> XMLConfigData::getInstance(const std::string& pat
 
 void XMLConfigData::publish(std::shared_ptr<XMLConfigData> filled) noexcept {
     published->exchange(std::move(filled));
+    ++changes;
 }
 
 std::shared_ptr<const XMLConfigData> XMLConfigData::instance() noexcept {
@@ -31,6 +34,11 @@ std::shared_ptr<const XMLConfigData> XMLConfigData::instance() noexcept {
 
 void XMLConfigData::destroyInstance() noexcept {
     published->exchange(nullptr);
+    ++changes;
+}
+
+std::uint64_t XMLConfigData::age() noexcept {
+    return changes;
 }
 
 void XMLConfigData::setLogLevel(const std::string& name) {

@@ -58,6 +58,6 @@ void FileLogger::UpdateAuditLog(const MessageHandler* handler) {
     }
 }
 
-unsigned int FileLogger::takeNotices() noexcept {
-    return writer_ == nullptr ? 0 : writer_->takeNotices();
+Notices FileLogger::takeNotices() noexcept {
+    return writer_ == nullptr ? Notices{} : writer_->takeNotices();
 }

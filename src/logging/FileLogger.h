@@ -14,7 +14,7 @@ class FileLogger final : public Observer {
     ~FileLogger() override;
     void updateLog(std::uint32_t level, const MessageHandler* handler) override;
     void UpdateAuditLog(const MessageHandler* handler) override;
-    unsigned int takeNotices() noexcept override;
+    Notices takeNotices() noexcept override;
 
   private:
     std::shared_ptr<LogFileWriter> writer_;

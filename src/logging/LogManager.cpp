@@ -78,6 +78,11 @@ void LogManager::initialize() {
     }
 }
 
+void LogManager::close() noexcept {
+    closed_ = true;
+    LogFileWriter::destroyInstance();
+}
+
 void LogManager::log(std::uint32_t level, const char* message) {
     if (messageHandler_ != nullptr) {
         LogFileWriter::report(messageHandler_->log(level, message));
@@ -86,7 +91,7 @@ void LogManager::log(std::uint32_t level, const char* message) {
 
 void LogManager::audit(const char* message) {
     const auto configuration = XMLConfigData::instance();
-    unsigned int notices = 0;
+    Notices notices;
     bool changed = false;
     {
         const platform::Lock lock(delivery_);

@@ -38,7 +38,7 @@ class LogManager final {
     /// Returns when what it began, a report or the script, has ended.
     void audit(const char* message);
     /// The controller is gone: changes of the remote-detection state are told to nobody any more.
-    void close() noexcept { closed_ = true; }
+    void close() noexcept;
 
   private:
     /// A change of one of the counts from or to 0, or within: what the state is then.

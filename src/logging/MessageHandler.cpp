@@ -22,18 +22,18 @@ MessageHandler::MessageHandler(platform::Mutex& delivery) noexcept : delivery_(d
     }
 }
 
-unsigned int MessageHandler::log(std::uint32_t level, const char* message) {
+Notices MessageHandler::log(std::uint32_t level, const char* message) {
     if (message == nullptr) {
         KRXLog(::level::kError, "\n MessageHandler received NULL message to log.");
-        return 0;
+        return {};
     }
     return deliver(level, message);
 }
 
-unsigned int MessageHandler::audit(const char* message) {
+Notices MessageHandler::audit(const char* message) {
     if (message == nullptr) {
         KRXLog(::level::kError, "\n MessageHandler received NULL message for AuditLog.");
-        return 0;
+        return {};
     }
     return deliver(::level::kAudit, message);
 }
@@ -48,7 +48,7 @@ void MessageHandler::detach(const Observer* observer) {
     observers_.detach(observer);
 }
 
-unsigned int MessageHandler::deliver(std::uint32_t level, const char* message) {
+Notices MessageHandler::deliver(std::uint32_t level, const char* message) {
     const platform::Lock lock(delivery_);
     if (message_.capacity() > kLargestKeptRoom) {
         std::string().swap(message_);
@@ -57,8 +57,8 @@ unsigned int MessageHandler::deliver(std::uint32_t level, const char* message) {
     return notify(level);
 }
 
-unsigned int MessageHandler::notify(std::uint32_t level) const {
-    unsigned int notices = 0;
+Notices MessageHandler::notify(std::uint32_t level) const {
+    Notices notices;
     const std::size_t count = observers_.count();
     for (std::size_t i = 0; i < count; ++i) {
         Observer* const observer = observers_.at(i);
@@ -70,7 +70,7 @@ unsigned int MessageHandler::notify(std::uint32_t level) const {
         } else {
             observer->updateLog(level, this);
         }
-        notices |= observer->takeNotices();
+        notices += observer->takeNotices();
     }
     return notices;
 }

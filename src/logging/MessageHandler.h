@@ -1,5 +1,6 @@
 #pragma once
 
+#include "logging/Notices.h"
 #include "logging/ObserverList.h"
 #include "platform/Lock.h"
 
@@ -17,9 +18,9 @@ class MessageHandler final {
     MessageHandler& operator=(const MessageHandler&) = delete;
 
     // Each answers what the observers have to tell of it, for `LogFileWriter::report`.
-    unsigned int log(std::uint32_t level, const char* message);
-    unsigned int audit(const char* message);
-    unsigned int notify(std::uint32_t level) const;
+    Notices log(std::uint32_t level, const char* message);
+    Notices audit(const char* message);
+    Notices notify(std::uint32_t level) const;
     void attach(Observer* observer);
     void detach(const Observer* observer);
 
@@ -27,7 +28,7 @@ class MessageHandler final {
     const std::string& getMessage() const noexcept { return message_; }
 
   private:
-    unsigned int deliver(std::uint32_t level, const char* message);
+    Notices deliver(std::uint32_t level, const char* message);
 
     platform::Mutex& delivery_;
     ObserverList<Observer> observers_;

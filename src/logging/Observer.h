@@ -1,5 +1,7 @@
 #pragma once
 
+#include "logging/Notices.h"
+
 #include <cstdint>
 
 class MessageHandler;
@@ -14,6 +16,6 @@ class Observer {
     virtual ~Observer() = default;
     virtual void updateLog(std::uint32_t /*level*/, const MessageHandler* /*handler*/) {}
     virtual void UpdateAuditLog(const MessageHandler* /*handler*/) {}
-    /// What there is to tell since the last call, as `LogFileWriter::report` takes it; 0 is nothing.
-    virtual unsigned int takeNotices() noexcept { return 0; }
+    /// What there is to tell since the last call.
+    virtual Notices takeNotices() noexcept { return {}; }
 };

@@ -18,10 +18,11 @@ namespace faults {
 namespace {
 
 constexpr std::array<const char*, KindCount> kNames{
-    "memory",     "toolkit-memory", "agent-memory", "open",      "openat",  "fcntl",     "close",
-    "lseek",      "fstat",          "pread",        "pwrite",    "write",   "ftruncate", "fsync",
-    "renameat2",  "link",           "unlink",       "fdopendir", "readdir", "closedir",  "mutexattr-init",
-    "mutex-init", "mutex-lock",     "mutex-unlock", "system",    "fputs"};
+    "memory",     "toolkit-memory", "agent-memory",  "open",         "openat",   "fcntl",
+    "close",      "lseek",          "fstat",         "pread",        "pwrite",   "write",
+    "ftruncate",  "fsync",          "renameat2",     "renameat",     "linkat",   "unlinkat",
+    "unlink",     "fstatat",        "fdopendir",     "readdir",      "closedir", "mutexattr-init",
+    "mutex-init", "mutex-lock",     "mutex-trylock", "mutex-unlock", "system",   "fwrite"};
 
 struct Plan {
     std::size_t kind = KindCount;
