@@ -35,6 +35,7 @@ std::int8_t ZephanRSMSingleTon::createThread() noexcept {
         case platform::Mutex::Wait::Abandoned:
             KRXLog(50, "\n The thread got ownership of an abandoned logging mutex.");
             return -1;
+        case platform::Mutex::Wait::Busy:
         case platform::Mutex::Wait::Failed:
             return -1;
         case platform::Mutex::Wait::Obtained:

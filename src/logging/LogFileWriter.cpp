@@ -91,6 +91,7 @@ void LogFileWriter::lockedWrite(const char* message) noexcept {
         case platform::Mutex::Wait::Abandoned:
             platform::echo("\n The thread got ownership of an abandoned logging mutex.");
             return;
+        case platform::Mutex::Wait::Busy:
         case platform::Mutex::Wait::Failed:
             return;
         case platform::Mutex::Wait::Obtained:
