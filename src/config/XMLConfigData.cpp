@@ -16,7 +16,7 @@ XMLConfigData* XMLConfigData::getInstance(const std::string& path) noexcept {
         try {
             theInstance = new XMLConfigData(path);
         } catch (...) {
-            // Memory ran out, in the object or in the XML toolkit: there is no object.
+            // Memory ran out: there is no object.
         }
     }
     return theInstance;

@@ -15,8 +15,7 @@ XERCES_CPP_NAMESPACE_END
 class XMLConfigData final : public ConfigData {
   public:
     /// Creates the object with the path of its file on the first call; later calls answer the same object and
-    /// ignore the path. The XML toolkit must be running. Null when the object cannot be created. Start thread
-    /// only.
+    /// ignore the path. Null when the object cannot be created. Start thread only.
     static XMLConfigData* getInstance(const std::string& path) noexcept;
     /// The object, or null. Any thread that holds a pass of the module gate.
     static XMLConfigData* instance() noexcept;
@@ -54,6 +53,7 @@ class XMLConfigData final : public ConfigData {
   private:
     using MessageList = std::unique_ptr<std::string[]>;
 
+    static constexpr TagNames tags_{};
     /// No level of a message: nothing but `level::kForce` passes it.
     static constexpr std::int32_t kDefaultLogLevel = 80;
 
@@ -70,7 +70,6 @@ class XMLConfigData final : public ConfigData {
     void readMessageList(const xercesc::DOMElement& parent, TagNames::Tag tag, MessageList& list) const;
 
     std::string configFilePath_;
-    TagNames tags_;
     std::string logFilePath_ = "..\\log\\kelp-logs.xml";
     std::string fileSize_ = "5000000";
     std::string logRevisionDays_ = "30";

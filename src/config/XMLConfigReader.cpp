@@ -1,6 +1,6 @@
 // Reading of the XML configuration file into the configuration object.
 #include "config/LimitedDOMParser.h"
-#include "config/MemoryReserve.h"
+#include "config/Toolkit.h"
 #include "config/ToolkitMemory.h"
 #include "config/XMLConfigData.h"
 #include "platform/File.h"
@@ -14,11 +14,8 @@
 #include <xercesc/dom/DOM.hpp>
 #include <xercesc/framework/MemBufInputSource.hpp>
 #include <xercesc/util/OutOfMemoryException.hpp>
-#include <xercesc/util/PanicHandler.hpp>
-#include <xercesc/util/PlatformUtils.hpp>
 #include <xercesc/util/XMLException.hpp>
 #include <xercesc/util/XMLString.hpp>
-#include <xercesc/util/XMLUni.hpp>
 
 using xercesc::DOMElement;
 using xercesc::DOMNode;
@@ -98,51 +95,15 @@ std::string readFile(const std::string& path) {
     return contents;
 }
 
-/// In place of the toolkit's own handler, which ends the process.
-class ThrowingPanicHandler final : public xercesc::PanicHandler {
-  public:
-    void panic(const PanicReasons reason) override { throw std::runtime_error(getPanicReasonString(reason)); }
-};
-
-/// Does a step of the toolkit's life and reports what is thrown in it. False when it was not done. A step
-/// that failed half-way leaves a toolkit that crashes when it is started or stopped again: then `usable`
-/// becomes false.
-template <typename Step>
-bool toolkitDoes(const char* format, bool& usable, Step&& step) {
-    try {
-        const MemoryReserve reserve;
-        usable = false;
-        step();
-        usable = true;
-        return true;
-    } catch (const xercesc::OutOfMemoryException&) {
-        KRXLog(level::kForce, format, "out of memory");
-    } catch (const xercesc::XMLException& exception) {
-        // Its message is in the toolkit's own characters, which only a toolkit that runs can convert.
-        KRXLog(level::kForce, format, exception.getSrcFile());
-    } catch (const std::exception& exception) {
-        KRXLog(level::kForce, format, exception.what());
-    }
-    return false;
-}
-
 }  // namespace
 
 XMLConfigData* loadConfiguration(const std::string& path) {
-    static ThrowingPanicHandler panicHandler;
-    static bool usable = true;
-    if (!usable || !toolkitDoes("XML toolkit initialization error: %s", usable, [] {
-            xercesc::XMLPlatformUtils::Initialize(xercesc::XMLUni::fgXercescDefaultLocale, nullptr,
-                                                  &panicHandler);
-        })) {
-        throw parsingError(path);
-    }
+    toolkit::start();
     XMLConfigData* const configuration = XMLConfigData::getInstance(path);
     if (configuration != nullptr) {
-        // When this throws, the toolkit stays started, ready for the next load.
-        configuration->parseConfigFile();
+        configuration->parseConfigFile();  // when this throws, the toolkit runs on, ready for the next load
     }
-    toolkitDoes("XML toolkit teardown error: %s", usable, [] { xercesc::XMLPlatformUtils::Terminate(); });
+    toolkit::stop();
     return configuration;
 }
 
@@ -152,6 +113,10 @@ void XMLConfigData::parseConfigFile() {
         KRXLog(level::kForce, "%s%s", line, text.c_str());
         return std::runtime_error(text);
     };
+    if (!toolkit::isRunning()) {
+        throw std::runtime_error(" The XML toolkit cannot be started: " + configFilePath_ +
+                                 " was not read. \n  Restart the agent to try again. \n ");
+    }
     try {
         const std::string contents = readFile(configFilePath_);
         ToolkitMemory memory(kLiveMemory, kTotalMemory);
