@@ -4,6 +4,8 @@
 #include "config/ToolkitMemory.h"
 #include "config/XMLConfigData.h"
 #include "platform/File.h"
+#include "platform/Text.h"
+#include "platform/ThreadEnd.h"
 #include "platform/agent/Logging.h"
 
 #include <cstdint>
@@ -54,13 +56,7 @@ std::string textOf(const DOMElement* element) {
     if (element == nullptr || element->getFirstChild() == nullptr) {
         return {};
     }
-    const std::string text = transcoded(element->getFirstChild()->getNodeValue());
-    const auto end = text.find_last_not_of(" \t");
-    if (end == std::string::npos) {
-        return {};
-    }
-    const auto start = text.find_first_not_of(" \t");
-    return text.substr(start, end - start + 1);
+    return std::string(platform::trimmed(transcoded(element->getFirstChild()->getNodeValue())));
 }
 
 /// In document order. The toolkit's own look-up keeps each list that it made and searches among them, which
@@ -118,7 +114,9 @@ void XMLConfigData::parseConfigFile() {
                                  " was not read. \n  Restart the agent to try again. \n ");
     }
     try {
-        const std::string contents = readFile(configFilePath_);
+        std::string contents = readFile(configFilePath_);
+        contents +=
+            '\r';  // a character cut off at the end would pass; with one more byte behind it is a wrong one
         ToolkitMemory memory(kLiveMemory, kTotalMemory);
         LimitedDOMParser parser(&memory);
         const xercesc::MemBufInputSource source(reinterpret_cast<const XMLByte*>(contents.data()),
@@ -134,6 +132,8 @@ void XMLConfigData::parseConfigFile() {
         }
         readDocument(*root);
     } catch (const std::runtime_error&) {
+        throw;
+    } catch (const platform::ForcedUnwind&) {
         throw;
     } catch (const xercesc::OutOfMemoryException&) {
         throw parsingError(configFilePath_);
@@ -156,6 +156,8 @@ void XMLConfigData::readDocument(const DOMElement& root) {
         readSettingOfRoot(*child);
         try {
             handleElement(*child);
+        } catch (const platform::ForcedUnwind&) {
+            throw;
         } catch (...) {
             KRXLog(level::kForce, " Error while parsing file: %s", configFilePath_.c_str());
         }
