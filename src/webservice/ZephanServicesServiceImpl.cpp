@@ -14,7 +14,7 @@ int8_t ZephanServicesServiceImpl::Connect(int32_t pollDuration, int32_t pollingR
                                           int32_t& currentPollingRate,
                                           Messaging::Headers::SecurityContext& /*context*/) {
     currentPollingRate = kUnknownPollingRate;
-    ZephanRSMSingleTon* const controller = ZephanRSMSingleTon::getInstance();
+    const auto controller = ZephanRSMSingleTon::getInstance();
     if (controller == nullptr) {
         KRXLog(level::kError,
                "Couldn't make force poll in ZephanServicesServiceImpl::Connect as RSMSingleton was null\n");
@@ -30,7 +30,7 @@ int8_t ZephanServicesServiceImpl::Connect(int32_t pollDuration, int32_t pollingR
 
 int8_t ZephanServicesServiceImpl::Disconnect(const char* memberName, Messaging::SerializableString& result,
                                              Messaging::Headers::SecurityContext& /*context*/) {
-    ZephanRSMSingleTon* const controller = ZephanRSMSingleTon::getInstance();
+    const auto controller = ZephanRSMSingleTon::getInstance();
     if (controller == nullptr) {
         KRXLog(level::kError,
                "Couldn't disconnect in ZephanServicesServiceImpl::Disconnect as RSMSingleton was null\n");
