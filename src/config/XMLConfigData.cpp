@@ -12,6 +12,14 @@ namespace {
 platform::Immortal<platform::Published<XMLConfigData>> published;
 std::atomic<std::uint64_t> changes{0};
 
+/// An object that no stop took away goes with the library.
+struct AtUnload {
+    AtUnload() = default;
+    AtUnload(const AtUnload&) = delete;
+    AtUnload& operator=(const AtUnload&) = delete;
+    ~AtUnload() { XMLConfigData::destroyInstance(); }
+} const atUnload;
+
 }  // namespace
 
 std::shared_ptr<XMLConfigData> XMLConfigData::getInstance(const std::string& path) noexcept {
@@ -19,7 +27,7 @@ std::shared_ptr<XMLConfigData> XMLConfigData::getInstance(const std::string& pat
         const std::shared_ptr<XMLConfigData> present = published->get();
         return std::shared_ptr<XMLConfigData>(present == nullptr ? new XMLConfigData(path) : new XMLConfigData(*present));
     } catch (...) {
-        return nullptr;  // memory ran out, in the object or in the XML toolkit
+        return nullptr;  // memory ran out
     }
 }
 

@@ -15,8 +15,7 @@ XERCES_CPP_NAMESPACE_END
 class XMLConfigData final : public ConfigData {
   public:
     /// The object that a load is to fill: a copy of the present one, or a new one with the path of its file (later paths
-    /// are ignored). Nobody else sees it before it is published. The XML toolkit must be running. Null when it cannot be
-    /// had.
+    /// are ignored). Nobody else sees it before it is published. Null when it cannot be had.
     static std::shared_ptr<XMLConfigData> getInstance(const std::string& path) noexcept;
     /// Puts a filled object into the place of the present one, whole.
     static void publish(std::shared_ptr<XMLConfigData> filled) noexcept;
@@ -58,6 +57,7 @@ class XMLConfigData final : public ConfigData {
   private:
     using MessageList = std::shared_ptr<const std::string[]>;
 
+    static constexpr TagNames tags_{};
     /// No level of a message: nothing but `level::kForce` passes it.
     static constexpr std::int32_t kDefaultLogLevel = 80;
 
@@ -93,7 +93,6 @@ class XMLConfigData final : public ConfigData {
     };
 
     std::string configFilePath_;
-    TagNames tags_;
     Settings settings_;
 };
 

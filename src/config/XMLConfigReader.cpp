@@ -1,9 +1,11 @@
 // Reading of the XML configuration file into the configuration object.
 #include "config/LimitedDOMParser.h"
-#include "config/MemoryReserve.h"
+#include "config/Toolkit.h"
 #include "config/ToolkitMemory.h"
 #include "config/XMLConfigData.h"
 #include "platform/File.h"
+#include "platform/Text.h"
+#include "platform/ThreadEnd.h"
 #include "platform/agent/Logging.h"
 
 #include <cstdint>
@@ -14,11 +16,8 @@
 #include <xercesc/dom/DOM.hpp>
 #include <xercesc/framework/MemBufInputSource.hpp>
 #include <xercesc/util/OutOfMemoryException.hpp>
-#include <xercesc/util/PanicHandler.hpp>
-#include <xercesc/util/PlatformUtils.hpp>
 #include <xercesc/util/XMLException.hpp>
 #include <xercesc/util/XMLString.hpp>
-#include <xercesc/util/XMLUni.hpp>
 
 using xercesc::DOMElement;
 using xercesc::DOMNode;
@@ -57,13 +56,7 @@ std::string textOf(const DOMElement* element) {
     if (element == nullptr || element->getFirstChild() == nullptr) {
         return {};
     }
-    const std::string text = transcoded(element->getFirstChild()->getNodeValue());
-    const auto end = text.find_last_not_of(" \t");
-    if (end == std::string::npos) {
-        return {};
-    }
-    const auto start = text.find_first_not_of(" \t");
-    return text.substr(start, end - start + 1);
+    return std::string(platform::trimmed(transcoded(element->getFirstChild()->getNodeValue())));
 }
 
 /// In document order. The toolkit's own look-up keeps each list that it made and searches among them, which
@@ -98,55 +91,19 @@ std::string readFile(const std::string& path) {
     return contents;
 }
 
-/// In place of the toolkit's own handler, which ends the process.
-class ThrowingPanicHandler final : public xercesc::PanicHandler {
-  public:
-    void panic(const PanicReasons reason) override { throw std::runtime_error(getPanicReasonString(reason)); }
-};
-
-/// Does a step of the toolkit's life and reports what is thrown in it. False when it was not done. A step
-/// that failed half-way leaves a toolkit that crashes when it is started or stopped again: then `usable`
-/// becomes false.
-template <typename Step>
-bool toolkitDoes(const char* format, bool& usable, Step&& step) {
-    try {
-        const MemoryReserve reserve;
-        usable = false;
-        step();
-        usable = true;
-        return true;
-    } catch (const xercesc::OutOfMemoryException&) {
-        KRXLog(level::kForce, format, "out of memory");
-    } catch (const xercesc::XMLException& exception) {
-        // Its message is in the toolkit's own characters, which only a toolkit that runs can convert.
-        KRXLog(level::kForce, format, exception.getSrcFile());
-    } catch (const std::exception& exception) {
-        KRXLog(level::kForce, format, exception.what());
-    }
-    return false;
-}
-
 }  // namespace
 
 std::shared_ptr<const XMLConfigData> loadConfiguration(const std::string& path) {
-    static ThrowingPanicHandler panicHandler;
-    static bool usable = true;
-    if (!usable || !toolkitDoes("XML toolkit initialization error: %s", usable, [] {
-            xercesc::XMLPlatformUtils::Initialize(xercesc::XMLUni::fgXercescDefaultLocale, nullptr,
-                                                  &panicHandler);
-        })) {
-        throw parsingError(path);
-    }
+    toolkit::start();
     const std::shared_ptr<XMLConfigData> configuration = XMLConfigData::getInstance(path);
     if (configuration != nullptr) {
         struct Publication {
             const std::shared_ptr<XMLConfigData>& filled;
             ~Publication() { XMLConfigData::publish(filled); }
         } const publication{configuration};
-        // When this throws, the toolkit stays started, ready for the next load.
-        configuration->parseConfigFile();
+        configuration->parseConfigFile();  // when this throws, the toolkit runs on, ready for the next load
     }
-    toolkitDoes("XML toolkit teardown error: %s", usable, [] { xercesc::XMLPlatformUtils::Terminate(); });
+    toolkit::stop();
     return configuration;
 }
 
@@ -156,8 +113,14 @@ void XMLConfigData::parseConfigFile() {
         KRXLog(level::kForce, "%s%s", line, text.c_str());
         return std::runtime_error(text);
     };
+    if (!toolkit::isRunning()) {
+        throw std::runtime_error(" The XML toolkit cannot be started: " + configFilePath_ +
+                                 " was not read. \n  Restart the agent to try again. \n ");
+    }
     try {
-        const std::string contents = readFile(configFilePath_);
+        std::string contents = readFile(configFilePath_);
+        contents +=
+            '\r';  // a character cut off at the end would pass; with one more byte behind it is a wrong one
         ToolkitMemory memory(kLiveMemory, kTotalMemory);
         LimitedDOMParser parser(&memory);
         const xercesc::MemBufInputSource source(reinterpret_cast<const XMLByte*>(contents.data()),
@@ -173,6 +136,8 @@ void XMLConfigData::parseConfigFile() {
         }
         readDocument(*root);
     } catch (const std::runtime_error&) {
+        throw;
+    } catch (const platform::ForcedUnwind&) {
         throw;
     } catch (const xercesc::OutOfMemoryException&) {
         throw parsingError(configFilePath_);
@@ -195,6 +160,8 @@ void XMLConfigData::readDocument(const DOMElement& root) {
         readSettingOfRoot(*child);
         try {
             handleElement(*child);
+        } catch (const platform::ForcedUnwind&) {
+            throw;
         } catch (...) {
             KRXLog(level::kForce, " Error while parsing file: %s", configFilePath_.c_str());
         }

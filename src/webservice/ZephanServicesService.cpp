@@ -48,19 +48,25 @@ int8_t ZephanServicesService::Execute(Messaging::WebServiceMessage* message) {
 }
 
 int8_t ZephanServicesService::executeConnect(Messaging::WebServiceMessage& message) {
-    const auto& request = static_cast<const ConnectMessage&>(*message.GetRequestMsg());
-    auto& response = static_cast<ConnectResponseMessage&>(*message.GetResponseMsg());
+    const auto* const request = dynamic_cast<const ConnectMessage*>(message.GetRequestMsg());
+    auto* const response = dynamic_cast<ConnectResponseMessage*>(message.GetResponseMsg());
+    if (request == nullptr || response == nullptr) {
+        return -1;
+    }
     int32_t currentPollingRate = 0;
     const int8_t result =
-        Connect(request.pollDuration(), request.pollingRate(), currentPollingRate, message.GetContext());
-    response.setCurrentPollingRate(currentPollingRate);
+        Connect(request->pollDuration(), request->pollingRate(), currentPollingRate, message.GetContext());
+    response->setCurrentPollingRate(currentPollingRate);
     return result;
 }
 
 int8_t ZephanServicesService::executeDisconnect(Messaging::WebServiceMessage& message) {
-    const auto& request = static_cast<const DisconnectMessage&>(*message.GetRequestMsg());
-    const auto& response = static_cast<const DisconnectResponseMessage&>(*message.GetResponseMsg());
-    return Disconnect(request.memberName(), *response.result(), message.GetContext());
+    const auto* const request = dynamic_cast<const DisconnectMessage*>(message.GetRequestMsg());
+    const auto* const response = dynamic_cast<const DisconnectResponseMessage*>(message.GetResponseMsg());
+    if (request == nullptr || response == nullptr || response->result() == nullptr) {
+        return -1;
+    }
+    return Disconnect(request->memberName(), *response->result(), message.GetContext());
 }
 
 int8_t ZephanServicesService::Cleanup(Messaging::WebServiceMessage* message) {

@@ -169,6 +169,7 @@ TEST_F(ConfigurationTest, ElementsAndTexts) {
         wide += {one, '\0'};
     }
     EXPECT_EQ(load(wide), "script=s");
+    EXPECT_EQ(load("<?xml version='1.0' encoding='Shift_JIS'?><z><Script>s</Script></z><!-- \x83\x41 -->\n"), "script=s");
     XMLConfigData::destroyInstance();
     EXPECT_EQ(
         changes(*loadConfiguration(EXAMPLE)),
@@ -230,6 +231,12 @@ TEST_F(ConfigurationTest, RefusesWhatIsHostile) {
         {"no XML", "FileSize=1"},
         {"two roots", "<z/><z/>"},
         {"undefined entity", "<z>&e;</z>"},
+        {"NUL behind the root", "<z/>" + std::string(1, '\0')},
+        {"a second document behind a NUL", "<z/>\n" + std::string(1, '\0') + "<z/>"},
+        {"character cut off behind the root", "<z/>\n\xe2\x82"},
+        {"character cut off behind the root, of a code page",
+         "<?xml version='1.0' encoding='Shift_JIS'?><z/>\x83"},
+        {"half a character behind the root", "\xff\xfe<" + std::string("\0z\0/\0>\0x", 8)},
     };
     for (const auto& row : rows) {
         EXPECT_EQ(load(row.document), kRefused) << row.name;

@@ -101,6 +101,10 @@ struct Row {
     const char* written;
 };
 
+void PrintTo(const Row& row, std::ostream* stream) {
+    *stream << row.session;
+}
+
 class RsmStateTest : public testing::TestWithParam<Row> {};
 
 TEST_P(RsmStateTest, Session) {

@@ -9,6 +9,8 @@
 #include "webservice/DisconnectMessage.h"
 #include "webservice/ZephanServicesServiceImpl.h"
 
+#include <memory>
+
 #include <gtest/gtest.h>
 
 namespace {
@@ -114,6 +116,37 @@ TEST(Messages, UnknownOperations) {
               "50 ZephanServicesService::CreateMessage Unable to create message for reboot operation.\n|"
               "50 ZephanServicesService::Cleanup Unable to clean-up message for reboot operation.\n|"
               "50 ZephanServicesService::Cleanup Unable to clean-up message for  operation.\n|");
+}
+
+// What a host may make of the message between the three steps of a call.
+TEST(Messages, ObjectsOfAnotherOperation) {
+    const agent::AgentHost host;
+    ZephanServicesServiceImpl service;
+    for (const auto& [built, executed] : {std::pair{"connect", "disconnect"}, std::pair{"disconnect", "connect"}}) {
+        KRX::Messaging::WebServiceMessage message;
+        EXPECT_EQ(service.CreateMessage(built, &message), 0);
+        message.GetRequestHeader().SetOperation(executed);
+        EXPECT_EQ(service.Execute(&message), -1) << executed;
+        EXPECT_EQ(service.Cleanup(&message), 0) << executed;
+    }
+    for (const char* const operation : {"connect", "disconnect"}) {
+        KRX::Messaging::WebServiceMessage empty;
+        empty.GetRequestHeader().SetOperation(operation);
+        EXPECT_EQ(service.Execute(&empty), -1) << operation;
+        EXPECT_EQ(service.Cleanup(&empty), 0) << operation;
+        KRX::Messaging::WebServiceMessage message;
+        EXPECT_EQ(service.CreateMessage(operation, &message), 0);
+        const std::unique_ptr<Serializable> request(message.SetRequestMsg(new KRX::Messaging::SerializableString(operation, "1")));
+        EXPECT_EQ(service.Execute(&message), -1) << operation << " with a foreign request";
+        EXPECT_EQ(service.Cleanup(&message), 0) << operation;
+    }
+    KRX::Messaging::WebServiceMessage message;
+    EXPECT_EQ(service.CreateMessage("disconnect", &message), 0);
+    EXPECT_EQ(service.Execute(&message), 0);
+    EXPECT_EQ(service.Cleanup(&message), 0);
+    EXPECT_EQ(service.Execute(&message), -1) << "after its clean-up";
+    EXPECT_EQ(service.Cleanup(&message), 0) << "twice";
+    ZephanRSMSingleTon::destroyInstance();
 }
 
 }  // namespace
