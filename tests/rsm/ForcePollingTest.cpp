@@ -5,8 +5,7 @@
 
 namespace {
 
-TEST(ForcePolling, Rows) {
-    check(R"(
+const Table periods("ForcePolling", R"(
 30 seconds | 5 connect 10 30 | 35..605/30 | 5 grace, 605 off
     | "thread-start","name":"Data Polling","result":0 | "thread-end","result":0
 a minute holds one interval | 5 connect 10 45 | 50..455/45 | 5 grace, 455 off
@@ -59,28 +58,5 @@ unknown operation | 5 call Connect pollDuration=1 | |
 undeclared sub-elements | 5 call connect pollDuration=1 PollingRate=30; 5 call disconnect pollDuration=1 | |
     | "result":-1,"stage":"create" | "result":-1,"stage":"create"
 )");
-}
-
-TEST(ForcePolling, ProfileAndItsDump) {
-    check(R"(
-without times | 5 schedule 10:00:07 20 15; 11 end | | 5 off, 10 grace
-    | "properties":[["RSM_MODE","NOT_ACTIVE"],["RSM_START_TIME","0"],["RSM_MODE_START_TIME","0"],["RSM_GRACE_PERIOD","0"],
-    | " RSM_MODE = NOT_ACTIVE \n" | " RSM_START_TIME = 0 \n" | " RSM_MODE_START_TIME = 0\n" | " RSM_GRACE_PERIOD = 0 \n"
-    | " RSM_DELAY_PROFILE_START_TIME = 0\n"
-all given | 5 command ScheduleRSM RSMStartDate=2026:03:02 RSMStartTime=09:08:07 PollingRate=20 GracePeriod=15;
-            6.5 connect 10 30; 7 end | | 5 off, 6.5 grace | "event":"update-asset" | "event":"update-asset","result":0,
-    |"properties":[["RSM_MODE","FORCE_POLL_GRACE"],["RSM_START_TIME","2026-01-03 GMT 10:00:06"],
-    |["RSM_MODE_START_TIME","2026-01-03 GMT 10:00:06"],["RSM_GRACE_PERIOD","10"],["RSM_FORCED_POLLING_RATE","30"],
-    |["RSM_DELAY_PROFILE_START_TIME","2026-02-03 GMT 09:08:07"],
-    |["RSM_DELAY_PROFILE_FORCED_POLLING_RATE","20"],["RSM_DELAY_PROFILE_GRACE_PERIOD","15"]]}
-    | "level":40,"text":"\n Properties Updated Succesfully.....\n" | "level":250,"text":" RSM_MODE = FORCE_POLL_GRACE \n"
-    | "level":250,"text":" RSM_START_TIME = 2026-01-03 GMT 10:00:06 \n"
-    | "level":250,"text":" RSM_MODE_START_TIME = 2026-01-03 GMT 10:00:06 \n"
-    | "level":250,"text":" RSM_GRACE_PERIOD = 10 \n" | "level":250,"text":" RSM_FORCED_POLLING_RATE = 30 \n"
-    | "level":250,"text":" RSM_DELAY_PROFILE_START_TIME = 2026-02-03 GMT 09:08:07 \n"
-    | "level":250,"text":" RSM_DELAY_PROFILE_FORCED_POLLING_RATE = 20 \n"
-    | "level":250,"text":" RSM_DELAY_PROFILE_GRACE_PERIOD = 15 \n"
-)");
-}
 
 }  // namespace
