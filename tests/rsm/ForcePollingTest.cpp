@@ -5,7 +5,7 @@
 
 namespace {
 
-const Table periods("ForcePolling", R"(
+const Table periods("ForcePolling", __LINE__, R"(
 30 seconds | 5 connect 10 30 | 35..605/30 | 5 grace, 605 off
     | "thread-start","name":"Data Polling","result":0 | "thread-end","result":0
 a minute holds one interval | 5 connect 10 45 | 50..455/45 | 5 grace, 455 off

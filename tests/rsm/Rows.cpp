@@ -124,9 +124,9 @@ void check(const std::vector<std::string>& row) {
 
 }  // namespace
 
-Table::Table(const support::RowName& name, const std::string& rows, const std::vector<std::string>& steps) {
+Table::Table(const std::string& name, int line, const std::string& rows,
+             const std::vector<std::string>& steps, const char* file) {
     std::vector<std::pair<int, std::string>> found;  // with their lines
-    int line = name.line;
     for (const std::string& text : split(rows, '\n')) {
         if (text.starts_with('|') || (!found.empty() && found.back().second.ends_with(';'))) {
             found.back().second += " " + text;
@@ -141,7 +141,7 @@ Table::Table(const support::RowName& name, const std::string& rows, const std::v
             const std::string suffix = step.empty()            ? ""
                                        : step.starts_with('-') ? " back " + step
                                                                : " forward " + step;
-            support::registerRow(name.text, {row[0] + suffix, name.file, at}, [row] { check(row); });
+            support::registerRow(name, {row[0] + suffix, file, at}, [row] { check(row); });
         }
     }
 }

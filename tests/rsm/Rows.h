@@ -37,6 +37,7 @@ support::Replay replay(const std::string& scenario, const std::string& zone = "U
 /// With steps a row is a test for each of them, which takes the place of "STEP" in it.
 class Table final {
   public:
-    Table(const support::RowName& name, const std::string& rows,
-          const std::vector<std::string>& steps = {""});
+    /// `line` is the one on which the rows' text begins.
+    Table(const std::string& name, int line, const std::string& rows,
+          const std::vector<std::string>& steps = {""}, const char* file = __builtin_FILE());
 };

@@ -5,7 +5,7 @@
 
 namespace {
 
-const Table accepted("ScheduleCommand/Accepted", R"(
+const Table accepted("ScheduleCommand/Accepted", __LINE__, R"(
 nothing given | 5 command ScheduleRSM; 5 show-order | 65..1805/60 | 5 grace, 1805 off
     | "level":250,"text":"\n ScheduleRSM Command received for execution"
     | "level":250,"text":"\n GOING TO PUT IN A FILE = <RSMExecuteCommand>
@@ -32,7 +32,7 @@ no schedule file | 0 start data-source nowhere/s.xml; 0 start rsm config.xml; 5 
     | 5 grace, 65 off | passed 2026:03:01 10:00:05 60 1 | !GOING TO PUT
 )");
 
-const Table refused("ScheduleCommand/Refused", R"(
+const Table refused("ScheduleCommand/Refused", __LINE__, R"(
 three at once | 5 command ScheduleRSM RSMStartDate=2026:3:1 PollingRate=0 GracePeriod=-5; 5 show-order | |
     | "level":40,"text":"\n Error in Scheduling RSM = Date should | "level":40,"text":"\n Error in Scheduling RSM = Polling
     | "level":40,"text":"\n Error in Scheduling RSM = Grace | failed RSMStartDate PollingRate GracePeriod | "text":""}
@@ -57,14 +57,16 @@ no data source | 0 start rsm config.xml; 5 command ScheduleRSM; 6 command Any | 
 
 // The longest values are taken, longer ones are refused whatever they are.
 const std::string kZeros(98, '0');
-const Table lengths("ScheduleCommand/Lengths",
-                    "longest | 5 command ScheduleRSM GracePeriod=" + kZeros + "1 | 65 | 5 grace, 65 off | " +
-                        kZeros + "1</GracePeriod></RSMExecuteCommand>\"\n" +
-                        "too long | 5 command ScheduleRSM PollingRate=1" + kZeros + "0 GracePeriod=0" +
-                        kZeros + "1 RSMStartDate=2026:03:01" + kZeros +
-                        " | | | failed RSMStartDate PollingRate GracePeriod");
+const Table lengths[] = {
+    {"ScheduleCommand/Lengths", __LINE__,
+     "longest | 5 command ScheduleRSM GracePeriod=" + kZeros + "1 | 65 | 5 grace, 65 off | " + kZeros +
+         "1</GracePeriod></RSMExecuteCommand>\""},
+    {"ScheduleCommand/Lengths", __LINE__,
+     "too long | 5 command ScheduleRSM PollingRate=1" + kZeros + "0 GracePeriod=0" + kZeros +
+         "1 RSMStartDate=2026:03:01" + kZeros + " | | | failed RSMStartDate PollingRate GracePeriod"},
+};
 
-const Table restarts("ScheduleFile/Restarts", R"(
+const Table restarts("ScheduleFile/Restarts", __LINE__, R"(
 nothing ordered | 1 show-order; 2 stop rsm; 2 stop logger; 3 show-order; 4 again; 5 show-order; 5 stop rsm; 6 show-order | |
     | "text":""} | "text":null} | "text":""} | "text":null}
 killed before the start | 5 schedule 10:10:00 30 2; 300 unload; 300 again | 630..720/30 | 5 off, 300 off, 600 grace, 720 off
@@ -88,7 +90,7 @@ a shorter record | 5 schedule 11:10:00 10000000 20; 6 schedule 10:10:00 30 2; 7 
 )");
 
 /// A schedule file as anybody may have left it.
-const Table contents("ScheduleFile/Contents", R"(
+const Table contents("ScheduleFile/Contents", __LINE__, R"(
 one minute and a half | 0 ordered 10:01:00 10:02:30 30 7; 0 again; 1 show-order | 90..150/30 | 0 off, 60 grace, 150 off
     | ordered 10:01:00 10:02:30 30 7
 one and a quarter | 0 ordered 10:01:00 10:02:15 30 7; 0 again | 90..150/30 | 0 off, 60 grace, 150 off
@@ -114,12 +116,14 @@ const std::string kFile = "0 ordered <RSMExecuteCommand>";
 const std::string kValues =
     "<RSMEndDate>2026:03:01</RSMEndDate><RSMEndTime>10:01:00</RSMEndTime><PollingRate>30</PollingRate>";
 const std::string kMegabytes(2U << 20U, '<');
-const Table oddContents("ScheduleFile/OddContents",
-                        "zero byte |" + kFile + '\0' + kValues + "; 0 again | |\n" +                       //
-                            "two megabytes before |" + kFile + kMegabytes + kValues + "; 0 again | |\n" +  //
-                            "two megabytes behind |" + kFile + kValues + kMegabytes +
-                            "; 0 again | 30 60 | 0 grace, 60 off\n" +  //
-                            "long value |" + kFile + "<RSMStartDate>" + std::string(5000, '1') +
-                            "</RSMStartDate>" + kValues + "; 0 again | 30 60 | 0 grace, 60 off");
+const Table oddContents[] = {
+    {"ScheduleFile/Odd", __LINE__, "zero byte |" + kFile + '\0' + kValues + "; 0 again | |"},
+    {"ScheduleFile/Odd", __LINE__, "two megabytes before |" + kFile + kMegabytes + kValues + "; 0 again | |"},
+    {"ScheduleFile/Odd", __LINE__,
+     "two megabytes behind |" + kFile + kValues + kMegabytes + "; 0 again | 30 60 | 0 grace, 60 off"},
+    {"ScheduleFile/Odd", __LINE__,
+     "long value |" + kFile + "<RSMStartDate>" + std::string(5000, '1') + "</RSMStartDate>" + kValues +
+         "; 0 again | 30 60 | 0 grace, 60 off"},
+};
 
 }  // namespace

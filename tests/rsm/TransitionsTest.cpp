@@ -5,7 +5,7 @@
 
 namespace {
 
-const Table schedules("Transitions/Schedules", R"(
+const Table schedules("Transitions/Schedules", __LINE__, R"(
 idle, waiting, grace | 5 schedule 10:02:00 30 2 | 150..240/30 | 5 off, 120 grace, 240 off
     | "\n SCHEDULING RSM FOR Sun Mar  1 10:02:00 2026\n" | "sleep","ms":5000
     | "t":120.000,"thread":"Data Polling","event":"update-asset" | "RSM_START_TIME","2026-01-03 GMT 10:02:00"
@@ -34,7 +34,7 @@ no service agent | 0 start data-source s.xml; 0 schedule 10:02:00 30 1 | |
     | "level":50,"text":"DataPollingTask(): Invalid Ext Handle" | "thread-end","result":1
 )");
 
-const Table activity("Transitions/RemoteActivity", R"(
+const Table activity("Transitions/RemoteActivity", __LINE__, R"(
 during grace | 5 connect 10 30; 140 audit opened; 141 audit opened; 156 show state/resume.xml; 250 audit closed;
                300 audit closed; 306 show state/resume.xml
     | 35..875/30 | 5 grace, 140 activity, 305 grace, 875 off
@@ -56,7 +56,7 @@ a schedule falls due | 5 connect 10 30; 40 audit opened; 50 schedule 10:01:30 20
     | 35..95/30 115..315/20 | 5 grace, 40 activity, 50 activity, 95 activity, 215 grace, 315 off
 )");
 
-const Table disconnects("Transitions/Disconnects", R"(
+const Table disconnects("Transitions/Disconnects", __LINE__, R"(
 no thread ever | 5 disconnect; 6 command ExitRSM | |
     | "level":40,"text":"Disconnect : There is no active thread. " | "result":0,"stage":"cleanup"
     | <disconnectResponse xmlns=\"urn:corvane-krx:urn:corvane-krx:ZephanServices_v1_0\">
