@@ -1,8 +1,6 @@
 // From state to state: connects, schedules, disconnects and remote activity in every state.
 #include "Rows.h"
 
-#include <gtest/gtest.h>
-
 namespace {
 
 const Table schedules("Transitions/Schedules", __LINE__, R"(
@@ -57,28 +55,7 @@ a schedule falls due | 5 connect 10 30; 40 audit opened; 50 schedule 10:01:30 20
 )");
 
 const Table disconnects("Transitions/Disconnects", __LINE__, R"(
-no thread ever | 5 disconnect; 6 command ExitRSM | |
-    | "level":40,"text":"Disconnect : There is no active thread. " | "result":0,"stage":"cleanup"
-    | <disconnectResponse xmlns=\"urn:corvane-krx:urn:corvane-krx:ZephanServices_v1_0\">
-    | <DisconnectResult>There is no active thread.<
-    | "level":40,"text":"\n Agent is not in RSM. "
-    | "result":1,"answer":[["CommandResult","Agent is not in RSM."]]
-thread ended | 5 connect 1 60; 100 disconnect "" | 65 | 5 grace, 65 off
-    | "level":40,"text":"Disconnect : Agent is not in force poll mode. \n" | >Agent is not in force poll mode.<
-waiting | 5 schedule 10:01:00 60 1; 9 disconnect | 120 | 5 off, 60 grace, 120 off | >Agent is not in force poll mode.<
-ending | 5 connect 10 30; 40 disconnect; 41 disconnect | 35 65 | 5 grace, 65 off
-    | >Thread exited successfully.< | >Agent is not in force poll mode.<
-in activity | 5 connect 1 30; 6 audit opened; 7 disconnect; 8 command ExitRSM; 9 audit closed | 35 65
-    | 5 grace, 6 activity, 35 grace, 65 off
-    | "level":40,"text":"Disconnect : Can not disconnect as agent is in activity mode. \n"
-    | >Agent is in activity mode.< | "result":0,"answer":[["CommandResult","Agent is in activity mode."]]
 grace with activity | 2 audit opened; 5 connect 1 30; 40 disconnect | 35 65 | 5 grace, 65 off | >Thread exited
-by command | 5 connect 10 30; 40 command ExitRSM | 35 65 | 5 grace, 65 off
-    | "level":250,"text":"\n ExitRSM Command received for execution" | "level":40,"text":"\n GOING TO Exit from RSM. "
-    | "level":40,"text":"\n Exit Command Result = Thread exited successfully. "
-    | "result":0,"answer":[["CommandResult","Thread exited successfully."]]
-by command, no thread | 5 fail thread-start; 5 connect 10 30; 6 command ExitRSM | |
-    | "result":0,"answer":[["CommandResult","There is no active thread."]]
 a schedule waits | 5 connect 10 30; 40 schedule 10:02:00 30 1; 41 disconnect | 35 65 150 180
     | 5 grace, 40 grace, 65 off, 120 grace, 180 off
 )");
