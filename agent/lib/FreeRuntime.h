@@ -3,12 +3,24 @@
 
 #include "Runtime.h"
 
+#include <condition_variable>
+#include <mutex>
+
 namespace agent {
 
 class FreeRuntime final : public Runtime {
   public:
-    std::unique_ptr<Thread> construct() override;
-    void sleepHost(std::chrono::milliseconds time) override;
+    Thread* construct(Thread::Kind kind) override;
+    bool start(Thread& thread) override;
+    void end(Thread& thread, ThreadDestroy how) override;
+    void release(Thread& thread) override;
+    bool endAll() override;
+    void wait(std::chrono::milliseconds time, const Condition& until) override;
+    void change(const std::function<void()>& change) override;
+
+  private:
+    std::mutex mutex_;
+    std::condition_variable changed_;
 };
 
 }  // namespace agent

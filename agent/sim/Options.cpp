@@ -1,5 +1,7 @@
 #include "Options.h"
 
+#include "Verbs.h"
+
 #include <filesystem>
 
 #include <getopt.h>
@@ -15,6 +17,14 @@ std::string defaultModule() {
     return (program.parent_path().parent_path() / "lib" / "libZephanRSMLogger.so").string();
 }
 
+std::chrono::milliseconds parsePatience(const std::string& text) {
+    const auto microseconds = parseDecimal(text);
+    if (!microseconds || *microseconds < 1000) {
+        throw UsageError("'" + text + "' is no time in seconds");
+    }
+    return std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::microseconds(*microseconds));
+}
+
 }  // namespace
 
 const char* const kHelp =
@@ -26,19 +36,19 @@ clock, with actions from the scenario at their times and from standard input as 
 
   --module PATH   the module (default: ../lib/libZephanRSMLogger.so beside the program's directory)
   --trace FILE    writes JSON Lines instead of the timeline; - is standard output
+  --patience S    seconds for which the module may hold everything up before it counts as hanging (15 at first)
   --help          prints this text
   --version       prints the version
 
-Exit status: 0 ran to the end, 1 a scenario line or the module could not be used, 2 wrong usage.
+Exit status: 0 ran to the end, 1 a scenario line or the module could not be used, or the module hangs, 2 wrong usage.
 )";
 
 Options parseOptions(int count, char** words) {
-    enum Option : int { module = 'm', trace = 't', help = 'h', version = 'v' };
-    const option known[] = {{"module", required_argument, nullptr, module},
-                            {"trace", required_argument, nullptr, trace},
-                            {"help", no_argument, nullptr, help},
-                            {"version", no_argument, nullptr, version},
-                            {nullptr, 0, nullptr, 0}};
+    enum Option : int { module = 'm', trace = 't', patience = 'p', help = 'h', version = 'v' };
+    const option known[] = {
+        {"module", required_argument, nullptr, module},     {"trace", required_argument, nullptr, trace},
+        {"patience", required_argument, nullptr, patience}, {"help", no_argument, nullptr, help},
+        {"version", no_argument, nullptr, version},         {nullptr, 0, nullptr, 0}};
     Options options;
     for (int found = 0; (found = ::getopt_long(count, words, ":", known, nullptr)) != -1;) {
         switch (found) {
@@ -47,6 +57,9 @@ Options parseOptions(int count, char** words) {
                 break;
             case trace:
                 options.trace = ::optarg;
+                break;
+            case patience:
+                options.patience = parsePatience(::optarg);
                 break;
             case help:
                 options.mode = Options::Mode::help;

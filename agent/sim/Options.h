@@ -1,6 +1,7 @@
 // The command line.
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <optional>
 #include <stdexcept>
@@ -21,6 +22,9 @@ struct Options {
     std::optional<std::string> scenario;
     std::string module;
     std::optional<std::string> trace;  ///< "-" stands for standard output
+    /// How long the module may hold everything up. At first longer than any of its calls takes, with a
+    /// sanitizer on a busy machine, too.
+    std::chrono::milliseconds patience = std::chrono::seconds(15);
 };
 
 /// Throws UsageError.

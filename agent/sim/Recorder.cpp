@@ -1,6 +1,7 @@
 #include "Recorder.h"
 
 #include "Clock.h"
+#include "Place.h"
 #include "StdoutCapture.h"
 #include "Thread.h"
 #include "TraceFile.h"
@@ -25,6 +26,7 @@ std::string currentThread() {
 }  // namespace
 
 void Recorder::recordCall(Fields fields, const std::string& remark) {
+    const agent::Place place("the trace", agent::Place::Side::agent);
     recordStdout();
     recordOf(currentThread(), "call", std::move(fields), remark);
     trace_.flush();

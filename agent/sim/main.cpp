@@ -12,6 +12,8 @@
 #include "TraceFile.h"
 
 #include <cerrno>
+#include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <exception>
 #include <iostream>
@@ -69,7 +71,12 @@ ExitStatus simulate(const Options& options) {
         clock = std::make_unique<sim::Clock>(scenario.clock.value_or(kVirtualStart));
     }
     sim::Recorder recorder(*clock, capture, trace);
-    sim::Scheduler scheduler(*clock);
+    const auto tellHang = [&trace](const std::string& whoWaitsWhere) {
+        std::fprintf(stderr, "the module hangs: %s\n", whoWaitsWhere.c_str());
+        trace.flush();
+        std::_Exit(unusable);  // What waits for ever cannot be ended in order.
+    };
+    sim::Scheduler scheduler(*clock, tellHang, options.patience);
     const ShownTime shownTime(*clock);
     sim::SimulatedAgent agent(options.module, *clock, scheduler, recorder);
     sim::Simulation simulation(scenario, *clock, scheduler, agent, trace, input.get());
