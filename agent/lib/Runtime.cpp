@@ -5,6 +5,9 @@ namespace agent {
 Runtime::~Runtime() {
     static auto& kept = *new std::list<std::unique_ptr<Thread>>;
     takeOver().clear();
+    for (const auto& thread : threads_) {
+        thread->join();
+    }
     kept.splice(kept.end(), threads_);
 }
 

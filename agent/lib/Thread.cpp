@@ -13,6 +13,10 @@
 
 #include <pthread.h>
 
+/// Of the address sanitizer, if there is one.
+extern "C" void __asan_unpoison_memory_region(const volatile void* begin, std::size_t size)
+    __attribute__((weak, visibility("default")));
+
 namespace agent {
 
 namespace {
@@ -26,6 +30,16 @@ int setCancelState(int state) {
     int old = 0;
     pthread_setcancelstate(state, &old);
     return old;
+}
+
+/// The address sanitizer would take what the frames up to `bottom` marked on the stack for marks of those
+/// that come after them.
+__attribute__((noinline)) void forgetFrames(const void* bottom) {
+    if (__asan_unpoison_memory_region != nullptr) {
+        const void* here = __builtin_frame_address(0);
+        __asan_unpoison_memory_region(here, static_cast<std::size_t>(static_cast<const char*>(bottom) -
+                                                                     static_cast<const char*>(here)));
+    }
 }
 
 /// Keeps a copy of the stack from here to `bottom` for the rest of the process: what the frames held goes
@@ -47,7 +61,7 @@ __attribute__((no_sanitize("address", "thread"), noinline)) void keepStack(const
 
 }  // namespace
 
-Thread::~Thread() {
+void Thread::join() {
     if (handle_.joinable()) {
         handle_.join();
     }
@@ -155,6 +169,7 @@ void Thread::leaveIfHalted(bool asleep) {
     }
     if (halted_ == ThreadDestroy::unwind) {
         halted_ = ThreadDestroy::leave;  // What is called while the frames are unwound goes its way.
+        forgetFrames(bottom_);
         setCancelState(PTHREAD_CANCEL_ENABLE);
         pthread_testcancel();
         return;  // The system unwinds already.

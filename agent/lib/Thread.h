@@ -33,8 +33,8 @@ class KRX_API Thread {
     explicit Thread(Kind kind) : kind_(kind) {}
     Thread(const Thread&) = delete;
     Thread& operator=(const Thread&) = delete;
-    /// Waits until the system's thread has gone, too.
-    virtual ~Thread();
+    /// As `join`.
+    virtual ~Thread() { join(); }
 
     /// The calling thread, or null on a host thread.
     static Thread* current();
@@ -62,6 +62,8 @@ class KRX_API Thread {
     bool launch(std::function<void()> body);
     /// Does the work, unless the thread was ended before; comes back also when it is ended.
     void run();
+    /// Waits until the system's thread has gone, too, of a thread that has ended.
+    void join();
     void setEnded() { active_ = false; }
     /// Ends the thread where it may be ended; not for the calling thread.
     void halt(ThreadDestroy how);
