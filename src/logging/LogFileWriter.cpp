@@ -15,7 +15,7 @@ namespace {
 
 constexpr int kTmYearOrigin = 1900;
 constexpr char kNullMessage[] = "Received NULL message for Logging.";
-constexpr char kRenameFailed[] = "\n Error renaming file";
+constexpr char kRenameErrorLine[] = "\n Error renaming file";
 constexpr std::size_t kConsoleLineSize = 64;
 
 LogFileWriter* theInstance = nullptr;  // made and destroyed by the start and stop exports only
@@ -76,21 +76,20 @@ void LogFileWriter::writeTrace(const char* message) noexcept {
     writeWhenPassed(level::kTrace, message);
 }
 
-LogFileWriter::Notices LogFileWriter::takeNotices() noexcept {
-    const auto take = [](std::atomic<std::uint32_t>& count) { return count == 0 ? 0 : count.exchange(0); };
-    return {take(failedRenames_), take(abandonedWaits_), take(failedReleases_)};
+unsigned int LogFileWriter::takeNotices() noexcept {
+    return notices_ == 0 ? 0 : notices_.exchange(0);
 }
 
-void LogFileWriter::report(const Notices& notices) {
-    for (std::uint32_t i = 0; i < notices.abandonedWaits; ++i) {
+void LogFileWriter::report(unsigned int notices) {
+    if ((notices & kWaitAbandoned) != 0) {
         platform::echo("\n The thread got ownership of an abandoned logging mutex.");
     }
-    for (std::uint32_t i = 0; i < notices.failedRenames; ++i) {
+    if ((notices & kRenameFailed) != 0) {
         reportingIn = platform::now();
-        KRXLog(level::kForce, "%s", kRenameFailed);
+        KRXLog(level::kForce, "%s", kRenameErrorLine);
         reportingIn = -1;
     }
-    for (std::uint32_t i = 0; i < notices.failedReleases; ++i) {
+    if ((notices & kReleaseFailed) != 0) {
         platform::echo("\n error while releasing logging mutex.");
     }
 }
@@ -104,7 +103,7 @@ void LogFileWriter::writeWhenPassed(std::int32_t messageLevel, const char* messa
 void LogFileWriter::lockedWrite(const char* message) noexcept {
     switch (mutex_.wait()) {
         case platform::Mutex::Wait::Abandoned:
-            ++abandonedWaits_;
+            notices_ |= kWaitAbandoned;
             return;
         case platform::Mutex::Wait::Busy:
         case platform::Mutex::Wait::Failed:
@@ -118,7 +117,7 @@ void LogFileWriter::lockedWrite(const char* message) noexcept {
         // Memory ran out while an archive name was made; the entry is lost, the next one tries again.
     }
     if (!mutex_.release()) {
-        ++failedReleases_;
+        notices_ |= kReleaseFailed;
     }
 }
 
@@ -162,7 +161,7 @@ std::string_view LogFileWriter::entryOf(const char* message, bool lineEnd) noexc
 /// fail to rotate and be reported in turn, without end. It may come later, too, from a queue of the agent's.
 bool LogFileWriter::mayRotate(const char* message) const noexcept {
     constexpr std::size_t kLineEnd = 2;  // with a blank; the agent may have taken them off
-    return reportingIn != entry_.second && std::strstr(message, kRenameFailed + kLineEnd) == nullptr;
+    return reportingIn != entry_.second && std::strstr(message, kRenameErrorLine + kLineEnd) == nullptr;
 }
 
 void LogFileWriter::rotate(const char* message) {
@@ -173,7 +172,7 @@ void LogFileWriter::rotate(const char* message) {
     file_->reopen();
     file_->append(entryOf(message, true));
     if (!moved) {
-        ++failedRenames_;
+        notices_ |= kRenameFailed;
     }
 }
 

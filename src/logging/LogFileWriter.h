@@ -19,14 +19,6 @@ class LogFileWriter final {
   public:
     static constexpr std::size_t kLongestMessage = 10239;  ///< characters kept of one message
 
-    /// How often something happened in writes that has to be told. Who writes holds locks, so it is told by
-    /// whoever called for the write, with `report`, once it holds none.
-    struct Notices {
-        std::uint32_t failedRenames = 0;
-        std::uint32_t abandonedWaits = 0;
-        std::uint32_t failedReleases = 0;
-    };
-
     LogFileWriter(const LogFileWriter&) = delete;
     LogFileWriter& operator=(const LogFileWriter&) = delete;
 
@@ -42,10 +34,11 @@ class LogFileWriter final {
     void writeInfo(const char* message) noexcept;
     void writeTrace(const char* message) noexcept;
 
-    /// What is to be told by now; each happening is handed out once.
-    Notices takeNotices() noexcept;
-    /// Tells it to the agent's log, which may bring it back here, and on standard output.
-    static void report(const Notices& notices);
+    /// What happened in writes since the last call and has to be told, 0 for nothing. Whoever called for a
+    /// write takes it and hands it to `report` when it holds no lock any more.
+    unsigned int takeNotices() noexcept;
+    /// Tells it in the agent's log, which may bring that back here, and on standard output.
+    static void report(unsigned int notices);
 
   private:
     /// An entry in the making: the text of its second stays in front while messages come and go behind it.
@@ -55,6 +48,8 @@ class LogFileWriter final {
         std::size_t stampLength = 0;
         std::int64_t second = -1;
     };
+
+    enum Notice : unsigned int { kWaitAbandoned = 1, kRenameFailed = 2, kReleaseFailed = 4 };
 
     LogFileWriter();
     ~LogFileWriter() = default;
@@ -74,7 +69,5 @@ class LogFileWriter final {
     const XMLConfigData* configuration_ = nullptr;
     std::optional<LogFile> file_;
     Entry entry_;
-    std::atomic<std::uint32_t> failedRenames_{0};
-    std::atomic<std::uint32_t> abandonedWaits_{0};
-    std::atomic<std::uint32_t> failedReleases_{0};
+    std::atomic<unsigned int> notices_{0};
 };
