@@ -5,6 +5,7 @@
 #include "platform/Clock.h"
 #include "platform/Console.h"
 #include "platform/Number.h"
+#include "platform/ThreadEnd.h"
 #include "platform/agent/Logging.h"
 
 #include <cstdio>
@@ -101,6 +102,7 @@ void LogFileWriter::writeWhenPassed(std::int32_t messageLevel, const char* messa
 }
 
 void LogFileWriter::lockedWrite(const char* message) noexcept {
+    const platform::KeepThread keep;
     switch (mutex_.wait()) {
         case platform::Mutex::Wait::Abandoned:
             notices_ |= kWaitAbandoned;
