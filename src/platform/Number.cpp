@@ -6,11 +6,13 @@
 namespace platform {
 
 std::int32_t readNumber(std::string_view text) noexcept {
-    while (!text.empty() && (text.front() == ' ' || (text.front() >= '\t' && text.front() <= '\r'))) {
-        text.remove_prefix(1);
+    const auto start = text.find_first_not_of(" \t\n\v\f\r");
+    if (start == std::string_view::npos) {
+        return 0;
     }
-    const bool negative = !text.empty() && text.front() == '-';
-    if (negative || (!text.empty() && text.front() == '+')) {
+    text.remove_prefix(start);
+    const bool negative = text.front() == '-';
+    if (negative || text.front() == '+') {
         text.remove_prefix(1);
     }
     if (text.empty() || text.front() < '0' || text.front() > '9') {
