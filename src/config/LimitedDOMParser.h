@@ -5,9 +5,9 @@
 #include <xercesc/parsers/XercesDOMParser.hpp>
 
 /// A DOM parser with the toolkit's default settings, made safe for documents from a careless or hostile hand.
-/// It refuses, by a `Refused` exception: text that is no well-formed XML, a document type declaration that
-/// names an external subset or entity (nothing outside the document is ever opened), and elements nested
-/// deeper than 256. Its memory is the bound for everything else.
+/// It refuses, by a `Refused` exception: text that is no well-formed XML, a document type declaration that names an
+/// external subset or entity (nothing outside the document is ever opened), and elements nested deeper than 256. Its memory
+/// is the bound for everything else.
 class LimitedDOMParser final : public xercesc::XercesDOMParser {
   public:
     struct Refused {};
@@ -17,6 +17,7 @@ class LimitedDOMParser final : public xercesc::XercesDOMParser {
     void startElement(const xercesc::XMLElementDecl& element, unsigned int urlId, const XMLCh* prefix,
                       const xercesc::RefVectorOf<xercesc::XMLAttr>& attributes, XMLSize_t attributeCount,
                       bool isEmpty, bool isRoot) override;
+    void endDocument() override;
     void endElement(const xercesc::XMLElementDecl& element, unsigned int urlId, bool isRoot,
                     const XMLCh* prefix) override;
     void doctypeDecl(const xercesc::DTDElementDecl& element, const XMLCh* publicId, const XMLCh* systemId,

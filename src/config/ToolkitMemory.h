@@ -3,6 +3,7 @@
 #include <cstddef>
 
 #include <xercesc/framework/MemoryManager.hpp>
+#include <xercesc/util/PlatformUtils.hpp>
 
 /// Memory for the XML toolkit, with bounds that keep a hostile document from taking the host's: whatever it
 /// expands to, and however it does so, the parse ends with the toolkit's out-of-memory exception. Releases
@@ -17,12 +18,12 @@ class ToolkitMemory final : public xercesc::MemoryManager {
     ToolkitMemory& operator=(const ToolkitMemory&) = delete;
     ~ToolkitMemory() override;
 
-    /// A manager without bounds that exists as long as the module does.
-    static ToolkitMemory* unbounded() noexcept;
-
     void* allocate(XMLSize_t size) override;
     void deallocate(void* memory) override;
-    xercesc::MemoryManager* getExceptionMemoryManager() override { return unbounded(); }
+    /// What an exception needs must be there longer than this is.
+    xercesc::MemoryManager* getExceptionMemoryManager() override {
+        return xercesc::XMLPlatformUtils::fgMemoryManager;
+    }
 
   private:
     struct Header;

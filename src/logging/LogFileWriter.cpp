@@ -5,21 +5,24 @@
 #include "platform/Clock.h"
 #include "platform/Console.h"
 #include "platform/Number.h"
+#include "platform/Published.h"
 #include "platform/ThreadEnd.h"
 #include "platform/agent/Logging.h"
 
 #include <cstdio>
 #include <cstring>
 #include <exception>
+#include <utility>
 
 namespace {
 
 constexpr int kTmYearOrigin = 1900;
 constexpr char kNullMessage[] = "Received NULL message for Logging.";
-constexpr char kRenameErrorLine[] = "\n Error renaming file";
+constexpr char kRenameFailed[] = "\n Error renaming file";
 constexpr std::size_t kConsoleLineSize = 64;
 
-LogFileWriter* theInstance = nullptr;  // made and destroyed by the start and stop exports only
+platform::Immortal<platform::Mutex> instanceLock;
+platform::Immortal<std::weak_ptr<LogFileWriter>> theInstance;  // under the lock
 
 /// The second in which a failed rotation is being reported. A thread may end in the middle of that, so it
 /// counts for no longer.
@@ -27,20 +30,26 @@ std::atomic<std::int64_t> reportingIn{-1};
 
 }  // namespace
 
-LogFileWriter* LogFileWriter::getInstance() noexcept {
-    if (theInstance == nullptr) {
-        try {
-            theInstance = new LogFileWriter;
-        } catch (const std::exception&) {
-            // Memory ran out: the file logger works without a writer.
+std::shared_ptr<LogFileWriter> LogFileWriter::getInstance() {
+    try {
+        {
+            const platform::Lock lock(*instanceLock);
+            if (auto present = theInstance->lock()) {
+                return present;
+            }
         }
+        const std::shared_ptr<LogFileWriter> made(new LogFileWriter);
+        const platform::Lock lock(*instanceLock);
+        *theInstance = made;
+        return made;
+    } catch (const std::exception&) {
+        return nullptr;  // memory ran out: the file logger works without a writer
     }
-    return theInstance;
 }
 
 void LogFileWriter::destroyInstance() noexcept {
-    delete theInstance;
-    theInstance = nullptr;
+    const platform::Lock lock(*instanceLock);
+    theInstance->reset();
 }
 
 LogFileWriter::LogFileWriter() {
@@ -77,26 +86,34 @@ void LogFileWriter::writeTrace(const char* message) noexcept {
     writeWhenPassed(level::kTrace, message);
 }
 
-unsigned int LogFileWriter::takeNotices() noexcept {
-    return notices_ == 0 ? 0 : notices_.exchange(0);
+Notices LogFileWriter::takeNotices() noexcept {
+    const auto take = [](std::atomic<std::uint32_t>& count) { return count == 0 ? 0 : count.exchange(0); };
+    return {take(failedRenames_), take(abandonedWaits_), take(failedReleases_)};
 }
 
-void LogFileWriter::report(unsigned int notices) {
-    if ((notices & kWaitAbandoned) != 0) {
+void LogFileWriter::report(const Notices& notices) {
+    for (std::uint32_t i = 0; i < notices.abandonedWaits; ++i) {
         platform::echo("\n The thread got ownership of an abandoned logging mutex.");
     }
-    if ((notices & kRenameFailed) != 0) {
+    for (std::uint32_t i = 0; i < notices.failedRenames; ++i) {
         reportingIn = platform::now();
-        KRXLog(level::kForce, "%s", kRenameErrorLine);
+        KRXLog(level::kForce, "%s", kRenameFailed);
         reportingIn = -1;
     }
-    if ((notices & kReleaseFailed) != 0) {
+    for (std::uint32_t i = 0; i < notices.failedReleases; ++i) {
         platform::echo("\n error while releasing logging mutex.");
     }
 }
 
 void LogFileWriter::writeWhenPassed(std::int32_t messageLevel, const char* message) noexcept {
-    if (configuration_ != nullptr && configuration_->getLogLevel() <= messageLevel) {
+    // A further load counts from its next message on. Asking for the object itself each time would cost more.
+    if (const std::uint64_t age = XMLConfigData::age(); age != configurationAge_) {
+        configurationAge_ = age;
+        if (auto present = XMLConfigData::instance()) {
+            configuration_ = std::move(present);
+        }
+    }
+    if (configuration_ != nullptr && file_ && configuration_->getLogLevel() <= messageLevel) {
         lockedWrite(message);
     }
 }
@@ -105,7 +122,7 @@ void LogFileWriter::lockedWrite(const char* message) noexcept {
     const platform::KeepThread keep;
     switch (mutex_.wait()) {
         case platform::Mutex::Wait::Abandoned:
-            notices_ |= kWaitAbandoned;
+            ++abandonedWaits_;
             return;
         case platform::Mutex::Wait::Busy:
         case platform::Mutex::Wait::Failed:
@@ -119,7 +136,7 @@ void LogFileWriter::lockedWrite(const char* message) noexcept {
         // Memory ran out while an archive name was made; the entry is lost, the next one tries again.
     }
     if (!mutex_.release()) {
-        notices_ |= kReleaseFailed;
+        ++failedReleases_;
     }
 }
 
@@ -163,7 +180,7 @@ std::string_view LogFileWriter::entryOf(const char* message, bool lineEnd) noexc
 /// fail to rotate and be reported in turn, without end. It may come later, too, from a queue of the agent's.
 bool LogFileWriter::mayRotate(const char* message) const noexcept {
     constexpr std::size_t kLineEnd = 2;  // with a blank; the agent may have taken them off
-    return reportingIn != entry_.second && std::strstr(message, kRenameErrorLine + kLineEnd) == nullptr;
+    return reportingIn != entry_.second && std::strstr(message, kRenameFailed + kLineEnd) == nullptr;
 }
 
 void LogFileWriter::rotate(const char* message) {
@@ -174,7 +191,7 @@ void LogFileWriter::rotate(const char* message) {
     file_->reopen();
     file_->append(entryOf(message, true));
     if (!moved) {
-        notices_ |= kRenameFailed;
+        ++failedRenames_;
     }
 }
 

@@ -1,12 +1,14 @@
 #pragma once
 
 #include "logging/LogFile.h"
+#include "logging/Notices.h"
 #include "platform/Mutex.h"
 
 #include <array>
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -21,10 +23,12 @@ class LogFileWriter final {
 
     LogFileWriter(const LogFileWriter&) = delete;
     LogFileWriter& operator=(const LogFileWriter&) = delete;
+    ~LogFileWriter() = default;
 
-    /// The writer, created on the first call, which deletes old log files and opens the log file. Null
+    /// The writer, created when there is none, which deletes old log files and opens the log file. Null
     /// without memory.
-    static LogFileWriter* getInstance() noexcept;
+    static std::shared_ptr<LogFileWriter> getInstance();
+    /// Takes the writer away from newcomers; it goes with its last user.
     static void destroyInstance() noexcept;
 
     /// Write a message when the configured level lets it pass. A null message is written as a note of that.
@@ -34,11 +38,11 @@ class LogFileWriter final {
     void writeInfo(const char* message) noexcept;
     void writeTrace(const char* message) noexcept;
 
-    /// What happened in writes since the last call and has to be told, 0 for nothing. Whoever called for a
-    /// write takes it and hands it to `report` when it holds no lock any more.
-    unsigned int takeNotices() noexcept;
+    /// What is to be told by now; each happening is handed out once. Whoever called for a write hands it to
+    /// `report` when it holds no lock any more.
+    Notices takeNotices() noexcept;
     /// Tells it in the agent's log, which may bring that back here, and on standard output.
-    static void report(unsigned int notices);
+    static void report(const Notices& notices);
 
   private:
     /// An entry in the making: the text of its second stays in front while messages come and go behind it.
@@ -49,10 +53,7 @@ class LogFileWriter final {
         std::int64_t second = -1;
     };
 
-    enum Notice : unsigned int { kWaitAbandoned = 1, kRenameFailed = 2, kReleaseFailed = 4 };
-
     LogFileWriter();
-    ~LogFileWriter() = default;
 
     void writeWhenPassed(std::int32_t messageLevel, const char* message) noexcept;
     void lockedWrite(const char* message) noexcept;
@@ -66,8 +67,11 @@ class LogFileWriter final {
     platform::Mutex mutex_;
     std::int32_t collisionCounter_ = 0;
     bool collisionFlag_ = false;
-    const XMLConfigData* configuration_ = nullptr;
+    std::shared_ptr<const XMLConfigData> configuration_;
+    std::uint64_t configurationAge_ = 0;
     std::optional<LogFile> file_;
     Entry entry_;
-    std::atomic<unsigned int> notices_{0};
+    std::atomic<std::uint32_t> failedRenames_{0};
+    std::atomic<std::uint32_t> abandonedWaits_{0};
+    std::atomic<std::uint32_t> failedReleases_{0};
 };

@@ -14,7 +14,7 @@ constexpr char kExtension[] = ".xml";
 }  // namespace
 
 LogRevision::LogRevision() {
-    const XMLConfigData* const configuration = XMLConfigData::instance();
+    const auto configuration = XMLConfigData::instance();
     if (configuration == nullptr) {
         return;
     }

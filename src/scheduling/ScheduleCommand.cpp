@@ -79,7 +79,7 @@ struct ScheduleRSMHandler::Rejections {
         std::size_t count = 1;
         for (std::size_t i = 0; i < kParameters.size(); ++i) {
             if (rejected[i]) {
-                KRXLog(40, "\n Error in Scheduling RSM = %s ", kParameters[i].rejection);
+                KRXLog(level::kWarn, "\n Error in Scheduling RSM = %s ", kParameters[i].rejection);
                 entries[count++] = {kParameters[i].name, kParameters[i].rejection};
             }
         }
@@ -145,7 +145,7 @@ void ScheduleRSMHandler::takeIn(const PropList* input, Rejections& rejections) {
                 scheduling::copyValue(*fields[i], record.value);
                 given[i] = true;
                 tooLong[i] = std::strlen(record.value) >= scheduling::kValueSize;
-                KRXLog(40, kParameters[i].logFormat, record.value);
+                KRXLog(level::kWarn, kParameters[i].logFormat, record.value);
             }
         }
     }
@@ -180,7 +180,7 @@ void ScheduleRSMHandler::storeRecord() {
                       "<RSMEndTime>%s</RSMEndTime><PollingRate>%s</PollingRate><GracePeriod>%s</"
                       "GracePeriod></RSMExecuteCommand>",
                       startDate_, startTime_, endDate_, endTime_, pollingRateText_, gracePeriodText_);
-    KRXLog(250, "\n GOING TO PUT IN A FILE = %s", record.data());
+    KRXLog(level::kForce, "\n GOING TO PUT IN A FILE = %s", record.data());
     if (scheduleFile_.overwriteStart({record.data(), static_cast<std::size_t>(length)})) {
         scheduleFile_.sync();
     }

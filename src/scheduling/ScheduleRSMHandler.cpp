@@ -38,7 +38,7 @@ void ScheduleRSMHandler::load() {
     const std::unique_ptr<char[]> contents(new (std::nothrow) char[size + 1]);
     if (!contents) {
         // The file stays open and as it is: the next start finds the record.
-        KRXLog(250, "new Failed in ScheduleRSMHandler of ScheduleRSMHandler. \n");
+        KRXLog(level::kForce, "new Failed in ScheduleRSMHandler of ScheduleRSMHandler. \n");
         return;
     }
     const char* const text = contents.get();
@@ -64,15 +64,15 @@ bool ScheduleRSMHandler::isScheduleCurrent() const noexcept {
 
 void ScheduleRSMHandler::scheduleRSM() {
     const std::int64_t now = scheduling::gmtNow();
-    ZephanRSMSingleTon* const controller = ZephanRSMSingleTon::getInstance();
+    const auto controller = ZephanRSMSingleTon::getInstance();
     if (controller == nullptr) {
-        KRXLog(50,
+        KRXLog(level::kError,
                "Failed to get RSMSingleton pointer in ScheduleRSMHandler::scheduleRSM(). Returning... \n");
         return;
     }
     const std::int32_t rate = platform::readNumber(pollingRateText_);
     if (rate < 1) {
-        KRXLog(50,
+        KRXLog(level::kError,
                "Failed to schedule RSM ScheduleRSMHandler::scheduleRSM(). As polling rate is not greater "
                "than 0. ... \n");
         return;
@@ -91,9 +91,9 @@ void ScheduleRSMHandler::scheduleRSM() {
 
 void ScheduleRSMHandler::performCleanUp() {
     const std::int64_t now = scheduling::gmtNow();
-    ZephanRSMSingleTon* const controller = ZephanRSMSingleTon::getInstance();
+    const auto controller = ZephanRSMSingleTon::getInstance();
     if (controller == nullptr) {
-        KRXLog(50,
+        KRXLog(level::kError,
                "Failed to get RSMSingleton pointer in ScheduleRSMHandler::performCleanUp(). Returning... \n");
         return;
     }
@@ -109,7 +109,7 @@ void ScheduleRSMHandler::performCleanUp() {
 
 void ScheduleRSMHandler::dateToString(std::int64_t gmtClockValue, char* date, char* time) noexcept {
     if (date == nullptr || time == nullptr) {
-        KRXLog(250, "Received NULL pointer in dateToString of ScheduleRSMHandler.");
+        KRXLog(level::kForce, "Received NULL pointer in dateToString of ScheduleRSMHandler.");
         return;
     }
     const auto fields = scheduling::gmtFields(gmtClockValue);

@@ -40,7 +40,7 @@ std::unique_ptr<char[]> getStringBuffer(const char* text, const char* closingTag
     }
     std::unique_ptr<char[]> buffer(new (std::nothrow) char[size]);
     if (!buffer) {
-        KRXLog(250, "new Failed in getStringBuffer of %s. \n", className);
+        KRXLog(level::kForce, "new Failed in getStringBuffer of %s. \n", className);
         return nullptr;
     }
     buffer[value.copy(buffer.get(), value.size())] = '\0';

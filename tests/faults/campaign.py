@@ -81,8 +81,6 @@ EXPECTED = [
     ("memory", "CreateMutex error: 12\n"),
     ("memory", "ZephanServicesService::CreateMessage Unable to create message for connect operation.\n"),
     ("memory", "Error Parsing the File: rotation-config.xml"),
-    ("memory", "XML toolkit initialization error: "),
-    ("memory", "XML toolkit teardown error: "),
     ("memory", "\n Failed to get pointer for XMLConfigData, Not able to attach listners."),
     ("memory", "Received NULL MessageHandler pointer in FileLogger constructor"),
     ("memory", "Received NULL RDMessageHandler pointer in RemoteDetection constructor"),

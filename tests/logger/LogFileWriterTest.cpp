@@ -6,7 +6,8 @@
 #include "platform/agent/Logging.h"
 #include "support/Child.h"
 
-#include <filesystem>
+#include <functional>
+#include <memory>
 #include <string>
 #include <thread>
 
@@ -50,7 +51,7 @@ class LogFileWriterTest : public testing::Test {
 
     const std::string kName = "log/" + std::string(245, 'n') + ".xml";
     const support::Workspace workspace_;
-    LogFileWriter* writer_ = nullptr;
+    std::shared_ptr<LogFileWriter> writer_;
 };
 
 TEST_F(LogFileWriterTest, ReportComesBackAsAnEntryWithWhatTheAgentAdds) {
@@ -80,14 +81,15 @@ TEST_F(LogFileWriterTest, ReportThatComesLateMakesNoOther) {
 
 TEST_F(LogFileWriterTest, EachNoticeIsHandedOutOnce) {
     writer_->writeInfo("b");
-    const unsigned int notices = writer_->takeNotices();
-    EXPECT_NE(notices, 0U);
-    EXPECT_EQ(writer_->takeNotices(), 0U);
+    writer_->writeInfo("c");
+    const Notices notices = writer_->takeNotices();
+    EXPECT_EQ(notices.failedRenames, 2U);
+    EXPECT_EQ(writer_->takeNotices().failedRenames, 0U);
     int reports = 0;
     hook = [&](const char* text) { reports += text == kReport ? 1 : 100; };
-    LogFileWriter::report(0);
+    LogFileWriter::report(Notices{});
     LogFileWriter::report(notices);
-    EXPECT_EQ(reports, 1);
+    EXPECT_EQ(reports, 2);
 }
 
 TEST_F(LogFileWriterTest, ThreadThatVanishesWhileItReportsStopsNoRotation) {

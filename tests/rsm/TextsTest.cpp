@@ -9,7 +9,7 @@
 #include "webservice/DisconnectMessage.h"
 #include "webservice/ZephanServicesServiceImpl.h"
 
-#include <utility>
+#include <memory>
 
 #include <gtest/gtest.h>
 
@@ -42,7 +42,7 @@ TEST(Texts, NullBuffers) {
     char text[40] = "untouched";
     ScheduleRSMHandler::dateToString(0, nullptr, text);
     ScheduleRSMHandler::dateToString(0, text, nullptr);
-    ZephanRSMSingleTon::dateToString(0, nullptr);
+    ProfileReport::dateToString(0, nullptr);
     EXPECT_STREQ(text, "untouched");
     EXPECT_EQ(lines.all,
               "250 Received NULL pointer in dateToString of ScheduleRSMHandler.|"
@@ -62,20 +62,17 @@ TEST(Texts, TaggedValues) {
     EXPECT_EQ(value("</Rate>", 7), "str not found");
 }
 
-TEST(Controller, TakesOverWithAMode) {
+TEST(Controller, OneUntilItIsDestroyed) {
     const agent::AgentHost host;
-    ZephanRSMSingleTon* const controller = ZephanRSMSingleTon::getInstance();
+    const auto controller = ZephanRSMSingleTon::getInstance();
     EXPECT_EQ(controller, ZephanRSMSingleTon::getInstance());
-    for (const auto& [mode, expected] :
-         {std::pair{2, 2}, std::pair{7, 0}, std::pair{1, 1}, std::pair{-1, 0}}) {
-        ZephanRSMSingleTon::convertDelayedToNormal(mode);
-        EXPECT_EQ(controller->getRSMMode(), expected) << mode;
-    }
-    ZephanRSMSingleTon::convertDelayedToNormal(2);
-    ZephanRSMSingleTon::convertDelayedToNormal();
-    EXPECT_EQ(controller->getRSMMode(), 2);
     ZephanRSMSingleTon::destroyInstance();
-    EXPECT_EQ(ZephanRSMSingleTon::getInstance()->getRSMMode(), 0);
+    EXPECT_EQ(ZephanRSMSingleTon::existing(), nullptr);
+    // Who is still inside keeps what it uses; newcomers find another one, and the old one starts nothing any more.
+    const auto next = ZephanRSMSingleTon::getInstance();
+    EXPECT_NE(next, controller);
+    EXPECT_EQ(controller->createThread(), -1);
+    EXPECT_EQ(next->getRSMMode(), 0);
     ZephanRSMSingleTon::destroyInstance();
 }
 
@@ -119,6 +116,37 @@ TEST(Messages, UnknownOperations) {
               "50 ZephanServicesService::CreateMessage Unable to create message for reboot operation.\n|"
               "50 ZephanServicesService::Cleanup Unable to clean-up message for reboot operation.\n|"
               "50 ZephanServicesService::Cleanup Unable to clean-up message for  operation.\n|");
+}
+
+// What a host may make of the message between the three steps of a call.
+TEST(Messages, ObjectsOfAnotherOperation) {
+    const agent::AgentHost host;
+    ZephanServicesServiceImpl service;
+    for (const auto& [built, executed] : {std::pair{"connect", "disconnect"}, std::pair{"disconnect", "connect"}}) {
+        KRX::Messaging::WebServiceMessage message;
+        EXPECT_EQ(service.CreateMessage(built, &message), 0);
+        message.GetRequestHeader().SetOperation(executed);
+        EXPECT_EQ(service.Execute(&message), -1) << executed;
+        EXPECT_EQ(service.Cleanup(&message), 0) << executed;
+    }
+    for (const char* const operation : {"connect", "disconnect"}) {
+        KRX::Messaging::WebServiceMessage empty;
+        empty.GetRequestHeader().SetOperation(operation);
+        EXPECT_EQ(service.Execute(&empty), -1) << operation;
+        EXPECT_EQ(service.Cleanup(&empty), 0) << operation;
+        KRX::Messaging::WebServiceMessage message;
+        EXPECT_EQ(service.CreateMessage(operation, &message), 0);
+        const std::unique_ptr<Serializable> request(message.SetRequestMsg(new KRX::Messaging::SerializableString(operation, "1")));
+        EXPECT_EQ(service.Execute(&message), -1) << operation << " with a foreign request";
+        EXPECT_EQ(service.Cleanup(&message), 0) << operation;
+    }
+    KRX::Messaging::WebServiceMessage message;
+    EXPECT_EQ(service.CreateMessage("disconnect", &message), 0);
+    EXPECT_EQ(service.Execute(&message), 0);
+    EXPECT_EQ(service.Cleanup(&message), 0);
+    EXPECT_EQ(service.Execute(&message), -1) << "after its clean-up";
+    EXPECT_EQ(service.Cleanup(&message), 0) << "twice";
+    ZephanRSMSingleTon::destroyInstance();
 }
 
 }  // namespace
