@@ -6,6 +6,7 @@
 #include "platform/Console.h"
 #include "platform/Number.h"
 #include "platform/Published.h"
+#include "platform/ThreadEnd.h"
 #include "platform/agent/Logging.h"
 
 #include <cstdio>
@@ -29,7 +30,7 @@ std::atomic<std::int64_t> reportingIn{-1};
 
 }  // namespace
 
-std::shared_ptr<LogFileWriter> LogFileWriter::getInstance() noexcept {
+std::shared_ptr<LogFileWriter> LogFileWriter::getInstance() {
     try {
         {
             const platform::Lock lock(*instanceLock);
@@ -118,6 +119,7 @@ void LogFileWriter::writeWhenPassed(std::int32_t messageLevel, const char* messa
 }
 
 void LogFileWriter::lockedWrite(const char* message) noexcept {
+    const platform::KeepThread keep;
     switch (mutex_.wait()) {
         case platform::Mutex::Wait::Abandoned:
             ++abandonedWaits_;

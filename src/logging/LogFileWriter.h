@@ -27,7 +27,7 @@ class LogFileWriter final {
 
     /// The writer, created when there is none, which deletes old log files and opens the log file. Null
     /// without memory.
-    static std::shared_ptr<LogFileWriter> getInstance() noexcept;
+    static std::shared_ptr<LogFileWriter> getInstance();
     /// Takes the writer away from newcomers; it goes with its last user.
     static void destroyInstance() noexcept;
 
@@ -38,9 +38,10 @@ class LogFileWriter final {
     void writeInfo(const char* message) noexcept;
     void writeTrace(const char* message) noexcept;
 
-    /// What is to be told by now; each happening is handed out once.
+    /// What is to be told by now; each happening is handed out once. Whoever called for a write hands it to
+    /// `report` when it holds no lock any more.
     Notices takeNotices() noexcept;
-    /// Tells it to the agent's log, which may bring it back here, and on standard output.
+    /// Tells it in the agent's log, which may bring that back here, and on standard output.
     static void report(const Notices& notices);
 
   private:

@@ -37,7 +37,7 @@ class Directory final {
     /// As `File::open`.
     File openFile(const std::string& name, OpenMode mode) const noexcept;
     /// Opens an entry for reading and answers its length, -1 when it cannot be opened. The cheapest look:
-    /// what kind of thing it is is not examined.
+    /// what kind of thing it is is not examined, and the caller has to keep its thread.
     std::int64_t probeSize(const std::string& name) const noexcept;
     /// Seconds (UTC scale) of the last modification of a regular file that can be read, or of a symbolic link
     /// itself; nothing for other things.

@@ -39,7 +39,7 @@ class File final {
     std::size_t readStart(char* buffer, std::size_t size) const noexcept;
     /// Writes all of `text` at the end (mode `Append`). A write that only part of fits is taken back, so that
     /// no torn text stays behind, unless another process has written behind it: nobody else's text is cut.
-    /// False when not all was written.
+    /// False when not all was written. The caller has to keep its thread.
     bool append(std::string_view text) noexcept;
     /// Writes `record` over the start of the file in one piece: a process killed at any instant leaves the
     /// old bytes or the new ones. When the write fails, the old bytes are put back. At most 1024 bytes.

@@ -5,10 +5,8 @@
 #include "support/Workspace.h"
 
 #include <array>
-#include <atomic>
 #include <csignal>
 #include <cstdio>
-#include <filesystem>
 #include <sstream>
 #include <string>
 #include <thread>
@@ -120,18 +118,12 @@ TEST(Console, ReaderThatDoesNotReadHoldsUpOneThread) {
 TEST(Console, ThreadThatVanishesInAWriteHoldsUpNobody) {
     support::inChild([] {
         const int reader = redirectToPipe();
-        std::atomic<pid_t> id{0};
         std::signal(SIGUSR1, [](int) { support::vanish(); });
-        std::thread writing([&] {
-            id = ::gettid();
-            platform::echo(std::string(2 * kPipeSize, 'a').c_str());
-        });
-        awaitFullPipe(reader);
-        ::pthread_kill(writing.native_handle(), SIGUSR1);
-        while (std::filesystem::exists("/proc/self/task/" + std::to_string(id))) {
-            ::usleep(1000);
-        }
-        writing.detach();
+        support::inVanishingThread([] { platform::echo(std::string(2 * kPipeSize, 'a').c_str()); },
+                                   [&](std::thread& writing) {
+                                       awaitFullPipe(reader);
+                                       ::pthread_kill(writing.native_handle(), SIGUSR1);
+                                   });
         for (int i = 0; i < 3; ++i) {
             platform::echo("b");
             platform::flushEcho();

@@ -1,14 +1,10 @@
-// Mutexes whose owners come and go, and threads that are ended while they are inside.
+// Mutexes whose owners come and go.
 #include "platform/Lock.h"
 #include "platform/Mutex.h"
-#include "platform/ThreadEnd.h"
 
-#include <atomic>
 #include <thread>
 
 #include <gtest/gtest.h>
-#include <pthread.h>
-#include <unistd.h>
 
 namespace {
 
@@ -57,46 +53,6 @@ TEST(Lock, TakesOverAndGivesBack) {
         elsewhere([&] { EXPECT_EQ(mutex.tryWait(), Wait::Busy); });
     }
     elsewhere([&] { EXPECT_EQ(mutex.tryWait(), Wait::Obtained), mutex.release(); });
-}
-
-/// A thread that was told to end while in here goes on to the end of it.
-bool endTestKept(std::atomic<bool>& inside, const std::atomic<bool>& ordered) noexcept {
-    const platform::KeepThread keep;
-    { const platform::KeepThread nested; }
-    inside = true;
-    while (!ordered) {
-        std::this_thread::yield();
-    }
-    pthread_testcancel();
-    char byte = 0;
-    return ::read(-1, &byte, 1) < 0;  // admits the end, too
-}
-
-TEST(KeepThread, IsUnwoundBehindItsScopeOnly) {
-    std::atomic<bool> inside{false};
-    std::atomic<bool> ordered{false};
-    std::atomic<bool> wentOn{false};
-    std::atomic<bool> unwound{false};
-    std::thread thread([&] {
-        try {
-            wentOn = endTestKept(inside, ordered);
-            pthread_testcancel();
-            FAIL();
-        } catch (const platform::ForcedUnwind&) {
-            unwound = true;
-            throw;
-        } catch (...) {
-            FAIL();
-        }
-    });
-    while (!inside) {
-        std::this_thread::yield();
-    }
-    pthread_cancel(thread.native_handle());
-    ordered = true;
-    thread.join();
-    EXPECT_TRUE(wentOn);
-    EXPECT_TRUE(unwound);
 }
 
 }  // namespace

@@ -1,12 +1,15 @@
 // Processes of their own for what a test's process should not suffer.
 #pragma once
 
-#include <cerrno>
+#include <atomic>
 #include <cstddef>
 #include <cstdio>
+#include <filesystem>
 #include <functional>
 #include <linux/filter.h>
 #include <linux/seccomp.h>
+#include <string>
+#include <thread>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -66,6 +69,22 @@ inline void refuse(std::vector<Refusal> refusals, unsigned int rest = SECCOMP_RE
 /// The calling thread ends where it is: nothing is unwound, no lock given back.
 inline void vanish() {
     ::syscall(SYS_exit, 0);
+}
+
+/// Runs the body in a thread that vanishes in it, while or after `meanwhile` is done here.
+inline void inVanishingThread(
+    const std::function<void()>& body,
+    const std::function<void(std::thread&)>& meanwhile = [](std::thread&) {}) {
+    std::atomic<pid_t> id{0};
+    std::thread thread([&] {
+        id = ::gettid();
+        body();
+    });
+    meanwhile(thread);
+    while (id == 0 || std::filesystem::exists("/proc/self/task/" + std::to_string(id))) {
+        ::usleep(1000);
+    }
+    thread.detach();
 }
 
 }  // namespace support

@@ -29,9 +29,11 @@ class Guard final {
     Guard() noexcept {
         sigemptyset(&pipe_);
         sigaddset(&pipe_, SIGPIPE);
-        sigset_t pending{};
-        wasPending_ = sigpending(&pending) == 0 && sigismember(&pending, SIGPIPE) == 1;
         pthread_sigmask(SIG_BLOCK, &pipe_, &before_);
+        if (sigismember(&before_, SIGPIPE) == 1) {  // only then it can have come before
+            sigset_t pending{};
+            wasPending_ = sigpending(&pending) == 0 && sigismember(&pending, SIGPIPE) == 1;
+        }
         errno = 0;
     }
     Guard(const Guard&) = delete;
@@ -52,15 +54,20 @@ class Guard final {
     bool wasPending_ = false;
 };
 
+/// For a stream whose lock the caller holds: whether a text would stay in its buffer, which takes no system
+/// call.
+bool fitsBuffer(std::string_view text, std::FILE* stream) noexcept {
+    return text.size() < __fbufsize(stream) - __fpending(stream) && __flbf(stream) == 0;
+}
+
 /// To a stream whose lock the caller holds.
 void write(std::string_view text, std::FILE* stream) noexcept {
-    const std::size_t room = __fbufsize(stream) - __fpending(stream);
-    if (text.size() < room && __flbf(stream) == 0) {
-        fwrite_unlocked(text.data(), 1, text.size(), stream);  // stays in the buffer: no system call
-        return;
+    if (fitsBuffer(text, stream)) {
+        fwrite_unlocked(text.data(), 1, text.size(), stream);
+    } else {
+        const Guard guard;
+        fwrite_unlocked(text.data(), 1, text.size(), stream);
     }
-    const Guard guard;
-    fwrite_unlocked(text.data(), 1, text.size(), stream);
 }
 
 /// What was left to the thread that writes. Any thread keeps, one at a time takes.
@@ -78,9 +85,10 @@ class KeptTexts final {
         std::copy(text.begin() + static_cast<std::ptrdiff_t>(first), text.end(), ring_.begin());
         kept_ += text.size();
     }
+    bool isAny() const noexcept { return kept_ != taken_; }
     /// Not a mere look: of two threads, one that keeps and then tries for the writer's role and one that
     /// gives it back and then comes here, at least one finds what it looks for.
-    bool isAny() noexcept { return kept_.fetch_add(0) != taken_; }
+    bool isAnyAfterAll() noexcept { return kept_.fetch_add(0) != taken_; }
     /// Moves the next piece into `buffer`. When the thread ends before it has written it, the piece is lost,
     /// and no more.
     std::string_view take(std::array<char, kWrittenAtOnce>& buffer) noexcept {
@@ -155,10 +163,26 @@ class Writer final {
     bool isWriter_ = false;
 };
 
+/// The ordinary case, in which there is nothing to wait for: false otherwise.
+bool writeOrdinary(std::string_view text, const Output& output) noexcept {
+    if (ftrylockfile(stdout) != 0) {
+        return false;
+    }
+    const bool isOrdinary = fitsBuffer(text, stdout) && !output.texts.isAny();
+    if (isOrdinary) {
+        fwrite_unlocked(text.data(), 1, text.size(), stdout);
+    }
+    funlockfile(stdout);
+    return isOrdinary;
+}
+
 }  // namespace
 
 void echo(const char* text) noexcept {
     Output& out = output();
+    if (writeOrdinary(text, out)) {
+        return;
+    }
     bool isOut = false;
     do {
         const Writer writer(out);
@@ -176,7 +200,7 @@ void echo(const char* text) noexcept {
             return;  // who has the role looks at what is kept when giving it back
         }
         isOut = true;
-    } while (out.texts.isAny());
+    } while (out.texts.isAnyAfterAll());
 }
 
 void flushEcho() noexcept {

@@ -63,7 +63,6 @@ File Directory::openFile(const std::string& name, OpenMode mode) const noexcept 
 }
 
 std::int64_t Directory::probeSize(const std::string& name) const noexcept {
-    const KeepThread keep;
     const int descriptor = posix::openDescriptor(descriptor_, name.c_str(), O_RDONLY);
     if (descriptor < 0) {
         return -1;

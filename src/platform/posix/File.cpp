@@ -85,7 +85,6 @@ std::size_t File::readStart(char* buffer, std::size_t size) const noexcept {
 }
 
 bool File::append(std::string_view text) noexcept {
-    const KeepThread keep;
     // Where the last write ended, or -1 when another process has written behind it.
     const auto ownEnd = [this] {
         const off_t position = ::lseek(descriptor_, 0, SEEK_CUR);
