@@ -8,10 +8,11 @@
 #include "platform/ThreadEnd.h"
 #include "platform/agent/Logging.h"
 
-#include <cstdint>
+#include <cstddef>
 #include <new>
+#include <optional>
 #include <stdexcept>
-#include <string_view>
+#include <utility>
 
 #include <xercesc/dom/DOM.hpp>
 #include <xercesc/framework/MemBufInputSource.hpp>
@@ -25,7 +26,7 @@ using xercesc::XMLString;
 
 namespace {
 
-constexpr std::int64_t kLargestFile = std::int64_t{1} << 20U;
+constexpr std::size_t kLargestFile = std::size_t{1} << 20U;
 // What a parse may take: held at a time, and handed out in all (each expansion of an entity is paid for in
 // the latter).
 constexpr std::size_t kLiveMemory = std::size_t{13} << 20U;
@@ -82,13 +83,11 @@ const DOMElement* asElement(const DOMNode* node) {
 
 std::string readFile(const std::string& path) {
     const platform::File file = platform::File::open(path, platform::OpenMode::Read);
-    const std::int64_t size = file.isOpen() ? file.size() : 0;
-    if (!file.isOpen() || size > kLargestFile) {
+    std::optional<std::string> contents = file.isOpen() ? file.readWhole(kLargestFile + 1) : std::nullopt;
+    if (!contents || contents->size() > kLargestFile) {
         throw parsingError(path);
     }
-    std::string contents(static_cast<std::size_t>(size), '\0');
-    contents.resize(file.readStart(contents.data(), contents.size()));
-    return contents;
+    return std::move(*contents);
 }
 
 }  // namespace
@@ -111,7 +110,7 @@ void XMLConfigData::parseConfigFile() {
     };
     if (!toolkit::isRunning()) {
         throw std::runtime_error(" The XML toolkit cannot be started: " + configFilePath_ +
-                                 " was not read. \n  Restart the agent to try again. \n ");
+                                 " was not read. \n  Try again; when that fails too, restart the agent. \n ");
     }
     try {
         std::string contents = readFile(configFilePath_);

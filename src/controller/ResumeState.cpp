@@ -60,6 +60,7 @@ void ZephanRSMSingleTon::saveRSMState() noexcept {
     if (file.overwriteStart({record.data(), static_cast<std::size_t>(length)})) {
         file.truncate(length);
         file.sync();
+        platform::syncName(resumeFilePath_);
     }
 }
 

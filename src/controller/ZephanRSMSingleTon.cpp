@@ -118,6 +118,7 @@ void ZephanRSMSingleTon::createScheduleHandler(const char* scheduleFilePath) noe
     }
     try {
         scheduleHandler_ = std::make_unique<ScheduleRSMHandler>(scheduleFilePath);
+        scheduleHandler_->reportLoad();
     } catch (const std::bad_alloc&) {
         // No handler: the callers report that.
     }

@@ -30,7 +30,8 @@ ten minutes ago | 5 schedule 09:50:05 30 30 | 35..1205/30 | 5 grace, 1205 off | 
 tomorrow | 5 command ScheduleRSM RSMStartDate=2026:03:02 RSMStartTime=09:00:00; 9 end | | 5 off
     | passed 2026:03:02 09:00:00 60 30
 no schedule file | 0 start data-source nowhere/s.xml; 0 start rsm config.xml; 5 command ScheduleRSM GracePeriod=1 | 65
-    | 5 grace, 65 off | passed 2026:03:01 10:00:05 60 1 | !GOING TO PUT
+    | 5 grace, 65 off | "level":250,"text":"\n Unable to put the schedule in file = nowhere/s.xml"
+    | passed 2026:03:01 10:00:05 60 1 | !GOING TO PUT
 )");
 }
 

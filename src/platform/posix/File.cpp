@@ -1,7 +1,9 @@
 #include "platform/File.h"
 
+#include "platform/ThreadEnd.h"
 #include "platform/posix/Descriptor.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstdio>
@@ -62,6 +64,18 @@ std::int64_t File::size() const noexcept {
 std::optional<std::int64_t> File::modifiedAt() const noexcept {
     struct stat status {};
     return ::fstat(descriptor_, &status) == 0 ? std::optional<std::int64_t>(status.st_mtime) : std::nullopt;
+}
+
+std::optional<std::string> File::readWhole(std::size_t limit) const {
+    const off_t end = ::lseek(descriptor_, 0, SEEK_END);
+    if (end < 0) {
+        return std::nullopt;
+    }
+    std::string contents(std::min(static_cast<std::size_t>(end), limit), '\0');
+    if (readStart(contents.data(), contents.size()) < contents.size()) {
+        return std::nullopt;
+    }
+    return contents;
 }
 
 std::size_t File::readStart(char* buffer, std::size_t size) const noexcept {
@@ -158,6 +172,25 @@ bool renameFile(const std::string& from, const std::string& to) noexcept {
 bool removeFile(const std::string& path) noexcept {
     posix::PathBuffer native;
     return posix::toNative(path, native) && ::unlink(native.data()) == 0;
+}
+
+void syncName(const std::string& path) noexcept {
+    const KeepThread keep;
+    posix::PathBuffer native;
+    if (!posix::toNative(path, native)) {
+        return;
+    }
+    const std::size_t separator = lastSeparator(path);
+    if (separator == std::string::npos) {
+        native = {"."};
+    } else {
+        native[separator == 0 ? 1 : separator] = '\0';
+    }
+    const int directory = posix::openDescriptor(AT_FDCWD, native.data(), O_RDONLY | O_DIRECTORY);
+    if (directory >= 0) {
+        ::fsync(directory);
+        ::close(directory);
+    }
 }
 
 std::size_t lastSeparator(std::string_view path) noexcept {
