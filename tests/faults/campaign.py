@@ -78,6 +78,8 @@ EXPECTED = [
     ("memory", "CreateMutex error: 12\n"),
     ("memory", "ZephanServicesService::CreateMessage Unable to create message for connect operation.\n"),
     ("memory", "Error Parsing the File: rotation-config.xml"),
+    ("memory", "XML toolkit initialization error: "),
+    ("memory", "XML toolkit teardown error: "),
     ("memory", "\n Failed to get pointer for XMLConfigData, Not able to attach listners."),
     ("memory", "Received NULL MessageHandler pointer in FileLogger constructor"),
     ("memory", "Received NULL RDMessageHandler pointer in RemoteDetection constructor"),
@@ -327,7 +329,7 @@ class Campaign:
 
         found, wanted = of(result), of(clean)
         if any(TOOLKIT_LOST in text for text in result.texts()):
-            # A toolkit that lacked memory while it started stays out of use, and with it the configuration.
+            # A toolkit that lacked memory in the middle of its start stays out of use, and with it the configuration.
             found, wanted = ([one for one in of_run[0] if one[0] not in NEED_CONFIGURATION] + of_run[1]
                              for of_run in (found, wanted))
         if found != wanted:

@@ -92,7 +92,7 @@ void expectLoads(int times, const std::string& expected) {
 }
 
 const std::string kRefusal =
-    " The XML toolkit cannot be started: FILE was not read. \n  Restart the agent to try again. \n |";
+    " The XML toolkit cannot be started: FILE was not read. \n  Try again; when that fails too, restart the agent. \n |";
 
 TEST(ToolkitFailure, CannotBeStarted) {
     const struct {
