@@ -6,9 +6,9 @@
 #include "logging/FileLogger.h"
 #include "logging/MessageHandler.h"
 #include "logging/RDMessageHandler.h"
-#include "logging/SearchedText.h"
 #include "platform/agent/Logging.h"
 
+#include <cstring>
 #include <exception>
 #include <new>
 
@@ -30,9 +30,9 @@ bool attachListener(std::unique_ptr<Listener>& listener, Handler* handler) noexc
 }
 
 /// True when one of the texts of a list (up to its empty end entry) occurs in the message.
-bool containsAny(const SearchedText& message, const std::string* texts) noexcept {
+bool containsAny(const char* message, const std::string* texts) noexcept {
     for (; texts != nullptr && !texts->empty(); ++texts) {
-        if (message.contains(*texts)) {
+        if (std::strstr(message, texts->c_str()) != nullptr) {
             return true;
         }
     }
@@ -40,7 +40,7 @@ bool containsAny(const SearchedText& message, const std::string* texts) noexcept
 }
 
 /// One step up for an open text, one down for a close text.
-void countMessage(const SearchedText& message, const std::string* openTexts, const std::string* closeTexts,
+void countMessage(const char* message, const std::string* openTexts, const std::string* closeTexts,
                   std::int32_t& count) noexcept {
     if (containsAny(message, openTexts)) {
         ++count;
@@ -94,17 +94,15 @@ void LogManager::audit(const char* message) {
     if (!rdMessageHandler_ || message == nullptr) {
         return;
     }
-    // The caller's text stays as it is during the call, whatever comes back in meanwhile.
-    const SearchedText text(message);
-    if (UpdateTunnelCount(text)) {
+    if (UpdateTunnelCount(message)) {
         rdMessageHandler_->setTunnelActive(tunnelCount_ >= 1);
     }
-    if (UpdateFileCount(text)) {
+    if (UpdateFileCount(message)) {
         rdMessageHandler_->setFileActive(fileCount_ >= 1);
     }
 }
 
-bool LogManager::UpdateTunnelCount(const SearchedText& message) {
+bool LogManager::UpdateTunnelCount(const char* message) {
     const XMLConfigData* const configuration = XMLConfigData::instance();
     if (configuration == nullptr) {
         KRXLog(250, "\n Failed to get pointer for XMLConfigData. UpdateTunnelCount failed in LogManager.");
@@ -114,13 +112,13 @@ bool LogManager::UpdateTunnelCount(const SearchedText& message) {
     countMessage(message, configuration->getTunnelOpenMessages(), configuration->getTunnelCloseMessages(),
                  tunnelCount_);
     const std::string& abort = configuration->getAbortMessage();
-    if (tunnelCount_ > 0 && !abort.empty() && message.contains(abort)) {
+    if (tunnelCount_ > 0 && !abort.empty() && std::strstr(message, abort.c_str()) != nullptr) {
         tunnelCount_ = 0;
     }
     return tunnelCount_ != before;
 }
 
-bool LogManager::UpdateFileCount(const SearchedText& message) {
+bool LogManager::UpdateFileCount(const char* message) {
     const XMLConfigData* const configuration = XMLConfigData::instance();
     if (configuration == nullptr) {
         KRXLog(250, "\n Failed to get pointer for XMLConfigData. UpdateFileCount failed in LogManager.");

@@ -8,7 +8,6 @@ class FileLogger;
 class MessageHandler;
 class RDMessageHandler;
 class RemoteDetection;
-class SearchedText;
 class TunnelListner;
 
 /// Routes every log and audit message of the agent: to the file logger, and audit messages also to the
@@ -27,8 +26,8 @@ class LogManager final {
     void audit(const char* message);
 
     /// Count the open and close texts in an audit message. True when the count changed.
-    bool UpdateTunnelCount(const SearchedText& message);
-    bool UpdateFileCount(const SearchedText& message);
+    bool UpdateTunnelCount(const char* message);
+    bool UpdateFileCount(const char* message);
 
   private:
     std::recursive_mutex delivery_;
