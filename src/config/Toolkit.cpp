@@ -19,8 +19,8 @@ namespace {
 constexpr std::size_t kStartMemory = std::size_t{512} << 10U;
 constexpr std::size_t kStopMemory = std::size_t{4} << 10U;
 
-/// Throws std::bad_alloc when there is no such block. Asked before a step that cannot be undone: the toolkit's start leaves
-/// a ruin when it finds no memory, and its stop ends the process.
+/// Throws std::bad_alloc when there is no such block. Asked before a step that cannot be undone: the
+/// toolkit's start leaves a ruin when it finds no memory, and its stop ends the process.
 void askForMemory(std::size_t size) {
     ::operator delete(::operator new(size));
 }

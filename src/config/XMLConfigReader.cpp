@@ -27,8 +27,8 @@ using xercesc::XMLString;
 namespace {
 
 constexpr std::size_t kLargestFile = std::size_t{1} << 20U;
-// What a parse may take: held at a time, and handed out in all (each expansion of an entity is paid for in
-// the latter).
+// What a parse may take: held at a time, and handed out in all (each expansion of an entity is paid for
+// in the latter).
 constexpr std::size_t kLiveMemory = std::size_t{13} << 20U;
 constexpr std::size_t kTotalMemory = std::size_t{256} << 20U;
 
@@ -103,9 +103,9 @@ XMLConfigData* loadConfiguration(const std::string& path) {
 }
 
 void XMLConfigData::parseConfigFile() {
-    const auto fail = [](const char* line, const XMLCh* message) {
+    const auto fail = [](const char* format, const XMLCh* message) {
         const std::string text = transcoded(message);
-        KRXLog(level::kForce, "%s%s", line, text.c_str());
+        KRXLog(level::kForce, format, text.c_str());
         return std::runtime_error(text);
     };
     if (!toolkit::isRunning()) {
@@ -115,7 +115,7 @@ void XMLConfigData::parseConfigFile() {
     try {
         std::string contents = readFile(configFilePath_);
         contents +=
-            '\r';  // a character cut off at the end would pass; with one more byte behind it is a wrong one
+            '\r';  // a character that is cut off at the end would pass, with a byte behind it does not
         ToolkitMemory memory(kLiveMemory, kTotalMemory);
         LimitedDOMParser parser(&memory);
         const xercesc::MemBufInputSource source(reinterpret_cast<const XMLByte*>(contents.data()),
@@ -137,9 +137,9 @@ void XMLConfigData::parseConfigFile() {
     } catch (const xercesc::OutOfMemoryException&) {
         throw parsingError(configFilePath_);
     } catch (const xercesc::XMLException& exception) {
-        throw fail(" Error Parsing File: ", exception.getMessage());
+        throw fail(" Error Parsing File: %s", exception.getMessage());
     } catch (const xercesc::DOMException& exception) {
-        throw fail(" DOM Exception: ", exception.getMessage());
+        throw fail(" DOM Exception: %s", exception.getMessage());
     } catch (...) {
         throw parsingError(configFilePath_);
     }

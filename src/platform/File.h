@@ -37,8 +37,8 @@ class File final {
     std::optional<std::int64_t> modifiedAt() const noexcept;
     /// Reads from the start until `buffer` is full or the file ends; the number of bytes read.
     std::size_t readStart(char* buffer, std::size_t size) const noexcept;
-    /// The whole contents, but at most their first `limit` bytes; nothing when they cannot be read. Throws only when memory
-    /// runs out.
+    /// The whole contents, but at most their first `limit` bytes; nothing when they cannot be read. Throws
+    /// only when memory runs out.
     std::optional<std::string> readWhole(std::size_t limit) const;
     /// Writes all of `text` at the end (mode `Append`). A write that only part of fits is taken back, so
     /// that no torn text stays behind. False when nothing was written.
@@ -66,8 +66,8 @@ bool renameFile(const std::string& from, const std::string& to) noexcept;
 /// Removes a file (not a directory). False when it fails.
 bool removeFile(const std::string& path) noexcept;
 
-/// Waits until the name of a file is on the disk: what was synced of a new file is lost with its name. Some file systems
-/// cannot do that.
+/// Waits until the name of a file is on the disk: what was synced of a new file is lost with its name. Some
+/// file systems cannot do that.
 void syncName(const std::string& path) noexcept;
 
 /// Position of a path's last separator of either kind, or `npos`.

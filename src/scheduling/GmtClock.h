@@ -1,5 +1,6 @@
-// The scale of every RSM time, and its texts. A GMT clock value counts seconds so that the differences of two values and
-// the texts made of them show GMT, whatever the local time zone and its daylight saving are; 0 means no time.
+// The scale of every RSM time, and its texts. A GMT clock value counts seconds so that the differences of two
+// values and the texts made of them show GMT, whatever the local time zone and its daylight saving are; 0
+// means no time.
 #pragma once
 
 #include <array>

@@ -9,30 +9,32 @@
 
 struct PropList;
 
-/// Keeps the current RSM schedule in its fields and in the schedule file, takes in the "ScheduleRSM" command and hands a
-/// stored schedule to the controller. Owned by the controller. Any thread; its lock stands around fields and file only and
-/// is never held while the controller or the agent is called.
+/// Keeps the current RSM schedule in its fields and in the schedule file, takes in the "ScheduleRSM" command
+/// and hands a stored schedule to the controller. Owned by the controller. Any thread; its lock stands around
+/// fields and file only and is never held while the controller or the agent is called.
 class ScheduleRSMHandler final {
   public:
-    /// Opens the schedule file, creating it when missing, and loads the record it holds. Without a file the handler works on
-    /// without storing.
+    /// Opens the schedule file, creating it when missing, and loads the record it holds. Without a file the
+    /// handler works on without storing.
     explicit ScheduleRSMHandler(const char* path);
     ScheduleRSMHandler(const ScheduleRSMHandler&) = delete;
     ScheduleRSMHandler& operator=(const ScheduleRSMHandler&) = delete;
 
-    /// Tells why the file's record was not loaded, if it was not. For the start that made the handler, with no lock held.
+    /// Tells why the file's record was not loaded, if it was not. For the start that made the handler, with
+    /// no lock held.
     void reportLoad() const;
 
-    /// Runs the command. `response` may be null; otherwise it receives a new list for the caller. 0 when the period was
-    /// scheduled, 1 when the command failed.
+    /// Runs the command. `response` may be null; otherwise it receives a new list for the caller. 0 when the
+    /// period was scheduled, 1 when the command failed.
     std::int32_t executeScheduleCommand(const PropList* input, PropList** response);
 
     /// True while the schedule's end lies in the future.
     bool isScheduleCurrent() const;
-    /// Hands the schedule to the controller: as a delayed profile, or as a force poll when its start has passed.
+    /// Hands the schedule to the controller: as a delayed profile, or as a force poll when its
+    /// start has passed.
     void scheduleRSM() const;
-    /// Closes the schedule file, and deletes it when the controller's delayed RSM is over or there was none. A file whose
-    /// record could not be read stays, since nobody knows what was ordered.
+    /// Closes the schedule file, and deletes it when the controller's delayed RSM is over or there was none.
+    /// A file whose record could not be read stays, since nobody knows what was ordered.
     void performCleanUp();
 
     std::string getFilePath() const { return filePath_; }
@@ -51,7 +53,8 @@ class ScheduleRSMHandler final {
     Load load();
     scheduling::Schedule schedule() const;
     bool isFileOpen() const;
-    /// Puts a schedule into the fields; with its record, into the file, too. False when it is not in the file.
+    /// Puts a schedule into the fields; with its record, into the file, too. False when it is not
+    /// in the file.
     void keep(const scheduling::Schedule& schedule);
     bool keep(const scheduling::Schedule& schedule, const scheduling::Schedule::Record& record);
     void store(const scheduling::Schedule& schedule);

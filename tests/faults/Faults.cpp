@@ -55,8 +55,8 @@ bool isToolkit(const char* library) noexcept {
     return std::strstr(library, "/libxerces-c") != nullptr;
 }
 
-/// The toolkit's stop allocates where nothing may be thrown. The module asks for memory right before it, so that what
-/// follows is not made to fail.
+/// The toolkit's stop allocates where nothing may be thrown. The module asks for memory right before it, so
+/// that what follows is not made to fail.
 bool isToolkitsStop(void* address) noexcept {
     thread_local void* known __attribute__((tls_model("initial-exec"))) = nullptr;
     thread_local bool isStop __attribute__((tls_model("initial-exec"))) = false;

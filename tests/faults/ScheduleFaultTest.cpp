@@ -1,4 +1,5 @@
-// The schedule file while calls into the system fail: what was ordered must not be lost, and what is lost is told.
+// The schedule file while calls into the system fail: what was ordered must not be lost, and what is
+// lost is told.
 #include "rsm/Rows.h"
 
 #include <cstdlib>

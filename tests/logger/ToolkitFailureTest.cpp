@@ -1,5 +1,5 @@
-// A process whose XML toolkit cannot be started or stopped. This program's functions stand before the toolkit's own; each
-// case has a process of its own, since there is no way back.
+// A process whose XML toolkit cannot be started or stopped. This program's functions stand before the
+// toolkit's own; each case has a process of its own, since there is no way back.
 #include "AgentHost.h"
 #include "Observer.h"
 #include "config/XMLConfigData.h"
