@@ -64,7 +64,7 @@ class Stress final {
     }
 
   private:
-    void call(Families& families, Caller& self, unsigned int seed) {
+    void call(Families families, Caller& self, unsigned int seed) {
         std::mt19937 random(seed);
         void* handle = &self;  // any will do for what only asks whether there is one
         ZPService* service = nullptr;
