@@ -12,11 +12,11 @@ std::unique_ptr<RE2> compile(const std::optional<std::string>& expression, bool 
     }
     RE2::Options options(RE2::Quiet);
     options.set_case_sensitive(!ignoreCase);
+    if (const RE2 checked(*expression, options); !checked.ok()) {
+        throw UsageError("regular expression " + *expression + ": " + checked.error());
+    }
     // An entry may have several lines; ^ and $ mean each of them, as everywhere else.
     auto compiled = std::make_unique<RE2>("(?m)" + *expression, options);
-    if (!compiled->ok()) {
-        throw UsageError("regular expression " + *expression + ": " + compiled->error());
-    }
     return compiled;
 }
 

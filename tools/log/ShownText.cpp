@@ -56,27 +56,39 @@ void appendCode(std::string& target, const char* format, char32_t code) {
     target += text.data();
 }
 
+/// How text is copied: `json` when quotes and backslashes need care, too.
+enum class Form : std::uint8_t { shown, json };
+
 /// Length of the printable ASCII with which `text` begins, perhaps up to 7 characters less. Nearly all
 /// messages are nothing else, and are copied whole.
+template <Form form>
 std::size_t plainLength(std::string_view text) {
     constexpr std::uint64_t kEach = 0x0101010101010101;
+    // Each of these sets a top bit for the bytes it is named after.
+    const auto below = [](std::uint64_t word, std::uint64_t byte) { return (word - kEach * byte) & ~word; };
+    const auto equal = [&](std::uint64_t word, char byte) {
+        return below(word ^ (kEach * static_cast<unsigned char>(byte)), 1);
+    };
+    const auto fromDelOn = [](std::uint64_t word) { return (word + kEach) | word; };
     std::size_t length = 0;
     for (std::uint64_t word = 0; length + sizeof word <= text.size(); length += sizeof word) {
         std::memcpy(&word, text.data() + length, sizeof word);
-        const std::uint64_t below = (word - kEach * 0x20) & ~word;  // a top bit for each byte below a blank
-        const std::uint64_t above = (word + kEach) | word;          // and for each from DEL on
-        if (((below | above) & (kEach * 0x80)) != 0) {
+        std::uint64_t special = below(word, ' ') | fromDelOn(word);
+        if constexpr (form == Form::json) {
+            special |= equal(word, '"') | equal(word, '\\');
+        }
+        if ((special & (kEach * 0x80)) != 0) {
             break;
         }
     }
     return length;
 }
 
-/// Calls `append(character, its bytes)` for each character that is not copied as it is.
-template <typename Append>
+/// Copies plain text and calls `append(character, its bytes, what follows)` for all else.
+template <Form form, typename Append>
 void appendAll(std::string& target, std::string_view text, Append&& append) {
     while (!text.empty()) {
-        const std::size_t plain = plainLength(text);
+        const std::size_t plain = plainLength<form>(text);
         target.append(text.substr(0, plain));
         text.remove_prefix(plain);
         for (std::size_t count = 0; count < sizeof(std::uint64_t) && !text.empty(); ++count) {
@@ -90,47 +102,39 @@ void appendAll(std::string& target, std::string_view text, Append&& append) {
 }  // namespace
 
 void appendShown(std::string& target, std::string_view text, std::string_view indent) {
-    appendAll(target, text, [&](Character character, std::string_view bytes, std::string_view rest) {
-        if (character.code == '\n') {
-            target.append(bytes).append(indent);
-        } else if (character.code == '\r' && rest.starts_with('\n')) {
-            // Half of a line end.
-        } else if (!character.valid || (isControl(character.code) && character.code != '\t')) {
-            for (const char byte : bytes) {
-                appendCode(target, "\\x%02x", static_cast<unsigned char>(byte));
+    appendAll<Form::shown>(
+        target, text, [&](Character character, std::string_view bytes, std::string_view rest) {
+            if (character.code == '\n') {
+                target.append(bytes).append(indent);
+            } else if (character.code == '\r' && rest.starts_with('\n')) {
+                // Half of a line end.
+            } else if (!character.valid || (isControl(character.code) && character.code != '\t')) {
+                for (const char byte : bytes) {
+                    appendCode(target, "\\x%02x", static_cast<unsigned char>(byte));
+                }
+            } else if (isTreacherous(character.code)) {
+                appendCode(target, "\\u%04x", character.code);
+            } else {
+                target.append(bytes);
             }
-        } else if (isTreacherous(character.code)) {
+        });
+}
+
+void appendJson(std::string& target, std::string_view text) {
+    target += '"';
+    appendAll<Form::json>(target, text, [&](Character character, std::string_view bytes, std::string_view) {
+        if (character.code == '"' || character.code == '\\') {
+            target.append("\\").append(bytes);
+        } else if (character.code == '\n') {
+            target += "\\n";
+        } else if (character.code == '\t') {
+            target += "\\t";
+        } else if (!character.valid || isControl(character.code) || isTreacherous(character.code)) {
             appendCode(target, "\\u%04x", character.code);
         } else {
             target.append(bytes);
         }
     });
-}
-
-void appendJson(std::string& target, std::string_view text) {
-    target += '"';
-    // Quotes and backslashes are plain to the copying, so they part the text.
-    while (!text.empty()) {
-        const std::size_t special = text.find_first_of("\"\\");
-        appendAll(
-            target, text.substr(0, special),
-            [&](Character character, std::string_view bytes, std::string_view) {
-                if (character.code == '\n') {
-                    target += "\\n";
-                } else if (character.code == '\t') {
-                    target += "\\t";
-                } else if (!character.valid || isControl(character.code) || isTreacherous(character.code)) {
-                    appendCode(target, "\\u%04x", character.code);
-                } else {
-                    target.append(bytes);
-                }
-            });
-        if (special == std::string_view::npos) {
-            break;
-        }
-        target.append({'\\', text[special]});
-        text.remove_prefix(special + 1);
-    }
     target += '"';
 }
 
