@@ -58,11 +58,13 @@ void Follower::goOver(platform::File present) {
         printRest();
         bool between = false;
         for (const std::string& path : archivesOf(path_, present)) {
-            OpenLog archive(path);
-            if (between) {
+            platform::File file = platform::File::open(path, platform::OpenMode::Read);
+            if (between && file.isOpen()) {
+                OpenLog archive(path, std::move(file));
                 printAll(archive, listing_);
+            } else {
+                between = between || (file.isOpen() && file.isSameFile(log_->file()));
             }
-            between = between || archive.file().isSameFile(log_->file());
         }
         if (!between) {
             platform::complain(
