@@ -102,7 +102,7 @@ TEST(EntryReader, DoesNotDependOnHowTheBytesArrive) {
              "Date:2026";
     const auto expected = entriesOf(bytes);
     ASSERT_GT(expected.size(), 80U);
-    for (const std::size_t atOnce : {1, 2, 3, 7, 29, 33, 34, 1000, 65536, 262143}) {
+    for (const std::size_t atOnce : {1U, 2U, 3U, 7U, 29U, 33U, 34U, 1000U, 65536U, 262143U}) {
         EXPECT_EQ(entriesOf(bytes, atOnce), expected) << atOnce;
     }
 }

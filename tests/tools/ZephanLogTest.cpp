@@ -157,6 +157,13 @@ TEST_F(ZephanLogTest, Options) {
     EXPECT_EQ(run("log/k.xml >/dev/full"), "status 2 zephan-log: standard output: No space left on device\n");
 }
 
+TEST_F(ZephanLogTest, TimesGoOnThroughTheHourThatComesTwice) {
+    workspace.write("log/k.xml",
+                    "Date:2026-10-25 Time:2:50:0 :: summer\nDate:2026-10-25 Time:2:20:0 :: winter\n");
+    EXPECT_EQ(run("--log-zone CET-1CEST,M3.5.0,M10.5.0/3 --utc log/k.xml"),
+              "2026-10-25T00:50:00Z summer\n2026-10-25T01:20:00Z winter\n");
+}
+
 TEST_F(ZephanLogTest, StandardInput) {
     EXPECT_EQ(
         output("printf 'Date:2026-3-1 Time:9:0:0 :: aDate:2026-3-1 Time:9:0:1 :: b' | TZ=UTC " ZEPHAN_LOG

@@ -21,12 +21,8 @@ namespace {
 
 using std::chrono::local_seconds;
 
-/// When a file was full, as its name tells.
-struct Rotation {
-    local_seconds clock;
-    std::uint32_t collision = 0;
-    auto operator<=>(const Rotation&) const = default;
-};
+/// When a file was full, as its name tells, and the collision counter.
+using Rotation = std::pair<local_seconds, std::uint32_t>;
 
 /// What the name of an archive says. Nothing stands between the second and the collision counter: "12" is
 /// second 12, or second 1 and counter 2.
@@ -57,8 +53,8 @@ std::optional<ArchiveName> readArchiveName(const std::string& name) {
         const int second = std::stoi(rest.substr(0, digits));
         const std::string counter = rest.substr(digits);
         if (second < 60 && (digits == 1 || rest.front() != '0') && !counter.starts_with('0')) {
-            read.readings.push_back({begin + std::chrono::seconds(second),
-                                     static_cast<std::uint32_t>(counter.empty() ? 0 : std::stoul(counter))});
+            read.readings.emplace_back(begin + std::chrono::seconds(second),
+                                       static_cast<std::uint32_t>(counter.empty() ? 0 : std::stoul(counter)));
         }
     }
     return read.readings.empty() ? std::nullopt : std::optional(read);
@@ -87,11 +83,11 @@ Place placeOf(const platform::File& file, const std::vector<Rotation>& readings)
     const auto first = file.isOpen() ? firstClock(file) : std::nullopt;
     Rotation rotation = readings.front();
     for (const Rotation& reading : readings) {
-        if (reading.clock == first) {
+        if (reading.first == first) {
             rotation = reading;
         }
     }
-    return {first.value_or(rotation.clock), rotation};
+    return {first.value_or(rotation.first), rotation};
 }
 
 std::string nameIn(const std::string& path) {
@@ -110,6 +106,7 @@ std::vector<std::string> inOrder(const std::vector<std::string>& archives, const
     std::stable_sort(places.begin(), places.end(),
                      [](const auto& left, const auto& right) { return left.first < right.first; });
     std::vector<std::string> ordered;
+    ordered.reserve(places.size());
     for (auto& [place, path] : places) {
         ordered.push_back(std::move(path));
     }
