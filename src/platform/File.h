@@ -37,6 +37,9 @@ class File final {
     std::optional<std::int64_t> modifiedAt() const noexcept;
     /// Reads from the start until `buffer` is full or the file ends; the number of bytes read.
     std::size_t readStart(char* buffer, std::size_t size) const noexcept;
+    /// Reads up to `size` bytes from a position on; the number of bytes read, 0 at the end, -1 when the file
+    /// cannot be read.
+    std::ptrdiff_t readAt(std::uint64_t position, char* buffer, std::size_t size) const noexcept;
     /// The whole contents, but at most their first `limit` bytes; nothing when they cannot be read. Throws only when memory
     /// runs out.
     std::optional<std::string> readWhole(std::size_t limit) const;

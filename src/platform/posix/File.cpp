@@ -96,6 +96,14 @@ std::size_t File::readStart(char* buffer, std::size_t size) const noexcept {
     return length;
 }
 
+std::ptrdiff_t File::readAt(std::uint64_t position, char* buffer, std::size_t size) const noexcept {
+    ssize_t count = -1;
+    do {
+        count = ::pread(descriptor_, buffer, size, static_cast<off_t>(position));
+    } while (count < 0 && errno == EINTR);
+    return count;
+}
+
 bool File::append(std::string_view text) noexcept {
     // Where the last write ended, or -1 when another process has written behind it.
     const auto ownEnd = [this] {
