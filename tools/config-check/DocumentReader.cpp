@@ -191,7 +191,7 @@ class TreeBuilder final : public xercesc::DefaultHandler {
         throw Refused();
     }
     void refuseEntity(const XMLCh* name, const XMLCh* systemId) {
-        refuse(here(), "external-name",
+        refuse(source_.startOfTag(here()), "external-name",
                "the entity " + quoted(utf8(name)) + " names " + quoted(utf8(systemId)) +
                    ", which is outside; the module refuses such a document and opens nothing that it names");
     }

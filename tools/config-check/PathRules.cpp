@@ -38,7 +38,8 @@ class PathCheck final {
     PathCheck(const Inspection& inspection, const Target& target)
         : in_(inspection), target_(target), path_(nativePath(target.path)), name_(shown(target.path)) {}
 
-    void run() {
+    /// True when a file may lie there, at least one day.
+    bool run() {
         checkSpelling();
         const std::string directory = directoryOf();
         std::error_code error;
@@ -61,6 +62,7 @@ class PathCheck final {
             report("not-writable", "in the directory " + shown(directory) + " of the " + target_.what +
                                        " no file may be made or removed");
         }
+        return (!isThere(path_) || fs::is_regular_file(path_, error)) && path_.has_filename();
     }
 
   private:
@@ -97,25 +99,23 @@ class PathCheck final {
     const std::string name_;
 };
 
-/// What the log's own rules make of its path.
-void checkLogPath(const Inspection& in, const Target& log) {
+/// What the log's own rules make of its path: archives are named after it up to its last ".", and the
+/// clean-up deletes what it finds by its directory and its name up to ".xml".
+void checkArchives(const Inspection& in, const Target& log) {
     const std::string& path = log.path;
     const std::size_t separator = platform::lastSeparator(path);
     const std::size_t dot = path.rfind('.');
-    if (separator == std::string::npos) {
-        in.warning(log.position, "archives",
-                   "the log file " + shown(path) +
-                       " names no directory, so old archives are never deleted; write " + shown("./" + path));
-    } else if (path.find(kArchiveEnd, separator) == std::string::npos) {
-        in.warning(
-            log.position, "archives",
-            "the log file " + shown(path) + " does not end in '.xml', so its archives are never deleted");
-    }
+    std::string text;
     if (dot == std::string::npos || (separator != std::string::npos && dot < separator)) {
-        const std::string base = path.substr(0, dot);
-        in.warning(log.position, "archives",
-                   "the name of the log file " + shown(path) + " has no '.', so archives are named " +
-                       shown(base + "2026_1_31_10_5_0.xml"));
+        text = "has no '.' in its name: archives are named " +
+               shown(path.substr(0, dot) + "2026_1_31_10_5_0.xml") + " and never deleted";
+    } else if (separator == std::string::npos) {
+        text = "names no directory: its archives are never deleted; write " + shown("./" + path);
+    } else if (path.find(kArchiveEnd, separator) == std::string::npos) {
+        text = "does not end in '.xml': its archives are never deleted";
+    }
+    if (!text.empty()) {
+        in.warning(log.position, "archives", "the log file " + shown(path) + " " + text);
     }
 }
 
@@ -127,7 +127,8 @@ void checkCleanUp(const Inspection& in, const Target& log, const Target& other) 
     base.resize(std::min(base.size(), base.find(kArchiveEnd)));
     if (logPath == otherPath || logPath.parent_path() != otherPath.parent_path() ||
         otherPath.filename().string().find(base) == std::string::npos ||
-        otherPath.string().find(kArchiveEnd) == std::string::npos) {
+        (nativePath(log.path).parent_path() / otherPath.filename()).string().find(kArchiveEnd) ==
+            std::string::npos) {
         return;
     }
     in.warning(log.position, "clean-up",
@@ -179,13 +180,13 @@ void checkPaths(const Inspection& in) {
         targets.push_back({"schedule file", *in.schedule, root});
         checkScheduleFile(in, targets.back());
     }
-    if (logs) {
-        checkLogPath(in, targets.front());
-    }
     std::vector<Target> others = targets;
     others.push_back({"configuration", in.file, root});
     for (std::size_t i = 0; i < targets.size(); ++i) {
-        PathCheck(in, targets[i]).run();
+        const bool usable = PathCheck(in, targets[i]).run();
+        if (logs && i == 0 && usable) {
+            checkArchives(in, targets[i]);
+        }
         for (std::size_t j = i + 1; j < others.size(); ++j) {
             if (fromHere(targets[i].path) == fromHere(others[j].path)) {
                 in.error(targets[i].position, "same-file",

@@ -130,11 +130,11 @@ Position SourceText::positionOf(std::size_t offset) const {
 
 Position SourceText::startOfTag(Position end) const {
     const std::size_t offset = offsetOf(end);
-    if (offset == 0 || offset > text_.size() || text_[offset - 1] != '>') {
+    if (offset == 0 || offset > text_.size() || (text_[offset - 1] != '>' && text_[offset - 1] != ';')) {
         return end;
     }
     // A tag holds no second "<", not even in its attributes.
-    const std::size_t start = text_.rfind('<', offset - 1);
+    const std::size_t start = text_.rfind(text_[offset - 1] == '>' ? '<' : '&', offset - 1);
     return start == std::string::npos ? end : positionOf(start);
 }
 

@@ -101,7 +101,7 @@ void checkLevel(const Inspection& in, const Element& element, const std::string&
             meant = name;
         }
     }
-    const bool sameLevel = meant == std::string("info");
+    const bool sameLevel = meant != nullptr && levelNamed(meant) == levelNamed("info");
     in.findings.add(sameLevel ? Severity::warning : Severity::error, in.textPositionOf(element), "level",
                     shown(text) + " is no level and is read as 'info'" +
                         (sameLevel          ? ", as any other text is; write 'info'"
