@@ -41,8 +41,9 @@ struct Document {
 };
 
 /// Reads a document of this text within the module's bounds. The XML toolkit must be running. Opens nothing
-/// that the document names.
-Document readDocument(const std::string& bytes, const SourceText& source);
+/// that the document names. Without `keep` it looks only for a reason to refuse the document, and the
+/// elements are not kept.
+Document readDocument(const std::string& bytes, const SourceText& source, bool keep = true);
 
 /// From here on the module does not read a file.
 constexpr std::size_t kLargestFile = std::size_t{1} << 20U;

@@ -22,7 +22,10 @@ namespace {
 constexpr std::size_t kDeepestNesting = 256;
 constexpr std::size_t kLiveMemory = std::size_t{13} << 20U;
 constexpr std::size_t kTotalMemory = std::size_t{256} << 20U;
+// More text than this never fits into the module's tree.
+constexpr std::size_t kMostCharacters = kLiveMemory / sizeof(XMLCh);
 constexpr std::size_t kMostAttributes = 1000;  // kept for findings
+const char* const kTooMuch = "reading this document takes more memory than the module allows a configuration";
 
 struct Refused {};
 
@@ -41,7 +44,8 @@ std::string quoted(const std::string& text) {
 /// Builds the tree of elements and notes where each stands.
 class TreeBuilder final : public xercesc::DefaultHandler {
   public:
-    TreeBuilder(Document& document, const SourceText& source) : document_(document), source_(source) {}
+    TreeBuilder(Document& document, const SourceText& source, bool keep)
+        : document_(document), source_(source), keep_(keep) {}
 
     void setDocumentLocator(const xercesc::Locator* locator) override { locator_ = locator; }
 
@@ -53,21 +57,22 @@ class TreeBuilder final : public xercesc::DefaultHandler {
                    "elements are nested deeper than " + std::to_string(kDeepestNesting));
         }
         ++depth_;
-        // An element that comes out of an entity has the child node "entity" of its parent around it.
-        meet(entityDepth_ > 0 ? Element::First::entity : Element::First::element);
+        meet(Element::First::element);
         Element& element = document_.elements.emplace_back();
         element.name = utf8(name);
         element.end = end;
         element.fromEntity = entityDepth_ > 0;
-        if (open_ != nullptr) {
-            element.parent = open_;
+        element.parent = open_;
+        if (open_ != nullptr && keep_) {
             (open_->lastChild != nullptr ? open_->lastChild->next : open_->firstChild) = &element;
             open_->lastChild = &element;
         }
         open_ = &element;
-        for (XMLSize_t i = 0; i < attributes.getLength() && document_.attributes.size() < kMostAttributes;
-             ++i) {
-            document_.attributes.push_back({&element, utf8(attributes.getQName(i))});
+        for (XMLSize_t i = 0; i < attributes.getLength(); ++i) {
+            spend(xercesc::XMLString::stringLen(attributes.getValue(i)));
+            if (keep_ && document_.attributes.size() < kMostAttributes) {
+                document_.attributes.push_back({&element, utf8(attributes.getQName(i))});
+            }
         }
         entitiesOutside_.push_back(entityDepth_);
         entityDepth_ = 0;
@@ -77,12 +82,16 @@ class TreeBuilder final : public xercesc::DefaultHandler {
     void endElement(const XMLCh* /*uri*/, const XMLCh* /*localName*/, const XMLCh* /*name*/) override {
         --depth_;
         open_ = open_->parent;
+        if (!keep_) {
+            document_.elements.pop_back();
+        }
         entityDepth_ = entitiesOutside_.back();
         entitiesOutside_.pop_back();
         passed();
     }
 
     void characters(const XMLCh* text, const XMLSize_t length) override {
+        spend(length);
         if (open_ != nullptr && entityDepth_ == 0) {
             const std::string piece = toUtf8(text, length);
             const bool blank = piece.find_first_not_of(" \t\r\n") == std::string::npos;
@@ -105,6 +114,7 @@ class TreeBuilder final : public xercesc::DefaultHandler {
     void ignorableWhitespace(const XMLCh* text, const XMLSize_t length) override { characters(text, length); }
 
     void comment(const XMLCh* text, const XMLSize_t length) override {
+        spend(length);
         if (meet(Element::First::comment)) {
             open_->text = toUtf8(text, length);
         }
@@ -182,6 +192,12 @@ class TreeBuilder final : public xercesc::DefaultHandler {
         open_->first = kind;
         return true;
     }
+    void spend(std::size_t characters) {
+        characters_ += characters;
+        if (characters_ > kMostCharacters) {
+            refuse({1, 1}, "too-much", kTooMuch);
+        }
+    }
     void passed() {
         inFirstNode_ = false;
         behind_ = here();
@@ -198,6 +214,8 @@ class TreeBuilder final : public xercesc::DefaultHandler {
 
     Document& document_;
     const SourceText& source_;
+    const bool keep_;
+    std::size_t characters_ = 0;
     const xercesc::Locator* locator_ = nullptr;
     Element* open_ = nullptr;
     std::size_t depth_ = 0;
@@ -230,7 +248,7 @@ void parse(const std::string& bytes, TreeBuilder& builder) {
 
 }  // namespace
 
-Document readDocument(const std::string& bytes, const SourceText& source) {
+Document readDocument(const std::string& bytes, const SourceText& source, bool keep) {
     Document document;
     if (bytes.size() > kLargestFile) {
         document.refusal = Finding{Severity::error,
@@ -240,7 +258,7 @@ Document readDocument(const std::string& bytes, const SourceText& source) {
                                    {}};
         return document;
     }
-    TreeBuilder builder(document, source);
+    TreeBuilder builder(document, source, keep);
     const auto refuse = [&](const char* kind, std::string text) {
         document.refusal = Finding{Severity::error, {1, 1}, kind, std::move(text), {}};
     };
@@ -249,7 +267,7 @@ Document readDocument(const std::string& bytes, const SourceText& source) {
     } catch (const Refused&) {
         // Says itself why.
     } catch (const xercesc::OutOfMemoryException&) {
-        refuse("too-much", "reading this document takes more memory than the module allows a configuration");
+        refuse("too-much", kTooMuch);
     } catch (const xercesc::XMLException& exception) {
         refuse("not-well-formed", "not well-formed: " + utf8(exception.getMessage()));
     }

@@ -32,36 +32,6 @@ std::string readFile(const std::string& path, std::string& unreadable) {
     return bytes;
 }
 
-/// A text beyond ASCII may not survive the way into the agent's character set.
-void checkCharacters(const Inspection& in) {
-    const auto compare = [&](const Element* element, const std::string& value) {
-        if (element == nullptr || textOf(*element) == value) {
-            return;
-        }
-        in.warning(in.textPositionOf(*element), "characters",
-                   "in this locale the module reads " + shown(textOf(*element)) + " as " + shown(value));
-    };
-    const ModuleSettings& settings = in.settings;
-    compare(in.selection[Setting::LogFilePath], settings.logFilePath);
-    compare(in.selection[Setting::Abort], settings.abortMessage);
-    compare(in.selection[Setting::Script], settings.script);
-    compare(in.selection[Setting::ResumeStatusFile], settings.resumeStatusFile);
-    const auto compareList = [&](Setting setting, const std::vector<std::string>& values) {
-        std::size_t next = 0;
-        const Element* const list = in.selection[setting];
-        for (const Element* const message :
-             list == nullptr ? std::vector<const Element*>() : messagesOf(*list, in.known)) {
-            if (next < values.size() && !textOf(*message).empty()) {
-                compare(message, values[next++]);
-            }
-        }
-    };
-    compareList(Setting::TunnelOpen, settings.tunnelOpenMessages);
-    compareList(Setting::TunnelClose, settings.tunnelCloseMessages);
-    compareList(Setting::FileOpen, settings.fileOpenMessages);
-    compareList(Setting::FileClose, settings.fileCloseMessages);
-}
-
 }  // namespace
 
 Result checkFile(const std::string& file, const std::optional<std::string>& schedule,
@@ -75,7 +45,7 @@ Result checkFile(const std::string& file, const std::optional<std::string>& sche
     const std::optional<ModuleSettings> settings = readAsModule(file);
     result.accepted = settings.has_value();
     result.source = SourceText(bytes);
-    const Document document = readDocument(bytes, result.source);
+    const Document document = readDocument(bytes, result.source, result.accepted);
     if (!settings) {
         Finding reason = document.refusal.value_or(
             Finding{Severity::error,
@@ -96,7 +66,6 @@ Result checkFile(const std::string& file, const std::optional<std::string>& sche
                                 selection, *settings,     schedule, result.findings};
     checkStructure(inspection);
     checkTexts(inspection);
-    checkCharacters(inspection);
     checkListeners(inspection);
     checkPaths(inspection);
     checkScript(inspection);

@@ -9,7 +9,7 @@
 
 namespace check {
 
-/// A place in a file: lines and characters are counted from 1; line 0 is no place.
+/// A place in a file: lines and characters are counted from 1; line 0 is no place, as for the command line.
 struct Position {
     std::uint32_t line = 0;
     std::uint32_t column = 0;

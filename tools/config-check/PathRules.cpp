@@ -177,7 +177,7 @@ void checkPaths(const Inspection& in) {
     }
     add("resume file", in.settings.resumeStatusFile, Setting::ResumeStatusFile);
     if (in.schedule) {
-        targets.push_back({"schedule file", *in.schedule, root});
+        targets.push_back({"schedule file", *in.schedule, Position()});
         checkScheduleFile(in, targets.back());
     }
     std::vector<Target> others = targets;

@@ -1,11 +1,14 @@
 #include "SourceText.h"
 
 #include <algorithm>
+#include <string_view>
 
 namespace check {
 namespace {
 
 constexpr char32_t kReplacement = 0xFFFD;
+constexpr std::size_t kExcerptWidth = 100;
+constexpr std::size_t kShownBehind = 20;  // of that, at least, behind the place
 
 constexpr bool isContinuation(char byte) {
     return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U;
@@ -86,13 +89,34 @@ SourceText::SourceText(const std::string& bytes) : text_(decoded(bytes)), lines_
     }
 }
 
-std::string_view SourceText::line(std::uint32_t number) const {
-    if (number == 0 || number > lines_.size()) {
-        return {};
+std::vector<std::string> SourceText::excerpt(Position position, std::size_t& mark) const {
+    std::vector<std::string> characters;
+    mark = 0;
+    if (position.line == 0 || position.line > lines_.size()) {
+        return characters;
     }
-    const std::size_t start = lines_[number - 1];
-    const std::string_view rest = std::string_view(text_).substr(start);
-    return rest.substr(0, rest.find_first_of("\r\n"));
+    const std::size_t place = std::min(offsetOf(position), text_.size());
+    std::size_t start = place;
+    const auto back = [&](std::size_t limit) {
+        for (mark = 0; mark < limit && start > lines_[position.line - 1];
+             mark += isContinuation(text_[start]) ? 0 : 1) {
+            --start;
+        }
+    };
+    back(kExcerptWidth);
+    if (mark > kExcerptWidth - kShownBehind) {
+        start = place;
+        back(kExcerptWidth / 2);
+    }
+    for (std::size_t at = start; at < text_.size() && characters.size() < kExcerptWidth;) {
+        if (text_[at] == '\n' || text_[at] == '\r') {
+            break;
+        }
+        const std::size_t length = characterLength(std::string_view(text_).substr(at));
+        characters.push_back(text_.substr(at, length));
+        at += length;
+    }
+    return characters;
 }
 
 std::size_t SourceText::offsetOf(Position position) const {
@@ -116,14 +140,23 @@ Position SourceText::positionOf(std::size_t offset) const {
     const auto next = std::upper_bound(lines_.begin(), lines_.end(), offset);
     Position position{static_cast<std::uint32_t>(next - lines_.begin()), 1};
     std::size_t at = *(next - 1);
-    if (knownPosition_.line == position.line && knownOffset_ <= offset) {
+    if (knownPosition_.line == position.line) {
         position = knownPosition_;
         at = knownOffset_;
     }
+    const auto lengthAt = [&](std::size_t place) {
+        return characterLength(std::string_view(text_).substr(place));
+    };
     while (at < offset) {
-        const std::size_t length = characterLength(std::string_view(text_).substr(at));
+        const std::size_t length = lengthAt(at);
         position.column += columnsOf(length);
         at += length;
+    }
+    while (at > offset) {
+        do {
+            --at;
+        } while (at > offset && isContinuation(text_[at]));
+        position.column -= columnsOf(lengthAt(at));
     }
     return position;
 }

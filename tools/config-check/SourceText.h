@@ -5,7 +5,6 @@
 
 #include <cstddef>
 #include <string>
-#include <string_view>
 #include <vector>
 
 namespace check {
@@ -20,8 +19,9 @@ class SourceText final {
     Position startOfTag(Position end) const;
     /// The first place from `start` on that is neither a blank nor a line break.
     Position afterBlanks(Position start) const;
-    /// A line without its end; empty when there is none.
-    std::string_view line(std::uint32_t number) const;
+    /// The line that a position is in, or of a long one the part around it, a string a character; `mark`
+    /// becomes the index of the character at the position.
+    std::vector<std::string> excerpt(Position position, std::size_t& mark) const;
 
   private:
     std::size_t offsetOf(Position position) const;

@@ -2,50 +2,31 @@
 #include "Rules.h"
 
 #include <algorithm>
-#include <iomanip>
 #include <string>
 #include <utility>
 
 namespace check {
 namespace {
 
-constexpr std::size_t kExcerptWidth = 100;
+constexpr std::size_t kNumberWidth = 5;  // of a line's number
 constexpr std::size_t kValueWidth = 44;
 
 /// The line that a position is in, with a mark below the place.
 void printExcerpt(std::ostream& out, const SourceText& source, Position position) {
-    const std::string_view line = source.line(position.line);
-    if (line.find_first_not_of(" \t") == std::string_view::npos) {
-        return;
-    }
-    // Characters, not bytes: one column each. A long line is shown around the place.
-    std::vector<std::string> characters;
-    const std::size_t column = position.column == 0 ? 0 : position.column - 1;
-    const std::size_t first = column > kExcerptWidth - 20 ? column - kExcerptWidth / 2 : 0;
-    std::size_t count = 0;
-    for (const char byte : line) {
-        if ((static_cast<unsigned char>(byte) & 0xC0U) != 0x80U) {
-            if (++count > first + kExcerptWidth) {
-                break;
-            }
-            if (count > first) {
-                characters.emplace_back();
-            }
-        }
-        if (!characters.empty()) {
-            characters.back() += byte;
-        }
-    }
-    const std::string number = std::to_string(position.line);
-    const std::string margin =
-        "  " + std::string(std::max<std::size_t>(5, number.size()) - number.size(), ' ');
-    out << margin << number << " | ";
+    std::size_t mark = 0;
+    const std::vector<std::string> characters = source.excerpt(position, mark);
+    std::string line;
     for (const std::string& character : characters) {
         const std::string text = shown(character == "\t" ? " " : character);
-        out << text.substr(1, text.size() - 2);
+        line.append(text, 1, text.size() - 2);
     }
-    out << "\n  " << std::string(std::max<std::size_t>(5, number.size()), ' ') << " | "
-        << std::string(column - first, ' ') << "^\n";
+    if (line.find_first_not_of(' ') == std::string::npos) {
+        return;
+    }
+    const std::string number = std::to_string(position.line);
+    const std::size_t width = std::max(kNumberWidth, number.size());
+    out << "  " << std::string(width - number.size(), ' ') << number << " | " << line << "\n  "
+        << std::string(width, ' ') << " | " << std::string(mark, ' ') << "^\n";
 }
 
 void printLine(std::ostream& out, const Result& result, Position position, const char* severity,
@@ -87,6 +68,16 @@ std::string printable(const std::string& value, bool list) {
                                                                           : text.substr(1, text.size() - 2);
 }
 
+std::size_t widthOf(const std::string& text) {
+    return static_cast<std::size_t>(std::count_if(text.begin(), text.end(), [](char byte) {
+        return (static_cast<unsigned char>(byte) & 0xC0U) != 0x80U;
+    }));
+}
+
+std::string padded(const std::string& text, std::size_t width) {
+    return text + std::string(width - std::min(width, widthOf(text)), ' ');
+}
+
 struct Row {
     std::string name;
     std::string value;
@@ -123,11 +114,11 @@ void printSettings(std::ostream& out, const Result& result) {
     std::size_t valueWidth = 0;
     for (const Row& row : rows) {
         nameWidth = std::max(nameWidth, row.name.size());
-        valueWidth = std::max(valueWidth, std::min(row.value.size(), kValueWidth));
+        valueWidth = std::max(valueWidth, std::min(widthOf(row.value), kValueWidth));
     }
     for (const Row& row : rows) {
-        out << "  " << std::left << std::setw(static_cast<int>(nameWidth)) << row.name << "  "
-            << std::setw(static_cast<int>(valueWidth)) << row.value << "  " << row.origin << "\n";
+        out << "  " << padded(row.name, nameWidth) << "  " << padded(row.value, valueWidth) << "  "
+            << row.origin << "\n";
     }
 }
 
