@@ -94,6 +94,9 @@ void checkListeners(const Inspection& in) {
         if (child->name == in.name(TagNames::ListnerSet)) {
             listeners = in.tagOf(*child);
             listenerSet = true;
+        } else if (!listenerSet && !in.findings.full() && !in.known.find(child->name) &&
+                   in.known.meantBy(child->name, std::nullopt) == TagNames::ListnerSet) {
+            listeners = in.tagOf(*child);
         }
     }
     if (!in.detects() && !settings.fileListner) {
