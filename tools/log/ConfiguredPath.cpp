@@ -13,7 +13,7 @@ namespace logreader {
 
 std::string configuredPath(const std::string& configuration) {
     try {
-        if (const XMLConfigData* const data = loadConfiguration(configuration)) {
+        if (const auto data = loadConfiguration(configuration)) {
             std::string path = data->getLogFilePath();
             std::replace(path.begin(), path.end(), '\\', '/');
             XMLConfigData::destroyInstance();

@@ -123,7 +123,10 @@ std::vector<std::string> archivesOf(const std::string& logPath, const platform::
     const std::string base = logPath.substr(0, logPath.rfind('.'));
     const std::string folder = base.substr(0, platform::lastSeparator(base) + 1);
     std::vector<std::string> names;
-    platform::listDirectory(folder.empty() ? "." : folder, names);
+    platform::Directory directory;
+    if (directory.open(folder.empty() ? "." : folder) == 0) {
+        directory.list(names);
+    }
     std::vector<std::string> archives;
     for (const std::string& name : names) {
         const auto read = readArchiveName(name);
