@@ -1,65 +1,137 @@
-// The exports of the shared library ZephanRSMLogger: RSM (forced polling on request) and the agent's file
-// logger.
+// The shared library ZephanRSMLogger: RSM (forced polling on request) and the agent's file logger.
+// This header compiles as C99 and as C++17 or later.
 //
-// An agent loads the library, looks the functions up by name and calls them in four families. Rules for all
-// of them:
-// - No exception leaves an export and no failure stops the host: failures answer -1 (or as stated) and write
-// a log line
-//   through the agent's own logging library.
-// - Texts are 8-bit and NUL-terminated. "Null" is a null pointer.
-// - "Start/stop thread" below means: any one host thread at a time; a start or stop that comes in beside
-// another one
-//   waits for it. All other functions may be called from any thread at any time.
-// - A handle is an opaque value. It must not be used after the stop that ends the module's objects (see
-// below).
+// An agent loads the library, looks the functions below up by their names and calls them in four
+// families: RSM, data source, logger and web service. All families share one controller, which runs
+// RSM, and one configuration.
 //
-// The families share one controller and one configuration. Who creates them: the first start that needs them.
-// Who ends them: `ZPXRSMLoggerShutdown` always, `ZPRSMExtnShutdown` when the logger was never started.
-#pragma once
+// Rules for all functions:
+// - No exception leaves a function and no failure stops the host: a failure answers -1 (or as
+//   stated) and writes a log line through the agent's own logging library.
+// - Texts are 8-bit and NUL-terminated. "Null" is a null pointer. A handle is an opaque value.
+// - "Start/stop thread" means: any host thread; a start or stop that comes in beside another one
+//   may wait for it. All other functions may be called from any thread at any time, also beside a
+//   start or a stop.
+// - Names are part of the binary interface with the spelling that they have here:
+//   `ZPXRSMDSExectue`, `ZPXRSMDSDestoryResponse` and `ZPXRSMLoggerStatup` are meant.
+//
+//
+// ---- Order --------------------------------------------------------------------------------------
+//
+// Start:  1. ZPXRSMDSStartup     before RSM, which picks up the schedule that the data source has stored
+//         2. ZPXRSMLoggerStatup  when it answers 0, the host sets the log hooks of the agent's library:
+//                                KRXLogSetFunc(ZPXRSMLoggerLog), KRXLogSetAuditFunc(ZPXRSMLoggerAudit)
+//         3. ZPRSMExtnStartup    resumes an RSM that was cut off; starts or awaits a scheduled one
+//         4. ZPXRSMWSStartup, ZPXRSMWSCreateService
+// Stop:   1. ZPXRSMWSDestroyService, ZPXRSMWSShutdown
+//         2. ZPRSMExtnShutdown   before the logger: deletes a schedule file that is no longer needed
+//         3. ZPXRSMDSShutdown
+//         4. ZPXRSMLoggerShutdown, which ends everything and clears both log hooks
+//
+// A family that is not used may be left out. Without the logger ZPRSMExtnShutdown ends everything.
+//
+//
+// ---- What ends what, and what must be started again ---------------------------------------------
+//
+//   this stop               ends                                   afterwards, to have it back
+//   ----------------------  -------------------------------------  ---------------------------------
+//   ZPXRSMLoggerShutdown    RSM, the polling thread, the log file, start all families, in the order
+//                           the schedule (its file stays), the     above. The logger alone is a trap:
+//                           service agent held, the configuration, "connect" then answers 0, and
+//                           both log hooks                         nothing polls
+//   ZPRSMExtnShutdown,      the same, but for the hooks            likewise
+//     logger never started
+//   ZPRSMExtnShutdown,      the schedule file: closed, and deleted RSM polls on. Orders are carried
+//     logger started        when nothing is scheduled              out, but not stored any more, until
+//                                                                  all was stopped and started again
+//   ZPXRSMDSShutdown,       nothing
+//     ZPXRSMWSShutdown
+//   ZPXRSMWSDestroyService  that service object                    ZPXRSMWSCreateService
+//   kill, loss of power,    everything; a running or scheduled     start all families: RSM goes on
+//     end of the process    RSM is in the state files
+//
+// A handle holds until the stop that ends everything; a service object longer, until it is
+// destroyed: its calls find what runs then. "Logger started" means: since the last stop that ended
+// everything.
+//
+//
+// ---- A start that fails -------------------------------------------------------------------------
+//
+// A start that answers -1 leaves what ran before as it was. When the configuration file could not
+// be read, a configuration is there all the same, with what earlier loads had read or else with the
+// defaults, and with the path of the first load:
+// - ZPXRSMLoggerStatup, called again, reads that file again, whatever path it is given. Nothing was
+//   attached before.
+// - ZPRSMExtnStartup, called again, finds a configuration and answers 0 with the defaults: no
+//   resume file, no script.
+// - To try another path, or RSM with the settings of the file: ZPXRSMLoggerShutdown, then all
+//   starts.
+//
+//
+// ---- What the module calls ----------------------------------------------------------------------
+//
+//   what                             on which thread                   for how long
+//   -------------------------------  --------------------------------  ------------------------------
+//   the agent's log (KRXLog)         all that call in, "Data Polling"
+//   sending the RSM profile          the one that changes RSM:         until the enterprise answers
+//     to the enterprise              "Data Polling"; an order while
+//                                    RSM runs; ZPRSMExtnStartup; the
+//                                    audit message that begins
+//                                    activity
+//   ForcePoll of asset 0             "Data Polling"                    until it returns
+//   the agent's thread functions     orders, starts and stops          a stop waits at most 3 seconds
+//   the modality script              the audit message that begins     until the script ends
+//                                    activity
+//   standard output                  log and audit messages            one thread waits while nobody
+//                                                                      reads a full pipe
+//
+// "Data Polling" is the module's only thread, there while RSM runs or awaits its start. Log lines
+// of the module come back through the log hook into ZPXRSMLoggerLog on the same thread, which is
+// expected.
+//
+// The host holds no lock
+// - across a start, a stop, "connect", "disconnect" or a command, that another thread may need in
+//   the agent's log, in sending to the enterprise, in ForcePoll or in the thread functions: one
+//   order waits for another one that is being reported;
+// - across ZPXRSMLoggerAudit, that sending to the enterprise needs.
+// The agent's log may hold a lock of its own around its hook, if the thread that holds it may take
+// it again.
+//
+// The host calls no start and no stop from within a function that the module has called.
+//
+//
+// ---- End of threads and processes ---------------------------------------------------------------
+//
+// - A host thread may end, or be unwound, within a call of the module.
+// - A stop does not wait for host threads that are still in the module; they finish with what they
+//   hold. The library must not be unloaded before all of them have left it, all service objects are
+//   destroyed and the thread "Data Polling" has ended: a stop that logs "FORCEFULLY" has left that
+//   to the agent's KRXThreadDestroy.
+// - A child of fork() calls nothing here; it may exec.
+#ifndef ZEPHAN_RSM_LOGGER_H
+#define ZEPHAN_RSM_LOGGER_H
 
 #include <stdint.h>  // NOLINT(modernize-deprecated-headers): C hosts include this header too
 
+/* The version of this header; the build reads its own from here. */
+#define ZEPHAN_RSM_LOGGER_VERSION_MAJOR 1
+#define ZEPHAN_RSM_LOGGER_VERSION_MINOR 1
+#define ZEPHAN_RSM_LOGGER_VERSION_PATCH 0
+
+/* Defined before this header where a system exports by other means. */
+#ifndef ZP_EXPORT
+#define ZP_EXPORT __attribute__((visibility("default")))
+#endif
+
 #ifdef __cplusplus
-namespace KRX::ServiceAgentNS {
+namespace KRX {
+namespace ServiceAgentNS {
 class ServiceAgent;
 }
-namespace KRX::Messaging {
-class WebServiceMessage;
+namespace Services {
+class Service;
 }
-
-namespace KRX::Services {
-
-/// A web service object, made by `ZPXRSMWSCreateService`. The order of the virtual operations is part of the
-/// binary interface. One object may serve several calls at once, on any threads. A call consists of
-/// `CreateMessage`, reading the received request into the message's request object, `Execute`, writing the
-/// response object, `Cleanup`.
-class Service {
-  public:
-    /// Keeps copies of both texts; null stays null.
-    Service(const char* serviceName, const char* serviceNamespace);
-    Service(const Service&) = delete;
-    Service& operator=(const Service&) = delete;
-    virtual ~Service();
-
-    /// Builds the request and response objects of `operation` into `message`, which owns them from then on.
-    /// 0, or -1 for an operation that the service does not have.
-    virtual int8_t CreateMessage(const char* operation, Messaging::WebServiceMessage* message) = 0;
-    /// Runs the operation named in the message's header. The operation's result, or -1.
-    virtual int8_t Execute(Messaging::WebServiceMessage* message) = 0;
-    /// Releases what the service still owns of the call; the response must not be written afterwards. 0 or
-    /// -1.
-    virtual int8_t Cleanup(Messaging::WebServiceMessage* message);
-
-  protected:
-    const char* serviceName() const { return serviceName_; }
-    const char* serviceNamespace() const { return serviceNamespace_; }
-
-  private:
-    char* serviceName_;
-    char* serviceNamespace_;
-};
-
-}  // namespace KRX::Services
+}  // namespace KRX
 
 using ZPServiceAgent = KRX::ServiceAgentNS::ServiceAgent;
 using ZPService = KRX::Services::Service;
@@ -70,7 +142,17 @@ typedef struct ZPServiceAgent ZPServiceAgent;
 typedef struct ZPService ZPService;
 #endif
 
-#define ZP_EXPORT __attribute__((visibility("default")))
+/// The level scale of log messages. The configured "LogLevel" lets itself and all above it into the
+/// log file, but for "audit", which lets nothing in. Without a "LogLevel" only ZP_LEVEL_FORCE
+/// passes.
+enum {
+    ZP_LEVEL_TRACE = 20,
+    ZP_LEVEL_INFO = 30,
+    ZP_LEVEL_WARN = 40,
+    ZP_LEVEL_ERROR = 50,
+    ZP_LEVEL_FORCE = 250,
+    ZP_LEVEL_AUDIT = 254
+};
 
 /// One property of a command or of its answer. Every non-null field of a list that is given to
 /// `ZPXRSMDSDestroyPropList` must be a character array from `new char[]`.
@@ -81,32 +163,33 @@ typedef struct Prop {
     char* value;
 } Prop;
 
-/// A property list. As an argument it stays the caller's and is only read during the call. As an answer it is
-/// the caller's from the moment it is stored in the response slot, to be given back with
-/// `ZPXRSMDSDestroyPropList`.
+/// A property list. As an argument it stays the caller's and is only read during the call. As an
+/// answer it is the caller's from the moment it is stored in the response slot, to be given back
+/// with `ZPXRSMDSDestroyPropList`.
 typedef struct PropList {
     Prop* properties;  ///< `count` records back to back, from `new Prop[]`
     int32_t count;
 } PropList;
 
-/* ---- RSM extension
- * ------------------------------------------------------------------------------------------- */
+// ---- RSM extension ------------------------------------------------------------------------------
 
-/// Starts the RSM extension: loads the configuration unless a start did so before, keeps the service agent
-/// (not owned; it must outlive the module's objects), resumes a saved RSM and picks up a stored schedule.
-/// `handle`: receives the controller's handle. `initParam`: path of the XML configuration file; blanks and
-/// tabs around it are removed. Start/stop thread. 0, or -1 with a log line and `*handle` unchanged.
+/// Starts the RSM extension: loads the configuration unless a start did so before, keeps the
+/// service agent (not owned; it must outlive the module's objects) unless one is held, resumes a
+/// saved RSM and picks up a stored schedule; either may take as long as the enterprise takes to
+/// answer. `handle`: receives the controller's handle. `initParam`: path of the XML configuration
+/// file; blanks and tabs around it are removed; not looked at when the configuration is loaded
+/// already. Start/stop thread. 0, or -1 with `*handle` unchanged.
 ZP_EXPORT int8_t ZPRSMExtnStartup(void** handle, ZPServiceAgent* serviceAgent, const char* initParam);
 
-/// Stops the RSM extension: closes the schedule file and, when the logger was never started, ends the polling
-/// thread (waiting at most about 3 s for it) and all objects. Start/stop thread. 0, or -1 for a null handle.
+/// Stops the RSM extension: closes the schedule file and, when the logger was never started, ends
+/// the polling thread (waiting at most about 3 s for it) and all objects. Start/stop thread. 0, or
+/// -1 for a null handle.
 ZP_EXPORT int8_t ZPRSMExtnShutdown(void* handle);
 
-/* ---- Data-source extension
- * ----------------------------------------------------------------------------------- */
+// ---- Data-source extension ----------------------------------------------------------------------
 
-/// Starts the data-source extension with the path of the schedule file; the first path stays in force. Call
-/// it before `ZPRSMExtnStartup` if a stored schedule is to be picked up there. Start/stop thread. 0, or -1.
+/// Starts the data-source extension with the path of the schedule file, which is created when it is
+/// missing; the first path stays in force. Start/stop thread. 0, or -1.
 ZP_EXPORT int8_t ZPXRSMDSStartup(void** handle, const char* scheduleFilePath);
 
 /// Writes the life-cycle line; releases nothing. Any thread. Always 0.
@@ -116,10 +199,36 @@ ZP_EXPORT int8_t ZPXRSMDSShutdown(void);
 ZP_EXPORT int32_t ZPXRSMDSGet(void);
 ZP_EXPORT int32_t ZPXRSMDSSet(void);
 
-/// Runs a command: "ScheduleRSM" (properties RSMStartDate, RSMStartTime, PollingRate in seconds, GracePeriod
-/// in minutes) or "ExitRSM". `response` may be null; otherwise it receives a new list that the caller
-/// releases with `ZPXRSMDSDestroyPropList`, or stays unchanged when there is none. Any thread. 0 done, 1
-/// failed, 2 command not recognised.
+/// Runs a command. `response` may be null; otherwise it receives a new list that the caller
+/// releases with `ZPXRSMDSDestroyPropList`, or stays unchanged when there is none. Any thread. 0
+/// done, 1 failed, 2 command not recognised.
+///
+/// "ScheduleRSM" orders RSM, now or later, and replaces an order that still waits. Its properties:
+///
+///   name          value                                      when absent
+///   RSMStartDate  GMT date, "2026:03:02", or "immediate"     "immediate"
+///   RSMStartTime  GMT time, "09:00:00", or "immediate"       "immediate"
+///   PollingRate   seconds from one poll to the next, >= 1    "60"
+///   GracePeriod   minutes of polling, >= 1                   "30"
+///
+/// RSM starts at once when either of the first two is "immediate" or the start has passed. Other
+/// names are ignored, so a misspelt one counts as absent. Of a number the leading digits count;
+/// values have at most 99 characters. With a rate above 60 nothing is polled: a period has as many
+/// polls as fit whole into its minutes. When it answers 0, the order is on the disk, or a line at ZP_LEVEL_FORCE
+/// has said that it could not be written. The answer is one of
+///
+///   0  CommandResult "Pass", RSMStartDate, RSMStartTime ("09:00:00 GMT"), PollingRate, GracePeriod
+///   1  CommandResult "Failed"; for each rejected property, in the order above, its name with the reason
+///   1  CommandResult "Failed"; RSMStartDate with the reason: the whole period has passed
+///   1  none: the data source was not started, or memory ran out
+///
+/// "ExitRSM" ends RSM after its next poll. Its answer is one property, CommandResult:
+///
+///   0  "Thread exited successfully."       RSM ends after one more poll
+///   0  "Agent is in activity mode."        remote activity goes on, and so does RSM
+///   0  "There is no active thread."        nothing polls
+///   0  "Agent is not in force poll mode."  RSM ended meanwhile
+///   1  "Agent is not in RSM."
 ZP_EXPORT int32_t ZPXRSMDSExectue(void* reserved1, void* reserved2, const char* command,
                                   const PropList* input, PropList** response);
 
@@ -129,38 +238,51 @@ ZP_EXPORT int8_t ZPXRSMDSDestoryResponse(void);
 /// Releases a list: every non-null field, the records, the list. Any thread. Always 0.
 ZP_EXPORT int8_t ZPXRSMDSDestroyPropList(void* reserved1, void* reserved2, PropList* list);
 
-/* ---- Logger extension
- * ---------------------------------------------------------------------------------------- */
+// ---- Logger extension ---------------------------------------------------------------------------
 
-/// Starts the file logger with the path of the XML configuration file, used as it arrives. Deletes old log
-/// files. Afterwards the host hands every log and audit message to the two functions below. Start/stop
-/// thread. 0, or -1.
+/// Starts the file logger with the path of the XML configuration file, used as it arrives. Deletes
+/// old log files. Afterwards the host hands every log and audit message to the two functions below.
+/// Start/stop thread. 0, or -1.
 ZP_EXPORT int8_t ZPXRSMLoggerStatup(const char* initParam);
 
-/// Ends the polling thread (waiting at most about 3 s for it), the logger and all objects, and clears the
-/// agent's two log hooks. Start/stop thread. Always 0.
+/// Ends the polling thread (waiting at most about 3 s for it), the logger and all objects, and
+/// clears the agent's two log hooks. Start/stop thread. Always 0.
 ZP_EXPORT int8_t ZPXRSMLoggerShutdown(void);
 
-/// Takes one log message: written to the log file when it passes the configured level, and echoed to standard
-/// output. May be re-entered on the same thread. 0, or -1 for a null message.
+/// Takes one log message: written to the log file when it passes the configured level, and echoed
+/// to standard output. The text is copied. May be re-entered on the same thread. 0, or -1 for a
+/// null message.
 ZP_EXPORT int8_t ZPXRSMLoggerLog(uint8_t level, const char* message);
 
-/// Takes one audit message: as above, and searched for the configured texts of remote activity. The call
-/// returns when the modality script, if one is due, has ended. 0, or -1 for a null message.
+/// Takes one audit message: as above, and searched for the configured texts of remote activity. The
+/// call that begins an activity returns when the enterprise has been told and the modality script
+/// has ended; audit messages of other threads do not wait for that. 0, or -1 for a null message.
 ZP_EXPORT int8_t ZPXRSMLoggerAudit(const char* message);
 
-/* ---- Web-service extension
- * ----------------------------------------------------------------------------------- */
+// ---- Web-service extension ----------------------------------------------------------------------
 
-/// Keeps the service agent unless one is held, and stores the controller's handle. Start/stop thread. 0, or
-/// -1 for a null slot.
+/// Keeps the service agent unless one is held, and stores the controller's handle. Start/stop
+/// thread. 0, or -1 for a null slot.
 ZP_EXPORT int8_t ZPXRSMWSStartup(void** handle, ZPServiceAgent* serviceAgent);
 
 /// Writes the life-cycle line; releases nothing. Any thread. 0, or -1 for a null handle.
 ZP_EXPORT int8_t ZPXRSMWSShutdown(void* handle);
 
-/// Makes a service object; the host owns it until it gives it back. `*service` is null when memory ran out.
-/// Any thread. 0, or -1 when either argument is null.
+/// Makes a service object, a C++ object (ZephanRSMService.h) that the host owns until it gives it
+/// back. `*service` is null when memory ran out. Any thread. 0, or -1 when either argument is null.
+///
+/// The service "ZephanServices" has the namespace
+/// "urn:corvane-krx:urn:corvane-krx:ZephanServices_v1_0" and two operations:
+///
+///   operation   request                             response
+///   connect     connect: pollDuration (minutes),    connectResponse: currentPollingRate, the asset's own
+///               pollingRate (seconds)               poll interval in seconds; -1 without an asset
+///   disconnect  disconnect: memberName (not read)   disconnectResponse: DisconnectResult, the outcome in
+///                                                   the words of "ExitRSM" above
+///
+/// Numbers are decimal and are not checked; an absent one, or a text without leading digits, counts
+/// as 0. "connect" starts RSM or, while it runs, starts it afresh with the new values, and answers
+/// 0, or -1 when no thread could be started. "disconnect" answers 0.
 ZP_EXPORT int8_t ZPXRSMWSCreateService(void* handle, ZPService** service);
 
 /// Destroys a service object (null is accepted). Any thread. Always 0.
@@ -168,4 +290,8 @@ ZP_EXPORT int8_t ZPXRSMWSDestroyService(void* handle, ZPService* service);
 
 #ifdef __cplusplus
 }
+
+#include "ZephanRSMService.h"
+#endif
+
 #endif

@@ -13,6 +13,11 @@ namespace {
 
 constexpr char kExtension[] = "RSM Logger Extension";
 
+// The host's names of the levels are the agent's.
+static_assert(ZP_LEVEL_TRACE == level::kTrace && ZP_LEVEL_INFO == level::kInfo &&
+              ZP_LEVEL_WARN == level::kWarn && ZP_LEVEL_ERROR == level::kError &&
+              ZP_LEVEL_FORCE == level::kForce && ZP_LEVEL_AUDIT == level::kAudit);
+
 std::int8_t startUp(const char* initParam) {
     if (initParam == nullptr || *initParam == '\0') {
         KRXLog(level::kError, "RSM Logger Extension: InitParam is not defined in Agent Config file");

@@ -203,7 +203,7 @@ TEST_F(ZephanLogTest, HelpNamesEveryOption) {
     for (const std::string& line : linesOf(help)) {
         EXPECT_LE(line.size(), 110U) << line;
     }
-    EXPECT_EQ(run("--version"), "zephan-log 1.0.0\n");
+    EXPECT_EQ(run("--version"), "zephan-log " VERSION "\n");
 }
 
 // The format file for the log viewer: its expressions fit what the program prints, first lines and others.
