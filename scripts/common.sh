@@ -1,9 +1,27 @@
-# Shared by the scripts here; to be sourced.
+# Shared by the scripts here; each sources it first. It answers --help with the comment at the script's head, and goes to the
+# root of the tree.
+case "${1-}" in
+    -h | --help)
+        awk 'NR > 1 { if (!/^#/) exit; sub(/^# ?/, ""); print }' "$0"
+        exit 0
+        ;;
+esac
+cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
 say() { printf '\n== %s\n' "$*"; }
 
+# Ends with status 2 and the reason.
+wrong_usage() {
+    printf '%s: %s (see --help)\n' "${0##*/}" "$*" >&2
+    exit 2
+}
+
 # Installs the Debian packages named that are not there yet.
 need() {
+    if ! command -v dpkg-query >/dev/null; then
+        say "This is no Debian system. What it needs is called there: $*"
+        return
+    fi
     local missing=() package
     for package in "$@"; do
         dpkg-query -W -f='${Status}' "$package" 2>/dev/null | grep -q 'install ok installed' || missing+=("$package")
@@ -11,26 +29,46 @@ need() {
     if [ ${#missing[@]} -eq 0 ]; then
         return
     fi
-    say "Installing ${missing[*]}"
     local as_root=()
     if [ "$(id -u)" -ne 0 ]; then
+        # Without a terminal nobody can type a password.
+        if ! command -v sudo >/dev/null || { [ ! -t 0 ] && ! sudo -n true 2>/dev/null; }; then
+            printf '\nPackages are missing, and only an administrator can install them. Ask for:\n\n    apt-get install %s\n\n' \
+                "${missing[*]}" >&2
+            exit 1
+        fi
         as_root=(sudo)
     fi
+    say "Installing ${missing[*]}"
     "${as_root[@]}" apt-get update -qq
     "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends "${missing[@]}" \
         >/dev/null
 }
 
-# Configures and builds one preset: build PRESET [TARGET...], with further configure options in CONFIGURE_OPTIONS.
+# Runs a command and shows what it printed only when it fails.
+quietly() {
+    local output
+    if ! output=$("$@" 2>&1); then
+        printf '%s\n' "$output" >&2
+        return 1
+    fi
+}
+
+# Configures and builds one preset: build PRESET EFFORT [TARGET...], with further configure options in CONFIGURE_OPTIONS.
+# EFFORT says what the first build takes.
 build() {
-    local preset=$1
-    shift
-    say "Building ($preset)"
-    cmake --preset "$preset" "${CONFIGURE_OPTIONS[@]}" >/dev/null
-    cmake --build --preset "$preset" ${1:+--target "$@"} | tail -n 1
+    local preset=$1 effort=$2
+    shift 2
+    if [ -e "build/$preset/build.ninja" ]; then
+        effort="only what has changed"
+    fi
+    say "Building in build/$preset: $effort"
+    quietly cmake --preset "$preset" "${CONFIGURE_OPTIONS[@]}"
+    cmake --build --preset "$preset" ${1:+--target "$@"}
 }
 
 BUILD_PACKAGES=(cmake ninja-build g++ libxerces-c-dev libexpat1-dev libre2-dev nlohmann-json3-dev)
 TEST_PACKAGES=(libgtest-dev libxml2-utils python3)
 BROWSER_PACKAGES=(chromium chromium-driver python3-selenium)
+BENCH_PACKAGES=(libbenchmark-dev libspdlog-dev)
 CONFIGURE_OPTIONS=()
