@@ -25,7 +25,8 @@ class SimulatorTest : public testing::Test {
     /// Runs the program in a directory of its own, with both outputs in one.
     Outcome simulate(const std::string& arguments, const std::string& scenario = {}) {
         std::ofstream(directory_ / "scenario") << scenario;
-        const std::string command = "cd " + directory_.string() + " && " SIMULATOR " " + arguments + " 2>&1";
+        const std::string command =
+            "cd '" + directory_.string() + "' && '" SIMULATOR "' " + arguments + " 2>&1";
         std::FILE* pipe = ::popen(command.c_str(), "r");
         Outcome outcome;
         std::array<char, 4096> buffer = {};
@@ -42,7 +43,7 @@ class SimulatorTest : public testing::Test {
     }
     /// The trace of a scenario that must run to its end.
     std::string replay(const std::string& scenario) {
-        const Outcome outcome = simulate("replay scenario --module " FAKE_MODULE " --trace -", scenario);
+        const Outcome outcome = simulate("replay scenario --module '" FAKE_MODULE "' --trace -", scenario);
         EXPECT_EQ(outcome.status, 0);
         return outcome.output;
     }
@@ -210,8 +211,8 @@ TEST_F(SimulatorTest, HangsAreTold) {
         {"0 command reports null\n0 command spin null\n", "host waits in command spin null"},
     };
     for (const auto& [scenario, message] : cases) {
-        const Outcome outcome =
-            simulate("replay scenario --patience 0.2 --trace trace --module " FAKE_MODULE, start + scenario);
+        const Outcome outcome = simulate(
+            "replay scenario --patience 0.2 --trace trace --module '" FAKE_MODULE "'", start + scenario);
         EXPECT_EQ(outcome.status, 1) << scenario;
         EXPECT_TRUE(outcome.output.starts_with(std::string("the module hangs: ") + message))
             << outcome.output;
@@ -220,13 +221,13 @@ TEST_F(SimulatorTest, HangsAreTold) {
 }
 
 TEST_F(SimulatorTest, WaitingForAProgramIsNoHang) {
-    EXPECT_EQ(
-        simulate("replay scenario --patience 0.1 --module " FAKE_MODULE, "0 audit \"sleep 0.4\"\n").status,
-        0);
+    EXPECT_EQ(simulate("replay scenario --patience 0.1 --module '" FAKE_MODULE "'", "0 audit \"sleep 0.4\"\n")
+                  .status,
+              0);
 }
 
 TEST_F(SimulatorTest, RunTakesTypedVerbs) {
-    const Outcome typed = simulate("run --module " FAKE_MODULE " --trace - <scenario",
+    const Outcome typed = simulate("run --module '" FAKE_MODULE "' --trace - <scenario",
                                    "start rsm null\nnonsense\nstop rsm\nend\naudit x\n");
     EXPECT_EQ(typed.status, 1);
     EXPECT_NE(typed.output.find("<stdin>:2: unknown verb 'nonsense'"), std::string::npos) << typed.output;

@@ -3,6 +3,7 @@
 #include "rsm/Rows.h"
 
 #include <cstdlib>
+#include <filesystem>
 #include <string>
 
 #include <gtest/gtest.h>
@@ -11,15 +12,22 @@ namespace {
 
 class ScheduleFault : public testing::Test {
   protected:
-    ScheduleFault() { ::setenv("ASAN_OPTIONS", "verify_asan_link_order=0", 1); }
+    ScheduleFault() {
+        ::setenv("ASAN_OPTIONS", "verify_asan_link_order=0", 1);
+        std::filesystem::create_symlink(FAULTS, library_.path("libkrx-faults.so"));
+    }
     ~ScheduleFault() override { ::unsetenv("LD_PRELOAD"); }
 
     /// Replays follow with this plan of `libkrx-faults.so`.
-    static void plan(const std::string& text) {
-        ::setenv("LD_PRELOAD", FAULTS, 1);
+    void plan(const std::string& text) {
+        ::setenv("LD_PRELOAD", library_.path("libkrx-faults.so").c_str(), 1);
         ::setenv("KRX_FAULTS", text.c_str(), 1);
         ::setenv("KRX_FAULTS_REPORT", "faults.report", 1);
     }
+
+  private:
+    support::Workspace
+        library_;  ///< a link to it: the loader takes a blank in LD_PRELOAD for the end of a name
 };
 
 const std::string kRecord = "ordered 11:00:00 11:30:00 30 30";

@@ -242,6 +242,9 @@ class Campaign:
         self.build = build
         self.simulator = build / "bin" / "krx-agent-sim"
         self.library = build / "lib" / "libkrx-faults.so"
+        for needed in (self.simulator, self.library):
+            if not needed.exists():
+                sys.exit(f"There is no {needed}: build it with its tests (cmake -DBUILD_TESTING=ON).")
 
     def replay(self, scenario, text, plans, clean=None):
         with tempfile.TemporaryDirectory(prefix="krx-faults-") as name:
@@ -251,7 +254,9 @@ class Campaign:
             source = HERE if (HERE / scenario.configuration).exists() else EXAMPLES
             shutil.copy(source / scenario.configuration, directory)
             (directory / "scenario").write_text(text)
-            environment = dict(os.environ, TZ="UTC", LD_PRELOAD=str(self.library), KRX_FAULTS=",".join(plans),
+            # By a link: the loader takes a blank in LD_PRELOAD for the end of a name.
+            (directory / "libkrx-faults.so").symlink_to(self.library)
+            environment = dict(os.environ, TZ="UTC", LD_PRELOAD=str(directory / "libkrx-faults.so"), KRX_FAULTS=",".join(plans),
                                KRX_FAULTS_REPORT="report", KRX_FAULTS_JOURNAL="journal",
                                ASAN_OPTIONS=f"verify_asan_link_order=0:exitcode=23:detect_leaks={scenario.leaks_count}",
                                UBSAN_OPTIONS="print_stacktrace=1",

@@ -40,7 +40,7 @@ PropList* newList(const std::vector<std::array<const char*, 2>>& properties) {
 }
 
 TEST(Exports, TheseAndNoOthers) {
-    FILE* const output = ::popen(NM " -D --defined-only " ZEPHAN_MODULE, "r");
+    FILE* const output = ::popen("'" NM "' -D --defined-only '" ZEPHAN_MODULE "'", "r");
     std::string names;
     std::array<char, 256> line{};
     while (std::fgets(line.data(), line.size(), output) != nullptr) {

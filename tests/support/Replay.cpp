@@ -21,7 +21,7 @@ std::string shortTime(const nlohmann::json& event) {
 Replay::Replay(const Workspace& workspace, const std::string& scenario, const std::string& zone) {
     workspace.write("test.scenario", scenario);
     const std::string command = "cd '" + workspace.path("").string() + "' && TZ='" + zone +
-                                "' " KRX_AGENT_SIM " replay test.scenario --trace test.trace 2>&1";
+                                "' '" KRX_AGENT_SIM "' replay test.scenario --trace test.trace 2>&1";
     FILE* const output = ::popen(command.c_str(), "r");
     std::array<char, 4096> buffer{};
     while (output != nullptr) {

@@ -26,7 +26,7 @@ class ZephanLogTest : public testing::Test {
     /// Runs the program in the workspace's directory: its standard output, and behind it "status N" with what
     /// it said to standard error unless N is 0.
     std::string run(const std::string& arguments) const {
-        return output("cd '" + workspace.path("").string() + "' && TZ=UTC " ZEPHAN_LOG " " + arguments +
+        return output("cd '" + workspace.path("").string() + "' && TZ=UTC '" ZEPHAN_LOG "' " + arguments +
                       " 2>said </dev/null");
     }
 
@@ -74,8 +74,8 @@ TEST_F(ZephanLogTest, ReadsBackWhatTheModuleWrote) {
             fresh.write("here/test.scenario", scenario);
             const std::string command =
                 "cd '" + fresh.path("here").string() +
-                "' && TZ=UTC " KRX_AGENT_SIM " replay test.scenario >/dev/null && " ZEPHAN_LOG
-                " --log-zone UTC --grep '^message' --config config | cut -d ' ' -f 2-";
+                "' && TZ=UTC '" KRX_AGENT_SIM "' replay test.scenario >/dev/null && '" ZEPHAN_LOG
+                "' --log-zone UTC --grep '^message' --config config | cut -d ' ' -f 2-";
             EXPECT_EQ(linesOf(output(command)), expected) << path << ", size " << size;
         }
     }
@@ -166,8 +166,8 @@ TEST_F(ZephanLogTest, TimesGoOnThroughTheHourThatComesTwice) {
 
 TEST_F(ZephanLogTest, StandardInput) {
     EXPECT_EQ(
-        output("printf 'Date:2026-3-1 Time:9:0:0 :: aDate:2026-3-1 Time:9:0:1 :: b' | TZ=UTC " ZEPHAN_LOG
-               " -g b"),
+        output("printf 'Date:2026-3-1 Time:9:0:0 :: aDate:2026-3-1 Time:9:0:1 :: b' | TZ=UTC '" ZEPHAN_LOG
+               "' -g b"),
         "2026-03-01T09:00:01Z b\n");
 }
 
@@ -177,7 +177,7 @@ TEST_F(ZephanLogTest, FollowBeginsWithTheLastTenEntries) {
             << "Date:2026-3-1 Time:9:0:" << second << " :: entry " << second << "\n";
     }
     const std::string command = "cd '" + workspace.path("").string() +
-                                "' && (TZ=UTC " ZEPHAN_LOG " --follow log/k.xml & echo $! >pid; wait)";
+                                "' && (TZ=UTC '" ZEPHAN_LOG "' --follow log/k.xml & echo $! >pid; wait)";
     std::FILE* const stream = ::popen(command.c_str(), "r");
     char line[256] = {};
     for (int second = 5; second < 15; ++second) {
