@@ -1,0 +1,166 @@
+#!/usr/bin/env python3
+"""Does what the documents say still hold? Runs their commands, and compares what they print.
+
+A command is an indented line of a document that begins with a program of the project or of the build. Where a line begins
+with "$ ", what is below it is what the command prints ("..." stands for any lines). Lines in a fenced block are the
+simulator's, as the replays of the examples print them. KRX_AGENT_SIM is the simulator, beside the other programs.
+"""
+import os
+import pathlib
+import re
+import shutil
+import subprocess
+import tempfile
+import unittest
+
+ROOT = pathlib.Path(__file__).resolve().parents[2]
+PROGRAMS = pathlib.Path(os.environ["KRX_AGENT_SIM"]).parent
+DOCUMENTS = sorted(path.relative_to(ROOT) for pattern in ("*.md", "docs/*.md", "tests/**/*.md") for path in ROOT.glob(pattern))
+COMMAND = re.compile(r"(\$ |(scripts|bench|tests|build)/\S|\.\./release/|krx-agent-sim |zephan-|cmake |ctest |xmllint |curl |lnav |"
+                     r"git |for |cd |mkdir |cp |[A-Z_]+=\S+ )")
+
+# What is not run here, and why.
+SKIPPED = [
+    (r"\[|FILE\b|SCENARIO", "a form, not a command"),
+    (r"^scripts/(demo|test|lint)|^cmake|^ctest|^bench/run|ctest --preset", "takes minutes, and builds in the tree that is being tested"),
+    (r"^tests/faults/campaign\.py build/(release$|asan)|^tests/mutation|^bench/zephan_log\.py", "takes minutes; the tests run a short form"),
+    (r"^tests/faults/long_run\.py", "the tests run a short form"),
+    (r"^build/fuzz", "takes minutes, and needs clang"),
+    (r"^git diff", "shows what was changed, which is not for a test"),
+    (r" run ", "on the real clock"),
+    (r"lnav", "a program for a terminal"),
+    (r"yesterday", "asks for a log of last night"),
+]
+
+# What a reader has at this point of a document: a directory below the tree, and what was done there before.
+VISIT = ("build/demo/service-visit", "krx-agent-sim replay ../../../examples/service-visit.scenario")
+READER = {
+    "docs/zephan-log.md": VISIT,
+    "docs/session-page.md": (".", "krx-agent-sim replay examples/service-visit.scenario --trace trace.jsonl"),
+    "tests/golden/README.md": (".", "cp tests/golden/entry.scenario tests/golden/*.xml ."),
+}
+
+
+def blocks(document):
+    """The indented blocks of a document, each a list of (line number, text)."""
+    block, before, fenced = [], "", False
+    for number, line in enumerate((ROOT / document).read_text(encoding="utf-8").splitlines() + [""], 1):
+        fenced ^= line.startswith("```")
+        if not fenced and line.startswith("    ") and (block or not before.strip()):
+            block.append((number, line[4:]))
+        else:
+            if block:
+                yield block
+            block = []
+        before = line
+
+
+def commands(document):
+    """The commands of a document: the line, the text, and what it prints or None."""
+    for block in blocks(document):
+        shown = any(text.startswith("$ ") for _, text in block)
+        found, loop = [], False
+        for number, text in block:
+            if shown and text.startswith("$ "):
+                found.append([number, text[2:], []])
+            elif shown and found:
+                found[-1][2].append(text)
+            elif loop:
+                found[-1][1] += "\n" + text
+                loop = text != "done" and not text.startswith("done ")
+            elif not shown and COMMAND.match(text):
+                text = re.sub(r"\s+# .*", "", text)
+                if not re.search(r"\S {3,}\S", text):  # a table of figures
+                    found.append([number, text, None])
+                    loop = text.startswith("for ")
+        yield from found
+
+
+def fits(shown, printed):
+    """Whether printed lines are the shown ones, "..." being any."""
+    pattern = "".join("(?:.*\n)*" if line.strip() == "..." else re.escape(line.rstrip()) + "\n" for line in shown)
+    return re.fullmatch(pattern, "".join(line.rstrip() + "\n" for line in printed)) is not None
+
+
+class DocumentsTest(unittest.TestCase):
+    def setUp(self):
+        self.directory = pathlib.Path(tempfile.mkdtemp(prefix="documents-"))
+        self.addCleanup(shutil.rmtree, self.directory)
+        for entry in ROOT.iterdir():
+            if entry.name not in ("build", ".git"):
+                (self.directory / entry.name).symlink_to(entry)
+        (self.directory / "build" / "release").mkdir(parents=True)
+        (self.directory / "build" / "release" / "bin").symlink_to(PROGRAMS)
+        self.place(self.directory)
+
+    def place(self, directory):
+        """A directory as the example configuration wants it."""
+        for folder in ("log", "state"):
+            (directory / folder).mkdir(parents=True, exist_ok=True)
+        shutil.copy(ROOT / "examples" / "zephan-config.xml", directory)
+
+    def shell(self, command, directory):
+        # By its name first: a reader has the installed programs, or says where they are.
+        environment = dict(os.environ, PATH=f"{PROGRAMS}:{os.environ['PATH']}", TZ="UTC", LC_ALL="C.UTF-8")
+        return subprocess.run(["sh", "-ec", command], cwd=directory, env=environment, stdin=subprocess.DEVNULL, timeout=60,
+                              stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True, errors="replace")
+
+    def test_commands(self):
+        ran = 0
+        for document in DOCUMENTS:
+            folder, before = READER.get(str(document), (".", "true"))
+            directory = self.directory / folder
+            self.place(directory)
+            self.assertEqual(self.shell(before, directory).returncode, 0, before)
+            done = ""  # a directory that was entered stays the reader's
+            for number, command, shown in commands(document):
+                if any(re.search(pattern, command) for pattern, _ in SKIPPED):
+                    continue
+                with self.subTest(document=str(document), line=number, command=command):
+                    result = self.shell(f"{done}{command}", directory)
+                    self.assertEqual(result.returncode, 0, result.stdout)
+                    if shown is not None:
+                        self.assertTrue(fits(shown, result.stdout.splitlines()), result.stdout)
+                    if command.startswith("cd "):
+                        done += command + "\n"
+                    ran += 1
+        self.assertGreater(ran, 8)
+
+    def test_timelines(self):
+        """What the README shows of a session is what the simulator prints of the examples."""
+        printed = set()
+        for scenario in (ROOT / "examples").glob("*.scenario"):
+            directory = self.directory / "replays" / scenario.stem
+            self.place(directory)
+            printed.update(line.rstrip() for line in self.shell(f"krx-agent-sim replay '{scenario}' --brief", directory).stdout.splitlines())
+        for fence in re.findall(r"^```\n(.*?)^```$", (ROOT / "README.md").read_text(encoding="utf-8"), re.M | re.S):
+            for line in fence.splitlines():
+                self.assertTrue(line.strip() == "..." or line.rstrip() in printed, line)
+
+    def test_links(self):
+        for document in DOCUMENTS:
+            for target in re.findall(r"\]\(([^)#\s]+)", (ROOT / document).read_text(encoding="utf-8")):
+                if "://" not in target:
+                    self.assertTrue(((ROOT / document).parent / target).exists(), f"{document}: {target}")
+
+    def test_help(self):
+        """Each program of the tree says what it does, from anywhere, and refuses what it does not know."""
+        for program in [path for path in (ROOT / "scripts").iterdir() if os.access(path, os.X_OK)] + [
+                ROOT / "bench" / "run", ROOT / "bench" / "zephan_log.py", *(ROOT / "tests" / "faults").glob("*.py"),
+                ROOT / "tests" / "mutation" / "mutate.py"]:
+            with self.subTest(program=program.name):
+                result = self.shell(f"'{program}' --help", "/")
+                self.assertEqual(result.returncode, 0, result.stdout)
+                self.assertIn(program.name, result.stdout)
+                if program.name != "run":  # hands options on
+                    self.assertEqual(self.shell(f"'{program}' --unheard-of", "/").returncode, 2)
+
+    def test_headers_fit(self):
+        """A page that is read first is read in a terminal."""
+        for header in (ROOT / "include").iterdir():
+            for number, line in enumerate(header.read_text(encoding="utf-8").splitlines(), 1):
+                self.assertLessEqual(len(line), 112, f"{header.name}:{number}")
+
+
+if __name__ == "__main__":
+    unittest.main()
