@@ -12,6 +12,19 @@ activity told through a link | 1 enterprise thread on; 5 connect 1 30; 40 audit 
     | 35..95/30 | 5 grace, 40 activity, 65 grace, 95 off
 a log that is locked | 1 log-lock on; 1 enterprise thread on; 5 connect 1 30; 40 audit opened; 50 audit closed; 200 stop logger
     | 35..95/30 | 5 grace, 40 activity, 65 grace, 95 off
+a connect during the report of the end | 1 enterprise delay 10; 5 connect 1 30; 80 connect 1 30 | | 
+a connect that overtakes the report of the end | 74 enterprise delay 10; 5 connect 1 30; 79 enterprise delay 1; 80 connect 1 30 | | 
+activity during a report | 1 enterprise delay 10; 5 connect 1 30; 40 enterprise thread on; 41 audit opened; 60 audit closed | |
+a start beside a late answer | 1 enterprise delay 10; 5 connect 5 30; 6 schedule 11:00:00 30 1; 40 start logger config.xml | |
 )");
+
+const Table stops("HarshAgent", __LINE__, R"(
+a stop beside a report | 1 thread-destroy STEP; 1 enterprise delay 10; 5 connect 10 30; 6 stop logger; 40 start logger config.xml;
+    40 start rsm config.xml; 41 connect 1 30 | | | "t":9.000,"thread":"host","event":"call","verb":"stop logger","result":0
+a stop beside a sleep | 1 thread-destroy STEP; 5 connect 10 30; 6 stop logger; 40 start logger config.xml;
+    40 start rsm config.xml; 41 connect 1 30 | | | "t":9.000,"thread":"host","event":"call","verb":"stop logger","result":0
+a stop beside a link | 1 thread-destroy STEP; 1 enterprise delay 10; 1 enterprise thread on; 5 connect 10 30; 6 stop logger;
+    40 start logger config.xml; 40 start rsm config.xml; 41 connect 1 30 | | | "t":9.000,"thread":"host","event":"call","verb":"stop logger","result":0
+)", {"sleep", "anywhere", "unwind", "leave"});
 
 }  // namespace

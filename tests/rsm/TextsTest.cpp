@@ -61,11 +61,12 @@ TEST(Schedule, NoLockIsHeldWhileTheAgentIsCalled) {
         void onLog(int /*level*/, std::string_view text) override {
             if (text.find("GOING TO PUT") != std::string_view::npos && !seen.exchange(true)) {
                 second = std::async(std::launch::async,
-                                    [this] { return handler->executeScheduleCommand(&input, nullptr); });
+                                    [this] { return handler->executeScheduleCommand(&input, nullptr, *controller); });
                 finished = second.wait_for(std::chrono::seconds(10)) == std::future_status::ready;
             }
         }
         ScheduleRSMHandler* handler = nullptr;
+        ZephanRSMSingleTon::Reference controller = ZephanRSMSingleTon::getInstance();
         PropList input{};
         std::atomic<bool> seen = false;
         std::future<std::int32_t> second;
@@ -80,7 +81,7 @@ TEST(Schedule, NoLockIsHeldWhileTheAgentIsCalled) {
                          {texts[2].data(), nullptr, nullptr, texts[3].data()}};
     observer.handler = &handler;
     observer.input = {properties, 2};
-    EXPECT_EQ(handler.executeScheduleCommand(&observer.input, nullptr), 1);
+    EXPECT_EQ(handler.executeScheduleCommand(&observer.input, nullptr, *observer.controller), 1);
     EXPECT_TRUE(observer.finished);
     EXPECT_FALSE(handler.isScheduleCurrent());
     EXPECT_NE(workspace.read("schedule.xml").find("<RSMEndTime>05:36:00</RSMEndTime>"), std::string::npos);
