@@ -3,6 +3,8 @@
 #include "OCM.h"
 #include "Observer.h"
 #include "Plugs.h"
+#include "Runtime.h"
+#include "Thread.h"
 #include "platform/agent/Registration.h"
 #include "platform/agent/ServiceAgent.h"
 
@@ -27,7 +29,12 @@ struct ServiceAgent::Implementation {
 };
 
 void VirtualAsset::ForcePoll() {
+    const agent::AgentCall call("ForcePoll");
     agent::observer().onForcePoll();
+    const std::chrono::milliseconds delay = agent::settings().pollDelay;
+    if (delay.count() > 0) {
+        agent::Thread::block(delay, [] { return false; });
+    }
 }
 
 const Services::RegistrationNS::Asset& VirtualAsset::GetAssetProfile() const {
@@ -84,10 +91,13 @@ AgentHost::AgentHost(Plugs plugs) : implementation_(std::make_unique<Implementat
         throw std::logic_error("AgentHost: there is one already");
     }
     plugIn(plugs.observer, plugs.runtime);
-    setLogRouting(true);
+    settings().reset();
 }
 
 AgentHost::~AgentHost() {
+    if (!endThreads()) {
+        static_cast<void>(implementation_.release());  // A thread that cannot be ended may come back to it.
+    }
     plugIn(nullptr, nullptr);
     hostExists = false;
 }
@@ -105,7 +115,31 @@ void AgentHost::setPollInterval(unsigned int seconds) {
 }
 
 void AgentHost::setRouting(bool on) {
-    setLogRouting(on);
+    settings().routing = on;
+}
+
+void AgentHost::setPollDelay(std::chrono::milliseconds delay) {
+    settings().pollDelay = delay;
+}
+
+void AgentHost::setEnterpriseDelay(std::chrono::milliseconds delay) {
+    settings().enterpriseDelay = delay;
+}
+
+void AgentHost::setLinkThread(bool on) {
+    settings().linkThread = on;
+}
+
+void AgentHost::setLogLock(bool on) {
+    settings().logLock = on;
+}
+
+void AgentHost::setThreadDestroy(ThreadDestroy how) {
+    settings().threadDestroy = how;
+}
+
+bool AgentHost::endThreads() {
+    return runtime().endAll();
 }
 
 std::int8_t AgentHost::audit(const char* message) {

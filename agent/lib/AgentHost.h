@@ -4,8 +4,10 @@
 #pragma once
 
 #include "Enterprise.h"
+#include "Settings.h"
 #include "platform/agent/Api.h"
 
+#include <chrono>
 #include <cstdint>
 #include <memory>
 
@@ -19,8 +21,8 @@ class Observer;
 class Runtime;
 
 /// The agent around its libraries. The libraries are the process's, so there is one host at a time (a second
-/// one throws std::logic_error). No module thread may run, and no call be inside the libraries, while a host
-/// is created or destroyed.
+/// one throws std::logic_error). No call may be inside the libraries while a host is created or destroyed,
+/// but for those of module threads that were left to run: the destructor ends them.
 class KRX_API AgentHost final {
   public:
     /// What is plugged in is not owned and must outlive the host. Without an enterprise every record is
@@ -47,6 +49,22 @@ class KRX_API AgentHost final {
     void setPollInterval(unsigned int seconds);
     /// Whether log lines go to the log hook while it is set (at first they do).
     void setRouting(bool on);
+    /// How long a poll takes (nothing at first).
+    void setPollDelay(std::chrono::milliseconds delay);
+    /// How long the enterprise takes to answer a record (nothing at first).
+    void setEnterpriseDelay(std::chrono::milliseconds delay);
+    /// Whether a record is sent on a link thread, which hands the agent's log one line and one audit message
+    /// before it answers, while the caller waits (at first it is sent on the caller's).
+    void setLinkThread(bool on);
+    /// Whether `KRXLog` holds one re-entrant lock of the agent while it formats and calls the hook (at first
+    /// not).
+    void setLogLock(bool on);
+    /// What `KRXThreadDestroy` does to a thread that still runs (`sleep` at first).
+    void setThreadDestroy(ThreadDestroy how);
+    /// Ends all threads of the libraries that still run, those left by `KRXThreadDestroy` among them, in
+    /// their calls of the agent; a host does so before it unloads the module. False when one does not come
+    /// out of the module within some seconds.
+    bool endThreads();
     /// Hands an audit message to the audit hook: its answer, or -1 when none is set.
     std::int8_t audit(const char* message);
 

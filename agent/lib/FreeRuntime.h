@@ -3,12 +3,27 @@
 
 #include "Runtime.h"
 
+#include <condition_variable>
+#include <mutex>
+
 namespace agent {
 
-class FreeRuntime final : public Runtime {
+class KRX_API FreeRuntime final : public Runtime {
   public:
-    std::unique_ptr<Thread> construct() override;
-    void sleepHost(std::chrono::milliseconds time) override;
+    /// All times that the module and the host set pass `speed` times as fast; for tests of what takes seconds.
+    explicit FreeRuntime(int speed = 1) : speed_(speed) {}
+    Thread* construct(Thread::Kind kind) override;
+    bool start(Thread& thread) override;
+    void end(Thread& thread, ThreadDestroy how) override;
+    void release(Thread& thread) override;
+    bool endAll() override;
+    void wait(std::chrono::milliseconds time, const Condition& until) override;
+    void change(const std::function<void()>& change) override;
+
+  private:
+    const int speed_;
+    std::mutex mutex_;
+    std::condition_variable changed_;
 };
 
 }  // namespace agent

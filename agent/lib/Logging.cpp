@@ -1,7 +1,9 @@
 #include "platform/agent/Logging.h"
 
+#include "LogLock.h"
 #include "Observer.h"
 #include "Plugs.h"
+#include "Thread.h"
 
 #include <atomic>
 #include <cstdarg>
@@ -9,16 +11,17 @@
 #include <cstdlib>
 #include <memory>
 #include <new>
+
 namespace {
 
 std::atomic<KRXLogHook> logHook = nullptr;
 std::atomic<KRXLogAuditHook> auditHook = nullptr;
-std::atomic<bool> routing = true;
 
 void deliver(int level, const char* text) {
     agent::observer().onLog(level, text);
     const KRXLogHook hook = logHook;
-    if (hook != nullptr && routing) {
+    if (hook != nullptr && agent::settings().routing) {
+        const agent::ModuleCall call("the log hook");
         hook(static_cast<std::uint8_t>(level), text);
     }
 }
@@ -26,6 +29,8 @@ void deliver(int level, const char* text) {
 }  // namespace
 
 void KRXLog(int level, const char* format, ...) {
+    const agent::AgentCall call("KRXLog");
+    const agent::LogLock lock(agent::settings().logLock);
     char* text = nullptr;
     std::va_list arguments;
     va_start(arguments, format);
@@ -52,13 +57,13 @@ void KRXLogSetAuditFunc(KRXLogAuditHook hook) {
 
 namespace agent {
 
-void setLogRouting(bool on) {
-    routing = on;
-}
-
 std::int8_t callAuditHook(const char* message) {
     const KRXLogAuditHook hook = auditHook;
-    return hook == nullptr ? std::int8_t{-1} : hook(message);
+    if (hook == nullptr) {
+        return -1;
+    }
+    const ModuleCall call("the audit hook");
+    return hook(message);
 }
 
 }  // namespace agent

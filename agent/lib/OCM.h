@@ -12,10 +12,9 @@ class OCM final {
     OCM(const OCM&) = delete;
     OCM& operator=(const OCM&) = delete;
 
-    /// Delivers a record: the enterprise's answer.
-    std::int8_t deliver(const std::string& member, const agent::NamedValues& properties) {
-        return enterprise_ == nullptr ? std::int8_t{0} : enterprise_->receive(member, properties);
-    }
+    /// Delivers a record, on the calling thread or on a link thread for which it waits: the enterprise's
+    /// answer.
+    std::int8_t deliver(const std::string& member, const agent::NamedValues& properties);
 
   private:
     agent::Enterprise* enterprise_;

@@ -21,9 +21,14 @@ Observer& observer() {
 }
 
 Runtime& runtime() {
-    static FreeRuntime free;
+    static auto& free = *new FreeRuntime;  // Threads may go on to the end of the process.
     Runtime* plugged = currentRuntime;
     return plugged == nullptr ? free : *plugged;
+}
+
+Settings& settings() {
+    static Settings all;
+    return all;
 }
 
 void plugIn(Observer* observer, Runtime* runtime) {

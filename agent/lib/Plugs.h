@@ -1,6 +1,8 @@
 // What the current host program plugged into the libraries.
 #pragma once
 
+#include "Settings.h"
+
 #include <cstdint>
 
 namespace agent {
@@ -12,12 +14,12 @@ class Runtime;
 Observer& observer();
 /// The plugged-in runtime, or the one whose threads run freely.
 Runtime& runtime();
+/// How the agent behaves.
+Settings& settings();
 
 /// Plugs in both; null takes the defaults.
 void plugIn(Observer* observer, Runtime* runtime);
 
-/// Whether log lines go to the log hook.
-void setLogRouting(bool on);
 /// Calls the audit hook; -1 when there is none.
 std::int8_t callAuditHook(const char* message);
 

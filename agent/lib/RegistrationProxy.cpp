@@ -1,6 +1,7 @@
 #include "OCM.h"
 #include "Observer.h"
 #include "Plugs.h"
+#include "Thread.h"
 #include "platform/agent/Registration.h"
 
 #include <memory>
@@ -43,6 +44,7 @@ RegistrationProxy::~RegistrationProxy() {
 }
 
 std::int8_t RegistrationProxy::UpdateAsset(Asset& asset, int /*flags*/) {
+    const agent::AgentCall call("UpdateAsset");
     Messaging::OCM* channel = nullptr;
     {
         const std::lock_guard lock(implementation_->mutex);

@@ -1,23 +1,54 @@
-// Where the threads of the module come from and how they pass time.
+// Where the threads of the agent's library come from and how they pass time.
 #pragma once
 
+#include "Settings.h"
+#include "Thread.h"
+
 #include <chrono>
+#include <functional>
+#include <list>
 #include <memory>
 
 namespace agent {
 
-class Thread;
-
-/// Makes threads. The thread that a host program creates itself is a host thread; it sleeps through the
-/// runtime.
-class Runtime {
+/// Makes threads, owns them, and lets the threads of the process wait: its own and the host's.
+class KRX_API Runtime {
   public:
-    virtual ~Runtime() = default;
+    using Condition = std::function<bool()>;
 
-    /// A thread ready to be started, or null when there is none to be had.
-    virtual std::unique_ptr<Thread> construct() = 0;
-    /// Blocks the calling host thread.
-    virtual void sleepHost(std::chrono::milliseconds time) = 0;
+    Runtime() = default;
+    Runtime(const Runtime&) = delete;
+    Runtime& operator=(const Runtime&) = delete;
+    /// No thread may be active. Those that a thread object of the module still stands for stay for ever,
+    /// since it may be destroyed later.
+    virtual ~Runtime();
+
+    /// A thread that can be started, or null when there is none to be had.
+    virtual Thread* construct(Thread::Kind kind) = 0;
+    /// Starts a prepared thread; false when it cannot be had.
+    virtual bool start(Thread& thread) = 0;
+    /// Ends an active thread in this way; waits for it a moment at most. A thread that names itself runs on.
+    virtual void end(Thread& thread, ThreadDestroy how) = 0;
+    /// The thread is not used from outside any more; its object goes when it has ended.
+    virtual void release(Thread& thread) = 0;
+    /// Ends all threads but the calling one in their calls of the agent, and those of the module that come
+    /// into one. False when some of them do not come.
+    virtual bool endAll() = 0;
+
+    /// Blocks the calling thread until `until` holds or for `time`. Conditions are looked at on any thread,
+    /// one at a time.
+    virtual void wait(std::chrono::milliseconds time, const Condition& until) = 0;
+    /// Makes a change on which a condition may depend.
+    virtual void change(const std::function<void()>& change) = 0;
+
+  protected:
+    Thread* add(std::unique_ptr<Thread> thread);
+    /// Takes out those that are over; releasing one waits until the system's thread has gone.
+    std::list<std::unique_ptr<Thread>> takeOver();
+    const std::list<std::unique_ptr<Thread>>& threads() const { return threads_; }
+
+  private:
+    std::list<std::unique_ptr<Thread>> threads_;
 };
 
 }  // namespace agent

@@ -39,7 +39,7 @@ std::int8_t KRXThreadConstruct(KRXThread* thread) {
     }
     thread->state = nullptr;
     try {
-        thread->state = agent::runtime().construct().release();
+        thread->state = agent::runtime().construct(agent::Thread::Kind::module);
     } catch (const std::bad_alloc&) {
         return -1;
     }
@@ -54,7 +54,10 @@ std::int8_t KRXThreadStart(KRXThread* thread, const char* name, int priority, in
     }
     try {
         const std::string threadName = name == nullptr ? "" : name;
-        const std::int8_t result = state->start(threadName, priority, entry, argument) ? 0 : -1;
+        const bool started = entry != nullptr && state->prepare(threadName, priority, [entry, argument] {
+            return entry(argument);
+        }) && agent::runtime().start(*state);
+        const std::int8_t result = started ? 0 : -1;
         agent::observer().onThreadStart(threadName, result);
         return result;
     } catch (const std::bad_alloc&) {
@@ -68,8 +71,10 @@ int KRXThreadIsActive(KRXThread* thread) {
 }
 
 std::int8_t KRXWaitForThread(KRXThread* thread, int* result, unsigned int milliseconds) {
-    agent::Thread* state = threadOf(thread);
-    if (state == nullptr || !state->waitForEnd(std::chrono::milliseconds(milliseconds))) {
+    const agent::AgentCall call("KRXWaitForThread");
+    const agent::Thread* state = threadOf(thread);
+    if (state == nullptr || !agent::Thread::block(std::chrono::milliseconds(milliseconds),
+                                                  [state] { return !state->isActive(); })) {
         return -1;
     }
     if (result != nullptr) {
@@ -83,21 +88,20 @@ void KRXThreadDestroy(KRXThread* thread) {
     if (state == nullptr) {
         return;
     }
-    const bool ran = state->isActive();
-    state->stop();
-    if (ran && !state->completed()) {
-        agent::observer().onThreadDestroyed(state->name());
+    const agent::AgentCall call("KRXThreadDestroy");
+    if (state->isActive()) {
+        agent::runtime().end(*state, agent::settings().threadDestroy);
+        if (!state->completed()) {
+            agent::observer().onThreadDestroyed(state->name());
+        }
     }
-    delete state;
+    agent::runtime().release(*state);
     thread->state = nullptr;
 }
 
 void KRXThreadSleep(unsigned int milliseconds) {
-    const std::chrono::milliseconds time(milliseconds);
+    const agent::AgentCall call("KRXThreadSleep", true);
     agent::observer().onSleep(milliseconds);
-    if (agent::Thread* self = agent::Thread::current()) {
-        self->sleep(time);
-    } else {
-        agent::runtime().sleepHost(time);
-    }
+    agent::Thread::block(
+        std::chrono::milliseconds(milliseconds), [] { return false; }, true);
 }

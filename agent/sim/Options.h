@@ -1,6 +1,7 @@
 // The command line.
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <optional>
 #include <stdexcept>
@@ -15,12 +16,19 @@ class UsageError final : public std::runtime_error {
 };
 
 struct Options {
-    enum class Mode : std::uint8_t { replay, run, help, version };
+    enum class Mode : std::uint8_t { replay, run, report, help, version };
 
     Mode mode = Mode::help;
     std::optional<std::string> scenario;
     std::string module;
     std::optional<std::string> trace;  ///< "-" stands for standard output
+    /// How long the module may hold everything up. At first longer than any of its calls takes, with a
+    /// sanitizer on a busy machine, too.
+    std::chrono::milliseconds patience = std::chrono::seconds(15);
+    std::optional<std::string> report;  ///< the page's file
+    std::string keptTrace;              ///< of which a page is to be made
+    std::optional<std::string> configuration;
+    std::optional<std::chrono::seconds> clock;  ///< since 1970, at the start of the kept trace
 };
 
 /// Throws UsageError.

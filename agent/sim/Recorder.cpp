@@ -1,6 +1,7 @@
 #include "Recorder.h"
 
 #include "Clock.h"
+#include "Place.h"
 #include "StdoutCapture.h"
 #include "Thread.h"
 #include "TraceFile.h"
@@ -25,6 +26,7 @@ std::string currentThread() {
 }  // namespace
 
 void Recorder::recordCall(Fields fields, const std::string& remark) {
+    const agent::Place place("the trace", agent::Place::Side::agent);
     recordStdout();
     recordOf(currentThread(), "call", std::move(fields), remark);
     trace_.flush();
@@ -74,7 +76,11 @@ void Recorder::record(std::string_view name, Fields fields) {
 
 void Recorder::recordOf(const std::string& thread, std::string_view name, Fields fields,
                         const std::string& remark) {
-    trace_.write({clock_.now(), clock_.wall(), thread, name, std::move(fields), remark});
+    const Event event{clock_.now(), clock_.wall(), thread, name, std::move(fields), remark};
+    trace_.write(event);
+    for (EventListener* listener : listeners_) {
+        listener->onEvent(event);
+    }
 }
 
 void Recorder::recordStdout() {

@@ -1,27 +1,99 @@
 #include "Scheduler.h"
 
-#include "ScheduledThread.h"
+#include "Event.h"
 
 #include <algorithm>
-#include <system_error>
 #include <utility>
+
+#include <sys/wait.h>
 
 namespace sim {
 
-Scheduler::~Scheduler() {
-    stopAll();
-    for (ScheduledThread* thread : threads_) {
-        thread->scheduler_ = nullptr;
+namespace {
+
+/// Whether a program that this process started still runs.
+bool childRuns() {
+    siginfo_t ended = {};
+    return ::waitid(P_ALL, 0, &ended, WEXITED | WNOHANG | WNOWAIT) == 0 && ended.si_pid == 0;
+}
+
+}  // namespace
+
+/// A thread that takes turns.
+struct Scheduler::TakingTurns final : agent::Thread {
+    explicit TakingTurns(Kind kind) : Thread(kind) {}
+
+    Party party{Rank::thread};
+};
+
+Scheduler::Scheduler(Clock& clock, HangHandler onHang, std::chrono::milliseconds patience)
+    : clock_(clock), onHang_(std::move(onHang)) {
+    host_.whereabouts = &agent::Place::here();
+    if (onHang_) {
+        watch_ = std::thread(&Scheduler::watch, this, patience);
     }
 }
 
-std::unique_ptr<agent::Thread> Scheduler::construct() {
-    return std::exchange(failConstruct_, false) ? nullptr : std::make_unique<ScheduledThread>(this);
+Scheduler::~Scheduler() {
+    if (watch_.joinable()) {
+        {
+            const std::lock_guard lock(mutex_);
+            watchEnds_ = true;
+        }
+        watchEnd_.notify_all();
+        watch_.join();
+    }
+    stopAll();
 }
 
-void Scheduler::sleepHost(std::chrono::milliseconds time) {
-    std::unique_lock lock(mutex_);
-    block(lock, host_, after(time), nullptr);
+agent::Thread* Scheduler::construct(agent::Thread::Kind kind) {
+    takeOver().clear();
+    if (kind == agent::Thread::Kind::module && std::exchange(failConstruct_, false)) {
+        return nullptr;
+    }
+    return add(std::make_unique<TakingTurns>(kind));
+}
+
+bool Scheduler::start(agent::Thread& thread) {
+    const bool isModules = thread.kind() == agent::Thread::Kind::module;
+    auto& started = static_cast<TakingTurns&>(thread);
+    if ((isModules && std::exchange(failStart_, false)) ||
+        !thread.launch([this, &started] { body(started); })) {
+        return false;
+    }
+    activeThreads_ += isModules ? 1 : 0;
+    ready_.push_back(&started.party);
+    return true;
+}
+
+void Scheduler::end(agent::Thread& thread, agent::ThreadDestroy how) {
+    if (&thread != agent::Thread::current()) {
+        thread.halt(how);
+        end(static_cast<TakingTurns&>(thread));
+    }
+}
+
+void Scheduler::release(agent::Thread& thread) {
+    thread.disown();
+    takeOver().clear();
+}
+
+bool Scheduler::endAll() {
+    stopAll();
+    return true;
+}
+
+void Scheduler::wait(std::chrono::milliseconds time, const Condition& until) {
+    if (!until()) {
+        std::unique_lock lock(mutex_);
+        block(lock, caller(), after(time), &until);
+    }
+}
+
+void Scheduler::change(const std::function<void()>& change) {
+    const std::lock_guard lock(mutex_);
+    change();
+    wake();
 }
 
 Scheduler::Wake Scheduler::idle(Instant due, bool untilNoThreads) {
@@ -31,6 +103,7 @@ Scheduler::Wake Scheduler::idle(Instant due, bool untilNoThreads) {
     interrupted_ = false;
     block(lock, host_, std::max(due, clock_.now()), nullptr);
     host_.rank = Rank::waitingHost;
+    ++progress_;
     if (interrupted_) {
         return Wake::interrupted;
     }
@@ -39,84 +112,87 @@ Scheduler::Wake Scheduler::idle(Instant due, bool untilNoThreads) {
 
 std::vector<std::string> Scheduler::stopAll() {
     std::vector<std::string> names;
-    for (ScheduledThread* thread : threads_) {
-        thread->party_.stopped = true;  // None of them may run while another one is being ended.
-    }
-    for (ScheduledThread* thread : threads_) {
+    for (const auto& thread : threads()) {
         if (thread->isActive()) {
-            names.push_back(thread->name());
+            // None of them may run while another one is being ended.
+            thread->halt(agent::ThreadDestroy::anywhere);
+            if (thread->kind() == agent::Thread::Kind::module) {
+                names.push_back(thread->name());
+            }
         }
-        thread->stop();
+    }
+    for (const auto& thread : threads()) {
+        if (thread->isActive()) {
+            end(static_cast<TakingTurns&>(*thread));
+        }
     }
     return names;
 }
 
 void Scheduler::releaseAll() {
-    while (!threads_.empty()) {
-        delete threads_.front();
+    for (const auto& thread : threads()) {
+        thread->disown();
     }
+    takeOver().clear();
 }
 
-bool Scheduler::begin(ScheduledThread& thread) {
-    if (std::exchange(failStart_, false)) {
-        return false;
-    }
-    try {
-        thread.thread_ = std::thread(&Scheduler::body, this, std::ref(thread));
-    } catch (const std::system_error&) {
-        return false;
-    }
-    thread.party_.active = true;
-    ++activeThreads_;
-    ready_.push_back(&thread.party_);
-    return true;
-}
-
-void Scheduler::body(ScheduledThread& thread) {
-    Party& self = thread.party_;
+void Scheduler::body(TakingTurns& thread) {
+    Party& self = thread.party;
+    const struct End {
+        Scheduler& scheduler;
+        TakingTurns& thread;
+        ~End() {  // also when the thread is unwound
+            const std::lock_guard lock(scheduler.mutex_);
+            thread.setEnded();
+            scheduler.activeThreads_ -= thread.kind() == agent::Thread::Kind::module ? 1 : 0;
+            scheduler.wake();
+            scheduler.passTurn();
+        }
+    } end{*this, thread};
     {
         std::unique_lock lock(mutex_);
+        self.whereabouts = &agent::Place::here();
         self.turn.wait(lock, [&] { return holder_ == &self; });
     }
-    if (!self.stopped) {
-        thread.run();
-    }
-    const std::lock_guard lock(mutex_);
-    self.active = false;
-    --activeThreads_;
-    const auto firstWaiting = std::stable_partition(
-        blocked_.begin(), blocked_.end(), [&](const Party* party) { return party->awaited != &self; });
-    ready_.insert(ready_.begin(), firstWaiting, blocked_.end());
-    blocked_.erase(firstWaiting, blocked_.end());
-    passTurn();
+    thread.run();
 }
 
-void Scheduler::stop(ScheduledThread& thread) {
-    Party& party = thread.party_;
-    party.stopped = true;
-    if (party.active) {
-        std::unique_lock lock(mutex_);
-        std::erase(blocked_, &party);
-        std::erase(ready_, &party);
-        ready_.push_front(&party);
-        block(lock, caller(), kNever, &party);
+/// Lets a halted thread end at once, if it can.
+void Scheduler::end(TakingTurns& thread) {
+    if (!thread.leavesNow()) {
+        return;
     }
-    if (thread.thread_.joinable()) {
-        thread.thread_.join();
-    }
-}
-
-void Scheduler::block(std::unique_lock<std::mutex>& lock, Party& self, Instant due, const Party* awaited) {
-    self.due = due;
-    self.awaited = awaited;
-    blocked_.push_back(&self);
+    Party& party = thread.party;
+    Party& self = caller();
+    std::unique_lock lock(mutex_);
+    std::erase(blocked_, &party);
+    std::erase(ready_, &party);
+    ready_.push_front(&self);  // goes on when that one has ended, or waits on its way out
+    ready_.push_front(&party);
     passTurn();
     self.turn.wait(lock, [&] { return holder_ == &self; });
 }
 
+void Scheduler::block(std::unique_lock<std::mutex>& lock, Party& self, Instant due, const Condition* until) {
+    self.due = due;
+    self.until = until;
+    blocked_.push_back(&self);
+    passTurn();
+    self.turn.wait(lock, [&] { return holder_ == &self; });
+    self.until = nullptr;
+}
+
 Scheduler::Party& Scheduler::caller() {
-    auto* self = static_cast<ScheduledThread*>(agent::Thread::current());
-    return self == nullptr ? host_ : self->party_;
+    auto* self = static_cast<TakingTurns*>(agent::Thread::current());
+    return self == nullptr ? host_ : self->party;
+}
+
+void Scheduler::wake() {
+    const auto firstAwake = std::stable_partition(blocked_.begin(), blocked_.end(), [](const Party* party) {
+        return party->until == nullptr || !(*party->until)();
+    });
+    ready_.insert(ready_.begin(), firstAwake, blocked_.end());
+    blocked_.erase(firstAwake, blocked_.end());
 }
 
 void Scheduler::passTurn() {
@@ -129,13 +205,18 @@ void Scheduler::passTurn() {
         next = &host_;
     } else {
         next = earliest();
-        if (next->due > clock_.now() && !clock_.advance(next->due, hostIdles)) {
-            interrupted_ = true;
-            next = &host_;
+        if (onHang_ && allWaitForEver()) {
+            onHang_(whoWaitsWhere());
+        }
+        if (next->due > clock_.now()) {
+            if (!clock_.advance(next->due, hostIdles)) {
+                interrupted_ = true;
+                next = &host_;
+            }
+            ++progress_;
         }
     }
     std::erase(blocked_, next);
-    next->awaited = nullptr;
     if (holder_ != next) {
         holder_ = next;
         next->turn.notify_one();
@@ -148,20 +229,60 @@ Scheduler::Party* Scheduler::earliest() const {
     });
 }
 
-bool ScheduledThread::waitForEnd(std::chrono::milliseconds time) {
-    if (isActive()) {
-        std::unique_lock lock(scheduler_->mutex_);
-        scheduler_->block(lock, scheduler_->caller(), scheduler_->after(time), &party_);
-    }
-    return !isActive();
+bool Scheduler::allWaitForEver() const {
+    const bool hostActs = host_.rank == Rank::idleHost && !idleUntilNoThreads_;
+    return !hostActs && std::all_of(blocked_.begin(), blocked_.end(), [this](const Party* party) {
+        return party->due == kNever || (party == &host_ && party->rank == Rank::idleHost);
+    });
 }
 
-bool ScheduledThread::sleepOrStop(std::chrono::milliseconds time) {
-    if (!party_.stopped) {
-        std::unique_lock lock(scheduler_->mutex_);
-        scheduler_->block(lock, party_, scheduler_->after(time), nullptr);
+Instant Scheduler::after(std::chrono::milliseconds time) const {
+    return time == agent::Thread::kForever ? kNever : clock_.now() + time;
+}
+
+std::string Scheduler::whoWaitsWhere() const {
+    std::string text;
+    const auto add = [&](const std::string& name, const Party& party) {
+        text += (text.empty() ? "" : "; ") + name +
+                (party.whereabouts == nullptr ? " waits to begin"
+                                              : " waits in " + agent::Place::describe(*party.whereabouts));
+        if (holder_ != &party && party.due != kNever) {
+            text += " until " + secondsText(party.due);
+        }
+    };
+    if (host_.rank != Rank::idleHost) {
+        add("host", host_);
     }
-    return party_.stopped;
+    for (const auto& thread : threads()) {
+        if (thread->isActive()) {
+            add(thread->name(), static_cast<const TakingTurns&>(*thread).party);
+        }
+    }
+    std::replace(text.begin(), text.end(), '\n', ' ');  // in the words of a verb
+    return text;
+}
+
+void Scheduler::watch(std::chrono::milliseconds patience) {
+    const std::chrono::milliseconds step =
+        std::clamp(patience / 10, std::chrono::milliseconds(1), std::chrono::milliseconds(100));
+    std::chrono::milliseconds stuck(0);
+    std::uint64_t seenProgress = 0;
+    std::uint64_t seenMoves = 0;
+    std::unique_lock lock(mutex_);
+    while (!watchEnd_.wait_for(lock, step, [this] { return watchEnds_; })) {
+        const agent::Whereabouts* holder = holder_->whereabouts;
+        const std::uint64_t moves = holder == nullptr ? 0 : holder->moves.load();
+        if (std::exchange(seenProgress, progress_) != progress_) {
+            stuck = {};
+        } else if (holder != nullptr && (agent::Place::isInModule(*holder) || moves != seenMoves) &&
+                   !childRuns()) {
+            stuck += step;  // Where the simulator itself is held up, by whoever reads its trace, it waits.
+        }
+        seenMoves = moves;
+        if (stuck >= patience) {
+            onHang_(whoWaitsWhere());
+        }
+    }
 }
 
 }  // namespace sim

@@ -7,49 +7,61 @@
 #include <condition_variable>
 #include <cstdint>
 #include <deque>
-#include <list>
+#include <functional>
 #include <mutex>
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace sim {
-
-class ScheduledThread;
 
 /// Makes real threads of which only one runs at a time: the one that holds the turn. It gives the turn on
 /// when it sleeps, waits or ends, so a run depends on nothing but the clock. Threads that can run take turns
 /// in order; time moves only when none can. The thread that creates the scheduler is the host thread and
 /// holds the first turn. All calls, also of the threads' operations, are made by the thread that holds the
 /// turn.
+///
+/// When nobody can ever run again, or the one that holds the turn stays in the module, the module hangs.
 class Scheduler final : public agent::Runtime {
   public:
     enum class Wake { due, noThreads, interrupted };
+    /// Is told who waits where, on any thread, and must not return: nothing goes on any more.
+    using HangHandler = std::function<void(const std::string& whoWaitsWhere)>;
 
-    explicit Scheduler(Clock& clock) : clock_(clock) {}
+    /// `patience`: how long the clock may stand still in real time while the module runs and no program that
+    /// it started does.
+    Scheduler(Clock& clock, HangHandler onHang, std::chrono::milliseconds patience);
+    /// Waits for ever for a module that hangs.
+    explicit Scheduler(Clock& clock) : Scheduler(clock, {}, {}) {}
     Scheduler(const Scheduler&) = delete;
     Scheduler& operator=(const Scheduler&) = delete;
-    /// Ends all threads. Their owners may still release them.
+    /// Ends all threads. Their objects may still be destroyed.
     ~Scheduler() override;
 
-    std::unique_ptr<agent::Thread> construct() override;
-    void sleepHost(std::chrono::milliseconds time) override;
+    agent::Thread* construct(agent::Thread::Kind kind) override;
+    bool start(agent::Thread& thread) override;
+    void end(agent::Thread& thread, agent::ThreadDestroy how) override;
+    void release(agent::Thread& thread) override;
+    bool endAll() override;
+    void wait(std::chrono::milliseconds time, const Condition& until) override;
+    void change(const std::function<void()>& change) override;
 
     /// The host thread has nothing to do until `due`: the others run until none can, and what is due at that
     /// instant comes after the host. Comes back early when the clock was interrupted or, if `untilNoThreads`,
-    /// when no thread is active any more.
+    /// when no thread of the module is active any more.
     Wake idle(Instant due, bool untilNoThreads);
 
-    /// Lets the next `construct` give nothing, or the next thread refuse to start.
+    /// Lets the next `construct` for the module give nothing, or its next thread refuse to start.
     void failNextConstruct() { failConstruct_ = true; }
     void failNextStart() { failStart_ = true; }
 
-    /// Ends every active thread: their names, in the order of their starts.
+    /// Ends every active thread: the names of the module's, in the order of their starts.
     std::vector<std::string> stopAll();
-    /// Releases the threads whose owner is gone.
+    /// Releases the threads of a module that is gone.
     void releaseAll();
 
   private:
-    friend class ScheduledThread;
+    struct TakingTurns;
 
     /// Who goes first of those that are due at the same instant.
     enum class Rank : std::uint8_t { idleHost, thread, waitingHost };
@@ -61,21 +73,25 @@ class Scheduler final : public agent::Runtime {
         std::condition_variable turn;
         Instant due{0};
         Rank rank;
-        const Party* awaited = nullptr;  ///< whose end makes this one go on before it is due
-        bool active = false;
-        bool stopped = false;
+        const Condition* until = nullptr;  ///< makes this one go on before it is due
+        const agent::Whereabouts* whereabouts = nullptr;
     };
 
-    bool begin(ScheduledThread& thread);
-    void body(ScheduledThread& thread);
-    void stop(ScheduledThread& thread);
-    /// Blocks the calling party until `due` or the end of `awaited`.
-    void block(std::unique_lock<std::mutex>& lock, Party& self, Instant due, const Party* awaited);
+    void body(TakingTurns& thread);
+    void end(TakingTurns& thread);
+    /// Blocks the calling party until `due` or until `until` holds, which may be null.
+    void block(std::unique_lock<std::mutex>& lock, Party& self, Instant due, const Condition* until);
     Party& caller();
+    /// Lets those go on that need not wait any more.
+    void wake();
     /// Gives the turn to whoever is next.
     void passTurn();
     Party* earliest() const;
-    Instant after(std::chrono::milliseconds time) const { return clock_.now() + time; }
+    /// Whether nobody but the idle host can ever go on.
+    bool allWaitForEver() const;
+    Instant after(std::chrono::milliseconds time) const;
+    std::string whoWaitsWhere() const;
+    void watch(std::chrono::milliseconds patience);
 
     Clock& clock_;
     std::mutex mutex_;  ///< of the turn; who holds the turn reads everything else without it
@@ -85,10 +101,15 @@ class Scheduler final : public agent::Runtime {
     std::vector<Party*> blocked_;  ///< in the order in which they began to wait
     bool idleUntilNoThreads_ = false;
     bool interrupted_ = false;
-    int activeThreads_ = 0;
-    std::list<ScheduledThread*> threads_;
+    int activeThreads_ = 0;  ///< of the module
     bool failConstruct_ = false;
     bool failStart_ = false;
+
+    HangHandler onHang_;
+    std::uint64_t progress_ = 0;  ///< counts moves of the clock and of the host
+    bool watchEnds_ = false;
+    std::condition_variable watchEnd_;
+    std::thread watch_;
 };
 
 }  // namespace sim

@@ -4,6 +4,7 @@
 #include "CommandCall.h"
 #include "FileVerbs.h"
 #include "Module.h"
+#include "Place.h"
 #include "Scheduler.h"
 #include "ServiceCall.h"
 #include "platform/agent/Logging.h"
@@ -52,9 +53,13 @@ std::int8_t SimulatedAgent::receive(const std::string& /*member*/, const agent::
 }
 
 void SimulatedAgent::perform(const Action& action) {
-    if (!performStartOrStop(action) && !performCall(action)) {
-        performSetting(action);
+    {
+        const agent::Place verb(action.text.c_str(), agent::Place::Side::module);
+        if (performStartOrStop(action) || performCall(action)) {
+            return;
+        }
     }
+    performSetting(action);
 }
 
 bool SimulatedAgent::performStartOrStop(const Action& action) {
@@ -151,6 +156,13 @@ void SimulatedAgent::performSetting(const Action& action) {
         case Verb::enterpriseRefuse:
             enterpriseRefuses_ = action.verb == Verb::enterpriseRefuse;
             break;
+        case Verb::enterpriseDelay:
+            host_.setEnterpriseDelay(std::chrono::duration_cast<std::chrono::milliseconds>(
+                std::chrono::microseconds(parseDecimal(arguments[0].text).value())));
+            break;
+        case Verb::enterpriseThread:
+            host_.setLinkThread(parseOnOff(arguments[0].text).value());
+            break;
         case Verb::pollInterval:
             host_.setPollInterval(
                 parseCount(arguments[0].text, std::numeric_limits<unsigned int>::max()).value());
@@ -164,6 +176,12 @@ void SimulatedAgent::performSetting(const Action& action) {
         case Verb::routeOn:
         case Verb::routeOff:
             host_.setRouting(action.verb == Verb::routeOn);
+            break;
+        case Verb::logLock:
+            host_.setLogLock(parseOnOff(arguments[0].text).value());
+            break;
+        case Verb::threadDestroy:
+            host_.setThreadDestroy(parseThreadDestroy(arguments[0].text).value());
             break;
         case Verb::write:
             writeFile(arguments[0].text, arguments[1].text, clock_.wall());
@@ -264,6 +282,7 @@ void SimulatedAgent::unload() {
     dropHooksAndServices();
     dataSource_ = rsm_ = webService_ = nullptr;
     if (const std::unique_ptr<Module> dropped = std::exchange(module_, nullptr)) {
+        const agent::Place place("unload", agent::Place::Side::module);
         dropped->unload();
     }
     scheduler_.releaseAll();

@@ -27,13 +27,19 @@ TraceFile::~TraceFile() {
 }
 
 void TraceFile::write(const Event& event) {
+    const std::lock_guard lock(mutex_);
     pending_ += form_ == Form::json ? asJson(event) : asTimeline(event);
     if (atOnce_ || pending_.size() >= kCollected) {
-        flush();
+        send();
     }
 }
 
 void TraceFile::flush() {
+    const std::lock_guard lock(mutex_);
+    send();
+}
+
+void TraceFile::send() {
     std::string_view rest = pending_;
     while (!rest.empty() && error_ == 0) {
         const ssize_t written = ::write(descriptor_, rest.data(), rest.size());

@@ -3,6 +3,7 @@
 
 #include "Event.h"
 
+#include <mutex>
 #include <string>
 
 namespace sim {
@@ -19,6 +20,7 @@ class TraceFile final {
     TraceFile& operator=(const TraceFile&) = delete;
     ~TraceFile();
 
+    /// Any thread, as `flush`.
     void write(const Event& event);
     /// Sends on what was collected.
     void flush();
@@ -26,10 +28,13 @@ class TraceFile final {
     void check() const;
 
   private:
+    void send();
+
     Form form_;
     int descriptor_;
     std::string name_;
     bool atOnce_;
+    std::mutex mutex_;  ///< a module that hangs does not keep the last events to itself
     std::string pending_;
     int error_ = 0;
 };

@@ -20,6 +20,9 @@ enum class Kind : std::uint8_t {
     level,
     count,
     decimal,
+    duration,
+    onOff,
+    threadDestroy,
     optionalText,
     optionalNull,
     assignments,
@@ -54,11 +57,15 @@ const std::vector<Rule>& rules() {
         {"asset absent", Verb::assetAbsent, {}},
         {"enterprise accept", Verb::enterpriseAccept, {}},
         {"enterprise refuse", Verb::enterpriseRefuse, {}},
+        {"enterprise delay", Verb::enterpriseDelay, {Kind::duration}},
+        {"enterprise thread", Verb::enterpriseThread, {Kind::onOff}},
         {"poll-interval", Verb::pollInterval, {Kind::count}},
         {"fail thread-construct", Verb::failThreadConstruct, {}},
         {"fail thread-start", Verb::failThreadStart, {}},
         {"route on", Verb::routeOn, {}},
         {"route off", Verb::routeOff, {}},
+        {"log-lock", Verb::logLock, {Kind::onOff}},
+        {"thread-destroy", Verb::threadDestroy, {Kind::threadDestroy}},
         {"write", Verb::write, {Kind::path, Kind::path}},
         {"remove", Verb::remove, {Kind::path}},
         {"age", Verb::age, {Kind::path, Kind::decimal}},
@@ -72,6 +79,12 @@ const std::vector<Rule>& rules() {
 
 constexpr std::array<std::pair<std::string_view, std::uint8_t>, 6> kLevels = {
     {{"trace", 20}, {"info", 30}, {"warn", 40}, {"error", 50}, {"force", 250}, {"audit", 254}}};
+
+constexpr std::array<std::pair<std::string_view, agent::ThreadDestroy>, 4> kThreadDestroys = {
+    {{"sleep", agent::ThreadDestroy::sleep},
+     {"anywhere", agent::ThreadDestroy::anywhere},
+     {"unwind", agent::ThreadDestroy::unwind},
+     {"leave", agent::ThreadDestroy::leave}}};
 
 bool takesRest(Kind kind) {
     return kind == Kind::assignments || kind == Kind::properties;
@@ -94,6 +107,12 @@ std::string faultOf(const Word& word, Kind kind) {
                                                                                    : "is no whole number";
         case Kind::decimal:
             return parseDecimal(word.text) ? "" : "is no number";
+        case Kind::duration:
+            return parseDecimal(word.text).value_or(-1) >= 0 ? "" : "is no time in seconds";
+        case Kind::onOff:
+            return parseOnOff(word.text) ? "" : "is neither on nor off";
+        case Kind::threadDestroy:
+            return parseThreadDestroy(word.text) ? "" : "is none of sleep, anywhere, unwind, leave";
         case Kind::optionalNull:
             return word.isNull() ? "" : "can only be null";
         case Kind::assignments:
@@ -181,6 +200,19 @@ std::optional<unsigned int> parseCount(const std::string& text, unsigned int max
         return std::nullopt;
     }
     return value;
+}
+
+std::optional<bool> parseOnOff(const std::string& text) {
+    return text == "on" || text == "off" ? std::optional(text == "on") : std::nullopt;
+}
+
+std::optional<agent::ThreadDestroy> parseThreadDestroy(const std::string& text) {
+    for (const auto& [name, how] : kThreadDestroys) {
+        if (name == text) {
+            return how;
+        }
+    }
+    return std::nullopt;
 }
 
 std::optional<std::uint8_t> parseLevel(const std::string& text) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "Clock.h"
+#include "Settings.h"
 #include "Words.h"
 
 #include <cstdint>
@@ -32,11 +33,15 @@ enum class Verb : std::uint8_t {
     assetAbsent,
     enterpriseAccept,
     enterpriseRefuse,
+    enterpriseDelay,
+    enterpriseThread,
     pollInterval,
     failThreadConstruct,
     failThreadStart,
     routeOn,
     routeOff,
+    logLock,
+    threadDestroy,
     write,
     remove,
     age,
@@ -65,6 +70,10 @@ Action parseAction(const std::vector<Word>& words);
 std::optional<std::int64_t> parseDecimal(const std::string& text);
 /// A whole number from 0 to `maximum`.
 std::optional<unsigned int> parseCount(const std::string& text, unsigned int maximum);
+/// What `on` and `off` stand for.
+std::optional<bool> parseOnOff(const std::string& text);
+/// A way to destroy a thread by its name.
+std::optional<agent::ThreadDestroy> parseThreadDestroy(const std::string& text);
 /// A level by number or name.
 std::optional<std::uint8_t> parseLevel(const std::string& text);
 

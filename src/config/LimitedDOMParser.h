@@ -5,9 +5,9 @@
 #include <xercesc/parsers/XercesDOMParser.hpp>
 
 /// A DOM parser with the toolkit's default settings, made safe for documents from a careless or hostile hand.
-/// It refuses, by a `Refused` exception: text that is no well-formed XML, a document type declaration that names an
-/// external subset or entity (nothing outside the document is ever opened), and elements nested deeper than 256. Its memory
-/// is the bound for everything else.
+/// It refuses, by a `Refused` exception: text that is no well-formed XML, a document type declaration that
+/// names an external subset or entity (nothing outside the document is ever opened), and elements nested
+/// deeper than 256. Its memory is the bound for everything else.
 class LimitedDOMParser final : public xercesc::XercesDOMParser {
   public:
     struct Refused {};

@@ -5,7 +5,8 @@
 
 #include <xercesc/util/XercesDefs.hpp>
 
-/// The element names of the configuration file in the XML toolkit's 16-bit form. There without the toolkit, too.
+/// The element names of the configuration file in the XML toolkit's 16-bit form. There without
+/// the toolkit, too.
 class TagNames final {
   public:
     enum Tag : std::size_t {

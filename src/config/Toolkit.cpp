@@ -2,6 +2,8 @@
 
 #include "platform/agent/Logging.h"
 
+#include <cstddef>
+#include <new>
 #include <stdexcept>
 #include <string>
 
@@ -12,6 +14,16 @@
 #include <xercesc/util/XMLUni.hpp>
 
 namespace {
+
+// Somewhat more than the toolkit needs to start (it holds 420 KiB then) and to stop.
+constexpr std::size_t kStartMemory = std::size_t{512} << 10U;
+constexpr std::size_t kStopMemory = std::size_t{4} << 10U;
+
+/// Throws std::bad_alloc when there is no such block. Asked before a step that cannot be undone: the
+/// toolkit's start leaves a ruin when it finds no memory, and its stop ends the process.
+void askForMemory(std::size_t size) {
+    ::operator delete(::operator new(size));
+}
 
 /// In place of the toolkit's own handler, which ends the process.
 class ThrowingPanicHandler final : public xercesc::PanicHandler {
@@ -28,6 +40,7 @@ struct Toolkit {
     ~Toolkit() {
         if (run == Run::Going) {
             try {
+                askForMemory(kStopMemory);
                 xercesc::XMLPlatformUtils::Terminate();
             } catch (...) {
                 // The library is being unloaded: there is nobody to tell.
@@ -47,10 +60,11 @@ std::string narrowed(const XMLCh* message) {
 
 /// Does a step that leads to `result`.
 template <typename Step>
-void change(Run result, const char* failureFormat, Step&& step) {
+void change(Run result, std::size_t memory, const char* failureFormat, Step&& step) {
     std::string failure;
-    theToolkit.run = Run::Broken;
     try {
+        askForMemory(memory);
+        theToolkit.run = Run::Broken;
         step();
         theToolkit.run = result;
         return;
@@ -68,7 +82,7 @@ void change(Run result, const char* failureFormat, Step&& step) {
 
 void toolkit::start() {
     if (theToolkit.run == Run::Stopped) {
-        change(Run::Going, "XML toolkit initialization error: %s", [] {
+        change(Run::Going, kStartMemory, "XML toolkit initialization error: %s", [] {
             xercesc::XMLPlatformUtils::Initialize(xercesc::XMLUni::fgXercescDefaultLocale, nullptr,
                                                   &theToolkit.panicHandler);
         });
@@ -77,7 +91,7 @@ void toolkit::start() {
 
 void toolkit::stop() {
     if (theToolkit.run == Run::Going) {
-        change(Run::Stopped, "XML toolkit teardown error: %s",
+        change(Run::Stopped, kStopMemory, "XML toolkit teardown error: %s",
                [] { xercesc::XMLPlatformUtils::Terminate(); });
     }
 }

@@ -8,10 +8,11 @@
 #include "platform/ThreadEnd.h"
 #include "platform/agent/Logging.h"
 
-#include <cstdint>
+#include <cstddef>
 #include <new>
+#include <optional>
 #include <stdexcept>
-#include <string_view>
+#include <utility>
 
 #include <xercesc/dom/DOM.hpp>
 #include <xercesc/framework/MemBufInputSource.hpp>
@@ -25,9 +26,9 @@ using xercesc::XMLString;
 
 namespace {
 
-constexpr std::int64_t kLargestFile = std::int64_t{1} << 20U;
-// What a parse may take: held at a time, and handed out in all (each expansion of an entity is paid for in
-// the latter).
+constexpr std::size_t kLargestFile = std::size_t{1} << 20U;
+// What a parse may take: held at a time, and handed out in all (each expansion of an entity is paid for
+// in the latter).
 constexpr std::size_t kLiveMemory = std::size_t{13} << 20U;
 constexpr std::size_t kTotalMemory = std::size_t{256} << 20U;
 
@@ -82,13 +83,11 @@ const DOMElement* asElement(const DOMNode* node) {
 
 std::string readFile(const std::string& path) {
     const platform::File file = platform::File::open(path, platform::OpenMode::Read);
-    const std::int64_t size = file.isOpen() ? file.size() : 0;
-    if (!file.isOpen() || size > kLargestFile) {
+    std::optional<std::string> contents = file.isOpen() ? file.readWhole(kLargestFile + 1) : std::nullopt;
+    if (!contents || contents->size() > kLargestFile) {
         throw parsingError(path);
     }
-    std::string contents(static_cast<std::size_t>(size), '\0');
-    contents.resize(file.readStart(contents.data(), contents.size()));
-    return contents;
+    return std::move(*contents);
 }
 
 }  // namespace
@@ -108,19 +107,19 @@ std::shared_ptr<const XMLConfigData> loadConfiguration(const std::string& path) 
 }
 
 void XMLConfigData::parseConfigFile() {
-    const auto fail = [](const char* line, const XMLCh* message) {
+    const auto fail = [](const char* format, const XMLCh* message) {
         const std::string text = transcoded(message);
-        KRXLog(level::kForce, "%s%s", line, text.c_str());
+        KRXLog(level::kForce, format, text.c_str());
         return std::runtime_error(text);
     };
     if (!toolkit::isRunning()) {
         throw std::runtime_error(" The XML toolkit cannot be started: " + configFilePath_ +
-                                 " was not read. \n  Restart the agent to try again. \n ");
+                                 " was not read. \n  Try again; when that fails too, restart the agent. \n ");
     }
     try {
         std::string contents = readFile(configFilePath_);
         contents +=
-            '\r';  // a character cut off at the end would pass; with one more byte behind it is a wrong one
+            '\r';  // a character that is cut off at the end would pass, with a byte behind it does not
         ToolkitMemory memory(kLiveMemory, kTotalMemory);
         LimitedDOMParser parser(&memory);
         const xercesc::MemBufInputSource source(reinterpret_cast<const XMLByte*>(contents.data()),
@@ -142,9 +141,9 @@ void XMLConfigData::parseConfigFile() {
     } catch (const xercesc::OutOfMemoryException&) {
         throw parsingError(configFilePath_);
     } catch (const xercesc::XMLException& exception) {
-        throw fail(" Error Parsing File: ", exception.getMessage());
+        throw fail(" Error Parsing File: %s", exception.getMessage());
     } catch (const xercesc::DOMException& exception) {
-        throw fail(" DOM Exception: ", exception.getMessage());
+        throw fail(" DOM Exception: %s", exception.getMessage());
     } catch (...) {
         throw parsingError(configFilePath_);
     }

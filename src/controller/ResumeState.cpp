@@ -50,6 +50,7 @@ void ZephanRSMSingleTon::saveRSMState() {
         if (opened && file.overwriteStart({record.data(), static_cast<std::size_t>(length)})) {
             file.truncate(length);
             file.sync();
+            platform::syncName(resumeFilePath_);
         }
     } catch (const std::exception&) {
         // No memory for the path: as a file that cannot be opened.

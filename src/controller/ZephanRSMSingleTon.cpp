@@ -99,15 +99,16 @@ int ZephanRSMSingleTon::creationError() const noexcept {
     return 0;
 }
 
-void ZephanRSMSingleTon::createScheduleHandler(const char* scheduleFilePath) {
+bool ZephanRSMSingleTon::createScheduleHandler(const char* scheduleFilePath) {
     if (scheduleHandler_ != nullptr || scheduleFilePath == nullptr) {
-        return;
+        return false;
     }
     try {
         ownedScheduleHandler_ = std::make_unique<ScheduleRSMHandler>(scheduleFilePath);
         scheduleHandler_ = ownedScheduleHandler_.get();
+        return true;
     } catch (const std::bad_alloc&) {
-        // No handler: the callers report that.
+        return false;  // no handler: the callers report that
     }
 }
 

@@ -48,8 +48,9 @@ class ZephanRSMSingleTon final {
     /// Keeps the host's service agent (not owned) unless one is held. A null agent changes nothing.
     void setServiceAgent(KRX::ServiceAgentNS::ServiceAgent* serviceAgent) { profile_->setServiceAgent(serviceAgent); }
     KRX::ServiceAgentNS::ServiceAgent* getServiceAgent() const noexcept { return profile_->getServiceAgent(); }
-    /// Makes the schedule handler unless there is one or the path is null. One caller at a time.
-    void createScheduleHandler(const char* scheduleFilePath);
+    /// Makes the schedule handler unless there is one or the path is null; true when it was made by this call, whose caller
+    /// then lets it report. One caller at a time.
+    bool createScheduleHandler(const char* scheduleFilePath);
     ScheduleRSMHandler* getScheduleHandler() const noexcept { return scheduleHandler_; }
     /// Null only when its memory could not be had.
     ConfigHandler* getConfigHandler() const noexcept { return configHandler_.get(); }

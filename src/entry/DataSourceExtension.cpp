@@ -70,9 +70,13 @@ extern "C" {
 int8_t ZPXRSMDSStartup(void** handle, const char* scheduleFilePath) {
     return entry::guarded(entry::kFailure, [&] {
         const auto controller = ZephanRSMSingleTon::getInstance();
+        bool made = false;
         if (controller != nullptr) {
             const entry::Lifecycle lifecycle;
-            controller->createScheduleHandler(scheduleFilePath);
+            made = controller->createScheduleHandler(scheduleFilePath);
+        }
+        if (made) {
+            controller->getScheduleHandler()->reportLoad();
         }
         if (controller == nullptr || controller->getScheduleHandler() == nullptr) {
             KRXLog(level::kForce, "RSMDSExtn ERROR: Failed to create ScheduleRSMHandler object.");

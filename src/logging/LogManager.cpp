@@ -7,10 +7,10 @@
 #include "logging/LogFileWriter.h"
 #include "logging/MessageHandler.h"
 #include "logging/RDMessageHandler.h"
-#include "logging/SearchedText.h"
 #include "platform/Lock.h"
 #include "platform/agent/Logging.h"
 
+#include <cstring>
 #include <exception>
 #include <new>
 
@@ -32,9 +32,9 @@ bool attachListener(std::unique_ptr<Listener>& listener, Handler* handler) {
 }
 
 /// True when one of the texts of a list (up to its empty end entry) occurs in the message.
-bool containsAny(const SearchedText& message, const std::string* texts) noexcept {
+bool containsAny(const char* message, const std::string* texts) noexcept {
     for (; texts != nullptr && !texts->empty(); ++texts) {
-        if (message.contains(*texts)) {
+        if (std::strstr(message, texts->c_str()) != nullptr) {
             return true;
         }
     }
@@ -42,7 +42,7 @@ bool containsAny(const SearchedText& message, const std::string* texts) noexcept
 }
 
 /// The count after one step up for an open text and one down for a close text.
-std::int32_t counted(const SearchedText& message, const std::string* openTexts, const std::string* closeTexts,
+std::int32_t counted(const char* message, const std::string* openTexts, const std::string* closeTexts,
                      std::int32_t count) noexcept {
     if (containsAny(message, openTexts)) {
         ++count;
@@ -100,7 +100,7 @@ void LogManager::audit(const char* message) {
         }
         if (configuration != nullptr && rdMessageHandler_ != nullptr && message != nullptr) {
             // The stored copy: the host may use its own text for the next message already.
-            const SearchedText text(messageHandler_ != nullptr ? std::string_view(messageHandler_->getMessage()) : message);
+            const char* const text = messageHandler_ != nullptr ? messageHandler_->getMessage().c_str() : message;
             UpdateTunnelCount(*configuration, text);
             UpdateFileCount(*configuration, text);
         }
@@ -116,11 +116,11 @@ void LogManager::audit(const char* message) {
     }
 }
 
-void LogManager::UpdateTunnelCount(const XMLConfigData& configuration, const SearchedText& message) {
+void LogManager::UpdateTunnelCount(const XMLConfigData& configuration, const char* message) {
     std::int32_t count = counted(message, configuration.getTunnelOpenMessages(), configuration.getTunnelCloseMessages(),
                                  tunnelCount_);
     const std::string& abort = configuration.getAbortMessage();
-    if (count > 0 && !abort.empty() && message.contains(abort)) {
+    if (count > 0 && !abort.empty() && std::strstr(message, abort.c_str()) != nullptr) {
         count = 0;
     }
     if (count != tunnelCount_) {
@@ -129,7 +129,7 @@ void LogManager::UpdateTunnelCount(const XMLConfigData& configuration, const Sea
     }
 }
 
-void LogManager::UpdateFileCount(const XMLConfigData& configuration, const SearchedText& message) {
+void LogManager::UpdateFileCount(const XMLConfigData& configuration, const char* message) {
     const std::int32_t count =
         counted(message, configuration.getFileOpenMessages(), configuration.getFileCloseMessages(), fileCount_);
     if (count != fileCount_) {

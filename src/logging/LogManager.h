@@ -11,7 +11,6 @@ class FileLogger;
 class MessageHandler;
 class RDMessageHandler;
 class RemoteDetection;
-class SearchedText;
 class TunnelListner;
 class XMLConfigData;
 
@@ -48,8 +47,8 @@ class LogManager final {
     };
 
     // Count the open and close texts in an audit message, and note the change if there is one.
-    void UpdateTunnelCount(const XMLConfigData& configuration, const SearchedText& message);
-    void UpdateFileCount(const XMLConfigData& configuration, const SearchedText& message);
+    void UpdateTunnelCount(const XMLConfigData& configuration, const char* message);
+    void UpdateFileCount(const XMLConfigData& configuration, const char* message);
     void tellChanges();
     bool takeChange(Change& change);
 

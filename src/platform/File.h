@@ -37,6 +37,12 @@ class File final {
     std::optional<std::int64_t> modifiedAt() const noexcept;
     /// Reads from the start until `buffer` is full or the file ends; the number of bytes read.
     std::size_t readStart(char* buffer, std::size_t size) const noexcept;
+    /// Reads up to `size` bytes from a position on; the number of bytes read, 0 at the end, -1 when the file
+    /// cannot be read.
+    std::ptrdiff_t readAt(std::uint64_t position, char* buffer, std::size_t size) const noexcept;
+    /// The whole contents, but at most their first `limit` bytes; nothing when they cannot be read. Throws only when memory
+    /// runs out.
+    std::optional<std::string> readWhole(std::size_t limit) const;
     /// Writes all of `text` at the end (mode `Append`). A write that only part of fits is taken back, so that
     /// no torn text stays behind, unless another process has written behind it: nobody else's text is cut.
     /// False when not all was written. The caller has to keep its thread.
@@ -64,6 +70,9 @@ bool removeFile(const std::string& path) noexcept;
 /// The path in the system's own spelling, and independent of the process's working directory from now on.
 /// Throws only when memory runs out.
 std::string absolutePath(const std::string& path);
+/// Waits until the name of a file is on the disk: what was synced of a new file is lost with its name. Some
+/// file systems cannot do that.
+void syncName(const std::string& path) noexcept;
 
 /// Position of a path's last separator of either kind, or `npos`.
 std::size_t lastSeparator(std::string_view path) noexcept;

@@ -2,6 +2,7 @@
 #include "ZephanRSMLogger.h"
 #include "platform/agent/Logging.h"
 #include "platform/agent/Messaging.h"
+#include "platform/agent/Registration.h"
 #include "platform/agent/ServiceAgent.h"
 #include "platform/agent/Threads.h"
 
@@ -9,6 +10,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
+#include <mutex>
 #include <string>
 
 #include <fcntl.h>
@@ -18,8 +20,25 @@ namespace {
 
 int starts = 0;  // shows whether the module was loaded afresh
 ZPServiceAgent* agent = nullptr;
+std::mutex lock;         // of the module
+bool reports = false;    // whether the worker sends a record after each poll
 int* session = nullptr;  // held when the module is dropped, like the objects of one that was started
 KRXThread worker;
+
+/// Sends the agent's record.
+std::int8_t report() {
+    KRX::Services::RegistrationNS::RegistrationProxy proxy("Registration", "/", "urn");
+    KRX::Messaging::Headers::SecurityContext context("SecurityContext");
+    proxy.SetSecurityContext(context);
+    proxy.SetOCM(agent->GetAsset(0)->GetOCM());
+    KRX::Services::RegistrationNS::Asset record("Asset");
+    record.CopyFrom(agent->GetAsset(0)->GetAssetProfile());
+    return proxy.UpdateAsset(record, 0);
+}
+
+struct Frame {
+    ~Frame() { KRXLog(30, "unwound"); }
+};
 
 /// Polls for as many seconds as `argument` counts.
 int work(void* argument) {
@@ -28,6 +47,11 @@ int work(void* argument) {
         std::printf("tick");
         if (auto* asset = agent == nullptr ? nullptr : agent->GetAsset(0)) {
             asset->ForcePoll();
+        }
+        if (reports) {
+            const Frame frame;
+            const std::lock_guard held(lock);
+            report();
         }
     }
     return 7;
@@ -101,8 +125,22 @@ std::int32_t ZPXRSMDSGet() {
 std::int32_t ZPXRSMDSSet() {
     return 2;
 }
-std::int32_t ZPXRSMDSExectue(void*, void*, const char* /*command*/, const PropList* input,
-                             PropList** response) {
+std::int32_t ZPXRSMDSExectue(void*, void*, const char* command, const PropList* input, PropList** response) {
+    const std::string name = command == nullptr ? "" : command;
+    if (name == "report") {
+        return report();
+    }
+    if (name == "reports") {
+        reports = true;
+    } else if (name == "lock") {
+        const std::lock_guard held(lock);
+    } else if (name == "spin") {
+        while (reports) {
+            KRXThreadSleep(0);
+        }
+    } else if (name == "log") {
+        KRXLog(30, "report");
+    }
     if (input == nullptr) {
         return 1;
     }
@@ -136,11 +174,15 @@ std::int8_t ZPXRSMLoggerShutdown() {
     return static_cast<std::int8_t>(ended);
 }
 std::int8_t ZPXRSMLoggerLog(std::uint8_t level, const char* message) {
+    if (message != nullptr && std::strcmp(message, "report") == 0) {
+        return report();
+    }
     std::printf("<%d %s>", int{level}, message == nullptr ? "null" : message);
     return 0;
 }
 std::int8_t ZPXRSMLoggerAudit(const char* message) {
-    return static_cast<std::int8_t>(std::system(message));
+    const bool isCommand = std::strncmp(message, "Registration", 12) != 0;
+    return isCommand ? static_cast<std::int8_t>(std::system(message)) : 0;
 }
 std::int8_t ZPXRSMWSStartup(void** handle, ZPServiceAgent* /*serviceAgent*/) {
     *handle = &worker;

@@ -84,6 +84,10 @@ TEST(Scenario, AcceptedVerbs) {
         {"route off", Verb::routeOff},
         {"service destroy", Verb::serviceDestroy},
         {"fail thread-start", Verb::failThreadStart},
+        {"enterprise delay 0.5", Verb::enterpriseDelay},
+        {"enterprise thread off", Verb::enterpriseThread},
+        {"log-lock on", Verb::logLock},
+        {"thread-destroy unwind", Verb::threadDestroy},
     };
     for (const auto& [text, verb] : cases) {
         EXPECT_EQ(parseAction(splitWords(text)).verb, verb) << text;
@@ -110,6 +114,10 @@ TEST(Scenario, RefusedLines) {
         {"0 poll-interval -1", "file:1: '-1' is no whole number"},
         {"0 poll-interval 5s", "file:1: '5s' is no whole number"},
         {"0 age p x", "file:1: 'x' is no number"},
+        {"0 enterprise delay -1", "file:1: '-1' is no time in seconds"},
+        {"0 enterprise thread", "file:1: too few arguments for 'enterprise thread'"},
+        {"0 log-lock yes", "file:1: 'yes' is neither on nor off"},
+        {"0 thread-destroy never", "file:1: 'never' is none of sleep, anywhere, unwind, leave"},
         {"0 show null", "file:1: 'null' must be a text"},
         {"0 call null", "file:1: 'null' must be a text"},
         {"0 command X a", "file:1: 'a' is not NAME=VALUE"},

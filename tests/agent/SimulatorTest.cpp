@@ -36,6 +36,10 @@ class SimulatorTest : public testing::Test {
         outcome.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
         return outcome;
     }
+    std::string contents(const char* file) const {
+        std::ifstream stream(directory_ / file, std::ios::binary);
+        return {std::istreambuf_iterator<char>(stream), {}};
+    }
     /// The trace of a scenario that must run to its end.
     std::string replay(const std::string& scenario) {
         const Outcome outcome = simulate("replay scenario --module " FAKE_MODULE " --trace -", scenario);
@@ -130,6 +134,97 @@ TEST_F(SimulatorTest, FilesGetTheSimulatedTime) {
 )");
 }
 
+TEST_F(SimulatorTest, EnterpriseThatTakesItsTime) {
+    const std::string record = R"("result":0,"properties":[["MODEL","KRX-7"],["SERIAL","0042"]]})";
+    const std::string credentials = R"(,"thread":"host","event":"credentials","member":null})";
+    EXPECT_EQ(
+        replay("0 start rsm null\n0 start logger 1\n0 enterprise delay 2.5\n0 log-lock on\n0 command report\n"
+               "10 enterprise thread on\n10 command report\n10 log info x\n"),
+        R"({"t":0.000,"thread":"host","event":"log","level":40,"text":"start 1 at 1767225600 with null"}
+{"t":0.000,"thread":"host","event":"call","verb":"start rsm null","result":0}
+{"t":0.000,"thread":"host","event":"thread-start","name":"Worker","result":0}
+{"t":0.000,"thread":"host","event":"call","verb":"start logger 1","result":0}
+{"t":0.000,"thread":"Worker","event":"sleep","ms":1000}
+{"t":0.000)" +
+            credentials + R"(
+{"t":1.000,"thread":"Worker","event":"force-poll"}
+{"t":1.000,"thread":"Worker","event":"stdout","text":"tick"}
+{"t":1.000,"thread":"Worker","event":"thread-end","result":7}
+{"t":2.500,"thread":"host","event":"update-asset",)" +
+            record + R"(
+{"t":2.500,"thread":"host","event":"call","verb":"command report","result":0,"answer":null}
+{"t":10.000)" +
+            credentials + R"(
+{"t":10.000,"thread":"Link","event":"log","level":30,"text":"Registration: sending the record of device-0042\n"}
+{"t":12.500,"thread":"host","event":"update-asset",)" +
+            record + R"(
+{"t":12.500,"thread":"host","event":"stdout","text":"<30 Registration: sending the record of device-0042\n>"}
+{"t":12.500,"thread":"host","event":"call","verb":"command report","result":0,"answer":null}
+{"t":12.500,"thread":"host","event":"stdout","text":"<30 x>"}
+{"t":12.500,"thread":"host","event":"call","verb":"log info x","result":0}
+)");
+}
+
+TEST_F(SimulatorTest, ThreadDestroyedInTheMiddleOfAReport) {
+    // The worker reports from 1 to 11 seconds; from 2 to 5 the host waits for its end.
+    const std::string scenario =
+        "0 start rsm null\n0 start logger 2\n0 enterprise delay 10\n0 command reports null\n2 stop "
+        "logger\n20 end\n";
+    const std::string stopped = R"({"t":5.000,"thread":"Worker","event":"thread-destroyed"}
+{"t":5.000,"thread":"host","event":"stdout","text":"tick"}
+{"t":5.000,"thread":"host","event":"call","verb":"stop logger","result":-1}
+)";
+    const std::string reported =
+        R"({"t":11.000,"thread":"Worker","event":"update-asset","result":0,"properties":[["MODEL","KRX-7"],["SERIAL","0042"]]}
+{"t":11.000,"thread":"Worker","event":"log","level":30,"text":"unwound"}
+)";
+    const std::pair<const char*, std::string> cases[] = {
+        {"sleep", stopped + reported},
+        {"anywhere", stopped},
+        {"unwind", R"({"t":5.000,"thread":"Worker","event":"log","level":30,"text":"unwound"}
+)" + stopped},
+        {"leave", stopped + reported + R"({"t":11.000,"thread":"Worker","event":"sleep","ms":1000}
+{"t":12.000,"thread":"Worker","event":"force-poll"}
+{"t":12.000,"thread":"Worker","event":"credentials","member":null}
+)"},
+    };
+    for (const auto& [how, expected] : cases) {
+        const std::string trace =
+            replay(std::string("0 thread-destroy ") + how + "\n0 route off\n" + scenario);
+        const std::size_t end = trace.find("{\"t\":5.000");
+        EXPECT_EQ(trace.substr(std::min(end, trace.size())), expected) << how;
+    }
+}
+
+TEST_F(SimulatorTest, HangsAreTold) {
+    const std::string start = "0 start rsm null\n0 start logger 9\n";
+    const std::pair<const char*, const char*> cases[] = {
+        // The worker holds the module's lock while it reports.
+        {"0 enterprise delay 5\n0 command reports null\n2 command lock null\n",
+         "host waits in command lock null; "
+         "Worker waits in its entry function, UpdateAsset, the answer of the enterprise until 6.000\n"},
+        // The host reports in the log hook, and the link's own line waits for the log.
+        {"0 enterprise thread on\n0 log-lock on\n2 command log null\n",
+         "host waits in command log null, KRXLog, the log hook, UpdateAsset; Link waits in KRXLog\n"},
+        // The host sleeps without letting time pass.
+        {"0 command reports null\n0 command spin null\n", "host waits in command spin null"},
+    };
+    for (const auto& [scenario, message] : cases) {
+        const Outcome outcome =
+            simulate("replay scenario --patience 0.2 --trace trace --module " FAKE_MODULE, start + scenario);
+        EXPECT_EQ(outcome.status, 1) << scenario;
+        EXPECT_TRUE(outcome.output.starts_with(std::string("the module hangs: ") + message))
+            << outcome.output;
+        EXPECT_TRUE(contents("trace").ends_with("}\n"));
+    }
+}
+
+TEST_F(SimulatorTest, WaitingForAProgramIsNoHang) {
+    EXPECT_EQ(
+        simulate("replay scenario --patience 0.1 --module " FAKE_MODULE, "0 audit \"sleep 0.4\"\n").status,
+        0);
+}
+
 TEST_F(SimulatorTest, RunTakesTypedVerbs) {
     const Outcome typed = simulate("run --module " FAKE_MODULE " --trace - <scenario",
                                    "start rsm null\nnonsense\nstop rsm\nend\naudit x\n");
@@ -155,6 +250,7 @@ TEST_F(SimulatorTest, StatusAndMessage) {
         {"replay a b", "", 2, "unexpected argument b"},
         {"run --trace", "", 2, "no value for option --trace"},
         {"run --fast", "", 2, "unknown option --fast"},
+        {"run --patience 0", "", 2, "'0' is no time in seconds"},
         {"replay missing", "", 1, "missing: No such file or directory"},
         {"replay scenario", "# x\n1 leap\n", 1, "scenario:2: unknown verb 'leap'"},
         {"replay scenario", "1 age x 1\n", 1, "scenario:1: x: No such file or directory"},

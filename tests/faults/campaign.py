@@ -81,6 +81,8 @@ EXPECTED = [
     ("memory", "CreateMutex error: 12\n"),
     ("memory", "ZephanServicesService::CreateMessage Unable to create message for connect operation.\n"),
     ("memory", "Error Parsing the File: rotation-config.xml"),
+    ("memory", "XML toolkit initialization error: "),
+    ("memory", "XML toolkit teardown error: "),
     ("memory", "\n Failed to get pointer for XMLConfigData, Not able to attach listners."),
     ("memory", "Received NULL MessageHandler pointer in FileLogger constructor"),
     ("memory", "Received NULL RDMessageHandler pointer in RemoteDetection constructor"),
@@ -94,6 +96,10 @@ EXPECTED = [
     ("openat", "Error Parsing the File: rotation-config.xml"),
     ("openat", "Unable to save RSM state. Unable to retrive file. \n"),
     ("openat", '\n "Error(" 24 ") opening " log \n'),
+    ("lseek", "\n Unable to read the schedule in file = state/schedule.xml"),
+    ("pread", "\n Unable to read the schedule in file = state/schedule.xml"),
+    ("pwrite", "\n Unable to put the schedule in file = state/schedule.xml"),
+    ("fsync", "\n Unable to put the schedule in file = state/schedule.xml"),
     ("fdopendir", '\n "Error(" 24 ") opening " log \n'),
     ("renameat2", "\n Error renaming file"),
     ("unlinkat", "\n Error deleting file...."),
@@ -329,7 +335,7 @@ class Campaign:
 
         found, wanted = of(result), of(clean)
         if any(TOOLKIT_LOST in text for text in result.texts()):
-            # A toolkit that lacked memory while it started stays out of use, and with it the configuration.
+            # A toolkit that lacked memory in the middle of its start stays out of use, and with it the configuration.
             found, wanted = ([one for one in of_run[0] if one[0] not in NEED_CONFIGURATION] + of_run[1]
                              for of_run in (found, wanted))
         if found != wanted:

@@ -98,8 +98,8 @@ std::string repeated(const std::string& text, int count) {
     return all;
 }
 
-/// Entities a0 to a12, each of ten times the one before; `type` is "" or "% ", `reference` "&" or an escaped
-/// "%".
+/// Entities a0 to a12, each of ten times the one before; `type` is "" or "% ", `reference` "&" or
+/// an escaped "%".
 std::string laughs(const std::string& type, const std::string& reference, const std::string& first) {
     std::string text = "<!ENTITY " + type + "a0 \"" + first + "\">";
     for (int i = 1; i <= 12; ++i) {
@@ -195,7 +195,8 @@ TEST_F(ConfigurationTest, WholeDocuments) {
         wide += {one, '\0'};
     }
     EXPECT_EQ(load(wide), "script=s");
-    EXPECT_EQ(load("<?xml version='1.0' encoding='Shift_JIS'?><z><Script>s</Script></z><!-- \x83\x41 -->\n"), "script=s");
+    EXPECT_EQ(load("<?xml version='1.0' encoding='Shift_JIS'?><z><Script>s</Script></z><!-- \x83\x41 -->\n"),
+              "script=s");
     XMLConfigData::destroyInstance();
     EXPECT_EQ(
         changes(*loadConfiguration(EXAMPLE)),

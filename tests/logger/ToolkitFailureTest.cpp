@@ -1,5 +1,5 @@
-// A process whose XML toolkit cannot be started or stopped. This program's functions stand before the toolkit's own; each
-// case has a process of its own, since there is no way back.
+// A process whose XML toolkit cannot be started or stopped. This program's functions stand before the
+// toolkit's own; each case has a process of its own, since there is no way back.
 #include "AgentHost.h"
 #include "Observer.h"
 #include "config/XMLConfigData.h"
@@ -92,7 +92,7 @@ void expectLoads(int times, const std::string& expected) {
 }
 
 const std::string kRefusal =
-    " The XML toolkit cannot be started: FILE was not read. \n  Restart the agent to try again. \n |";
+    " The XML toolkit cannot be started: FILE was not read. \n  Try again; when that fails too, restart the agent. \n |";
 
 TEST(ToolkitFailure, CannotBeStarted) {
     const struct {

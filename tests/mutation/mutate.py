@@ -21,6 +21,7 @@ import sys
 import threading
 import time
 
+sys.dont_write_bytecode = True  # the repository is only read
 import mutants
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]

@@ -1,5 +1,6 @@
 #include "Rows.h"
 
+#include <algorithm>
 #include <map>
 #include <regex>
 #include <sstream>
@@ -123,6 +124,14 @@ void check(const std::vector<std::string>& row) {
 }
 
 }  // namespace
+
+void checkRow(const std::string& row) {
+    std::string line = row;
+    std::replace(line.begin(), line.end(), '\n', ' ');
+    const auto parts = split(line, '|');
+    SCOPED_TRACE(parts[0]);
+    check(parts);
+}
 
 Table::Table(const std::string& name, int line, const std::string& rows,
              const std::vector<std::string>& steps, const char* file) {

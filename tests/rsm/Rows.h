@@ -16,6 +16,9 @@ extern const std::string kStart;
 /// scenario sets the clock.
 support::Replay replay(const std::string& scenario, const std::string& zone = "UTC");
 
+/// Checks one row, as below, within a test.
+void checkRow(const std::string& row);
+
 /// A table with one test a row, called TABLE.NAME, and one row a line (a line that begins with "|", or
 /// follows one that ends with ";", goes on with the row above):
 ///

@@ -17,6 +17,9 @@ other separators, month 15
     | 65 125 | 5 grace, 125 off | passed 2024-15-01 10-01-00 60 525602 | >2024-15-01</RSMStartDate><RSMStartTime>10-01-00<
     | <RSMEndDate>2026:03:01</RSMEndDate><RSMEndTime>10:03:00<
 ten minutes ago | 5 schedule 09:50:05 30 30 | 35..1205/30 | 5 grace, 1205 off | passed 2026:03:01 09:50:05 30 30
+no schedule file | 0 start data-source nowhere/s.xml; 0 start rsm config.xml; 5 command ScheduleRSM GracePeriod=1 | 65
+    | 5 grace, 65 off | "level":250,"text":"\n Unable to put the schedule in file = nowhere/s.xml"
+    | passed 2026:03:01 10:00:05 60 1 | !GOING TO PUT
 )");
 
 const Table refused("ScheduleCommand/Refused", __LINE__, R"(

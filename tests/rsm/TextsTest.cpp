@@ -1,14 +1,19 @@
 // What only a caller of the classes themselves can see.
 #include "AgentHost.h"
 #include "Observer.h"
+#include "ZephanRSMLogger.h"
 #include "controller/ZephanRSMSingleTon.h"
 #include "platform/agent/Messaging.h"
 #include "scheduling/ScheduleRSMHandler.h"
 #include "scheduling/TaggedText.h"
+#include "support/Workspace.h"
 #include "webservice/ConnectMessage.h"
 #include "webservice/DisconnectMessage.h"
 #include "webservice/ZephanServicesServiceImpl.h"
 
+#include <atomic>
+#include <chrono>
+#include <future>
 #include <memory>
 
 #include <gtest/gtest.h>
@@ -48,6 +53,37 @@ TEST(Texts, NullBuffers) {
               "250 Received NULL pointer in dateToString of ScheduleRSMHandler.|"
               "250 Received NULL pointer in dateToString of ScheduleRSMHandler.|"
               "250 Received NULL pointer in dateToString of ZephanRSMSingleTon.|");
+}
+
+// An order that comes in while the agent takes a line of another one does not wait for that.
+TEST(Schedule, NoLockIsHeldWhileTheAgentIsCalled) {
+    struct SecondOrder final : agent::Observer {
+        void onLog(int /*level*/, std::string_view text) override {
+            if (text.find("GOING TO PUT") != std::string_view::npos && !seen.exchange(true)) {
+                second = std::async(std::launch::async,
+                                    [this] { return handler->executeScheduleCommand(&input, nullptr); });
+                finished = second.wait_for(std::chrono::seconds(10)) == std::future_status::ready;
+            }
+        }
+        ScheduleRSMHandler* handler = nullptr;
+        PropList input{};
+        std::atomic<bool> seen = false;
+        std::future<std::int32_t> second;
+        bool finished = false;
+    } observer;
+    const agent::AgentHost host({&observer, nullptr, nullptr});
+    const support::Workspace workspace;
+    ScheduleRSMHandler handler(workspace.path("schedule.xml").c_str());
+    // A period that is over is stored, but nothing is started.
+    std::string texts[] = {"RSMStartDate", "2007:09:30", "RSMStartTime", "05:06:00"};
+    Prop properties[] = {{texts[0].data(), nullptr, nullptr, texts[1].data()},
+                         {texts[2].data(), nullptr, nullptr, texts[3].data()}};
+    observer.handler = &handler;
+    observer.input = {properties, 2};
+    EXPECT_EQ(handler.executeScheduleCommand(&observer.input, nullptr), 1);
+    EXPECT_TRUE(observer.finished);
+    EXPECT_FALSE(handler.isScheduleCurrent());
+    EXPECT_NE(workspace.read("schedule.xml").find("<RSMEndTime>05:36:00</RSMEndTime>"), std::string::npos);
 }
 
 TEST(Texts, TaggedValues) {
@@ -122,7 +158,8 @@ TEST(Messages, UnknownOperations) {
 TEST(Messages, ObjectsOfAnotherOperation) {
     const agent::AgentHost host;
     ZephanServicesServiceImpl service;
-    for (const auto& [built, executed] : {std::pair{"connect", "disconnect"}, std::pair{"disconnect", "connect"}}) {
+    for (const auto& [built, executed] :
+         {std::pair{"connect", "disconnect"}, std::pair{"disconnect", "connect"}}) {
         KRX::Messaging::WebServiceMessage message;
         EXPECT_EQ(service.CreateMessage(built, &message), 0);
         message.GetRequestHeader().SetOperation(executed);
@@ -136,7 +173,8 @@ TEST(Messages, ObjectsOfAnotherOperation) {
         EXPECT_EQ(service.Cleanup(&empty), 0) << operation;
         KRX::Messaging::WebServiceMessage message;
         EXPECT_EQ(service.CreateMessage(operation, &message), 0);
-        const std::unique_ptr<Serializable> request(message.SetRequestMsg(new KRX::Messaging::SerializableString(operation, "1")));
+        const std::unique_ptr<Serializable> request(
+            message.SetRequestMsg(new KRX::Messaging::SerializableString(operation, "1")));
         EXPECT_EQ(service.Execute(&message), -1) << operation << " with a foreign request";
         EXPECT_EQ(service.Cleanup(&message), 0) << operation;
     }

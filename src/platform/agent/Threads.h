@@ -32,9 +32,12 @@ KRX_API std::int8_t KRXThreadStart(KRXThread* thread, const char* name, int prio
 KRX_API int KRXThreadIsActive(KRXThread* thread);
 /// Waits at most `milliseconds` for the thread to end. 0 when it has ended.
 KRX_API std::int8_t KRXWaitForThread(KRXThread* thread, int* result, unsigned int milliseconds);
-/// Frees the library's part of a thread object. A thread that still runs is stopped for good before the call
-/// returns: it is dropped where it sleeps (its frames are not unwound), so nothing may be owned across a
-/// sleep.
+/// Frees the library's part of a thread object, which may be released afterwards. It does not wait for a
+/// thread that still runs. What becomes of that thread is the agent's choice, and nothing else may be relied
+/// on: it may be stopped for good at its next sleep, or wherever it is (its frames dropped, robust mutexes
+/// that it holds left without an owner); it may be unwound as by pthread_cancel, through the frames of the
+/// module; and it may run on for a while, or for ever. So nothing may be owned across a sleep, and a thread
+/// that comes back must find what it uses.
 KRX_API void KRXThreadDestroy(KRXThread* thread);
 /// Blocks the calling thread.
 KRX_API void KRXThreadSleep(unsigned int milliseconds);

@@ -67,6 +67,18 @@ std::optional<std::int64_t> File::modifiedAt() const noexcept {
     return ::fstat(descriptor_, &status) == 0 ? std::optional<std::int64_t>(status.st_mtime) : std::nullopt;
 }
 
+std::optional<std::string> File::readWhole(std::size_t limit) const {
+    const off_t end = ::lseek(descriptor_, 0, SEEK_END);
+    if (end < 0) {
+        return std::nullopt;
+    }
+    std::string contents(std::min(static_cast<std::size_t>(end), limit), '\0');
+    if (readStart(contents.data(), contents.size()) < contents.size()) {
+        return std::nullopt;
+    }
+    return contents;
+}
+
 std::size_t File::readStart(char* buffer, std::size_t size) const noexcept {
     const KeepThread keep;
     std::size_t length = 0;
@@ -82,6 +94,14 @@ std::size_t File::readStart(char* buffer, std::size_t size) const noexcept {
         length += static_cast<std::size_t>(count);
     }
     return length;
+}
+
+std::ptrdiff_t File::readAt(std::uint64_t position, char* buffer, std::size_t size) const noexcept {
+    ssize_t count = -1;
+    do {
+        count = ::pread(descriptor_, buffer, size, static_cast<off_t>(position));
+    } while (count < 0 && errno == EINTR);
+    return count;
 }
 
 bool File::append(std::string_view text) noexcept {
@@ -157,6 +177,25 @@ std::string absolutePath(const std::string& path) {
         return native;  // there is no directory that it could lead to
     }
     return directory.data() + ('/' + native);
+}
+
+void syncName(const std::string& path) noexcept {
+    const KeepThread keep;
+    posix::PathBuffer native;
+    if (!posix::toNative(path, native)) {
+        return;
+    }
+    const std::size_t separator = lastSeparator(path);
+    if (separator == std::string::npos) {
+        native = {"."};
+    } else {
+        native[separator == 0 ? 1 : separator] = '\0';
+    }
+    const int directory = posix::openDescriptor(AT_FDCWD, native.data(), O_RDONLY | O_DIRECTORY);
+    if (directory >= 0) {
+        ::fsync(directory);
+        ::close(directory);
+    }
 }
 
 std::size_t lastSeparator(std::string_view path) noexcept {
