@@ -293,6 +293,7 @@ TEST_F(ConfigCheckTest, Refused) {
         {"<z/>\n<z/>", "2:1 error not-well-formed", ""},
         {"", "1:1 error not-well-formed", ""},
         {"FileSize=1\n", "1:1 error not-well-formed", ""},
+        {"<?xml version='1.2'?><z/>", "1:1 error not-well-formed", "the XML version '1.2' is none"},
         {"<z>&e;</z>", "1:7 error not-well-formed", "'e'"},
         {"<z>\xc3(</z>", "1:1 error not-well-formed", ""},
         {"<!DOCTYPE z SYSTEM 'secret'>\n<z/>", "1:28 error external-name", "the external subset 'secret'"},

@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
+#include <regex>
 #include <system_error>
 
 namespace check {
@@ -32,6 +33,27 @@ std::string readFile(const std::string& path, std::string& unreadable) {
     return bytes;
 }
 
+/// Why the module refuses a document that is well-formed and within all bounds that can be told from outside.
+Finding refusalOf(const SourceText& source) {
+    Finding finding{Severity::error,
+                    {1, 1},
+                    "too-much",
+                    "reading this document takes more memory than the module allows a configuration",
+                    {}};
+    static const std::regex declaration("^<\\?xml\\s+version\\s*=\\s*([\"'])(.*?)\\1");
+    std::string start;
+    std::size_t mark = 0;
+    for (const std::string& character : source.excerpt({1, 1}, mark)) {
+        start += character;
+    }
+    if (std::smatch found;
+        std::regex_search(start, found, declaration) && found[2] != "1.0" && found[2] != "1.1") {
+        finding.kind = "not-well-formed";
+        finding.text = "the XML version " + shown(found.str(2)) + " is none that the module's parser knows";
+    }
+    return finding;
+}
+
 }  // namespace
 
 Result checkFile(const std::string& file, const std::optional<std::string>& schedule,
@@ -47,12 +69,7 @@ Result checkFile(const std::string& file, const std::optional<std::string>& sche
     result.source = SourceText(bytes);
     const Document document = readDocument(bytes, result.source, result.accepted);
     if (!settings) {
-        Finding reason = document.refusal.value_or(
-            Finding{Severity::error,
-                    {1, 1},
-                    "too-much",
-                    "reading this document takes more memory than the module allows a configuration",
-                    {}});
+        Finding reason = document.refusal ? *document.refusal : refusalOf(result.source);
         reason.notes.push_back(
             {{}, "the module refuses this file, so the start of the logger and of RSM fail with it"});
         result.findings.add(reason.severity, reason.position, reason.kind, reason.text).notes = reason.notes;

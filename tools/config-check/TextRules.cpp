@@ -10,10 +10,6 @@ namespace {
 
 constexpr std::int32_t kSmallSize = 1024;  // a few entries
 
-bool isBlank(const std::string& text) {
-    return text.find_first_not_of(" \t\r\n") == std::string::npos;
-}
-
 bool isLineBreak(char c) {
     return c == '\n' || c == '\r';
 }
@@ -166,12 +162,17 @@ void checkEmpty(const Inspection& in, const Element& element, Setting setting) {
     }
 }
 
+/// True when nothing but a text is in the element's first place; other things are reported as such.
+bool isPlain(const Element& element) {
+    return element.first == Element::First::text || element.first == Element::First::section ||
+           element.first == Element::First::nothing;
+}
+
 void checkList(const Inspection& in, const Element& list) {
     const std::vector<const Element*> messages = messagesOf(list, in.known);
     for (const Element* const message : messages) {
         checkForm(in, *message, Setting::TunnelOpen);
-        if (message->first == Element::First::nothing ||
-            (textOf(*message).empty() && message->rest.line == 0 && message->first == Element::First::text)) {
+        if (isPlain(*message) && textOf(*message).empty() && message->rest.line == 0) {
             in.warning(in.tagOf(*message), "empty", "an empty 'Message' is left out of the list");
         }
     }
@@ -182,6 +183,35 @@ void checkList(const Inspection& in, const Element& list) {
     }
 }
 
+void checkSetting(const Inspection& in, const Element& element, Setting setting) {
+    checkForm(in, element, setting);
+    const std::string text = textOf(element);
+    if (!isPlain(element)) {
+        return;
+    }
+    if (text.empty()) {
+        checkEmpty(in, element, setting);
+        return;
+    }
+    switch (setting) {
+        case Setting::LogLevel:
+            checkLevel(in, element, text);
+            break;
+        case Setting::FileSize:
+        case Setting::LogRevisionDays:
+            checkNumber(in, element, setting, text);
+            break;
+        case Setting::FileLogger:
+        case Setting::RDListner:
+        case Setting::TunnelListner:
+        case Setting::FileListner:
+            checkFlag(in, element, setting, text);
+            break;
+        default:
+            break;
+    }
+}
+
 }  // namespace
 
 void checkTexts(const Inspection& in) {
@@ -189,42 +219,15 @@ void checkTexts(const Inspection& in) {
         if (in.findings.full()) {
             return;
         }
-        const Element& element = *reading.element;
-        const std::string text = textOf(element);
         switch (reading.setting) {
             case Setting::TunnelOpen:
             case Setting::TunnelClose:
             case Setting::FileOpen:
             case Setting::FileClose:
-                checkList(in, element);
-                continue;
-            default:
-                break;
-        }
-        checkForm(in, element, reading.setting);
-        if (element.first == Element::First::nothing || (isBlank(text) && text.empty())) {
-            checkEmpty(in, element, reading.setting);
-            continue;
-        }
-        if (element.first != Element::First::text && element.first != Element::First::section) {
-            continue;
-        }
-        switch (reading.setting) {
-            case Setting::LogLevel:
-                checkLevel(in, element, text);
-                break;
-            case Setting::FileSize:
-            case Setting::LogRevisionDays:
-                checkNumber(in, element, reading.setting, text);
-                break;
-            case Setting::FileLogger:
-            case Setting::RDListner:
-            case Setting::TunnelListner:
-            case Setting::FileListner:
-                checkFlag(in, element, reading.setting, text);
+                checkList(in, *reading.element);
                 break;
             default:
-                break;
+                checkSetting(in, *reading.element, reading.setting);
         }
     }
 }
