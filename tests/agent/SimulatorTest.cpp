@@ -134,6 +134,22 @@ TEST_F(SimulatorTest, FilesGetTheSimulatedTime) {
 )");
 }
 
+TEST_F(SimulatorTest, FilesThatAreOnlyMadeGetItToo) {
+    const std::string trace = replay(
+        "clock 2026-03-01T10:00:00Z\n60 start data-source left-open\n60 audit \"stat -c %Y left-open\"\n"
+        "90 start data-source left-open\n90 audit \"stat -c %Y left-open\"\n");
+    const std::size_t first = trace.find(R"("text":"1772359260\n")");
+    EXPECT_NE(first, std::string::npos) << trace;
+    EXPECT_NE(trace.find(R"("text":"1772359260\n")", first + 1), std::string::npos) << trace;
+}
+
+TEST_F(SimulatorTest, UnloadClosesWhatTheModuleOpened) {
+    const std::string count = "audit \"ls -l /proc/$PPID/fd | grep -c left-open$\"\n";
+    const std::string trace = replay("0 start data-source left-open\n0 " + count + "0 unload\n0 " + count);
+    EXPECT_NE(trace.find(R"("text":"1\n")"), std::string::npos) << trace;
+    EXPECT_NE(trace.find(R"("text":"0\n")"), std::string::npos) << trace;
+}
+
 TEST_F(SimulatorTest, EnterpriseThatTakesItsTime) {
     const std::string record = R"("result":0,"properties":[["MODEL","KRX-7"],["SERIAL","0042"]]})";
     const std::string credentials = R"(,"thread":"host","event":"credentials","member":null})";
@@ -257,6 +273,10 @@ TEST_F(SimulatorTest, StatusAndMessage) {
         {"replay scenario --module ./none", "\n0 asset absent\n1 stop logger\n", 1,
          "scenario:3: cannot load the module: ./none"},
         {"replay scenario --module " NO_MODULE, "0 stop logger\n", 1, "does not export ZPRSMExtnStartup"},
+        {"replay scenario --module " FAKE_MODULE, "0 audit \"mkfifo f\"\n0 show f\n", 1,
+         "scenario:2: f: is no regular file"},
+        {"replay scenario --module " FAKE_MODULE, "0 audit \"mkfifo f\"\n0 write f x\n", 1,
+         "scenario:2: f: is no regular file"},
         {"replay scenario --trace none/trace", "0 end\n", 1, "none/trace: No such file or directory"},
         {"replay scenario --trace /dev/full", "0 show x\n", 1,
          "/dev/full: cannot write: No space left on device"},
