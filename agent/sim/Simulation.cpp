@@ -39,7 +39,7 @@ bool Simulation::run() {
         if (wake == Scheduler::Wake::interrupted) {
             continue;
         }
-        if (next == end || next->verb == Verb::end) {
+        if (next == end || next->isEnd()) {
             break;
         }
         perform(*next++);
@@ -58,7 +58,7 @@ bool Simulation::performTyped(const std::string& text) {
             return true;
         }
         const Action action = parseAction(words);
-        if (action.verb == Verb::end) {
+        if (action.isEnd()) {
             return false;
         }
         agent_.perform(action);
