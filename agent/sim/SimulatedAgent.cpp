@@ -1,7 +1,6 @@
 #include "SimulatedAgent.h"
 
 #include "Clock.h"
-#include "CommandCall.h"
 #include "FileVerbs.h"
 #include "Module.h"
 #include "Place.h"
@@ -240,15 +239,30 @@ ServiceAnswer SimulatedAgent::callOperation(const std::string& operation,
 }
 
 void SimulatedAgent::runCommand(const Action& action) {
-    std::optional<std::vector<Assignment>> properties;
-    if (action.arguments.size() != 2 || !action.arguments[1].isNull()) {
-        properties = assignmentsFrom(action, 1);
+    const bool withoutList = action.arguments.size() == 2 && action.arguments[1].isNull();
+    std::vector<Assignment> assignments;
+    std::vector<Prop> records;
+    if (!withoutList) {
+        assignments = assignmentsFrom(action, 1);
     }
-    const CommandAnswer answer = sim::runCommand(module(), action.argument(0), std::move(properties));
-    recorder_.recordCall({{"verb", std::optional(action.text)},
-                          {"result", std::int64_t{answer.result}},
-                          {"answer", answer.properties}},
-                         {});
+    for (auto& [name, value] : assignments) {
+        records.push_back({name.data(), nullptr, nullptr, value ? value->data() : nullptr});
+    }
+    const PropList list = {records.data(), static_cast<std::int32_t>(records.size())};
+    PropList* response = nullptr;
+    const std::int32_t result = module().dataSourceExecute(nullptr, nullptr, action.argument(0),
+                                                           withoutList ? nullptr : &list, &response);
+    std::optional<agent::NamedValues> answer;
+    if (response != nullptr) {
+        answer.emplace();
+        for (std::int32_t i = 0; i < response->count; ++i) {
+            const Prop& property = response->properties[i];
+            answer->emplace_back(valueOf(property.name).value_or(""), valueOf(property.value));
+        }
+        module().dataSourceDestroyPropList(nullptr, nullptr, response);
+    }
+    recorder_.recordCall(
+        {{"verb", std::optional(action.text)}, {"result", std::int64_t{result}}, {"answer", answer}}, {});
 }
 
 void SimulatedAgent::record(const Action& action, std::int8_t result) {
