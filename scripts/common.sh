@@ -30,6 +30,6 @@ build() {
     cmake --build --preset "$preset" ${1:+--target "$@"} | tail -n 1
 }
 
-BUILD_PACKAGES=(cmake ninja-build g++ libxerces-c-dev libexpat1-dev)
+BUILD_PACKAGES=(cmake ninja-build g++ libxerces-c-dev libexpat1-dev libedit-dev)
 TEST_PACKAGES=(libgtest-dev nlohmann-json3-dev python3)
 CONFIGURE_OPTIONS=()

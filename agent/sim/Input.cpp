@@ -1,5 +1,7 @@
 #include "Input.h"
 
+#include "Terminal.h"
+
 #include <algorithm>
 #include <array>
 #include <cerrno>
@@ -28,7 +30,7 @@ extern "C" void countInterrupt(int /*signal*/) {
 
 }  // namespace
 
-Input::Input(int descriptor) : descriptor_(descriptor) {
+Input::Input(int descriptor, Terminal* terminal) : descriptor_(descriptor), terminal_(terminal) {
     interruptCounter = ::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
     if (interruptCounter < 0) {
         throw std::system_error(errno, std::generic_category(), "eventfd");
@@ -72,6 +74,10 @@ std::string Input::takeLine() {
 }
 
 void Input::read() {
+    if (terminal_ != nullptr) {
+        open_ = terminal_->read(lines_);
+        return;
+    }
     std::array<char, 4096> buffer = {};
     const ssize_t size = ::read(descriptor_, buffer.data(), buffer.size());
     if (size < 0 && (errno == EINTR || errno == EAGAIN)) {

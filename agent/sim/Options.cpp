@@ -32,22 +32,34 @@ const char* const kHelp =
        krx-agent-sim run [SCENARIO] [--module PATH] [--trace FILE]
 
 Loads the module as an agent does and drives it: `replay` plays a scenario on a virtual clock, `run` on the real
-clock, with actions from the scenario at their times and from standard input as they are typed.
+clock, with actions from the scenario at their times and from standard input as they are typed (`help` lists them).
 
   --module PATH   the module (default: ../lib/libZephanRSMLogger.so beside the program's directory)
   --trace FILE    writes JSON Lines instead of the timeline; - is standard output
+  --brief         a timeline with less to read: no log lines, no sleeps, polls counted, lines that fit
+  --strict        exit status 3 when the start of a family failed
   --patience S    seconds for which the module may hold everything up before it counts as hanging (15 at first)
   --help          prints this text
   --version       prints the version
 
-Exit status: 0 ran to the end, 1 a scenario line or the module could not be used, or the module hangs, 2 wrong usage.
+Exit status: 0 ran to the end, 1 a scenario line or the module could not be used, or the module hangs, 2 wrong usage,
+3 (with --strict) a start failed.
 )";
 
 Options parseOptions(int count, char** words) {
-    enum Option : int { module = 'm', trace = 't', patience = 'p', help = 'h', version = 'v' };
+    enum Option : int {
+        module = 'm',
+        trace = 't',
+        patience = 'p',
+        brief = 'b',
+        strict = 's',
+        help = 'h',
+        version = 'v'
+    };
     const option known[] = {
         {"module", required_argument, nullptr, module},     {"trace", required_argument, nullptr, trace},
-        {"patience", required_argument, nullptr, patience}, {"help", no_argument, nullptr, help},
+        {"patience", required_argument, nullptr, patience}, {"brief", no_argument, nullptr, brief},
+        {"strict", no_argument, nullptr, strict},           {"help", no_argument, nullptr, help},
         {"version", no_argument, nullptr, version},         {nullptr, 0, nullptr, 0}};
     Options options;
     for (int found = 0; (found = ::getopt_long(count, words, ":", known, nullptr)) != -1;) {
@@ -60,6 +72,12 @@ Options parseOptions(int count, char** words) {
                 break;
             case patience:
                 options.patience = parsePatience(::optarg);
+                break;
+            case brief:
+                options.brief = true;
+                break;
+            case strict:
+                options.strict = true;
                 break;
             case help:
                 options.mode = Options::Mode::help;
@@ -85,6 +103,9 @@ Options parseOptions(int count, char** words) {
         options.scenario = words[::optind + 1];
     } else if (options.mode == Options::Mode::replay) {
         throw UsageError("no scenario to replay");
+    }
+    if (options.brief && options.trace) {
+        throw UsageError("--brief is for the timeline, not for a trace");
     }
     if (options.module.empty()) {
         options.module = defaultModule();

@@ -22,6 +22,8 @@ struct Options {
     std::optional<std::string> scenario;
     std::string module;
     std::optional<std::string> trace;  ///< "-" stands for standard output
+    bool brief = false;                ///< less to read
+    bool strict = false;               ///< a start that failed shows in the exit status
     /// How long the module may hold everything up. At first longer than any of its calls takes, with a
     /// sanitizer on a busy machine, too.
     std::chrono::milliseconds patience = std::chrono::seconds(15);

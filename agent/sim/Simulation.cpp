@@ -4,8 +4,10 @@
 #include "Input.h"
 #include "Scheduler.h"
 #include "SimulatedAgent.h"
+#include "Terminal.h"
 #include "TraceFile.h"
 
+#include <algorithm>
 #include <chrono>
 #include <iostream>
 #include <stdexcept>
@@ -16,6 +18,24 @@ namespace {
 
 /// How long threads may go on after the last action.
 constexpr Instant kAftermath = std::chrono::hours(24);
+
+/// The verbs that begin so, with their forms.
+std::string helpText(const std::string& beginning) {
+    std::string text;
+    const auto add = [&](const std::string& use, std::string_view about) {
+        constexpr std::size_t kColumn = 50;
+        if (use.starts_with(beginning)) {
+            text.append("  ").append(use).append(kColumn - std::min(use.size(), kColumn - 2), ' ');
+            text.append(about).append("\n");
+        }
+    };
+    for (const Verb& verb : verbs()) {
+        add(usage(verb), verb.about);
+    }
+    add("help [VERB]", "what can be typed");
+    add("quit", "ends the session");
+    return text.empty() ? "  no verb begins with '" + beginning + "'\n" : text;
+}
 
 }  // namespace
 
@@ -57,6 +77,13 @@ bool Simulation::performTyped(const std::string& text) {
         if (words.empty()) {
             return true;
         }
+        if (words.front().text == "help") {
+            trace_.tell(helpText(joined({words.begin() + 1, words.end()})));
+            return true;
+        }
+        if (words.front().text == "quit") {
+            return false;
+        }
         const Action action = parseAction(words);
         if (action.isEnd()) {
             return false;
@@ -64,6 +91,7 @@ bool Simulation::performTyped(const std::string& text) {
         agent_.perform(action);
     } catch (const std::runtime_error& error) {
         typedLineFailed_ = true;
+        const Terminal::Hidden hidden(input_->terminal());
         std::cerr << located("<stdin>", typedLines_, error.what()) << std::endl;
     }
     return true;

@@ -9,6 +9,7 @@
 #include "SimulatedAgent.h"
 #include "Simulation.h"
 #include "StdoutCapture.h"
+#include "Terminal.h"
 #include "TraceFile.h"
 
 #include <cerrno>
@@ -27,7 +28,7 @@ namespace {
 
 using sim::Options;
 
-enum ExitStatus : int { ranToEnd = 0, unusable = 1, wrongUsage = 2 };
+enum ExitStatus : int { ranToEnd = 0, unusable = 1, wrongUsage = 2, startFailed = 3 };
 
 constexpr std::chrono::seconds kVirtualStart(1767225600);  // 2026-01-01T00:00:00Z
 
@@ -60,10 +61,16 @@ ExitStatus simulate(const Options& options) {
     const bool real = options.mode == Options::Mode::run;
     const sim::Scenario scenario =
         options.scenario ? sim::readScenarioFile(*options.scenario) : sim::Scenario();
-    sim::TraceFile trace(options.trace ? sim::TraceFile::Form::json : sim::TraceFile::Form::timeline,
+    const std::unique_ptr<sim::Terminal> terminal = real ? sim::Terminal::open() : nullptr;
+    sim::TraceFile trace(options.trace   ? sim::TraceFile::Form::json
+                         : options.brief ? sim::TraceFile::Form::brief
+                                         : sim::TraceFile::Form::timeline,
                          openEvents(options.trace), options.trace.value_or("standard output"), real);
+    if (terminal != nullptr) {
+        trace.share(*terminal);
+    }
     sim::StdoutCapture capture;
-    const auto input = real ? std::make_unique<sim::Input>(STDIN_FILENO) : nullptr;
+    const auto input = real ? std::make_unique<sim::Input>(STDIN_FILENO, terminal.get()) : nullptr;
     std::unique_ptr<sim::Clock> clock;
     if (real) {
         clock = std::make_unique<sim::RealClock>(scenario.clock ? *scenario.clock : realTime(), *input);
@@ -71,7 +78,10 @@ ExitStatus simulate(const Options& options) {
         clock = std::make_unique<sim::Clock>(scenario.clock.value_or(kVirtualStart));
     }
     sim::Recorder recorder(*clock, capture, trace);
-    const auto tellHang = [&trace](const std::string& whoWaitsWhere) {
+    const auto tellHang = [&trace, &terminal](const std::string& whoWaitsWhere) {
+        if (terminal != nullptr) {
+            terminal->close();
+        }
         std::fprintf(stderr, "the module hangs: %s\n", whoWaitsWhere.c_str());
         trace.flush();
         std::_Exit(unusable);  // What waits for ever cannot be ended in order.
@@ -80,7 +90,7 @@ ExitStatus simulate(const Options& options) {
     const ShownTime shownTime(*clock);
     sim::SimulatedAgent agent(options.module, *clock, scheduler, recorder);
     sim::Simulation simulation(scenario, *clock, scheduler, agent, trace, input.get());
-    return simulation.run() ? ranToEnd : unusable;
+    return !simulation.run() ? unusable : options.strict && agent.startFailed() ? startFailed : ranToEnd;
 }
 
 }  // namespace
