@@ -30,6 +30,7 @@ build() {
     cmake --build --preset "$preset" ${1:+--target "$@"} | tail -n 1
 }
 
-BUILD_PACKAGES=(cmake ninja-build g++ libxerces-c-dev libexpat1-dev libedit-dev)
-TEST_PACKAGES=(libgtest-dev nlohmann-json3-dev python3)
+BUILD_PACKAGES=(cmake ninja-build g++ libxerces-c-dev libexpat1-dev libedit-dev libre2-dev nlohmann-json3-dev)
+TEST_PACKAGES=(libgtest-dev libxml2-utils python3)
+BROWSER_PACKAGES=(chromium chromium-driver python3-selenium)
 CONFIGURE_OPTIONS=()

@@ -81,7 +81,7 @@ void FreeRuntime::wait(std::chrono::milliseconds time, const Condition& until) {
     if (time == Thread::kForever) {
         changed_.wait(lock, until);
     } else {
-        changed_.wait_for(lock, time, until);
+        changed_.wait_for(lock, time / speed_, until);
     }
 }
 

@@ -8,8 +8,10 @@
 
 namespace agent {
 
-class FreeRuntime final : public Runtime {
+class KRX_API FreeRuntime final : public Runtime {
   public:
+    /// All times that the module and the host set pass `speed` times as fast; for tests of what takes seconds.
+    explicit FreeRuntime(int speed = 1) : speed_(speed) {}
     Thread* construct(Thread::Kind kind) override;
     bool start(Thread& thread) override;
     void end(Thread& thread, ThreadDestroy how) override;
@@ -19,6 +21,7 @@ class FreeRuntime final : public Runtime {
     void change(const std::function<void()>& change) override;
 
   private:
+    const int speed_;
     std::mutex mutex_;
     std::condition_variable changed_;
 };

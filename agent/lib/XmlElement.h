@@ -1,6 +1,8 @@
 // A received XML document as a tree.
 #pragma once
 
+#include "platform/agent/Api.h"
+
 #include <string>
 #include <string_view>
 #include <utility>
@@ -18,6 +20,6 @@ struct XmlElement {
 
 /// The root of `document`. Throws std::runtime_error naming line and reason for one that is not well-formed,
 /// declares a document type or is nested deeper than a message can be.
-XmlElement parseXml(std::string_view document);
+KRX_API XmlElement parseXml(std::string_view document);
 
 }  // namespace agent

@@ -1,5 +1,6 @@
 #include "Options.h"
 
+#include "Scenario.h"
 #include "Verbs.h"
 
 #include <filesystem>
@@ -25,20 +26,33 @@ std::chrono::milliseconds parsePatience(const std::string& text) {
     return std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::microseconds(*microseconds));
 }
 
+std::chrono::seconds clockOption(const char* text) {
+    try {
+        return parseClock(text);
+    } catch (const std::runtime_error& error) {
+        throw UsageError(error.what());
+    }
+}
+
 }  // namespace
 
 const char* const kHelp =
-    R"(usage: krx-agent-sim replay SCENARIO [--module PATH] [--trace FILE]
-       krx-agent-sim run [SCENARIO] [--module PATH] [--trace FILE]
+    R"(usage: krx-agent-sim replay SCENARIO [--module PATH] [--trace FILE] [--report FILE]
+       krx-agent-sim run [SCENARIO] [--module PATH] [--trace FILE] [--report FILE]
+       krx-agent-sim report TRACE -o FILE [--config FILE] [--clock TIME]
 
 Loads the module as an agent does and drives it: `replay` plays a scenario on a virtual clock, `run` on the real
 clock, with actions from the scenario at their times and from standard input as they are typed (`help` lists them).
+`report` makes the page of a session from a trace that was kept.
 
   --module PATH   the module (default: ../lib/libZephanRSMLogger.so beside the program's directory)
   --trace FILE    writes JSON Lines instead of the timeline; - is standard output
   --brief         a timeline with less to read: no log lines, no sleeps, polls counted, lines that fit
   --strict        exit status 3 when the start of a family failed
   --patience S    seconds for which the module may hold everything up before it counts as hanging (15 at first)
+  --report FILE   writes a page of the session (HTML) when it is over; -o is the same
+  --config FILE   the configuration whose audit texts the page shows (default: the one that the session names)
+  --clock TIME    the wall clock at the trace's start, like 2026-03-01T10:00:00Z (default: as the reports show it)
   --help          prints this text
   --version       prints the version
 
@@ -53,16 +67,25 @@ Options parseOptions(int count, char** words) {
         patience = 'p',
         brief = 'b',
         strict = 's',
+        report = 'o',
+        config = 'c',
+        clock = 'k',
         help = 'h',
         version = 'v'
     };
-    const option known[] = {
-        {"module", required_argument, nullptr, module},     {"trace", required_argument, nullptr, trace},
-        {"patience", required_argument, nullptr, patience}, {"brief", no_argument, nullptr, brief},
-        {"strict", no_argument, nullptr, strict},           {"help", no_argument, nullptr, help},
-        {"version", no_argument, nullptr, version},         {nullptr, 0, nullptr, 0}};
+    const option known[] = {{"module", required_argument, nullptr, module},
+                            {"trace", required_argument, nullptr, trace},
+                            {"patience", required_argument, nullptr, patience},
+                            {"report", required_argument, nullptr, report},
+                            {"config", required_argument, nullptr, config},
+                            {"clock", required_argument, nullptr, clock},
+                            {"brief", no_argument, nullptr, brief},
+                            {"strict", no_argument, nullptr, strict},
+                            {"help", no_argument, nullptr, help},
+                            {"version", no_argument, nullptr, version},
+                            {nullptr, 0, nullptr, 0}};
     Options options;
-    for (int found = 0; (found = ::getopt_long(count, words, ":", known, nullptr)) != -1;) {
+    for (int found = 0; (found = ::getopt_long(count, words, ":o:", known, nullptr)) != -1;) {
         switch (found) {
             case module:
                 options.module = ::optarg;
@@ -79,6 +102,15 @@ Options parseOptions(int count, char** words) {
             case strict:
                 options.strict = true;
                 break;
+            case report:
+                options.report = ::optarg;
+                break;
+            case config:
+                options.configuration = ::optarg;
+                break;
+            case clock:
+                options.clock = clockOption(::optarg);
+                break;
             case help:
                 options.mode = Options::Mode::help;
                 return options;
@@ -92,16 +124,25 @@ Options parseOptions(int count, char** words) {
     }
     const int positional = count - ::optind;
     const std::string command = positional > 0 ? words[::optind] : "";
-    if (command != "replay" && command != "run") {
+    if (command != "replay" && command != "run" && command != "report") {
         throw UsageError(command.empty() ? "no command" : "unknown command " + command);
     }
-    options.mode = command == "run" ? Options::Mode::run : Options::Mode::replay;
     if (positional > 2) {
         throw UsageError(std::string("unexpected argument ") + words[::optind + 2]);
     }
-    if (positional == 2) {
-        options.scenario = words[::optind + 1];
-    } else if (options.mode == Options::Mode::replay) {
+    const std::optional<std::string> file =
+        positional == 2 ? std::optional<std::string>(words[::optind + 1]) : std::nullopt;
+    if (command == "report") {
+        options.mode = Options::Mode::report;
+        if (!file || !options.report) {
+            throw UsageError(file ? "no file for the page (-o FILE)" : "no trace to report");
+        }
+        options.keptTrace = *file;
+        return options;
+    }
+    options.mode = command == "run" ? Options::Mode::run : Options::Mode::replay;
+    options.scenario = file;
+    if (!file && options.mode == Options::Mode::replay) {
         throw UsageError("no scenario to replay");
     }
     if (options.brief && options.trace) {

@@ -16,7 +16,7 @@ class UsageError final : public std::runtime_error {
 };
 
 struct Options {
-    enum class Mode : std::uint8_t { replay, run, help, version };
+    enum class Mode : std::uint8_t { replay, run, report, help, version };
 
     Mode mode = Mode::help;
     std::optional<std::string> scenario;
@@ -27,6 +27,10 @@ struct Options {
     /// How long the module may hold everything up. At first longer than any of its calls takes, with a
     /// sanitizer on a busy machine, too.
     std::chrono::milliseconds patience = std::chrono::seconds(15);
+    std::optional<std::string> report;  ///< the page's file
+    std::string keptTrace;              ///< of which a page is to be made
+    std::optional<std::string> configuration;
+    std::optional<std::chrono::seconds> clock;  ///< since 1970, at the start of the kept trace
 };
 
 /// Throws UsageError.

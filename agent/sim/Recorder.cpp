@@ -76,7 +76,11 @@ void Recorder::record(std::string_view name, Fields fields) {
 
 void Recorder::recordOf(const std::string& thread, std::string_view name, Fields fields,
                         const std::string& remark) {
-    trace_.write({clock_.now(), clock_.wall(), thread, name, std::move(fields), remark});
+    const Event event{clock_.now(), clock_.wall(), thread, name, std::move(fields), remark};
+    trace_.write(event);
+    for (EventListener* listener : listeners_) {
+        listener->onEvent(event);
+    }
 }
 
 void Recorder::recordStdout() {

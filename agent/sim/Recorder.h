@@ -2,6 +2,7 @@
 #pragma once
 
 #include "Event.h"
+#include "EventListener.h"
 #include "Observer.h"
 
 #include <string>
@@ -22,6 +23,9 @@ class Recorder final : public agent::Observer {
 
     Recorder(const Clock& clock, StdoutCapture& capture, TraceFile& trace)
         : clock_(clock), capture_(capture), trace_(trace) {}
+
+    /// Tells `listener` of every event from now on; it must outlive the recorder.
+    void tell(EventListener& listener) { listeners_.push_back(&listener); }
 
     /// The module was called and came back.
     void recordCall(Fields fields, const std::string& remark);
@@ -46,6 +50,7 @@ class Recorder final : public agent::Observer {
     const Clock& clock_;
     StdoutCapture& capture_;
     TraceFile& trace_;
+    std::vector<EventListener*> listeners_;
 };
 
 }  // namespace sim

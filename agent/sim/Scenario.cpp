@@ -1,5 +1,6 @@
 #include "Scenario.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <charconv>
 #include <cstring>
@@ -12,18 +13,6 @@ namespace {
 
 /// Ten years: a longer scenario is a slip of the pen.
 constexpr Instant kLongest = std::chrono::hours(24 * 365 * 10);
-
-/// "2026-03-01T10:00:00Z".
-std::chrono::seconds parseClock(const std::string& text) {
-    std::tm fields = {};
-    const char* end = ::strptime(text.c_str(), "%Y-%m-%dT%H:%M:%SZ", &fields);
-    const std::tm read = fields;
-    const std::time_t time = end != nullptr && *end == '\0' ? ::timegm(&fields) : -1;
-    if (time < 0 || fields.tm_mday != read.tm_mday || fields.tm_sec != read.tm_sec) {
-        throw std::runtime_error("'" + text + "' is no time like 2026-03-01T10:00:00Z");
-    }
-    return std::chrono::seconds(time);
-}
 
 Instant parseTime(const std::string& text, Instant previous) {
     const bool relative = text.starts_with('+');
@@ -62,6 +51,17 @@ void readLine(const std::vector<Word>& words, Scenario& scenario) {
 
 }  // namespace
 
+std::chrono::seconds parseClock(const std::string& text) {
+    std::tm fields = {};
+    const char* end = ::strptime(text.c_str(), "%Y-%m-%dT%H:%M:%SZ", &fields);
+    const std::tm read = fields;
+    const std::time_t time = end != nullptr && *end == '\0' ? ::timegm(&fields) : -1;
+    if (time < 0 || fields.tm_mday != read.tm_mday || fields.tm_sec != read.tm_sec) {
+        throw std::runtime_error("'" + text + "' is no time like 2026-03-01T10:00:00Z");
+    }
+    return std::chrono::seconds(time);
+}
+
 std::string located(const std::string& file, int line, const std::string& reason) {
     return file + ":" + std::to_string(line) + ": " + reason;
 }
@@ -98,6 +98,16 @@ Scenario readScenarioFile(const std::string& file) {
         throw std::runtime_error(file + ": cannot be read");
     }
     return scenario;
+}
+
+std::string leadingComment(const std::string& file) {
+    std::ifstream stream(file);
+    std::string comment;
+    for (std::string line; std::getline(stream, line) && line.starts_with('#');) {
+        const std::size_t start = std::min(line.find_first_not_of("# "), line.size());
+        comment.append(comment.empty() ? "" : " ").append(line, start);
+    }
+    return comment;
 }
 
 }  // namespace sim

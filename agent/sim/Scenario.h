@@ -17,6 +17,9 @@ struct Scenario {
     std::optional<std::chrono::seconds> clock;  ///< since 1970
 };
 
+/// A time like "2026-03-01T10:00:00Z", since 1970. Throws std::runtime_error for anything else.
+std::chrono::seconds parseClock(const std::string& text);
+
 /// "FILE:LINE: reason".
 std::string located(const std::string& file, int line, const std::string& reason);
 
@@ -24,5 +27,8 @@ std::string located(const std::string& file, int line, const std::string& reason
 /// first one that cannot be used.
 Scenario readScenario(std::istream& stream, const std::string& file);
 Scenario readScenarioFile(const std::string& file);
+
+/// The comment that the file begins with, its lines joined by blanks; empty when there is none.
+std::string leadingComment(const std::string& file);
 
 }  // namespace sim

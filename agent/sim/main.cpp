@@ -11,14 +11,21 @@
 #include "StdoutCapture.h"
 #include "Terminal.h"
 #include "TraceFile.h"
+#include "report/PageFile.h"
+#include "report/SessionPage.h"
+#include "report/SessionRecord.h"
+#include "report/TraceReader.h"
 
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <exception>
+#include <filesystem>
+#include <fstream>
 #include <iostream>
 #include <memory>
+#include <optional>
 #include <stdexcept>
 
 #include <fcntl.h>
@@ -57,10 +64,36 @@ std::chrono::microseconds realTime() {
         std::chrono::system_clock::now().time_since_epoch());
 }
 
+/// Where the session's page goes, if one is wanted; opened before anything runs, so that a wrong path is
+/// told.
+std::optional<sim::PageFile> openPage(const Options& options) {
+    return options.report ? std::optional<sim::PageFile>(std::in_place, *options.report) : std::nullopt;
+}
+
+ExitStatus report(const Options& options) {
+    std::ifstream trace(options.keptTrace, std::ios::binary);
+    if (!trace) {
+        throw std::runtime_error(options.keptTrace + ": " + std::strerror(errno));
+    }
+    sim::SessionRecord session(std::filesystem::path(options.keptTrace).filename().string());
+    if (options.configuration) {
+        session.useConfiguration(*options.configuration);
+    }
+    if (options.clock) {
+        session.setClock(*options.clock);
+    }
+    if (!sim::readTrace(trace, options.keptTrace, session)) {
+        std::cerr << options.keptTrace << ": the last line is cut off and left out" << std::endl;
+    }
+    openPage(options)->write(sim::sessionPage(session, false));
+    return ranToEnd;
+}
+
 ExitStatus simulate(const Options& options) {
     const bool real = options.mode == Options::Mode::run;
     const sim::Scenario scenario =
         options.scenario ? sim::readScenarioFile(*options.scenario) : sim::Scenario();
+    std::optional<sim::PageFile> page = openPage(options);
     const std::unique_ptr<sim::Terminal> terminal = real ? sim::Terminal::open() : nullptr;
     sim::TraceFile trace(options.trace   ? sim::TraceFile::Form::json
                          : options.brief ? sim::TraceFile::Form::brief
@@ -78,6 +111,17 @@ ExitStatus simulate(const Options& options) {
         clock = std::make_unique<sim::Clock>(scenario.clock.value_or(kVirtualStart));
     }
     sim::Recorder recorder(*clock, capture, trace);
+    sim::SessionRecord session(options.scenario ? std::filesystem::path(*options.scenario).stem().string()
+                                                : "session");
+    if (options.scenario) {
+        session.setNote(sim::leadingComment(*options.scenario));
+    }
+    if (options.configuration) {
+        session.useConfiguration(*options.configuration);
+    }
+    if (page) {
+        recorder.tell(session);
+    }
     const auto tellHang = [&trace, &terminal](const std::string& whoWaitsWhere) {
         if (terminal != nullptr) {
             terminal->close();
@@ -90,7 +134,19 @@ ExitStatus simulate(const Options& options) {
     const ShownTime shownTime(*clock);
     sim::SimulatedAgent agent(options.module, *clock, scheduler, recorder);
     sim::Simulation simulation(scenario, *clock, scheduler, agent, trace, input.get());
-    return !simulation.run() ? unusable : options.strict && agent.startFailed() ? startFailed : ranToEnd;
+    const auto writePage = [&page, &session] {
+        if (page) {
+            page->write(sim::sessionPage(session, false));
+        }
+    };
+    try {
+        const bool usable = simulation.run();
+        writePage();
+        return !usable ? unusable : options.strict && agent.startFailed() ? startFailed : ranToEnd;
+    } catch (const std::exception&) {
+        writePage();  // Most of all a session that went wrong is to be looked at.
+        throw;
+    }
 }
 
 }  // namespace
@@ -108,6 +164,8 @@ int main(int count, char** words) {
             case Options::Mode::replay:
             case Options::Mode::run:
                 return simulate(options);
+            case Options::Mode::report:
+                return report(options);
         }
     } catch (const sim::UsageError& error) {
         std::cerr << "krx-agent-sim: " << error.what() << "\n" << sim::kHelp;

@@ -1,5 +1,7 @@
 #include "config/LimitedDOMParser.h"
 
+#include <xercesc/internal/ReaderMgr.hpp>
+#include <xercesc/internal/XMLReader.hpp>
 #include <xercesc/internal/XMLScanner.hpp>
 #include <xercesc/validators/DTD/DTDEntityDecl.hpp>
 
@@ -31,6 +33,14 @@ void LimitedDOMParser::startElement(const xercesc::XMLElementDecl& element, unsi
         ++depth_;
     }
     XercesDOMParser::startElement(element, urlId, prefix, attributes, attributeCount, isEmpty, isRoot);
+}
+
+void LimitedDOMParser::endDocument() {
+    // The toolkit takes a NUL behind the root element for the end.
+    if (getScanner()->getReaderMgr()->getCurrentReader()->charsLeftInBuffer() > 0) {
+        throw Refused();
+    }
+    XercesDOMParser::endDocument();
 }
 
 void LimitedDOMParser::endElement(const xercesc::XMLElementDecl& element, unsigned int urlId, bool isRoot,

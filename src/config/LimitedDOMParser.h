@@ -17,6 +17,7 @@ class LimitedDOMParser final : public xercesc::XercesDOMParser {
     void startElement(const xercesc::XMLElementDecl& element, unsigned int urlId, const XMLCh* prefix,
                       const xercesc::RefVectorOf<xercesc::XMLAttr>& attributes, XMLSize_t attributeCount,
                       bool isEmpty, bool isRoot) override;
+    void endDocument() override;
     void endElement(const xercesc::XMLElementDecl& element, unsigned int urlId, bool isRoot,
                     const XMLCh* prefix) override;
     void doctypeDecl(const xercesc::DTDElementDecl& element, const XMLCh* publicId, const XMLCh* systemId,

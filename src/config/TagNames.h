@@ -5,7 +5,8 @@
 
 #include <xercesc/util/XercesDefs.hpp>
 
-/// The element names of the configuration file in the XML toolkit's 16-bit form.
+/// The element names of the configuration file in the XML toolkit's 16-bit form. There without
+/// the toolkit, too.
 class TagNames final {
   public:
     enum Tag : std::size_t {
@@ -30,16 +31,12 @@ class TagNames final {
         Count
     };
 
-    /// The XML toolkit must be running. Throws the toolkit's exceptions when memory runs out.
-    TagNames();
-    TagNames(const TagNames&) = delete;
-    TagNames& operator=(const TagNames&) = delete;
-    ~TagNames();
-
-    const XMLCh* operator[](Tag tag) const noexcept { return names_[tag]; }
+    const XMLCh* operator[](Tag tag) const noexcept { return kNames[tag]; }
 
   private:
-    void release();
-
-    std::array<XMLCh*, Count> names_{};
+    static constexpr std::array<const XMLCh*, Count> kNames{
+        u"Message",       u"LogFilePath",  u"FileSize",           u"LogRevisionDays", u"LogLevel",
+        u"FileLogger",    u"FileLogging",  u"OpenMessage",        u"CloseMessage",    u"AbortMessage",
+        u"TunnelMessags", u"ListnerSet",   u"RDListner",          u"TunnelListner",   u"FileListner",
+        u"Script",        u"FileMessages", u"RSMResumeStatusFile"};
 };

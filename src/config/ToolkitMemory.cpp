@@ -1,6 +1,5 @@
 #include "config/ToolkitMemory.h"
 
-#include <cstdint>
 #include <new>
 
 #include <xercesc/util/OutOfMemoryException.hpp>
@@ -24,13 +23,6 @@ ToolkitMemory::~ToolkitMemory() {
         ::operator delete(block);
         block = earlier;
     }
-}
-
-ToolkitMemory* ToolkitMemory::unbounded() noexcept {
-    // Never destroyed (its storage is part of the module's): tag names are released late.
-    alignas(ToolkitMemory) static unsigned char storage[sizeof(ToolkitMemory)];
-    static ToolkitMemory* const manager = new (storage) ToolkitMemory(SIZE_MAX, SIZE_MAX);
-    return manager;
 }
 
 void* ToolkitMemory::allocate(XMLSize_t size) {

@@ -3,6 +3,7 @@
 #include <cstddef>
 
 #include <xercesc/framework/MemoryManager.hpp>
+#include <xercesc/util/PlatformUtils.hpp>
 
 /// Memory for the XML toolkit, with bounds that keep a hostile document from taking the host's: whatever it
 /// expands to, and however it does so, the parse ends with the toolkit's out-of-memory exception. Releases
@@ -10,19 +11,19 @@
 /// threads at once.
 class ToolkitMemory final : public xercesc::MemoryManager {
   public:
-    /// At most `live` bytes held at a time and `total` bytes handed out in all, the cost of keeping the
-    /// blocks included.
+    /// At most `live` bytes held at a time and `total` bytes handed out in all, the cost of keeping
+    /// the blocks included.
     ToolkitMemory(std::size_t live, std::size_t total) noexcept : liveLimit_(live), totalLimit_(total) {}
     ToolkitMemory(const ToolkitMemory&) = delete;
     ToolkitMemory& operator=(const ToolkitMemory&) = delete;
     ~ToolkitMemory() override;
 
-    /// A manager without bounds that exists as long as the module does.
-    static ToolkitMemory* unbounded() noexcept;
-
     void* allocate(XMLSize_t size) override;
     void deallocate(void* memory) override;
-    xercesc::MemoryManager* getExceptionMemoryManager() override { return unbounded(); }
+    /// What an exception needs must be there longer than this is.
+    xercesc::MemoryManager* getExceptionMemoryManager() override {
+        return xercesc::XMLPlatformUtils::fgMemoryManager;
+    }
 
   private:
     struct Header;

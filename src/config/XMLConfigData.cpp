@@ -1,31 +1,52 @@
 #include "config/XMLConfigData.h"
 
+#include "platform/agent/Logging.h"
+
+#include "platform/Published.h"
+
 #include <atomic>
-#include <new>
+#include <utility>
 
 namespace {
 
-std::atomic<XMLConfigData*> theInstance{nullptr};
+platform::Immortal<platform::Published<XMLConfigData>> published;
+std::atomic<std::uint64_t> changes{0};
+
+/// An object that no stop took away goes with the library.
+struct AtUnload {
+    AtUnload() = default;
+    AtUnload(const AtUnload&) = delete;
+    AtUnload& operator=(const AtUnload&) = delete;
+    ~AtUnload() { XMLConfigData::destroyInstance(); }
+} const atUnload;
 
 }  // namespace
 
-XMLConfigData* XMLConfigData::getInstance(const std::string& path) noexcept {
-    if (theInstance == nullptr) {
-        try {
-            theInstance = new XMLConfigData(path);
-        } catch (...) {
-            // Memory ran out, in the object or in the XML toolkit: there is no object.
-        }
+std::shared_ptr<XMLConfigData> XMLConfigData::getInstance(const std::string& path) noexcept {
+    try {
+        const std::shared_ptr<XMLConfigData> present = published->get();
+        return std::shared_ptr<XMLConfigData>(present == nullptr ? new XMLConfigData(path) : new XMLConfigData(*present));
+    } catch (...) {
+        return nullptr;  // memory ran out
     }
-    return theInstance;
 }
 
-XMLConfigData* XMLConfigData::instance() noexcept {
-    return theInstance;
+void XMLConfigData::publish(std::shared_ptr<XMLConfigData> filled) noexcept {
+    published->exchange(std::move(filled));
+    ++changes;
+}
+
+std::shared_ptr<const XMLConfigData> XMLConfigData::instance() noexcept {
+    return published->get();
 }
 
 void XMLConfigData::destroyInstance() noexcept {
-    delete theInstance.exchange(nullptr);
+    published->exchange(nullptr);
+    ++changes;
+}
+
+std::uint64_t XMLConfigData::age() noexcept {
+    return changes;
 }
 
 void XMLConfigData::setLogLevel(const std::string& name) {
@@ -36,10 +57,10 @@ void XMLConfigData::setLogLevel(const std::string& name) {
     static constexpr NamedLevel kLevels[] = {{"trace", level::kTrace}, {"info", level::kInfo},
                                              {"warn", level::kWarn},   {"error", level::kError},
                                              {"force", level::kForce}, {"audit", level::kAudit}};
-    logLevel_ = level::kInfo;
+    settings_.logLevel = level::kInfo;
     for (const NamedLevel& known : kLevels) {
         if (name == known.name) {
-            logLevel_ = known.level;
+            settings_.logLevel = known.level;
         }
     }
 }

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "config/ConfigData.h"
-#include "config/LogLevel.h"
 #include "config/TagNames.h"
 
 #include <memory>
@@ -15,47 +14,55 @@ XERCES_CPP_NAMESPACE_END
 /// The one configuration object, filled from an XML file.
 class XMLConfigData final : public ConfigData {
   public:
-    /// Creates the object with the path of its file on the first call; later calls answer the same object and
-    /// ignore the path. The XML toolkit must be running. Null when the object cannot be created. Start thread
-    /// only.
-    static XMLConfigData* getInstance(const std::string& path) noexcept;
-    /// The object, or null. Any thread that holds a pass of the module gate.
-    static XMLConfigData* instance() noexcept;
-    /// Destroys the object. Start/stop thread only.
+    /// The object that a load is to fill: a copy of the present one, or a new one with the path of its file (later paths
+    /// are ignored). Nobody else sees it before it is published. Null when it cannot be had.
+    static std::shared_ptr<XMLConfigData> getInstance(const std::string& path) noexcept;
+    /// Puts a filled object into the place of the present one, whole.
+    static void publish(std::shared_ptr<XMLConfigData> filled) noexcept;
+    /// The present object, or null; who has it may go on reading it after it was replaced or destroyed. Any thread.
+    static std::shared_ptr<const XMLConfigData> instance() noexcept;
+    /// Changes with each object that is published or taken away; for those who keep one and want to know. Any thread.
+    static std::uint64_t age() noexcept;
+    /// Takes the present object away; it goes with its last reader. Any thread.
     static void destroyInstance() noexcept;
 
     void parseConfigFile() override;
-    const std::string& getLogFilePath() const override { return logFilePath_; }
-    void setLogFilePath(const std::string& path) override { logFilePath_ = path; }
-    const std::string& getFileSize() const override { return fileSize_; }
-    void setFileSize(const std::string& bytes) override { fileSize_ = bytes; }
-    const std::string& getLogRevisionDays() const override { return logRevisionDays_; }
-    void setLogRevisionDays(const std::string& days) override { logRevisionDays_ = days; }
-    std::int32_t getLogLevel() const override { return logLevel_; }
+    const std::string& getLogFilePath() const override { return settings_.logFilePath; }
+    void setLogFilePath(const std::string& path) override { settings_.logFilePath = path; }
+    const std::string& getFileSize() const override { return settings_.fileSize; }
+    void setFileSize(const std::string& bytes) override { settings_.fileSize = bytes; }
+    const std::string& getLogRevisionDays() const override { return settings_.logRevisionDays; }
+    void setLogRevisionDays(const std::string& days) override { settings_.logRevisionDays = days; }
+    std::int32_t getLogLevel() const override { return settings_.logLevel; }
     void setLogLevel(const std::string& name) override;
-    bool getFileLogger() const override { return fileLogger_; }
-    void setFileLogger(bool on) override { fileLogger_ = on; }
-    const std::string* getTunnelOpenMessages() const override { return tunnelOpenMessages_.get(); }
-    const std::string* getTunnelCloseMessages() const override { return tunnelCloseMessages_.get(); }
-    const std::string* getFileOpenMessages() const override { return fileOpenMessages_.get(); }
-    const std::string* getFileCloseMessages() const override { return fileCloseMessages_.get(); }
-    const std::string& getAbortMessage() const override { return abortMessage_; }
-    void setAbortMessage(const std::string& text) override { abortMessage_ = text; }
-    const std::string& getScript() const override { return script_; }
-    void setScript(const std::string& command) override { script_ = command; }
-    bool getRDListner() const override { return rdListner_; }
-    void setRDListner(bool on) override { rdListner_ = on; }
-    bool getTunnelListner() const override { return tunnelListner_; }
-    void setTunnelListner(bool on) override { tunnelListner_ = on; }
-    bool getFileListner() const override { return fileListner_; }
-    void setFileListner(bool on) override { fileListner_ = on; }
-    const std::string& getRSMResumeStatusFile() const override { return resumeStatusFile_; }
-    void setRSMResumeStatusFile(const std::string& path) override { resumeStatusFile_ = path; }
+    bool getFileLogger() const override { return settings_.fileLogger; }
+    void setFileLogger(bool on) override { settings_.fileLogger = on; }
+    const std::string* getTunnelOpenMessages() const override { return settings_.tunnelOpenMessages.get(); }
+    const std::string* getTunnelCloseMessages() const override { return settings_.tunnelCloseMessages.get(); }
+    const std::string* getFileOpenMessages() const override { return settings_.fileOpenMessages.get(); }
+    const std::string* getFileCloseMessages() const override { return settings_.fileCloseMessages.get(); }
+    const std::string& getAbortMessage() const override { return settings_.abortMessage; }
+    void setAbortMessage(const std::string& text) override { settings_.abortMessage = text; }
+    const std::string& getScript() const override { return settings_.script; }
+    void setScript(const std::string& command) override { settings_.script = command; }
+    bool getRDListner() const override { return settings_.rdListner; }
+    void setRDListner(bool on) override { settings_.rdListner = on; }
+    bool getTunnelListner() const override { return settings_.tunnelListner; }
+    void setTunnelListner(bool on) override { settings_.tunnelListner = on; }
+    bool getFileListner() const override { return settings_.fileListner; }
+    void setFileListner(bool on) override { settings_.fileListner = on; }
+    const std::string& getRSMResumeStatusFile() const override { return settings_.resumeStatusFile; }
+    void setRSMResumeStatusFile(const std::string& path) override { settings_.resumeStatusFile = path; }
 
   private:
-    using MessageList = std::unique_ptr<std::string[]>;
+    using MessageList = std::shared_ptr<const std::string[]>;
+
+    static constexpr TagNames tags_{};
+    /// No level of a message: nothing but `level::kForce` passes it.
+    static constexpr std::int32_t kDefaultLogLevel = 80;
 
     explicit XMLConfigData(const std::string& path) : configFilePath_(path) {}
+    XMLConfigData(const XMLConfigData& other) : configFilePath_(other.configFilePath_), settings_(other.settings_) {}
 
     // Reading of the file (XMLConfigReader.cpp)
     void readDocument(const xercesc::DOMElement& root);
@@ -67,26 +74,29 @@ class XMLConfigData final : public ConfigData {
     void readFileMessages(const xercesc::DOMElement& element);
     void readMessageList(const xercesc::DOMElement& parent, TagNames::Tag tag, MessageList& list) const;
 
+    struct Settings {
+        std::string logFilePath = "..\\log\\kelp-logs.xml";
+        std::string fileSize = "5000000";
+        std::string logRevisionDays = "30";
+        std::int32_t logLevel = kDefaultLogLevel;
+        bool fileLogger = true;
+        MessageList tunnelOpenMessages;
+        MessageList tunnelCloseMessages;
+        MessageList fileOpenMessages;
+        MessageList fileCloseMessages;
+        std::string abortMessage;
+        std::string resumeStatusFile;
+        std::string script;
+        bool rdListner = false;
+        bool tunnelListner = false;
+        bool fileListner = false;
+    };
+
     std::string configFilePath_;
-    TagNames tags_;
-    std::string logFilePath_ = "..\\log\\kelp-logs.xml";
-    std::string fileSize_ = "5000000";
-    std::string logRevisionDays_ = "30";
-    std::int32_t logLevel_ = level::kDefault;
-    bool fileLogger_ = true;
-    MessageList tunnelOpenMessages_;
-    MessageList tunnelCloseMessages_;
-    MessageList fileOpenMessages_;
-    MessageList fileCloseMessages_;
-    std::string abortMessage_;
-    std::string resumeStatusFile_;
-    std::string script_;
-    bool rdListner_ = false;
-    bool tunnelListner_ = false;
-    bool fileListner_ = false;
+    Settings settings_;
 };
 
-/// Loads the configuration: starts the XML toolkit, creates the object on the first call, reads its file,
-/// stops the toolkit. Null when the object cannot be created. Throws std::runtime_error when the file cannot
-/// be read. Start thread only.
-XMLConfigData* loadConfiguration(const std::string& path);
+/// Loads the configuration: starts the XML toolkit, reads the file of the first load into a copy of the present object,
+/// publishes that, stops the toolkit. Null when the object cannot be had. Throws std::runtime_error when the file cannot be
+/// read; what was read before is published all the same. One load at a time.
+std::shared_ptr<const XMLConfigData> loadConfiguration(const std::string& path);

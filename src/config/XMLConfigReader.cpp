@@ -1,24 +1,24 @@
 // Reading of the XML configuration file into the configuration object.
 #include "config/LimitedDOMParser.h"
-#include "config/MemoryReserve.h"
+#include "config/Toolkit.h"
 #include "config/ToolkitMemory.h"
 #include "config/XMLConfigData.h"
 #include "platform/File.h"
+#include "platform/Text.h"
+#include "platform/ThreadEnd.h"
 #include "platform/agent/Logging.h"
 
-#include <cstdint>
+#include <cstddef>
 #include <new>
+#include <optional>
 #include <stdexcept>
-#include <string_view>
+#include <utility>
 
 #include <xercesc/dom/DOM.hpp>
 #include <xercesc/framework/MemBufInputSource.hpp>
 #include <xercesc/util/OutOfMemoryException.hpp>
-#include <xercesc/util/PanicHandler.hpp>
-#include <xercesc/util/PlatformUtils.hpp>
 #include <xercesc/util/XMLException.hpp>
 #include <xercesc/util/XMLString.hpp>
-#include <xercesc/util/XMLUni.hpp>
 
 using xercesc::DOMElement;
 using xercesc::DOMNode;
@@ -26,9 +26,9 @@ using xercesc::XMLString;
 
 namespace {
 
-constexpr std::int64_t kLargestFile = std::int64_t{1} << 20U;
-// What a parse may take: held at a time, and handed out in all (each expansion of an entity is paid for in
-// the latter).
+constexpr std::size_t kLargestFile = std::size_t{1} << 20U;
+// What a parse may take: held at a time, and handed out in all (each expansion of an entity is paid for
+// in the latter).
 constexpr std::size_t kLiveMemory = std::size_t{13} << 20U;
 constexpr std::size_t kTotalMemory = std::size_t{256} << 20U;
 
@@ -57,13 +57,7 @@ std::string textOf(const DOMElement* element) {
     if (element == nullptr || element->getFirstChild() == nullptr) {
         return {};
     }
-    const std::string text = transcoded(element->getFirstChild()->getNodeValue());
-    const auto end = text.find_last_not_of(" \t");
-    if (end == std::string::npos) {
-        return {};
-    }
-    const auto start = text.find_first_not_of(" \t");
-    return text.substr(start, end - start + 1);
+    return std::string(platform::trimmed(transcoded(element->getFirstChild()->getNodeValue())));
 }
 
 /// In document order. The toolkit's own look-up keeps each list that it made and searches among them, which
@@ -89,71 +83,43 @@ const DOMElement* asElement(const DOMNode* node) {
 
 std::string readFile(const std::string& path) {
     const platform::File file = platform::File::open(path, platform::OpenMode::Read);
-    const std::int64_t size = file.isOpen() ? file.size() : 0;
-    if (!file.isOpen() || size > kLargestFile) {
+    std::optional<std::string> contents = file.isOpen() ? file.readWhole(kLargestFile + 1) : std::nullopt;
+    if (!contents || contents->size() > kLargestFile) {
         throw parsingError(path);
     }
-    std::string contents(static_cast<std::size_t>(size), '\0');
-    contents.resize(file.readStart(contents.data(), contents.size()));
-    return contents;
-}
-
-/// In place of the toolkit's own handler, which ends the process.
-class ThrowingPanicHandler final : public xercesc::PanicHandler {
-  public:
-    void panic(const PanicReasons reason) override { throw std::runtime_error(getPanicReasonString(reason)); }
-};
-
-/// Does a step of the toolkit's life and reports what is thrown in it. False when it was not done. A step
-/// that failed half-way leaves a toolkit that crashes when it is started or stopped again: then `usable`
-/// becomes false.
-template <typename Step>
-bool toolkitDoes(const char* format, bool& usable, Step&& step) {
-    try {
-        const MemoryReserve reserve;
-        usable = false;
-        step();
-        usable = true;
-        return true;
-    } catch (const xercesc::OutOfMemoryException&) {
-        KRXLog(250, format, "out of memory");
-    } catch (const xercesc::XMLException& exception) {
-        // Its message is in the toolkit's own characters, which only a toolkit that runs can convert.
-        KRXLog(250, format, exception.getSrcFile());
-    } catch (const std::exception& exception) {
-        KRXLog(250, format, exception.what());
-    }
-    return false;
+    return std::move(*contents);
 }
 
 }  // namespace
 
-XMLConfigData* loadConfiguration(const std::string& path) {
-    static ThrowingPanicHandler panicHandler;
-    static bool usable = true;
-    if (!usable || !toolkitDoes("XML toolkit initialization error: %s", usable, [] {
-            xercesc::XMLPlatformUtils::Initialize(xercesc::XMLUni::fgXercescDefaultLocale, nullptr,
-                                                  &panicHandler);
-        })) {
-        throw parsingError(path);
-    }
-    XMLConfigData* const configuration = XMLConfigData::getInstance(path);
+std::shared_ptr<const XMLConfigData> loadConfiguration(const std::string& path) {
+    toolkit::start();
+    const std::shared_ptr<XMLConfigData> configuration = XMLConfigData::getInstance(path);
     if (configuration != nullptr) {
-        // When this throws, the toolkit stays started, ready for the next load.
-        configuration->parseConfigFile();
+        struct Publication {
+            const std::shared_ptr<XMLConfigData>& filled;
+            ~Publication() { XMLConfigData::publish(filled); }
+        } const publication{configuration};
+        configuration->parseConfigFile();  // when this throws, the toolkit runs on, ready for the next load
     }
-    toolkitDoes("XML toolkit teardown error: %s", usable, [] { xercesc::XMLPlatformUtils::Terminate(); });
+    toolkit::stop();
     return configuration;
 }
 
 void XMLConfigData::parseConfigFile() {
-    const auto fail = [](const char* line, const XMLCh* message) {
+    const auto fail = [](const char* format, const XMLCh* message) {
         const std::string text = transcoded(message);
-        KRXLog(250, "%s%s", line, text.c_str());
+        KRXLog(level::kForce, format, text.c_str());
         return std::runtime_error(text);
     };
+    if (!toolkit::isRunning()) {
+        throw std::runtime_error(" The XML toolkit cannot be started: " + configFilePath_ +
+                                 " was not read. \n  Try again; when that fails too, restart the agent. \n ");
+    }
     try {
-        const std::string contents = readFile(configFilePath_);
+        std::string contents = readFile(configFilePath_);
+        contents +=
+            '\r';  // a character that is cut off at the end would pass, with a byte behind it does not
         ToolkitMemory memory(kLiveMemory, kTotalMemory);
         LimitedDOMParser parser(&memory);
         const xercesc::MemBufInputSource source(reinterpret_cast<const XMLByte*>(contents.data()),
@@ -170,12 +136,14 @@ void XMLConfigData::parseConfigFile() {
         readDocument(*root);
     } catch (const std::runtime_error&) {
         throw;
+    } catch (const platform::ForcedUnwind&) {
+        throw;
     } catch (const xercesc::OutOfMemoryException&) {
         throw parsingError(configFilePath_);
     } catch (const xercesc::XMLException& exception) {
-        throw fail(" Error Parsing File: ", exception.getMessage());
+        throw fail(" Error Parsing File: %s", exception.getMessage());
     } catch (const xercesc::DOMException& exception) {
-        throw fail(" DOM Exception: ", exception.getMessage());
+        throw fail(" DOM Exception: %s", exception.getMessage());
     } catch (...) {
         throw parsingError(configFilePath_);
     }
@@ -191,8 +159,10 @@ void XMLConfigData::readDocument(const DOMElement& root) {
         readSettingOfRoot(*child);
         try {
             handleElement(*child);
+        } catch (const platform::ForcedUnwind&) {
+            throw;
         } catch (...) {
-            KRXLog(250, " Error while parsing file: %s", configFilePath_.c_str());
+            KRXLog(level::kForce, " Error while parsing file: %s", configFilePath_.c_str());
         }
     }
 }
@@ -242,8 +212,8 @@ void XMLConfigData::readFileLogging(const DOMElement& element) {
 }
 
 void XMLConfigData::readTunnelMessages(const DOMElement& element) {
-    readMessageList(element, TagNames::OpenMessage, tunnelOpenMessages_);
-    readMessageList(element, TagNames::CloseMessage, tunnelCloseMessages_);
+    readMessageList(element, TagNames::OpenMessage, settings_.tunnelOpenMessages);
+    readMessageList(element, TagNames::CloseMessage, settings_.tunnelCloseMessages);
     if (const std::string text = textOf(firstDescendant(element, tags_[TagNames::AbortMessage]));
         !text.empty()) {
         setAbortMessage(text);
@@ -251,8 +221,8 @@ void XMLConfigData::readTunnelMessages(const DOMElement& element) {
 }
 
 void XMLConfigData::readFileMessages(const DOMElement& element) {
-    readMessageList(element, TagNames::OpenMessage, fileOpenMessages_);
-    readMessageList(element, TagNames::CloseMessage, fileCloseMessages_);
+    readMessageList(element, TagNames::OpenMessage, settings_.fileOpenMessages);
+    readMessageList(element, TagNames::CloseMessage, settings_.fileCloseMessages);
 }
 
 void XMLConfigData::readListeners(const DOMElement& element) {
@@ -261,9 +231,9 @@ void XMLConfigData::readListeners(const DOMElement& element) {
             flag = !textOf(found).empty();
         }
     };
-    readFlag(TagNames::RDListner, rdListner_);
-    readFlag(TagNames::TunnelListner, tunnelListner_);
-    readFlag(TagNames::FileListner, fileListner_);
+    readFlag(TagNames::RDListner, settings_.rdListner);
+    readFlag(TagNames::TunnelListner, settings_.tunnelListner);
+    readFlag(TagNames::FileListner, settings_.fileListner);
 }
 
 void XMLConfigData::readMessageList(const DOMElement& parent, TagNames::Tag tag, MessageList& list) const {
@@ -283,11 +253,13 @@ void XMLConfigData::readMessageList(const DOMElement& parent, TagNames::Tag tag,
     };
     std::size_t count = 0;
     forEachMessage([&](std::string&&) { ++count; });
-    list.reset(new (std::nothrow) std::string[count + 1]);
-    if (!list) {
-        KRXLog(250, "new Failed in handleElement of XMLConfigData. \n");
+    std::unique_ptr<std::string[]> texts(new (std::nothrow) std::string[count + 1]);
+    list.reset();
+    if (!texts) {
+        KRXLog(level::kForce, "new Failed in handleElement of XMLConfigData. \n");
         return;
     }
     std::size_t next = 0;
-    forEachMessage([&](std::string&& text) { list[next++] = std::move(text); });
+    forEachMessage([&](std::string&& text) { texts[next++] = std::move(text); });
+    list = std::move(texts);
 }

@@ -1,5 +1,6 @@
-// The RSM profile: eight properties of the agent's asset 0, sent to the enterprise and written to the log.
-#include "controller/ZephanRSMSingleTon.h"
+#include "controller/ProfileReport.h"
+
+#include "controller/RsmState.h"
 #include "platform/Console.h"
 #include "platform/agent/Logging.h"
 #include "platform/agent/ServiceAgent.h"
@@ -55,16 +56,53 @@ ValueText numberText(double value) noexcept {
 ValueText dateText(std::int64_t gmtClockValue) noexcept {
     ValueText text{"0"};
     if (gmtClockValue != 0) {
-        ZephanRSMSingleTon::dateToString(gmtClockValue, text.data());
+        ProfileReport::dateToString(gmtClockValue, text.data());
     }
     return text;
 }
 
 }  // namespace
 
-void ZephanRSMSingleTon::dateToString(std::int64_t gmtClockValue, char* text) noexcept {
+ProfileReport::ProfileReport()
+    : proxy_("Registration", "/krx/Registration", "urn:corvane-krx:Registration_v1_1") {}
+
+void ProfileReport::setServiceAgent(KRX::ServiceAgentNS::ServiceAgent* serviceAgent) {
+    KRX::ServiceAgentNS::ServiceAgent* none = nullptr;
+    if (serviceAgent == nullptr || !serviceAgent_.compare_exchange_strong(none, serviceAgent)) {
+        return;
+    }
+    KRXLog(level::kWarn, "\n *** Setting Service Agent pointer in ZephanRSMSingleTon *** \n");
+    if (auto* const asset = findAsset()) {
+        introduce(*asset);
+    }
+}
+
+KRX::ServiceAgentNS::VirtualAsset* ProfileReport::findAsset() const {
+    KRX::ServiceAgentNS::ServiceAgent* const agent = serviceAgent_;
+    return agent == nullptr ? nullptr : agent->GetAsset(0);
+}
+
+void ProfileReport::introduce(KRX::ServiceAgentNS::VirtualAsset& asset) {
+    if (knownAsset_ != &asset) {
+        setCredentials(asset);
+        knownAsset_ = &asset;  // last, so that nobody sends before the proxy has them
+    }
+}
+
+void ProfileReport::setCredentials(KRX::ServiceAgentNS::VirtualAsset& asset) {
+    const auto& record = asset.GetAssetProfile();
+    proxy_.SetOCM(asset.GetOCM());
+    KRX::Messaging::Headers::Credentials credentials("Credentials");
+    credentials.SetMemberId(record.GetMemberName());
+    credentials.SetPassword(record.GetMemberPassword());
+    KRX::Messaging::Headers::SecurityContext context("SecurityContext");
+    context.SetCredentials(&credentials);
+    proxy_.SetSecurityContext(context);
+}
+
+void ProfileReport::dateToString(std::int64_t gmtClockValue, char* text) {
     if (text == nullptr) {
-        KRXLog(250, "Received NULL pointer in dateToString of ZephanRSMSingleTon.");
+        KRXLog(level::kForce, "Received NULL pointer in dateToString of ZephanRSMSingleTon.");
         return;
     }
     const auto fields = scheduling::gmtFields(gmtClockValue);
@@ -72,28 +110,22 @@ void ZephanRSMSingleTon::dateToString(std::int64_t gmtClockValue, char* text) no
                   fields.month, fields.hour, fields.minute, fields.second);
 }
 
-void ZephanRSMSingleTon::UpdateProperty() noexcept {
-    ZephanRSMSingleTon* const controller = getInstance();
-    if (controller == nullptr) {
-        KRXLog(50, "Failed to get RSMSingleton pointer in UpdateProperty. Returning... \n");
-        return;
+bool ProfileReport::send(const RsmState& state) {
+    if (serviceAgent_ == nullptr) {
+        KRXLog(level::kError, "Can't send RSM profile to enterprise: Service agent is null\n");
+        return false;
     }
-    KRX::ServiceAgentNS::ServiceAgent* const agent = controller->serviceAgent_;
-    if (agent == nullptr) {
-        KRXLog(50, "Can't send RSM profile to enterprise: Service agent is null\n");
-        return;
-    }
-    KRX::ServiceAgentNS::VirtualAsset* const asset = agent->GetAsset(0);
+    KRX::ServiceAgentNS::VirtualAsset* const asset = findAsset();
     if (asset == nullptr) {
-        KRXLog(50, "Can't send RSM profile to enterprise: Virtaul Asset 0 is null\n");
-        return;
+        KRXLog(level::kError, "Can't send RSM profile to enterprise: Virtaul Asset 0 is null\n");
+        return false;
     }
+    introduce(*asset);
     try {
         Asset record("Asset");
         record.CopyFrom(asset->GetAssetProfile());
         record.ClearProperties();
 
-        const State state = controller->state();
         Property properties[] = {
             {"update", "RSM_MODE", modeName(state.rsmMode), "Property"},
             {"update", "RSM_START_TIME", nullptr, "Property"},
@@ -113,10 +145,10 @@ void ZephanRSMSingleTon::UpdateProperty() noexcept {
         KRX::Messaging::SerializableArray* const list = record.GetProperties();
         if (list == nullptr) {
             platform::echo("Prop list is NULL ");
-            return;
+            return false;
         }
         if (const int length = list->GetCount(); length > 0) {
-            KRXLog(40, "\n Added property Successfully ");
+            KRXLog(level::kWarn, "\n Added property Successfully ");
             ValueText text{};
             std::snprintf(text.data(), text.size(), "LENGTH IS %d", length);
             platform::echo(text.data());
@@ -125,41 +157,32 @@ void ZephanRSMSingleTon::UpdateProperty() noexcept {
         for (Property& property : properties) {
             list->AddEntry(&property);
         }
-        const bool updated = controller->registrationProxy_.UpdateAsset(record, 0) == 0;
-        if (updated) {
-            KRXLog(40, "\n Properties Updated Succesfully.....\n");
-            LogRSMProfile();
-        } else {
-            KRXLog(40, "\n Failed to Update Properties...... \n");
+        if (proxy_.UpdateAsset(record, 0) == 0) {
+            KRXLog(level::kWarn, "\n Properties Updated Succesfully.....\n");
+            LogRSMProfile(state);
+            return true;
         }
     } catch (const std::exception&) {
-        // Memory ran out in the agent's objects: as when the enterprise refuses. The next report sends all
-        // again.
-        KRXLog(40, "\n Failed to Update Properties...... \n");
+        // Memory ran out in the agent's objects: as when the enterprise refuses. The next report sends all again.
     }
+    KRXLog(level::kWarn, "\n Failed to Update Properties...... \n");
+    return false;
 }
 
-void ZephanRSMSingleTon::LogRSMProfile() noexcept {
-    ZephanRSMSingleTon* const controller = getInstance();
-    if (controller == nullptr) {
-        KRXLog(50, "Failed to get RSMSingleton pointer in LogRSMProfile. Returning... \n");
-        return;
-    }
-    const State state = controller->state();
+void ProfileReport::LogRSMProfile(const RsmState& state) {
     const auto logDate = [](std::int64_t time, const char* line, const char* lineWithoutTime) {
         if (time == 0) {
-            KRXLog(250, "%s", lineWithoutTime);
+            KRXLog(level::kForce, "%s", lineWithoutTime);
         } else {
-            KRXLog(250, " %s = %s \n", line, dateText(time).data());
+            KRXLog(level::kForce, line, dateText(time).data());
         }
     };
-    KRXLog(250, " RSM_MODE = %s \n", modeName(state.rsmMode));
-    logDate(state.rsmStartTime, "RSM_START_TIME", " RSM_START_TIME = 0 \n");
-    logDate(state.modeStartTime, "RSM_MODE_START_TIME", " RSM_MODE_START_TIME = 0\n");
-    KRXLog(250, " RSM_GRACE_PERIOD = %s \n", numberText(state.gracePeriod).data());
-    KRXLog(250, " RSM_FORCED_POLLING_RATE = %d \n", state.pollingRate);
-    logDate(state.delayedStartTime, "RSM_DELAY_PROFILE_START_TIME", " RSM_DELAY_PROFILE_START_TIME = 0\n");
-    KRXLog(250, " RSM_DELAY_PROFILE_FORCED_POLLING_RATE = %s \n",
-           numberText(state.delayedPollingRate).data());
-    KRXLog(250, " RSM_DELAY_PROFILE_GRACE_PERIOD = %s \n", numberText(state.delayedGracePeriod).data());
+    KRXLog(level::kForce, " RSM_MODE = %s \n", modeName(state.rsmMode));
+    logDate(state.rsmStartTime, " RSM_START_TIME = %s \n", " RSM_START_TIME = 0 \n");
+    logDate(state.modeStartTime, " RSM_MODE_START_TIME = %s \n", " RSM_MODE_START_TIME = 0\n");
+    KRXLog(level::kForce, " RSM_GRACE_PERIOD = %s \n", numberText(state.gracePeriod).data());
+    KRXLog(level::kForce, " RSM_FORCED_POLLING_RATE = %d \n", state.pollingRate);
+    logDate(state.delayedStartTime, " RSM_DELAY_PROFILE_START_TIME = %s \n", " RSM_DELAY_PROFILE_START_TIME = 0\n");
+    KRXLog(level::kForce, " RSM_DELAY_PROFILE_FORCED_POLLING_RATE = %s \n", numberText(state.delayedPollingRate).data());
+    KRXLog(level::kForce, " RSM_DELAY_PROFILE_GRACE_PERIOD = %s \n", numberText(state.delayedGracePeriod).data());
 }

@@ -5,12 +5,13 @@
 #include "platform/File.h"
 #include "platform/Number.h"
 #include "platform/agent/Logging.h"
-#include "scheduling/GmtClock.h"
+#include "scheduling/TaggedText.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdio>
 #include <exception>
-#include <string_view>
+#include <limits>
 
 namespace {
 
@@ -19,73 +20,86 @@ constexpr char kClassName[] = "ZephanRSMSingleTon";
 constexpr double kFirstTwoDigitGrace = 10.0;  // minutes; below, a "0" is put before the number
 constexpr std::size_t kRecordSize = 1000;
 constexpr std::size_t kReadSize = 1024;
-constexpr int kSecondsPerMinute = 60;
+constexpr std::int64_t kSecondsPerMinute = 60;
+
+using Value = char[scheduling::kValueSize];
 
 }  // namespace
 
-void ZephanRSMSingleTon::saveRSMState() noexcept {
-    const XMLConfigData* const configuration = XMLConfigData::instance();
+void ZephanRSMSingleTon::saveRSMState() {
+    const auto configuration = XMLConfigData::instance();
     if (configuration == nullptr) {
-        KRXLog(250, "Unable to save RSM state.\n");
+        KRXLog(level::kForce, "Unable to save RSM state.\n");
         return;
     }
-    platform::File file;
-    try {
-        resumeFilePath_ = configuration->getRSMResumeStatusFile();
-        resumeSavedAt_ = platform::now();
-        file = platform::File::open(resumeFilePath_, platform::OpenMode::Create);
-    } catch (const std::exception&) {
-        // No memory for the path: reported below as a file that cannot be opened.
-    }
-    if (!file.isOpen()) {
-        KRXLog(250, "Unable to save RSM state. Unable to retrive file. \n");
-        return;
-    }
-    const State current = state();
-    const auto fields = scheduling::gmtFields(resumeSavedAt_);
-    std::snprintf(resumeDate_, sizeof resumeDate_, "%d:%02d:%02d", fields.year, fields.month, fields.day);
-    std::snprintf(resumeTime_, sizeof resumeTime_, "%02d:%02d:%02d", fields.hour, fields.minute,
-                  fields.second);
-    std::snprintf(resumePollingRate_, sizeof resumePollingRate_, "%d", current.pollingRate);
-    std::snprintf(resumeGracePeriod_, sizeof resumeGracePeriod_, "%s%d",
-                  current.gracePeriod < kFirstTwoDigitGrace ? "0" : "", current.wholeMinutes());
-
+    const RsmState current = state();
+    const auto saved = scheduling::gmtFields(platform::now());
     std::array<char, kRecordSize> record{};
     const int length = std::snprintf(
         record.data(), record.size(),
-        "%s<RSMStartDate>%s</RSMStartDate><RSMStartTime>%s</RSMStartTime><PollingRate>%s</PollingRate>"
-        "<GracePeriod>%s</GracePeriod></ResumeRSM>",
-        kRootTag, resumeDate_, resumeTime_, resumePollingRate_, resumeGracePeriod_);
-    // Not emptied first: a kill between the two would lose the record that was there.
-    if (file.overwriteStart({record.data(), static_cast<std::size_t>(length)})) {
-        file.truncate(length);
-        file.sync();
+        "<ResumeRSM><RSMStartDate>%d:%02d:%02d</RSMStartDate><RSMStartTime>%02d:%02d:%02d</RSMStartTime><PollingRate>%d</PollingRate><GracePeriod>%s%d</GracePeriod></ResumeRSM>",
+        saved.year, saved.month, saved.day, saved.hour, saved.minute, saved.second, current.pollingRate,
+        current.gracePeriod < kFirstTwoDigitGrace ? "0" : "", current.wholeMinutes());
+    bool opened = false;
+    try {
+        const platform::Lock lock(resumeFileLock_);
+        resumeFilePath_ = configuration->getRSMResumeStatusFile();
+        platform::File file = platform::File::open(resumeFilePath_, platform::OpenMode::Create);
+        opened = file.isOpen();
+        // Not emptied first: a kill between the two would lose the record that was there.
+        if (opened && file.overwriteStart({record.data(), static_cast<std::size_t>(length)})) {
+            file.truncate(length);
+            file.sync();
+            platform::syncName(resumeFilePath_);
+        }
+    } catch (const std::exception&) {
+        // No memory for the path: as a file that cannot be opened.
+    }
+    if (!opened) {
+        KRXLog(level::kForce, "Unable to save RSM state. Unable to retrive file. \n");
     }
 }
 
-bool ZephanRSMSingleTon::readResumeState(const std::string& path) {
-    resumeFilePath_ = path;
+std::optional<ZephanRSMSingleTon::SavedRsm> ZephanRSMSingleTon::readResumeState(const std::string& path) {
     std::array<char, kReadSize> text{};
     {
+        const platform::Lock lock(resumeFileLock_);
+        resumeFilePath_ = path;
         const platform::File file = platform::File::open(path, platform::OpenMode::ReadWrite);
         // One byte stays for the terminator; a longer file is cut.
         if (!file.isOpen() || file.readStart(text.data(), text.size() - 1) == 0) {
-            return false;
+            return std::nullopt;
         }
     }
     if (scheduling::getTagEndIndex(text.data(), kRootTag) != static_cast<std::int32_t>(sizeof kRootTag - 1)) {
-        KRXLog(250, "\n%s file is not in correct format.", path.c_str());
-        return false;
+        KRXLog(level::kForce, "\n%s file is not in correct format.", path.c_str());
+        return std::nullopt;
     }
-    scheduling::readTaggedValue(text.data(), "RSMStartDate", resumeDate_, kClassName);
-    scheduling::readTaggedValue(text.data(), "RSMStartTime", resumeTime_, kClassName);
-    scheduling::readTaggedValue(text.data(), "PollingRate", resumePollingRate_, kClassName);
-    scheduling::readTaggedValue(text.data(), "GracePeriod", resumeGracePeriod_, kClassName);
-    resumeSavedAt_ = scheduling::stringToTime(resumeDate_, resumeTime_);
-    const std::int64_t elapsed = scheduling::gmtNow() - resumeSavedAt_;
-    if (std::int64_t{platform::readNumber(resumeGracePeriod_)} * kSecondsPerMinute <= elapsed) {
+    Value date{};
+    Value time{};
+    Value rate{};
+    Value grace{};
+    scheduling::readTaggedValue(text.data(), "RSMStartDate", date, kClassName);
+    scheduling::readTaggedValue(text.data(), "RSMStartTime", time, kClassName);
+    scheduling::readTaggedValue(text.data(), "PollingRate", rate, kClassName);
+    scheduling::readTaggedValue(text.data(), "GracePeriod", grace, kClassName);
+    if (*date == '\0' || *time == '\0' || *rate == '\0' || *grace == '\0') {
+        return std::nullopt;  // memory ran out: the record is kept for a start that can read it
+    }
+    const SavedRsm saved{scheduling::stringToTime(date, time), platform::readNumber(rate), platform::readNumber(grace)};
+    if (saved.gracePeriod * kSecondsPerMinute <= scheduling::gmtNow() - saved.savedAt) {
         platform::removeFile(path);
-        return false;
+        return std::nullopt;
     }
-    return true;
+    return saved;
+}
+
+void ZephanRSMSingleTon::resumeSavedRSM(const SavedRsm& saved) {
+    // A clock set back, or a damaged date, must not make the period longer than it was.
+    const std::int64_t elapsed = std::max<std::int64_t>(0, scheduling::gmtNow() - saved.savedAt);
+    const std::int64_t left = (saved.gracePeriod * kSecondsPerMinute - elapsed) / kSecondsPerMinute;
+    using Limits = std::numeric_limits<std::int32_t>;
+    std::uint32_t pollInterval = 0;
+    ForcePoll(static_cast<std::int32_t>(std::clamp<std::int64_t>(left, Limits::min(), Limits::max())),
+              saved.pollingRate, pollInterval);
 }

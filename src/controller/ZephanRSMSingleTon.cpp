@@ -1,147 +1,158 @@
 #include "controller/ZephanRSMSingleTon.h"
 
-#include "controller/ModuleGate.h"
 #include "logging/ConfigHandler.h"
+#include "platform/Published.h"
 #include "platform/agent/Logging.h"
-#include "platform/agent/ServiceAgent.h"
-#include "platform/agent/Threads.h"
 #include "scheduling/ScheduleRSMHandler.h"
 
+#include <algorithm>
 #include <exception>
+#include <initializer_list>
 #include <new>
 
 namespace {
 
-constexpr unsigned int kThreadEndTimeout = 3000;  // milliseconds
+platform::Immortal<platform::Published<ZephanRSMSingleTon>> published;
 
-std::atomic<ZephanRSMSingleTon*> instance{nullptr};
-std::recursive_mutex instanceLock;
-bool creating = false;  // under the instance lock
+/// A message that comes after the last stop makes a controller once more; it goes with the library.
+struct AtUnload {
+    AtUnload() = default;
+    AtUnload(const AtUnload&) = delete;
+    AtUnload& operator=(const AtUnload&) = delete;
+    ~AtUnload() { ZephanRSMSingleTon::dropIdleInstance(); }
+} const atUnload;
+
+/// Logs that no controller can be made, unless that is just being logged: the line may come back as a message that needs
+/// one.
+void logCreationError(int error) {
+    static std::atomic<bool> logging{false};
+    if (logging.exchange(true)) {
+        return;
+    }
+    struct Over {
+        ~Over() { logging = false; }
+    } const over;
+    KRXLog(level::kForce, "CreateMutex error: %d\n", error);
+}
 
 }  // namespace
 
-ZephanRSMSingleTon* ZephanRSMSingleTon::getInstance() noexcept {
-    if (ZephanRSMSingleTon* const existing = instance) {
-        return existing;
+ZephanRSMSingleTon::Reference ZephanRSMSingleTon::existing() noexcept {
+    return published->get();
+}
+
+ZephanRSMSingleTon::Reference ZephanRSMSingleTon::getInstance() {
+    if (Reference present = existing()) {
+        return present;
     }
-    const std::lock_guard lock(instanceLock);
-    // A line logged by the construction may come back to here, through the host, before there is an instance.
-    if (instance != nullptr || creating) {
-        return instance;
-    }
-    creating = true;
+    Reference created;
     try {
-        auto* const created = new (std::nothrow) ZephanRSMSingleTon;
-        if (created != nullptr && created->threadMutex_.creationError() == 0) {
-            instance = created;
-        } else {
-            delete created;
-        }
+        created.reset(new ZephanRSMSingleTon);
     } catch (const std::exception&) {
-        // Memory ran out within the construction: as when there is none for the object itself.
+        return nullptr;  // memory ran out
     }
-    creating = false;
-    return instance;
+    if (const int error = created->creationError(); error != 0) {
+        logCreationError(error);
+        return nullptr;
+    }
+    Reference present = published->publishFirst(created);
+    // Only now: the line may come back as a message, which must find the controller.
+    if (present == created && created->configHandler_ != nullptr &&
+        !created->configHandler_->getLogManager().isComplete()) {
+        KRXLog(level::kForce, "new Failed in LogManager of LogManager. \n");
+    }
+    return present;
+}
+
+void ZephanRSMSingleTon::destroyInstance() {
+    const Reference present = existing();
+    if (present == nullptr) {
+        return;
+    }
+    // What is logged while the thread ends still reaches the log file.
+    present->thread_.stop();
+    published->exchange(nullptr);
+    if (present->configHandler_ != nullptr) {
+        present->configHandler_->getLogManager().close();
+    }
+}
+
+void ZephanRSMSingleTon::dropIdleInstance() noexcept {
+    const Reference present = existing();
+    // A thread that still runs belongs to a host that ends without a stop, or is wrong to unload.
+    if (present != nullptr && !present->thread_.isHeld()) {
+        published->exchange(nullptr);
+    }
 }
 
 ZephanRSMSingleTon::ZephanRSMSingleTon()
-    : registrationProxy_("Registration", "/krx/Registration", "urn:corvane-krx:Registration_v1_1") {
-    if (const int error = threadMutex_.creationError(); error != 0) {
-        KRXLog(250, "CreateMutex error: %d\n", error);
-        return;
+    : profile_(std::make_shared<ProfileReport>()), configHandler_(new (std::nothrow) ConfigHandler) {}
+
+ZephanRSMSingleTon::~ZephanRSMSingleTon() = default;
+
+int ZephanRSMSingleTon::creationError() const noexcept {
+    for (const int error : {thread_.creationError(), stateLock_.creationError(), resumeFileLock_.creationError()}) {
+        if (error != 0) {
+            return error;
+        }
     }
-    configHandler_.reset(new (std::nothrow) ConfigHandler);
+    return 0;
 }
 
-void ZephanRSMSingleTon::destroyInstance() noexcept {
-    ZephanRSMSingleTon* const existing = instance;
-    if (existing == nullptr) {
-        return;
-    }
-    existing->stopPollingThread();
-    const gate::Alone alone;
-    delete existing;
-    instance = nullptr;
-}
-
-ZephanRSMSingleTon::~ZephanRSMSingleTon() {
-    // `reset` forgets before it releases: what is logged meanwhile finds no half-destroyed routing.
-    configHandler_.reset();
-    scheduleHandler_.reset();
-}
-
-void ZephanRSMSingleTon::stopPollingThread() noexcept {
-    if (threadMutex_.wait() == platform::Mutex::Wait::Obtained) {
-        closing_ = true;
-        threadMutex_.release();
-    }
-    KRXThread* const thread = pollingThread_;
-    if (thread == nullptr) {
-        return;
-    }
-    const bool ended = KRXWaitForThread(thread, nullptr, kThreadEndTimeout) == 0;
-    KRXThreadDestroy(thread);
-    KRXLog(250, "%s",
-           ended ? "\n Force Polling Thread shutdown complete."
-                 : "\n Force Polling Thread FORCEFULLY shutdown complete.");
-    delete thread;
-    pollingThread_ = nullptr;
-}
-
-void ZephanRSMSingleTon::setServiceAgent(KRX::ServiceAgentNS::ServiceAgent* serviceAgent) {
-    if (serviceAgent == nullptr) {
-        return;
-    }
-    KRXLog(40, "\n *** Setting Service Agent pointer in ZephanRSMSingleTon *** \n");
-    serviceAgent_ = serviceAgent;
-    setCredentials();
-}
-
-void ZephanRSMSingleTon::setCredentials() {
-    KRX::ServiceAgentNS::VirtualAsset* const asset = serviceAgent_.load()->GetAsset(0);
-    if (asset == nullptr) {
-        return;
-    }
-    const auto& record = asset->GetAssetProfile();
-    registrationProxy_.SetOCM(asset->GetOCM());
-    KRX::Messaging::Headers::Credentials credentials("Credentials");
-    credentials.SetMemberId(record.GetMemberName());
-    credentials.SetPassword(record.GetMemberPassword());
-    KRX::Messaging::Headers::SecurityContext context("SecurityContext");
-    context.SetCredentials(&credentials);
-    registrationProxy_.SetSecurityContext(context);
-}
-
-void ZephanRSMSingleTon::createScheduleHandler(const char* scheduleFilePath) noexcept {
-    if (scheduleHandler_ || scheduleFilePath == nullptr) {
-        return;
+bool ZephanRSMSingleTon::createScheduleHandler(const char* scheduleFilePath) {
+    if (scheduleHandler_ != nullptr || scheduleFilePath == nullptr) {
+        return false;
     }
     try {
-        scheduleHandler_ = std::make_unique<ScheduleRSMHandler>(scheduleFilePath);
+        ownedScheduleHandler_ = std::make_unique<ScheduleRSMHandler>(scheduleFilePath);
+        scheduleHandler_ = ownedScheduleHandler_.get();
+        return true;
     } catch (const std::bad_alloc&) {
-        // No handler: the callers report that.
+        return false;  // no handler: the callers report that
     }
 }
 
-ZephanRSMSingleTon::State ZephanRSMSingleTon::state() const {
-    const std::lock_guard lock(stateLock_);
+RsmState ZephanRSMSingleTon::state() const {
+    const platform::Lock lock(stateLock_);
     return state_;
 }
 
-std::int32_t ZephanRSMSingleTon::getRSMMode() const {
-    return state().rsmMode;
-}
-
 void ZephanRSMSingleTon::setGracePeriod(double minutes) {
-    const std::lock_guard lock(stateLock_);
-    state_.gracePeriod = minutes;
+    changeState([&](RsmState& state, std::int64_t /*now*/) { state.gracePeriod = minutes; });
 }
 
 void ZephanRSMSingleTon::setPollingRate(std::int32_t seconds) {
-    const std::lock_guard lock(stateLock_);
-    state_.pollingRate = seconds;
+    changeState([&](RsmState& state, std::int64_t /*now*/) { state.pollingRate = seconds; });
 }
 
-std::int64_t ZephanRSMSingleTon::getDelayedEndTime() const {
-    return state().delayedEndTime;
+std::string ZephanRSMSingleTon::getResumeFilePath() const {
+    const platform::Lock lock(resumeFileLock_);
+    return resumeFilePath_;
+}
+
+void ZephanRSMSingleTon::setResumeFilePath(const std::string& path) {
+    const platform::Lock lock(resumeFileLock_);
+    resumeFilePath_ = path;
+}
+
+ZephanRSMSingleTon::Report ZephanRSMSingleTon::beginReport() {
+    const platform::Lock lock(stateLock_);
+    return {profile_, state_, ++reportsBegun_};
+}
+
+bool ZephanRSMSingleTon::endReport(const Report& report, bool accepted) {
+    const platform::Lock lock(stateLock_);
+    if (!accepted) {
+        return false;
+    }
+    const bool overtaken = report.ticket < newestAccepted_;
+    newestAccepted_ = std::max(newestAccepted_, report.ticket);
+    return overtaken;
+}
+
+void ZephanRSMSingleTon::UpdateProperty() {
+    for (bool again = true; again;) {
+        const Report report = beginReport();
+        again = endReport(report, report.profile->send(report.state));
+    }
 }

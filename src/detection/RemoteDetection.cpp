@@ -6,7 +6,7 @@
 
 RemoteDetection::RemoteDetection(RDMessageHandler* handler) {
     if (handler == nullptr) {
-        KRXLog(250, "Received NULL RDMessageHandler pointer in RemoteDetection constructor");
+        KRXLog(level::kForce, "Received NULL RDMessageHandler pointer in RemoteDetection constructor");
         return;
     }
     handler->attach(this);
@@ -27,9 +27,9 @@ void RemoteDetection::updateStatus(const RDMessageHandler* handler) {
 }
 
 void RemoteDetection::UpdateRemoteActivity() {
-    ZephanRSMSingleTon* const controller = ZephanRSMSingleTon::getInstance();
+    const auto controller = ZephanRSMSingleTon::existing();
     if (controller == nullptr) {
-        KRXLog(250, "Received NULL ZephanRSMSingleTon pointer in RemoteDetection's UpdateRemoteActivity");
+        KRXLog(level::kForce, "Received NULL ZephanRSMSingleTon pointer in RemoteDetection's UpdateRemoteActivity");
         return;
     }
     if (!subject_->isFileActive() && !subject_->isTunnelActive()) {

@@ -7,7 +7,7 @@
 
 TunnelListner::TunnelListner(RDMessageHandler* handler) {
     if (handler == nullptr) {
-        KRXLog(250, "Received NULL RDMessageHandler pointer in TunnelListner's constructor.");
+        KRXLog(level::kForce, "Received NULL RDMessageHandler pointer in TunnelListner's constructor.");
         return;
     }
     handler->attach(this);
@@ -36,18 +36,18 @@ void TunnelListner::updateStatus(const RDMessageHandler* handler) {
 }
 
 void TunnelListner::ExecuteModalityScript() {
-    const XMLConfigData* const configuration = XMLConfigData::instance();
+    const auto configuration = XMLConfigData::instance();
     if (configuration == nullptr) {
-        KRXLog(250, "Received NULL XMLConfigData pointer in TunnelListner's ExecuteModalityScript.");
+        KRXLog(level::kForce, "Received NULL XMLConfigData pointer in TunnelListner's ExecuteModalityScript.");
         return;
     }
     if (configuration->getScript().empty()) {
         return;
     }
-    KRXLog(50, "\n*******Going To Execute Modality Script***********");
+    KRXLog(level::kError, "\n*******Going To Execute Modality Script***********");
     if (platform::runCommand(configuration->getScript().c_str()) == 0) {
-        KRXLog(50, "\n Script executed Successfully.");
+        KRXLog(level::kError, "\n Script executed Successfully.");
     } else {
-        KRXLog(50, "Error while running script.");
+        KRXLog(level::kError, "Error while running script.");
     }
 }

@@ -1,6 +1,5 @@
 // Exports of the data-source extension.
 #include "ZephanRSMLogger.h"
-#include "controller/ModuleGate.h"
 #include "controller/ZephanRSMSingleTon.h"
 #include "entry/Guard.h"
 #include "platform/agent/Logging.h"
@@ -30,38 +29,35 @@ void answer(PropList** response, const char* result) noexcept {
 }
 
 std::int32_t exitRSM(ZephanRSMSingleTon& controller, PropList** response) {
-    KRXLog(250, "\n %s Command received for execution", "ExitRSM");
+    KRXLog(level::kForce, "\n %s Command received for execution", "ExitRSM");
     if (controller.getRSMMode() == rsm::kNotActive) {
-        KRXLog(40, "\n Agent is not in RSM. ");
+        KRXLog(level::kWarn, "\n Agent is not in RSM. ");
         answer(response, "Agent is not in RSM.");
         return kFailed;
     }
-    KRXLog(40, "\n GOING TO Exit from RSM. ");
+    KRXLog(level::kWarn, "\n GOING TO Exit from RSM. ");
     KRX::Messaging::SerializableString result("SerializableString", nullptr);
     controller.Disconnect("test123", result);
     const char* const text = result.GetValue() == nullptr ? "" : result.GetValue();
-    KRXLog(40, "\n Exit Command Result = %s ", text);
+    KRXLog(level::kWarn, "\n Exit Command Result = %s ", text);
     answer(response, text);
     return kDone;
 }
 
 std::int32_t execute(const char* command, const PropList* input, PropList** response) {
-    ZephanRSMSingleTon* const controller = ZephanRSMSingleTon::getInstance();
+    const auto controller = ZephanRSMSingleTon::getInstance();
     if (controller == nullptr) {
-        KRXLog(50,
-               "RSM Singleton pointer null in KRXRSMExecuteCommandDSExecute. Need to ave the same "
-               "initialized correctly "
-               "in WSEStartup. Returning... \n");
+        KRXLog(level::kError, "RSM Singleton pointer null in KRXRSMExecuteCommandDSExecute. Need to ave the same initialized correctly in WSEStartup. Returning... \n");
         return kFailed;
     }
     ScheduleRSMHandler* const handler = controller->getScheduleHandler();
     if (handler == nullptr) {
-        KRXLog(50, "RSMDSExtnExecute: Error in getting RSM Handler.\n");
+        KRXLog(level::kError, "RSMDSExtnExecute: Error in getting RSM Handler.\n");
         return kFailed;
     }
     const std::string_view name = command == nullptr ? "" : command;
     if (name == "ScheduleRSM") {
-        KRXLog(250, "\n %s Command received for execution", "ScheduleRSM");
+        KRXLog(level::kForce, "\n %s Command received for execution", "ScheduleRSM");
         return handler->executeScheduleCommand(input, response);
     }
     return name == "ExitRSM" ? exitRSM(*controller, response) : kNotRecognised;
@@ -73,26 +69,29 @@ extern "C" {
 
 int8_t ZPXRSMDSStartup(void** handle, const char* scheduleFilePath) {
     return entry::guarded(entry::kFailure, [&] {
-        const gate::Lifecycle lifecycle;
-        const gate::Alone alone;
-        ZephanRSMSingleTon* const controller = ZephanRSMSingleTon::getInstance();
+        const auto controller = ZephanRSMSingleTon::getInstance();
+        bool made = false;
         if (controller != nullptr) {
-            controller->createScheduleHandler(scheduleFilePath);
+            const entry::Lifecycle lifecycle;
+            made = controller->createScheduleHandler(scheduleFilePath);
+        }
+        if (made) {
+            controller->getScheduleHandler()->reportLoad();
         }
         if (controller == nullptr || controller->getScheduleHandler() == nullptr) {
-            KRXLog(250, "RSMDSExtn ERROR: Failed to create ScheduleRSMHandler object.");
+            KRXLog(level::kForce, "RSMDSExtn ERROR: Failed to create ScheduleRSMHandler object.");
             return entry::kFailure;
         }
         if (handle != nullptr) {
             *handle = controller->getScheduleHandler();
         }
-        KRXLog(250, "Custom HVK Extension: %s startup complete.\n", kExtension);
+        KRXLog(level::kForce, "Custom HVK Extension: %s startup complete.\n", kExtension);
         return entry::kSuccess;
     });
 }
 
 int8_t ZPXRSMDSShutdown(void) {
-    KRXLog(250, "Custom HVK Extension: %s shutdown complete.\n", kExtension);
+    KRXLog(level::kForce, "Custom HVK Extension: %s shutdown complete.\n", kExtension);
     return entry::kSuccess;
 }
 
@@ -107,7 +106,6 @@ int32_t ZPXRSMDSSet(void) {
 int32_t ZPXRSMDSExectue(void* /*reserved1*/, void* /*reserved2*/, const char* command, const PropList* input,
                         PropList** response) {
     return entry::guarded(kFailed, [&] {
-        const gate::Pass pass;
         return execute(command, input, response);
     });
 }
@@ -118,13 +116,13 @@ int8_t ZPXRSMDSDestoryResponse(void) {
 
 int8_t ZPXRSMDSDestroyPropList(void* /*reserved1*/, void* /*reserved2*/, PropList* list) {
     if (list == nullptr) {
-        KRXLog(50, "ZPXRSMDSDestroyPropList: null property list, nothing to destroy?!\n");
+        KRXLog(level::kError, "ZPXRSMDSDestroyPropList: null property list, nothing to destroy?!\n");
         return entry::kSuccess;
     }
     if (list->properties == nullptr) {
-        KRXLog(50, "ZPXRSMDSDestroyPropList: null properties array?!\n");
+        KRXLog(level::kError, "ZPXRSMDSDestroyPropList: null properties array?!\n");
     } else {
-        KRXLog(50, "\n ZPXRSMDSDestroyPropList: deleting properties.... \n");
+        KRXLog(level::kError, "\n ZPXRSMDSDestroyPropList: deleting properties.... \n");
     }
     releaseProperties(list);
     return entry::kSuccess;

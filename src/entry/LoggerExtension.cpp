@@ -1,7 +1,6 @@
 // Exports of the logger extension.
 #include "ZephanRSMLogger.h"
 #include "config/XMLConfigData.h"
-#include "controller/ModuleGate.h"
 #include "controller/ZephanRSMSingleTon.h"
 #include "entry/Guard.h"
 #include "logging/ConfigHandler.h"
@@ -14,39 +13,39 @@ namespace {
 
 constexpr char kExtension[] = "RSM Logger Extension";
 
-signed char startUp(const char* initParam) {
+std::int8_t startUp(const char* initParam) {
     if (initParam == nullptr || *initParam == '\0') {
-        KRXLog(50, "RSM Logger Extension: InitParam is not defined in Agent Config file");
+        KRXLog(level::kError, "RSM Logger Extension: InitParam is not defined in Agent Config file");
         return entry::kFailure;
     }
+    const entry::Lifecycle lifecycle;
     try {
         loadConfiguration(initParam);
     } catch (const std::runtime_error& error) {
-        KRXLog(50, "\n %s \n", error.what());
+        KRXLog(level::kError, "\n %s \n", error.what());
         return entry::kFailure;
     }
-    ZephanRSMSingleTon* const controller = ZephanRSMSingleTon::getInstance();
+    const auto controller = ZephanRSMSingleTon::getInstance();
     ConfigHandler* const handler = controller == nullptr ? nullptr : controller->getConfigHandler();
     if (handler == nullptr) {
-        KRXLog(50, "Error in getting ConfigHandler pointer. %s startup aborted.\n", kExtension);
+        KRXLog(level::kError, "Error in getting ConfigHandler pointer. %s startup aborted.\n", kExtension);
         return entry::kFailure;
     }
     handler->setLoggerStarted(true);
     handler->getLogManager().initialize();
-    KRXLog(250, "Custom HVK Extension: %s startup complete.\n", kExtension);
+    KRXLog(level::kForce, "Custom HVK Extension: %s startup complete.\n", kExtension);
     return entry::kSuccess;
 }
 
 /// Delivers one message with `deliver` and echoes it, even when it cannot be delivered.
 template <typename Delivery>
-signed char take(const char* message, Delivery&& deliver) {
+std::int8_t take(const char* message, Delivery&& deliver) {
     if (message == nullptr) {
-        KRXLog(50, "Remote Detection LoggerLog: NULL message pointer %x", 0U);
+        KRXLog(level::kError, "Remote Detection LoggerLog: NULL message pointer %x", 0U);
         return entry::kFailure;
     }
     entry::guarded(entry::kFailure, [&] {
-        const gate::Pass pass;
-        if (ZephanRSMSingleTon* const controller = ZephanRSMSingleTon::getInstance()) {
+        if (const auto controller = ZephanRSMSingleTon::getInstance()) {
             if (ConfigHandler* const handler = controller->getConfigHandler()) {
                 deliver(handler->getLogManager());
             }
@@ -62,24 +61,19 @@ signed char take(const char* message, Delivery&& deliver) {
 extern "C" {
 
 int8_t ZPXRSMLoggerStatup(const char* initParam) {
-    return entry::guarded(entry::kFailure, [&] {
-        const gate::Lifecycle lifecycle;
-        const gate::Alone alone;
-        return startUp(initParam);
-    });
+    return entry::guarded(entry::kFailure, [&] { return startUp(initParam); });
 }
 
 int8_t ZPXRSMLoggerShutdown(void) {
-    const gate::Lifecycle lifecycle;
-    ZephanRSMSingleTon::destroyInstance();
-    {
-        const gate::Alone alone;
+    return entry::guarded(entry::kSuccess, [] {
+        const entry::Lifecycle lifecycle;
+        ZephanRSMSingleTon::destroyInstance();
         XMLConfigData::destroyInstance();
-    }
-    KRXLogSetFunc(nullptr);
-    KRXLogSetAuditFunc(nullptr);
-    KRXLog(250, "Custom HVK Extension: %s shutdown complete.\n", kExtension);
-    return entry::kSuccess;
+        KRXLogSetFunc(nullptr);
+        KRXLogSetAuditFunc(nullptr);
+        KRXLog(level::kForce, "Custom HVK Extension: %s shutdown complete.\n", kExtension);
+        return entry::kSuccess;
+    });
 }
 
 int8_t ZPXRSMLoggerLog(uint8_t level, const char* message) {

@@ -1,7 +1,6 @@
 // Exports of the RSM extension.
 #include "ZephanRSMLogger.h"
 #include "config/XMLConfigData.h"
-#include "controller/ModuleGate.h"
 #include "controller/ZephanRSMSingleTon.h"
 #include "entry/Guard.h"
 #include "logging/ConfigHandler.h"
@@ -32,65 +31,69 @@ bool ensureConfiguration(const char* initParam) {
     }
     const std::string path = trimmed(initParam);
     if (path.empty()) {
-        KRXLog(50, "RSM Extension: InitParam is not defined in Agent Config file");
+        KRXLog(level::kError, "RSM Extension: InitParam is not defined in Agent Config file");
         return false;
     }
     try {
         loadConfiguration(path);
     } catch (const std::runtime_error& error) {
-        KRXLog(50, "\n %s \n", error.what());
+        KRXLog(level::kError, "\n %s \n", error.what());
         return false;
     }
     return true;
 }
 
-signed char startUp(void** handle, ZPServiceAgent* serviceAgent, const char* initParam) {
-    if (!ensureConfiguration(initParam)) {
-        return entry::kFailure;
+std::int8_t startUp(void** handle, ZPServiceAgent* serviceAgent, const char* initParam) {
+    ZephanRSMSingleTon::Reference controller;
+    {
+        const entry::Lifecycle lifecycle;
+        if (!ensureConfiguration(initParam)) {
+            return entry::kFailure;
+        }
+        controller = ZephanRSMSingleTon::getInstance();
     }
-    ZephanRSMSingleTon* const controller = ZephanRSMSingleTon::getInstance();
     if (controller == nullptr) {
-        KRXLog(50, "ZPRSMExtStartup: Failed to create a new ZephanRSMSingleTon object.");
+        KRXLog(level::kError, "ZPRSMExtStartup: Failed to create a new ZephanRSMSingleTon object.");
         return entry::kFailure;
     }
-    if (controller->getServiceAgent() == nullptr) {
-        controller->setServiceAgent(serviceAgent);
-    }
+    controller->setServiceAgent(serviceAgent);
     if (handle != nullptr) {
-        *handle = controller;
+        *handle = controller.get();
     }
-    const XMLConfigData* const configuration = XMLConfigData::instance();
-    if (configuration != nullptr && controller->readResumeState(configuration->getRSMResumeStatusFile())) {
-        controller->resumeSavedRSM();
+    // From here on the enterprise is told, which may take its time: a stop does not wait for that.
+    if (const auto configuration = XMLConfigData::instance()) {
+        if (const auto saved = controller->readResumeState(configuration->getRSMResumeStatusFile())) {
+            controller->resumeSavedRSM(*saved);
+        }
     }
     if (ScheduleRSMHandler* const handler = controller->getScheduleHandler(); handler == nullptr) {
-        KRXLog(250, "Unable to get Handler for ScheduleRSMHandler in ZPRSMExtStartup.\n");
+        KRXLog(level::kForce, "Unable to get Handler for ScheduleRSMHandler in ZPRSMExtStartup.\n");
     } else if (handler->isScheduleCurrent()) {
         handler->scheduleRSM();
     }
-    KRXLog(250, "Custom HVK Extension: %s startup complete.\n", kExtension);
+    KRXLog(level::kForce, "Custom HVK Extension: %s startup complete.\n", kExtension);
     return entry::kSuccess;
 }
 
-signed char shutDown(const void* handle) {
+std::int8_t shutDown(const void* handle) {
     if (handle == nullptr) {
-        KRXLog(40, "ZPRSMExtShutdown : RSM extension handle is NULL.");
+        KRXLog(level::kWarn, "ZPRSMExtShutdown : RSM extension handle is NULL.");
         return entry::kFailure;
     }
-    ZephanRSMSingleTon* const controller = ZephanRSMSingleTon::getInstance();
+    const entry::Lifecycle lifecycle;
+    const auto controller = ZephanRSMSingleTon::getInstance();
     if (controller != nullptr && controller->getScheduleHandler() != nullptr) {
         controller->getScheduleHandler()->performCleanUp();
     }
     if (controller == nullptr || controller->getConfigHandler() == nullptr) {
-        KRXLog(50, "Error in getting ConfigHandler pointer. %s startup aborted.\n", "RSM Logger Extension");
+        KRXLog(level::kError, "Error in getting ConfigHandler pointer. %s startup aborted.\n", "RSM Logger Extension");
         return entry::kFailure;
     }
     if (!controller->getConfigHandler()->isLoggerStarted()) {
         ZephanRSMSingleTon::destroyInstance();
-        const gate::Alone alone;
         XMLConfigData::destroyInstance();
     }
-    KRXLog(250, "Custom HVK Extension: %s shutdown complete.\n", kExtension);
+    KRXLog(level::kForce, "Custom HVK Extension: %s shutdown complete.\n", kExtension);
     return entry::kSuccess;
 }
 
@@ -99,17 +102,10 @@ signed char shutDown(const void* handle) {
 extern "C" {
 
 int8_t ZPRSMExtnStartup(void** handle, ZPServiceAgent* serviceAgent, const char* initParam) {
-    return entry::guarded(entry::kFailure, [&] {
-        const gate::Lifecycle lifecycle;
-        const gate::Alone alone;
-        return startUp(handle, serviceAgent, initParam);
-    });
+    return entry::guarded(entry::kFailure, [&] { return startUp(handle, serviceAgent, initParam); });
 }
 
 int8_t ZPRSMExtnShutdown(void* handle) {
-    return entry::guarded(entry::kFailure, [&] {
-        const gate::Lifecycle lifecycle;
-        return shutDown(handle);
-    });
+    return entry::guarded(entry::kFailure, [&] { return shutDown(handle); });
 }
 }

@@ -1,37 +1,35 @@
 #include "logging/FileLogger.h"
 
-#include "config/LogLevel.h"
 #include "logging/LogFileWriter.h"
 #include "logging/MessageHandler.h"
 #include "platform/agent/Logging.h"
 
 FileLogger::FileLogger(MessageHandler* handler) {
     if (handler == nullptr) {
-        KRXLog(250, "Received NULL MessageHandler pointer in FileLogger constructor");
+        KRXLog(level::kForce, "Received NULL MessageHandler pointer in FileLogger constructor");
         return;
     }
-    handler->attach(this);
-    subject_ = handler;
     writer_ = LogFileWriter::getInstance();
+    subject_ = handler;
+    handler->attach(this);
 }
 
 FileLogger::~FileLogger() {
     if (subject_ != nullptr) {
         subject_->detach(this);
-        LogFileWriter::destroyInstance();
     }
 }
 
-void FileLogger::updateLog(std::uint32_t level, const MessageHandler* handler) {
+void FileLogger::updateLog(std::uint32_t messageLevel, const MessageHandler* handler) {
     if (handler == nullptr) {
-        KRXLog(250, "Received NULL MessageHandler pointer in FileLogger updateLog");
+        KRXLog(level::kForce, "Received NULL MessageHandler pointer in FileLogger updateLog");
         return;
     }
     if (handler != subject_ || writer_ == nullptr) {
         return;
     }
     const char* const message = subject_->getMessage().c_str();
-    switch (level) {
+    switch (messageLevel) {
         case level::kForce:
             writer_->writeForce(message);
             break;
@@ -52,10 +50,14 @@ void FileLogger::updateLog(std::uint32_t level, const MessageHandler* handler) {
 
 void FileLogger::UpdateAuditLog(const MessageHandler* handler) {
     if (handler == nullptr) {
-        KRXLog(250, "Received NULL MessageHandler pointer in FileLogger UpdateAuditLog.");
+        KRXLog(level::kForce, "Received NULL MessageHandler pointer in FileLogger UpdateAuditLog.");
         return;
     }
     if (handler == subject_ && writer_ != nullptr) {
         writer_->writeInfo(subject_->getMessage().c_str());
     }
+}
+
+Notices FileLogger::takeNotices() noexcept {
+    return writer_ == nullptr ? Notices{} : writer_->takeNotices();
 }

@@ -2,6 +2,8 @@
 
 #include "logging/Observer.h"
 
+#include <memory>
+
 class LogFileWriter;
 
 /// Observer that turns each message into an entry of the log file, unless the configured level keeps it out.
@@ -12,8 +14,9 @@ class FileLogger final : public Observer {
     ~FileLogger() override;
     void updateLog(std::uint32_t level, const MessageHandler* handler) override;
     void UpdateAuditLog(const MessageHandler* handler) override;
+    Notices takeNotices() noexcept override;
 
   private:
-    LogFileWriter* writer_ = nullptr;
+    std::shared_ptr<LogFileWriter> writer_;
     MessageHandler* subject_ = nullptr;
 };

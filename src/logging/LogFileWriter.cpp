@@ -5,39 +5,51 @@
 #include "platform/Clock.h"
 #include "platform/Console.h"
 #include "platform/Number.h"
+#include "platform/Published.h"
+#include "platform/ThreadEnd.h"
 #include "platform/agent/Logging.h"
 
-#include <algorithm>
-#include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <exception>
-#include <new>
+#include <utility>
 
 namespace {
 
 constexpr int kTmYearOrigin = 1900;
 constexpr char kNullMessage[] = "Received NULL message for Logging.";
+constexpr char kRenameFailed[] = "\n Error renaming file";
 constexpr std::size_t kConsoleLineSize = 64;
 
-LogFileWriter* theInstance = nullptr;  // made and destroyed by the start and stop exports only
+platform::Immortal<platform::Mutex> instanceLock;
+platform::Immortal<std::weak_ptr<LogFileWriter>> theInstance;  // under the lock
+
+/// The second in which a failed rotation is being reported. A thread may end in the middle of that, so it
+/// counts for no longer.
+std::atomic<std::int64_t> reportingIn{-1};
 
 }  // namespace
 
-LogFileWriter* LogFileWriter::getInstance() noexcept {
-    if (theInstance == nullptr) {
-        try {
-            theInstance = new LogFileWriter;
-        } catch (const std::exception&) {
-            // Memory ran out: the file logger works without a writer.
+std::shared_ptr<LogFileWriter> LogFileWriter::getInstance() {
+    try {
+        {
+            const platform::Lock lock(*instanceLock);
+            if (auto present = theInstance->lock()) {
+                return present;
+            }
         }
+        const std::shared_ptr<LogFileWriter> made(new LogFileWriter);
+        const platform::Lock lock(*instanceLock);
+        *theInstance = made;
+        return made;
+    } catch (const std::exception&) {
+        return nullptr;  // memory ran out: the file logger works without a writer
     }
-    return theInstance;
 }
 
 void LogFileWriter::destroyInstance() noexcept {
-    delete theInstance;
-    theInstance = nullptr;
+    const platform::Lock lock(*instanceLock);
+    theInstance->reset();
 }
 
 LogFileWriter::LogFileWriter() {
@@ -47,18 +59,12 @@ LogFileWriter::LogFileWriter() {
         platform::echo(line.data());
         return;
     }
-    revision_ = std::make_unique<LogRevision>();
+    const LogRevision deletesOldFiles;
     configuration_ = XMLConfigData::instance();
-    if (configuration_ == nullptr) {
-        return;
+    if (configuration_ != nullptr) {
+        file_.emplace(configuration_->getLogFilePath());
     }
-    path_ = configuration_->getLogFilePath();
-    file_.setPath(path_);
-    stream_ = file_.open(platform::OpenMode::Append);
-    expectedSize_ = stream_.size();
 }
-
-LogFileWriter::~LogFileWriter() = default;
 
 void LogFileWriter::writeForce(const char* message) noexcept {
     writeWhenPassed(level::kForce, message);
@@ -80,51 +86,72 @@ void LogFileWriter::writeTrace(const char* message) noexcept {
     writeWhenPassed(level::kTrace, message);
 }
 
+Notices LogFileWriter::takeNotices() noexcept {
+    const auto take = [](std::atomic<std::uint32_t>& count) { return count == 0 ? 0 : count.exchange(0); };
+    return {take(failedRenames_), take(abandonedWaits_), take(failedReleases_)};
+}
+
+void LogFileWriter::report(const Notices& notices) {
+    for (std::uint32_t i = 0; i < notices.abandonedWaits; ++i) {
+        platform::echo("\n The thread got ownership of an abandoned logging mutex.");
+    }
+    for (std::uint32_t i = 0; i < notices.failedRenames; ++i) {
+        reportingIn = platform::now();
+        KRXLog(level::kForce, "%s", kRenameFailed);
+        reportingIn = -1;
+    }
+    for (std::uint32_t i = 0; i < notices.failedReleases; ++i) {
+        platform::echo("\n error while releasing logging mutex.");
+    }
+}
+
 void LogFileWriter::writeWhenPassed(std::int32_t messageLevel, const char* message) noexcept {
-    if (configuration_ != nullptr && configuration_->getLogLevel() <= messageLevel) {
+    // A further load counts from its next message on. Asking for the object itself each time would cost more.
+    if (const std::uint64_t age = XMLConfigData::age(); age != configurationAge_) {
+        configurationAge_ = age;
+        if (auto present = XMLConfigData::instance()) {
+            configuration_ = std::move(present);
+        }
+    }
+    if (configuration_ != nullptr && file_ && configuration_->getLogLevel() <= messageLevel) {
         lockedWrite(message);
     }
 }
 
 void LogFileWriter::lockedWrite(const char* message) noexcept {
+    const platform::KeepThread keep;
     switch (mutex_.wait()) {
         case platform::Mutex::Wait::Abandoned:
-            platform::echo("\n The thread got ownership of an abandoned logging mutex.");
+            ++abandonedWaits_;
             return;
+        case platform::Mutex::Wait::Busy:
         case platform::Mutex::Wait::Failed:
             return;
         case platform::Mutex::Wait::Obtained:
             break;
     }
     try {
-        writeEntry(message);
+        writeEntry(message == nullptr ? kNullMessage : message);
     } catch (const std::exception&) {
         // Memory ran out while an archive name was made; the entry is lost, the next one tries again.
     }
     if (!mutex_.release()) {
-        platform::echo("\n error while releasing logging mutex.");
+        ++failedReleases_;
     }
 }
 
 void LogFileWriter::writeEntry(const char* message) {
     stampEntry();
-    const std::int64_t size = fileSize();
+    const std::int64_t size = file_->size();
     const std::int32_t limit = platform::readNumber(configuration_->getFileSize());
-    if (size >= limit && !reportingFailure_) {
+    if (size >= limit && mayRotate(message)) {
         rotate(message);
-        return;
-    }
-    if (openingDue_) {
-        stream_ = file_.open(platform::OpenMode::Append);
-        openingDue_ = !stream_.isOpen();
-        expectedSize_ = stream_.size();
-    }
-    if (stream_.isOpen()) {
-        append(message, false);
+    } else {
+        file_->append(entryOf(message, false));
     }
 }
 
-void LogFileWriter::stampEntry() {
+void LogFileWriter::stampEntry() noexcept {
     const std::int64_t now = platform::now();
     if (now == entry_.second) {
         return;
@@ -136,66 +163,35 @@ void LogFileWriter::stampEntry() {
                       "Date:%d-%d-%d Time:%d:%d:%d :: ", fields.tm_year + kTmYearOrigin, fields.tm_mon + 1,
                       fields.tm_mday, fields.tm_hour, fields.tm_min, fields.tm_sec);
     entry_.stampLength = static_cast<std::size_t>(length);
-    // Once a second is often enough to notice that the directory was replaced.
-    file_.refresh();
+    file_->lookAgain();  // costs too much to be done for each entry
 }
 
-std::int64_t LogFileWriter::fileSize() noexcept {
-    std::int64_t size = file_.probeSize();
-    if (size != expectedSize_ && stream_.isOpen()) {
-        followReplacedFile(size);
-        size = expectedSize_;
-    }
-    return std::max<std::int64_t>(size, 0);
-}
-
-/// The size is not what this writer left: another process wrote to the file, or took it away. In the latter
-/// case entries would go on into a file that nobody finds.
-void LogFileWriter::followReplacedFile(std::int64_t size) noexcept {
-    if (size < 0) {
-        file_.refresh();
-    }
-    const platform::File present = file_.open(platform::OpenMode::Read);
-    if (!present.isOpen() || !present.isSameFile(stream_)) {
-        if (platform::File fresh = file_.open(platform::OpenMode::Append); fresh.isOpen()) {
-            stream_ = std::move(fresh);
-        }
-    }
-    expectedSize_ = stream_.size();
-}
-
-void LogFileWriter::append(const char* message, bool lineEnd) noexcept {
-    if (message == nullptr) {
-        message = kNullMessage;
-    }
+std::string_view LogFileWriter::entryOf(const char* message, bool lineEnd) noexcept {
     char* const text = entry_.text.data() + entry_.stampLength;
     std::size_t length = strnlen(message, kLongestMessage);
     std::memcpy(text, message, length);
     if (lineEnd) {
         text[length++] = '\n';
     }
-    const std::size_t entryLength = entry_.stampLength + length;
-    if (stream_.append({entry_.text.data(), entryLength})) {
-        expectedSize_ += static_cast<std::int64_t>(entryLength);
-    }
+    return {entry_.text.data(), entry_.stampLength + length};
+}
+
+/// The report of a failed rotation comes back as an entry, maybe with lines that the agent adds; these would
+/// fail to rotate and be reported in turn, without end. It may come later, too, from a queue of the agent's.
+bool LogFileWriter::mayRotate(const char* message) const noexcept {
+    constexpr std::size_t kLineEnd = 2;  // with a blank; the agent may have taken them off
+    return reportingIn != entry_.second && std::strstr(message, kRenameFailed + kLineEnd) == nullptr;
 }
 
 void LogFileWriter::rotate(const char* message) {
-    stream_.close();
-    openingDue_ = true;
+    file_->close();
     const bool moved = moveToArchive();
     // Appending is right in both cases: after the move there is nothing to empty, and without it nothing may
     // be lost.
-    stream_ = file_.open(platform::OpenMode::Append);
-    openingDue_ = !stream_.isOpen();
-    expectedSize_ = stream_.size();
-    if (stream_.isOpen()) {
-        append(message, true);
-    }
+    file_->reopen();
+    file_->append(entryOf(message, true));
     if (!moved) {
-        reportingFailure_ = true;
-        KRXLog(250, "\n Error renaming file");
-        reportingFailure_ = false;
+        ++failedRenames_;
     }
 }
 
@@ -204,20 +200,20 @@ bool LogFileWriter::moveToArchive() {
     std::array<char, Entry::kLongestStamp> date{};
     std::snprintf(date.data(), date.size(), "%d_%d_%d_%d_%d_%d", fields.tm_year + kTmYearOrigin,
                   fields.tm_mon + 1, fields.tm_mday, fields.tm_hour, fields.tm_min, fields.tm_sec);
-    const std::string archive = path_.substr(0, path_.rfind('.')) + date.data();
-    const std::string plainName = archive + ".xml";
-    if (!platform::File::open(plainName, platform::OpenMode::Read).isOpen()) {
-        const bool moved = platform::renameFile(path_, plainName);
+    const std::string plain = date.data();
+    if (!file_->hasArchive(plain + ".xml")) {
+        const platform::Renaming outcome = file_->moveToArchive(plain + ".xml");
         // An archive that could not be opened just now is there all the same, and must not be lost.
-        if (moved || errno != EEXIST) {
+        if (outcome != platform::Renaming::NameTaken) {
             if (collisionFlag_) {
                 collisionFlag_ = false;
                 collisionCounter_ = 0;
             }
-            return moved;
+            return outcome == platform::Renaming::Done;
         }
     }
     ++collisionCounter_;
     collisionFlag_ = true;
-    return platform::renameFile(path_, archive + std::to_string(collisionCounter_) + ".xml");
+    return file_->moveToArchive(plain + std::to_string(collisionCounter_) + ".xml") ==
+           platform::Renaming::Done;
 }

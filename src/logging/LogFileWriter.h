@@ -1,31 +1,34 @@
 #pragma once
 
-#include "platform/AnchoredFile.h"
-#include "platform/File.h"
+#include "logging/LogFile.h"
+#include "logging/Notices.h"
 #include "platform/Mutex.h"
 
 #include <array>
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
+#include <string_view>
 
-class LogRevision;
 class XMLConfigData;
 
 /// Writes the entries of the log file and moves a full file to a time-stamped archive. One in the module,
-/// created with the first `FileLogger`. Any thread; a thread that is writing may come in again (a failed
-/// rotation is reported to the log).
+/// created with the first `FileLogger`. Any thread; a thread that is writing may come in again.
 class LogFileWriter final {
   public:
     static constexpr std::size_t kLongestMessage = 10239;  ///< characters kept of one message
 
     LogFileWriter(const LogFileWriter&) = delete;
     LogFileWriter& operator=(const LogFileWriter&) = delete;
+    ~LogFileWriter() = default;
 
-    /// The writer, created on the first call, which deletes old log files and opens the log file. Null
+    /// The writer, created when there is none, which deletes old log files and opens the log file. Null
     /// without memory.
-    static LogFileWriter* getInstance() noexcept;
+    static std::shared_ptr<LogFileWriter> getInstance();
+    /// Takes the writer away from newcomers; it goes with its last user.
     static void destroyInstance() noexcept;
 
     /// Write a message when the configured level lets it pass. A null message is written as a note of that.
@@ -34,6 +37,12 @@ class LogFileWriter final {
     void writeWarn(const char* message) noexcept;
     void writeInfo(const char* message) noexcept;
     void writeTrace(const char* message) noexcept;
+
+    /// What is to be told by now; each happening is handed out once. Whoever called for a write hands it to
+    /// `report` when it holds no lock any more.
+    Notices takeNotices() noexcept;
+    /// Tells it in the agent's log, which may bring that back here, and on standard output.
+    static void report(const Notices& notices);
 
   private:
     /// An entry in the making: the text of its second stays in front while messages come and go behind it.
@@ -45,30 +54,24 @@ class LogFileWriter final {
     };
 
     LogFileWriter();
-    ~LogFileWriter();
 
     void writeWhenPassed(std::int32_t messageLevel, const char* message) noexcept;
     void lockedWrite(const char* message) noexcept;
     void writeEntry(const char* message);
-    void stampEntry();
-    std::int64_t fileSize() noexcept;
-    void followReplacedFile(std::int64_t size) noexcept;
-    void append(const char* message, bool lineEnd) noexcept;
+    void stampEntry() noexcept;
+    std::string_view entryOf(const char* message, bool lineEnd) noexcept;
+    bool mayRotate(const char* message) const noexcept;
     void rotate(const char* message);
     bool moveToArchive();
 
     platform::Mutex mutex_;
-    std::unique_ptr<LogRevision> revision_;
     std::int32_t collisionCounter_ = 0;
     bool collisionFlag_ = false;
-    /// A rotation could not open the fresh file: opening it is still due.
-    bool openingDue_ = false;
-    /// A failed rotation is being reported; the report itself is written without another rotation.
-    bool reportingFailure_ = false;
-    const XMLConfigData* configuration_ = nullptr;
-    std::string path_;
-    platform::AnchoredFile file_;
-    platform::File stream_;
-    std::int64_t expectedSize_ = 0;  ///< of the file, as this writer left it
+    std::shared_ptr<const XMLConfigData> configuration_;
+    std::uint64_t configurationAge_ = 0;
+    std::optional<LogFile> file_;
     Entry entry_;
+    std::atomic<std::uint32_t> failedRenames_{0};
+    std::atomic<std::uint32_t> abandonedWaits_{0};
+    std::atomic<std::uint32_t> failedReleases_{0};
 };

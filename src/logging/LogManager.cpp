@@ -4,11 +4,13 @@
 #include "detection/RemoteDetection.h"
 #include "detection/TunnelListner.h"
 #include "logging/FileLogger.h"
+#include "logging/LogFileWriter.h"
 #include "logging/MessageHandler.h"
 #include "logging/RDMessageHandler.h"
-#include "logging/SearchedText.h"
+#include "platform/Lock.h"
 #include "platform/agent/Logging.h"
 
+#include <cstring>
 #include <exception>
 #include <new>
 
@@ -16,7 +18,7 @@ namespace {
 
 /// Creates a listener on `handler`, unless there is one. False when it cannot be had.
 template <typename Listener, typename Handler>
-bool attachListener(std::unique_ptr<Listener>& listener, Handler* handler) noexcept {
+bool attachListener(std::unique_ptr<Listener>& listener, Handler* handler) {
     if (listener) {
         return true;
     }
@@ -24,48 +26,45 @@ bool attachListener(std::unique_ptr<Listener>& listener, Handler* handler) noexc
         listener = std::make_unique<Listener>(handler);
         return true;
     } catch (const std::exception&) {
-        KRXLog(250, "new Failed in initialize of LogManager. \n");
+        KRXLog(level::kForce, "new Failed in initialize of LogManager. \n");
         return false;
     }
 }
 
 /// True when one of the texts of a list (up to its empty end entry) occurs in the message.
-bool containsAny(const SearchedText& message, const std::string* texts) noexcept {
+bool containsAny(const char* message, const std::string* texts) noexcept {
     for (; texts != nullptr && !texts->empty(); ++texts) {
-        if (message.contains(*texts)) {
+        if (std::strstr(message, texts->c_str()) != nullptr) {
             return true;
         }
     }
     return false;
 }
 
-/// One step up for an open text, one down for a close text.
-void countMessage(const SearchedText& message, const std::string* openTexts, const std::string* closeTexts,
-                  std::int32_t& count) noexcept {
+/// The count after one step up for an open text and one down for a close text.
+std::int32_t counted(const char* message, const std::string* openTexts, const std::string* closeTexts,
+                     std::int32_t count) noexcept {
     if (containsAny(message, openTexts)) {
         ++count;
     }
     if (count > 0 && containsAny(message, closeTexts)) {
         --count;
     }
+    return count;
 }
 
 }  // namespace
 
 LogManager::LogManager() noexcept
-    : messageHandler_(new (std::nothrow) MessageHandler),
-      rdMessageHandler_(new (std::nothrow) RDMessageHandler) {
-    if (!messageHandler_ || !rdMessageHandler_) {
-        KRXLog(250, "new Failed in LogManager of LogManager. \n");
-    }
-}
+    : messageHandler_(new (std::nothrow) MessageHandler(delivery_)),
+      rdMessageHandler_(new (std::nothrow) RDMessageHandler(delivery_)) {}
 
 LogManager::~LogManager() = default;
 
-void LogManager::initialize() noexcept {
-    const XMLConfigData* const configuration = XMLConfigData::instance();
+void LogManager::initialize() {
+    const auto configuration = XMLConfigData::instance();
     if (configuration == nullptr) {
-        KRXLog(250, "\n Failed to get pointer for XMLConfigData, Not able to attach listners.");
+        KRXLog(level::kForce, "\n Failed to get pointer for XMLConfigData, Not able to attach listners.");
         return;
     }
     if (configuration->getRDListner() && !attachListener(remoteDetection_, rdMessageHandler_.get())) {
@@ -79,55 +78,110 @@ void LogManager::initialize() noexcept {
     }
 }
 
+void LogManager::close() noexcept {
+    closed_ = true;
+    LogFileWriter::destroyInstance();
+}
+
 void LogManager::log(std::uint32_t level, const char* message) {
-    const std::lock_guard lock(delivery_);
-    if (messageHandler_) {
-        messageHandler_->log(level, message);
+    if (messageHandler_ != nullptr) {
+        LogFileWriter::report(messageHandler_->log(level, message));
     }
 }
 
 void LogManager::audit(const char* message) {
-    const std::lock_guard lock(delivery_);
-    if (messageHandler_) {
-        messageHandler_->audit(message);
+    const auto configuration = XMLConfigData::instance();
+    Notices notices;
+    bool changed = false;
+    {
+        const platform::Lock lock(delivery_);
+        if (messageHandler_ != nullptr) {
+            notices = messageHandler_->audit(message);
+        }
+        if (configuration != nullptr && rdMessageHandler_ != nullptr && message != nullptr) {
+            // The stored copy: the host may use its own text for the next message already.
+            const char* const text = messageHandler_ != nullptr ? messageHandler_->getMessage().c_str() : message;
+            UpdateTunnelCount(*configuration, text);
+            UpdateFileCount(*configuration, text);
+        }
+        changed = !changes_.empty();
     }
-    if (!rdMessageHandler_ || message == nullptr) {
-        return;
+    LogFileWriter::report(notices);
+    if (configuration == nullptr) {
+        KRXLog(level::kForce, "\n Failed to get pointer for XMLConfigData. UpdateTunnelCount failed in LogManager.");
+        KRXLog(level::kForce, "\n Failed to get pointer for XMLConfigData. UpdateFileCount failed in LogManager.");
     }
-    // The caller's text stays as it is during the call, whatever comes back in meanwhile.
-    const SearchedText text(message);
-    if (UpdateTunnelCount(text)) {
-        rdMessageHandler_->setTunnelActive(tunnelCount_ >= 1);
-    }
-    if (UpdateFileCount(text)) {
-        rdMessageHandler_->setFileActive(fileCount_ >= 1);
+    if (changed) {
+        tellChanges();
     }
 }
 
-bool LogManager::UpdateTunnelCount(const SearchedText& message) {
-    const XMLConfigData* const configuration = XMLConfigData::instance();
-    if (configuration == nullptr) {
-        KRXLog(250, "\n Failed to get pointer for XMLConfigData. UpdateTunnelCount failed in LogManager.");
-        return false;
+void LogManager::UpdateTunnelCount(const XMLConfigData& configuration, const char* message) {
+    std::int32_t count = counted(message, configuration.getTunnelOpenMessages(), configuration.getTunnelCloseMessages(),
+                                 tunnelCount_);
+    const std::string& abort = configuration.getAbortMessage();
+    if (count > 0 && !abort.empty() && std::strstr(message, abort.c_str()) != nullptr) {
+        count = 0;
     }
-    const std::int32_t before = tunnelCount_;
-    countMessage(message, configuration->getTunnelOpenMessages(), configuration->getTunnelCloseMessages(),
-                 tunnelCount_);
-    const std::string& abort = configuration->getAbortMessage();
-    if (tunnelCount_ > 0 && !abort.empty() && message.contains(abort)) {
-        tunnelCount_ = 0;
+    if (count != tunnelCount_) {
+        changes_.push_back({&RDMessageHandler::setTunnelActive, count >= 1});
+        tunnelCount_ = count;
     }
-    return tunnelCount_ != before;
 }
 
-bool LogManager::UpdateFileCount(const SearchedText& message) {
-    const XMLConfigData* const configuration = XMLConfigData::instance();
-    if (configuration == nullptr) {
-        KRXLog(250, "\n Failed to get pointer for XMLConfigData. UpdateFileCount failed in LogManager.");
+void LogManager::UpdateFileCount(const XMLConfigData& configuration, const char* message) {
+    const std::int32_t count =
+        counted(message, configuration.getFileOpenMessages(), configuration.getFileCloseMessages(), fileCount_);
+    if (count != fileCount_) {
+        changes_.push_back({&RDMessageHandler::setFileActive, count >= 1});
+        fileCount_ = count;
+    }
+}
+
+bool LogManager::takeChange(Change& change) {
+    const platform::Lock lock(delivery_);
+    if (changes_.empty()) {
         return false;
     }
-    const std::int32_t before = fileCount_;
-    countMessage(message, configuration->getFileOpenMessages(), configuration->getFileCloseMessages(),
-                 fileCount_);
-    return fileCount_ != before;
+    change = changes_.front();
+    changes_.erase(changes_.begin());
+    return true;
+}
+
+void LogManager::tellChanges() {
+    const auto areThereAny = [this] {
+        const platform::Lock lock(delivery_);
+        return !changes_.empty();
+    };
+    // Looked at again after the role was given back: a change that found it taken just before relies on that.
+    while (areThereAny()) {
+        switch (teller_.tryWait()) {
+            case platform::Mutex::Wait::Obtained:
+                break;
+            case platform::Mutex::Wait::Abandoned:
+                telling_ = false;
+                continue;
+            default:
+                return;
+        }
+        if (telling_) {
+            teller_.release();  // this message was caused by the telling; the change is told in its turn
+            return;
+        }
+        struct Role {
+            explicit Role(LogManager& ofManager) : manager(ofManager) { manager.telling_ = true; }
+            Role(const Role&) = delete;
+            Role& operator=(const Role&) = delete;
+            ~Role() {
+                manager.telling_ = false;
+                manager.teller_.release();
+            }
+            LogManager& manager;
+        } const role(*this);
+        for (Change change{}; takeChange(change);) {
+            if (!closed_) {
+                (*rdMessageHandler_.*change.set)(change.active);
+            }
+        }
+    }
 }

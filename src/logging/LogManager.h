@@ -1,19 +1,26 @@
 #pragma once
 
+#include "platform/Mutex.h"
+
+#include <atomic>
 #include <cstdint>
 #include <memory>
-#include <mutex>
+#include <vector>
 
 class FileLogger;
 class MessageHandler;
 class RDMessageHandler;
 class RemoteDetection;
-class SearchedText;
 class TunnelListner;
+class XMLConfigData;
 
 /// Routes every log and audit message of the agent: to the file logger, and audit messages also to the
-/// counters that drive remote detection. Any thread; one delivery at a time. A message that a delivery itself
-/// causes may come in on the same thread.
+/// counters that drive remote detection. Any thread.
+///
+/// A delivery is storing, writing and counting, under the delivery lock. What comes of the counting, reports to the
+/// enterprise and the modality script, follows outside it, in the order of the changes: the thread whose change came first
+/// tells its own and those that come in meanwhile, while all others go on. So no message waits for a report or a script,
+/// but that which began it.
 class LogManager final {
   public:
     LogManager() noexcept;
@@ -21,17 +28,31 @@ class LogManager final {
     LogManager& operator=(const LogManager&) = delete;
     ~LogManager();
 
-    /// Attaches the listeners that the configuration names; those attached before stay.
-    void initialize() noexcept;
-    void log(std::uint32_t level, const char* message);
-    void audit(const char* message);
+    /// False when memory for a handler could not be had; its messages are dropped.
+    bool isComplete() const noexcept { return messageHandler_ != nullptr && rdMessageHandler_ != nullptr; }
 
-    /// Count the open and close texts in an audit message. True when the count changed.
-    bool UpdateTunnelCount(const SearchedText& message);
-    bool UpdateFileCount(const SearchedText& message);
+    /// Attaches the listeners that the configuration names; those attached before stay. One thread at a time.
+    void initialize();
+    void log(std::uint32_t level, const char* message);
+    /// Returns when what it began, a report or the script, has ended.
+    void audit(const char* message);
+    /// The controller is gone: changes of the remote-detection state are told to nobody any more.
+    void close() noexcept;
 
   private:
-    std::recursive_mutex delivery_;
+    /// A change of one of the counts from or to 0, or within: what the state is then.
+    struct Change {
+        void (RDMessageHandler::*set)(bool active);
+        bool active;
+    };
+
+    // Count the open and close texts in an audit message, and note the change if there is one.
+    void UpdateTunnelCount(const XMLConfigData& configuration, const char* message);
+    void UpdateFileCount(const XMLConfigData& configuration, const char* message);
+    void tellChanges();
+    bool takeChange(Change& change);
+
+    platform::Mutex delivery_;  ///< of counts and changes, and of what the handlers say; nothing is called under it
     std::unique_ptr<MessageHandler> messageHandler_;
     std::unique_ptr<RDMessageHandler> rdMessageHandler_;
     // Listeners detach themselves from the handlers above when they go, so they go first.
@@ -40,4 +61,11 @@ class LogManager final {
     std::unique_ptr<RemoteDetection> remoteDetection_;
     std::int32_t fileCount_ = 0;
     std::int32_t tunnelCount_ = 0;
+    std::vector<Change> changes_;  ///< not told yet
+
+    /// The role of the thread that tells. It is never waited for, only tried; when its holder ends while it tells, the
+    /// next change finds it free.
+    platform::Mutex teller_;
+    bool telling_ = false;  ///< of the role's holder: it does not tell within its telling
+    std::atomic<bool> closed_{false};
 };

@@ -3,7 +3,6 @@
 #include "config/XMLConfigData.h"
 #include "platform/Clock.h"
 #include "platform/Directory.h"
-#include "platform/File.h"
 #include "platform/Number.h"
 #include "platform/agent/Logging.h"
 
@@ -12,16 +11,10 @@ namespace {
 constexpr std::int64_t kSecondsPerDay = 86400;
 constexpr char kExtension[] = ".xml";
 
-void deleteFile(const std::string& path) {
-    KRXLog(250, "\n deleting file = %s \n", path.c_str());
-    KRXLog(250, "%s",
-           platform::removeFile(path) ? "\n File successfully deleted." : "\n Error deleting file....");
-}
-
 }  // namespace
 
 LogRevision::LogRevision() {
-    const XMLConfigData* const configuration = XMLConfigData::instance();
+    const auto configuration = XMLConfigData::instance();
     if (configuration == nullptr) {
         return;
     }
@@ -31,12 +24,13 @@ LogRevision::LogRevision() {
     const std::string directory = path.substr(0, separator);
     const std::string fileName = separator == std::string::npos ? path : path.substr(separator + 1);
     const std::string baseName = fileName.substr(0, fileName.find(kExtension));
-    KRXLog(250, "\n Log File Location = %s", directory.c_str());
+    KRXLog(level::kForce, "\n Log File Location = %s", directory.c_str());
     std::vector<std::string> names;
     // A log file directly below the root has an empty directory part.
     const bool atRoot = separator == 0;
-    listDirectory(atRoot ? path.substr(0, 1) : directory, names);
-    KRXLog(250, "\n Revision for no of days = %s \n", configuration->getLogRevisionDays().c_str());
+    platform::Directory opened;
+    listDirectory(atRoot ? path.substr(0, 1) : directory, opened, names);
+    KRXLog(level::kForce, "\n Revision for no of days = %s \n", configuration->getLogRevisionDays().c_str());
     const std::int64_t daysKept = platform::readNumber(configuration->getLogRevisionDays());
     for (const std::string& name : names) {
         if (name.find(baseName) == std::string::npos) {
@@ -44,22 +38,31 @@ LogRevision::LogRevision() {
         }
         std::string fullPath = directory;
         fullPath.append(1, separator == std::string::npos ? '/' : path[separator]).append(name);
-        if (fullPath.find(kExtension) != std::string::npos && fileAgeInDays(fullPath) > daysKept) {
-            deleteFile(fullPath);
+        if (fullPath.find(kExtension) == std::string::npos || fileAgeInDays(opened, name) <= daysKept) {
+            continue;
+        }
+        KRXLog(level::kForce, "\n deleting file = %s \n", fullPath.c_str());
+        if (opened.remove(name)) {
+            KRXLog(level::kForce, "\n File successfully deleted.");
+        } else {
+            KRXLog(level::kForce, "\n Error deleting file....");
         }
     }
 }
 
-int LogRevision::listDirectory(const std::string& directory, std::vector<std::string>& names) {
-    const int error = platform::listDirectory(directory, names);
+int LogRevision::listDirectory(const std::string& path, platform::Directory& directory,
+                               std::vector<std::string>& names) {
+    int error = directory.open(path);
+    if (error == 0) {
+        error = directory.list(names);
+    }
     if (error != 0) {
-        KRXLog(250, "\n \"Error(\" %d \") opening \" %s \n", error, directory.c_str());
+        KRXLog(level::kForce, "\n \"Error(\" %d \") opening \" %s \n", error, path.c_str());
     }
     return error;
 }
 
-std::int64_t LogRevision::fileAgeInDays(const std::string& path) {
-    const platform::File file = platform::File::open(path, platform::OpenMode::Read);
-    const auto modifiedAt = file.isOpen() ? file.modifiedAt() : std::nullopt;
+std::int64_t LogRevision::fileAgeInDays(const platform::Directory& directory, const std::string& name) {
+    const auto modifiedAt = directory.modifiedAt(name);
     return modifiedAt ? (platform::now() - *modifiedAt) / kSecondsPerDay : 0;
 }

@@ -4,16 +4,23 @@
 #include <string>
 #include <vector>
 
+namespace platform {
+class Directory;
+}
+
 /// The deletion of old log files: its construction deletes every file of the log file's family whose last
-/// modification lies more than the configured number of days in the past.
+/// modification lies more than the configured number of days in the past. Names are taken as they are listed
+/// and lead nowhere else: a symbolic link counts as itself, with its own age.
 class LogRevision final {
   public:
     LogRevision();
     LogRevision(const LogRevision&) = delete;
     LogRevision& operator=(const LogRevision&) = delete;
 
-    /// Appends the names of all entries of a directory. 0, or the error number, which is logged.
-    static int listDirectory(const std::string& directory, std::vector<std::string>& names);
-    /// Whole days since the file's last modification, 0 when that cannot be told.
-    static std::int64_t fileAgeInDays(const std::string& path);
+    /// Takes hold of a directory and appends the names of all its entries. 0, or the error number, which is
+    /// logged.
+    static int listDirectory(const std::string& path, platform::Directory& directory,
+                             std::vector<std::string>& names);
+    /// Whole days since the entry's last modification, 0 when that cannot be told.
+    static std::int64_t fileAgeInDays(const platform::Directory& directory, const std::string& name);
 };

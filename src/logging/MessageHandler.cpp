@@ -1,6 +1,5 @@
 #include "logging/MessageHandler.h"
 
-#include "config/LogLevel.h"
 #include "logging/Observer.h"
 #include "platform/agent/Logging.h"
 
@@ -15,7 +14,7 @@ constexpr std::size_t kLargestKeptRoom = std::size_t{64} * 1024;
 
 }  // namespace
 
-MessageHandler::MessageHandler() noexcept {
+MessageHandler::MessageHandler(platform::Mutex& delivery) noexcept : delivery_(delivery) {
     try {
         message_.reserve(kKeptRoom);
     } catch (const std::bad_alloc&) {
@@ -23,37 +22,55 @@ MessageHandler::MessageHandler() noexcept {
     }
 }
 
-void MessageHandler::log(std::uint32_t level, const char* message) {
+Notices MessageHandler::log(std::uint32_t level, const char* message) {
     if (message == nullptr) {
-        KRXLog(50, "\n MessageHandler received NULL message to log.");
-        return;
+        KRXLog(::level::kError, "\n MessageHandler received NULL message to log.");
+        return {};
     }
-    deliver(level, message);
+    return deliver(level, message);
 }
 
-void MessageHandler::audit(const char* message) {
+Notices MessageHandler::audit(const char* message) {
     if (message == nullptr) {
-        KRXLog(50, "\n MessageHandler received NULL message for AuditLog.");
-        return;
+        KRXLog(::level::kError, "\n MessageHandler received NULL message for AuditLog.");
+        return {};
     }
-    deliver(level::kAudit, message);
+    return deliver(::level::kAudit, message);
 }
 
-void MessageHandler::deliver(std::uint32_t level, const char* message) {
-    message_.assign(message);
-    notify(level);
+void MessageHandler::attach(Observer* observer) {
+    const platform::Lock lock(delivery_);
+    observers_.attach(observer);
+}
+
+void MessageHandler::detach(const Observer* observer) {
+    const platform::Lock lock(delivery_);
+    observers_.detach(observer);
+}
+
+Notices MessageHandler::deliver(std::uint32_t level, const char* message) {
+    const platform::Lock lock(delivery_);
     if (message_.capacity() > kLargestKeptRoom) {
-        message_.clear();
-        message_.shrink_to_fit();
+        std::string().swap(message_);
     }
+    message_.assign(message);
+    return notify(level);
 }
 
-void MessageHandler::notify(std::uint32_t level) const {
-    observers_.notify([&](Observer& observer) {
-        if (level == static_cast<std::uint32_t>(level::kAudit)) {
-            observer.UpdateAuditLog(this);
-        } else {
-            observer.updateLog(level, this);
+Notices MessageHandler::notify(std::uint32_t level) const {
+    Notices notices;
+    const std::size_t count = observers_.count();
+    for (std::size_t i = 0; i < count; ++i) {
+        Observer* const observer = observers_.at(i);
+        if (observer == nullptr) {
+            continue;
         }
-    });
+        if (level == static_cast<std::uint32_t>(::level::kAudit)) {
+            observer->UpdateAuditLog(this);
+        } else {
+            observer->updateLog(level, this);
+        }
+        notices += observer->takeNotices();
+    }
+    return notices;
 }

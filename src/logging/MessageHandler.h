@@ -1,33 +1,36 @@
 #pragma once
 
+#include "logging/Notices.h"
 #include "logging/ObserverList.h"
+#include "platform/Lock.h"
 
 #include <cstdint>
 #include <string>
 
 class Observer;
 
-/// Passes log and audit messages to its observers. Not for use by two threads at once: the `LogManager` sees
-/// to that.
+/// Passes log and audit messages to its observers, under the delivery lock. Any thread.
 class MessageHandler final {
   public:
-    MessageHandler() noexcept;
+    /// The lock must outlive the handler.
+    explicit MessageHandler(platform::Mutex& delivery) noexcept;
     MessageHandler(const MessageHandler&) = delete;
     MessageHandler& operator=(const MessageHandler&) = delete;
 
-    void log(std::uint32_t level, const char* message);
-    void audit(const char* message);
-    void notify(std::uint32_t level) const;
-    void attach(Observer* observer) { observers_.attach(observer); }
-    void detach(const Observer* observer) { observers_.detach(observer); }
+    // Each answers what the observers have to tell of it, for `LogFileWriter::report`.
+    Notices log(std::uint32_t level, const char* message);
+    Notices audit(const char* message);
+    Notices notify(std::uint32_t level) const;
+    void attach(Observer* observer);
+    void detach(const Observer* observer);
 
-    /// The message being delivered; valid until the next one comes in, which may be one that an observer
-    /// causes.
+    /// The message being delivered, for observers; valid while the delivery lock is held.
     const std::string& getMessage() const noexcept { return message_; }
 
   private:
-    void deliver(std::uint32_t level, const char* message);
+    Notices deliver(std::uint32_t level, const char* message);
 
+    platform::Mutex& delivery_;
     ObserverList<Observer> observers_;
     std::string message_;
 };

@@ -1,11 +1,13 @@
 #pragma once
 
+#include "logging/Notices.h"
+
 #include <cstdint>
 
 class MessageHandler;
 
-/// Base of what receives the log and audit messages of a `MessageHandler`. Called with the delivery lock
-/// held.
+/// Base of what receives the log and audit messages of a `MessageHandler`. Called with the delivery lock held, so nothing
+/// is logged or printed by an observer: what it has to tell of its own work it keeps for `takeNotices`.
 class Observer {
   public:
     Observer() = default;
@@ -14,4 +16,6 @@ class Observer {
     virtual ~Observer() = default;
     virtual void updateLog(std::uint32_t /*level*/, const MessageHandler* /*handler*/) {}
     virtual void UpdateAuditLog(const MessageHandler* /*handler*/) {}
+    /// What there is to tell since the last call.
+    virtual Notices takeNotices() noexcept { return {}; }
 };

@@ -5,7 +5,7 @@
 #include <vector>
 
 /// Observers of a subject in the order in which they were attached; not owned. An observer attached twice is
-/// called twice.
+/// called twice. One thread at a time.
 template <typename ObserverType>
 class ObserverList final {
   public:
@@ -23,13 +23,10 @@ class ObserverList final {
         }
     }
 
-    /// Calls `call` for each observer that is attached at the start.
-    template <typename Call>
-    void notify(Call&& call) const {
-        const std::size_t count = observers_.size();
-        for (std::size_t i = 0; i < count && i < observers_.size(); ++i) {
-            call(*observers_[i]);
-        }
+    std::size_t count() const noexcept { return observers_.size(); }
+    /// The observer at a position, or null when one before it was detached meanwhile.
+    ObserverType* at(std::size_t position) const noexcept {
+        return position < observers_.size() ? observers_[position] : nullptr;
     }
 
   private:

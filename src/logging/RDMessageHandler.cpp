@@ -13,5 +13,29 @@ void RDMessageHandler::setFileActive(bool active) {
 }
 
 void RDMessageHandler::notify() const {
-    observers_.notify([this](RDObserver& observer) { observer.updateStatus(this); });
+    std::size_t count = 0;
+    {
+        const platform::Lock lock(delivery_);
+        count = observers_.count();
+    }
+    for (std::size_t i = 0; i < count; ++i) {
+        RDObserver* observer = nullptr;
+        {
+            const platform::Lock lock(delivery_);
+            observer = observers_.at(i);
+        }
+        if (observer != nullptr) {
+            observer->updateStatus(this);
+        }
+    }
+}
+
+void RDMessageHandler::attach(RDObserver* observer) {
+    const platform::Lock lock(delivery_);
+    observers_.attach(observer);
+}
+
+void RDMessageHandler::detach(const RDObserver* observer) {
+    const platform::Lock lock(delivery_);
+    observers_.detach(observer);
 }

@@ -1,14 +1,16 @@
 #pragma once
 
 #include "logging/ObserverList.h"
+#include "platform/Lock.h"
 
 class RDObserver;
 
-/// Holds the remote-detection state and tells its observers of it, also when a value was set again. Not for
-/// use by two threads at once: the `LogManager` sees to that.
+/// Holds the remote-detection state and tells its observers of it, also when a value was set again. Observers may be
+/// attached by any thread; the state is changed, and told, by one thread at a time: the `LogManager` sees to that.
 class RDMessageHandler final {
   public:
-    RDMessageHandler() = default;
+    /// The lock guards the list of observers and must outlive the handler.
+    explicit RDMessageHandler(platform::Mutex& delivery) noexcept : delivery_(delivery) {}
     RDMessageHandler(const RDMessageHandler&) = delete;
     RDMessageHandler& operator=(const RDMessageHandler&) = delete;
 
@@ -17,10 +19,11 @@ class RDMessageHandler final {
     bool isTunnelActive() const noexcept { return tunnelActive_; }
     bool isFileActive() const noexcept { return fileActive_; }
     void notify() const;
-    void attach(RDObserver* observer) { observers_.attach(observer); }
-    void detach(const RDObserver* observer) { observers_.detach(observer); }
+    void attach(RDObserver* observer);
+    void detach(const RDObserver* observer);
 
   private:
+    platform::Mutex& delivery_;
     bool fileActive_ = false;
     bool tunnelActive_ = false;
     ObserverList<RDObserver> observers_;

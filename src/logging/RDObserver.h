@@ -2,7 +2,7 @@
 
 class RDMessageHandler;
 
-/// Base of what is told of changes of the remote-detection state. Called with the delivery lock held.
+/// Base of what is told of changes of the remote-detection state. Called by one thread at a time, with no lock held.
 class RDObserver {
   public:
     RDObserver() = default;

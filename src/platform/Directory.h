@@ -1,13 +1,55 @@
 #pragma once
 
+#include "platform/File.h"
+
+#include <cstdint>
+#include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace platform {
 
-/// Appends the names of all entries of a directory, "." and ".." included, in alphabetical order. 0, or the
-/// error number when the directory cannot be opened (2 for what is not there as a directory). Throws only
-/// when memory runs out.
-int listDirectory(const std::string& directory, std::vector<std::string>& names);
+enum class Renaming {
+    Done,
+    NameTaken,  ///< the new name exists, nothing was changed
+    Failed
+};
+
+/// A directory that is held, or none. What is in it is called by its name as `list` tells it, with whatever
+/// characters; nothing behind a symbolic link is removed or renamed. The hold stays with the directory when
+/// that is moved; without one all fails. Not for use by two threads at once.
+class Directory final {
+  public:
+    Directory() noexcept = default;
+    Directory(const Directory&) = delete;
+    Directory& operator=(const Directory&) = delete;
+    ~Directory() { close(); }
+
+    /// Takes hold of the directory that the path leads to now, instead of the one held before. 0, or the
+    /// error number (2 for what is not there as a directory).
+    int open(std::string_view path) noexcept;
+    void close() noexcept;
+
+    /// Appends the names of all entries, "." and ".." included, in alphabetical order. 0, or the error
+    /// number. Throws only when memory runs out.
+    int list(std::vector<std::string>& names) const;
+    /// As `File::open`.
+    File openFile(const std::string& name, OpenMode mode) const noexcept;
+    /// Opens an entry for reading and answers its length, -1 when it cannot be opened. The cheapest look:
+    /// what kind of thing it is is not examined, and the caller has to keep its thread.
+    std::int64_t probeSize(const std::string& name) const noexcept;
+    /// Seconds (UTC scale) of the last modification of a regular file that can be read, or of a symbolic link
+    /// itself; nothing for other things.
+    std::optional<std::int64_t> modifiedAt(const std::string& name) const noexcept;
+    /// Removes a file or a symbolic link. False when it fails.
+    bool remove(const std::string& name) const noexcept;
+    /// Renames what leads to a regular file, and nothing else, without replacing what exists. (A file system
+    /// that cannot ensure the latter is asked before.) `to` is a name in this directory or an absolute path.
+    Renaming rename(const std::string& from, const std::string& to) const noexcept;
+
+  private:
+    int descriptor_ = -1;
+};
 
 }  // namespace platform

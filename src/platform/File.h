@@ -17,7 +17,7 @@ enum class OpenMode {
 
 /// A regular file, open or not. Paths may be spelled with slashes or backslashes. Descriptors are
 /// close-on-exec and never one of the three standard ones; anything but a regular file counts as not to be
-/// opened, and no open ever blocks. Not for use by two threads at once.
+/// opened, is left alone, and no open ever blocks. Not for use by two threads at once.
 class File final {
   public:
     File() noexcept = default;
@@ -25,7 +25,7 @@ class File final {
     File& operator=(File&& other) noexcept;
     ~File() { close(); }
 
-    /// A closed file when it cannot be opened; `errno` tells why.
+    /// A closed file when it cannot be opened.
     static File open(const std::string& path, OpenMode mode) noexcept;
 
     bool isOpen() const noexcept { return descriptor_ >= 0; }
@@ -37,8 +37,15 @@ class File final {
     std::optional<std::int64_t> modifiedAt() const noexcept;
     /// Reads from the start until `buffer` is full or the file ends; the number of bytes read.
     std::size_t readStart(char* buffer, std::size_t size) const noexcept;
-    /// Writes all of `text` at the end (mode `Append`). A write that only part of fits is taken back, so
-    /// that no torn text stays behind. False when nothing was written.
+    /// Reads up to `size` bytes from a position on; the number of bytes read, 0 at the end, -1 when the file
+    /// cannot be read.
+    std::ptrdiff_t readAt(std::uint64_t position, char* buffer, std::size_t size) const noexcept;
+    /// The whole contents, but at most their first `limit` bytes; nothing when they cannot be read. Throws only when memory
+    /// runs out.
+    std::optional<std::string> readWhole(std::size_t limit) const;
+    /// Writes all of `text` at the end (mode `Append`). A write that only part of fits is taken back, so that
+    /// no torn text stays behind, unless another process has written behind it: nobody else's text is cut.
+    /// False when not all was written. The caller has to keep its thread.
     bool append(std::string_view text) noexcept;
     /// Writes `record` over the start of the file in one piece: a process killed at any instant leaves the
     /// old bytes or the new ones. When the write fails, the old bytes are put back. At most 1024 bytes.
@@ -51,17 +58,21 @@ class File final {
     bool isSameFile(const File& other) const noexcept;
 
   private:
-    friend class AnchoredFile;
+    friend class Directory;
     explicit File(int descriptor) noexcept : descriptor_(descriptor) {}
 
     int descriptor_ = -1;
 };
 
-/// Renames without ever replacing an existing file. False when it fails; `errno` tells why.
-bool renameFile(const std::string& from, const std::string& to) noexcept;
-
 /// Removes a file (not a directory). False when it fails.
 bool removeFile(const std::string& path) noexcept;
+
+/// The path in the system's own spelling, and independent of the process's working directory from now on.
+/// Throws only when memory runs out.
+std::string absolutePath(const std::string& path);
+/// Waits until the name of a file is on the disk: what was synced of a new file is lost with its name. Some
+/// file systems cannot do that.
+void syncName(const std::string& path) noexcept;
 
 /// Position of a path's last separator of either kind, or `npos`.
 std::size_t lastSeparator(std::string_view path) noexcept;

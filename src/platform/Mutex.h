@@ -1,16 +1,18 @@
 #pragma once
 
-#include <memory>
+#include <array>
+#include <cstddef>
 
 namespace platform {
 
 /// An operating-system mutex that admits again the thread which holds it and tells when its previous owner
-/// ended without releasing it. Any thread.
+/// ended without releasing it. It takes no memory and is no point at which a thread is ended. Any thread.
 class Mutex final {
   public:
     enum class Wait {
         Obtained,
         Abandoned,  ///< the owner had ended while holding it; the mutex is usable again and not held
+        Busy,       ///< another thread holds it; `tryWait` only
         Failed
     };
 
@@ -24,12 +26,13 @@ class Mutex final {
 
     /// Waits without time limit.
     Wait wait() noexcept;
+    /// Does not wait.
+    Wait tryWait() noexcept;
     /// Gives the mutex back. False when the system refuses (the calling thread does not hold it).
     bool release() noexcept;
 
   private:
-    struct Handle;
-    std::unique_ptr<Handle> handle_;
+    alignas(std::max_align_t) std::array<std::byte, 64> storage_{};  ///< of the system's own object
     int creationError_ = 0;
 };
 

@@ -26,4 +26,8 @@ std::int32_t readNumber(std::string_view text) noexcept {
     return negative ? -value : value;
 }
 
+std::int32_t readNumber(std::string_view text, std::size_t position, std::size_t length) noexcept {
+    return position < text.size() ? readNumber(text.substr(position, length)) : 0;
+}
+
 }  // namespace platform

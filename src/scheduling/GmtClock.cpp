@@ -14,11 +14,6 @@ namespace {
 
 constexpr int kTmYearOrigin = 1900;
 
-/// The number in `length` characters of a text from `position` on, read alone.
-int numberIn(std::string_view text, std::size_t position, std::size_t length) noexcept {
-    return position < text.size() ? platform::readNumber(text.substr(position, length)) : 0;
-}
-
 std::string_view textOf(const char* text) noexcept {
     return text == nullptr ? std::string_view() : text;
 }
@@ -37,12 +32,12 @@ std::int32_t secondsBetween(std::int64_t from, std::int64_t until) noexcept {
 
 std::int64_t stringToTime(const char* date, const char* time) noexcept {
     std::tm fields{};
-    fields.tm_year = numberIn(textOf(date), 0, 4) - kTmYearOrigin;
-    fields.tm_mon = numberIn(textOf(date), 5, 2) - 1;
-    fields.tm_mday = numberIn(textOf(date), 8, 2);
-    fields.tm_hour = numberIn(textOf(time), 0, 2);
-    fields.tm_min = numberIn(textOf(time), 3, 2);
-    fields.tm_sec = numberIn(textOf(time), 6, 2);
+    fields.tm_year = platform::readNumber(textOf(date), 0, 4) - kTmYearOrigin;
+    fields.tm_mon = platform::readNumber(textOf(date), 5, 2) - 1;
+    fields.tm_mday = platform::readNumber(textOf(date), 8, 2);
+    fields.tm_hour = platform::readNumber(textOf(time), 0, 2);
+    fields.tm_min = platform::readNumber(textOf(time), 3, 2);
+    fields.tm_sec = platform::readNumber(textOf(time), 6, 2);
     return platform::momentOfUtc(fields);
 }
 

@@ -8,6 +8,8 @@
 
 namespace scheduling {
 
+constexpr std::int64_t kSecondsPerMinute = 60;
+
 /// The present as a GMT clock value.
 std::int64_t gmtNow() noexcept;
 

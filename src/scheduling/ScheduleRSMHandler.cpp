@@ -2,114 +2,162 @@
 
 #include "controller/ZephanRSMSingleTon.h"
 #include "platform/Console.h"
+#include "platform/Lock.h"
 #include "platform/Number.h"
 #include "platform/agent/Logging.h"
 #include "scheduling/GmtClock.h"
 
 #include <algorithm>
-#include <array>
 #include <cstdio>
 #include <limits>
 #include <new>
+#include <optional>
 
 namespace {
 
-constexpr char kRootTag[] = "<RSMExecuteCommand>";
-constexpr char kClassName[] = "ScheduleRSMHandler";
-constexpr std::int64_t kLargestContents = std::int64_t{1}
-                                          << 20U;  // of a file that anybody may have put there
+constexpr std::size_t kLargestContents = std::size_t{1} << 20U;  // of a file that anybody may have put there
 constexpr std::size_t kDateTextSize = 40;
-constexpr std::int64_t kSecondsPerMinute = 60;
 
 }  // namespace
 
 ScheduleRSMHandler::ScheduleRSMHandler(const char* path) : filePath_(path) {
     scheduleFile_ = platform::File::open(filePath_, platform::OpenMode::Create);
     if (scheduleFile_.isOpen()) {
-        load();
+        loaded_ = load();
     }
 }
 
-void ScheduleRSMHandler::load() {
-    const auto size = static_cast<std::size_t>(std::min(scheduleFile_.size(), kLargestContents));
-    if (size == 0) {
-        return;
+ScheduleRSMHandler::Load ScheduleRSMHandler::load() {
+    try {
+        const std::optional<std::string> contents = scheduleFile_.readWhole(kLargestContents);
+        hasUnreadRecord_ = !contents;
+        if (!contents) {
+            return Load::NotReadable;
+        }
+        if (scheduling::Schedule::isRecord(*contents)) {
+            hasUnreadRecord_ = !schedule_.readRecord(*contents);
+        } else if (!contents->empty()) {
+            return Load::NotInFormat;
+        }
+        return Load::Done;
+    } catch (const std::bad_alloc&) {
+        hasUnreadRecord_ = true;
+        return Load::NoMemory;
     }
-    const std::unique_ptr<char[]> contents(new (std::nothrow) char[size + 1]);
-    if (!contents) {
-        // The file stays open and as it is: the next start finds the record.
-        KRXLog(250, "new Failed in ScheduleRSMHandler of ScheduleRSMHandler. \n");
-        return;
-    }
-    const char* const text = contents.get();
-    contents[scheduleFile_.readStart(contents.get(), size)] = '\0';
-    if (scheduling::getTagEndIndex(text, kRootTag) != static_cast<std::int32_t>(sizeof kRootTag - 1)) {
-        platform::echo(filePath_.c_str());
-        platform::echo(" file is not in correct format.");
-        return;
-    }
-    scheduling::readTaggedValue(text, "RSMStartDate", startDate_, kClassName);
-    scheduling::readTaggedValue(text, "RSMStartTime", startTime_, kClassName);
-    scheduling::readTaggedValue(text, "RSMEndDate", endDate_, kClassName);
-    scheduling::readTaggedValue(text, "RSMEndTime", endTime_, kClassName);
-    scheduling::readTaggedValue(text, "PollingRate", pollingRateText_, kClassName);
-    scheduling::readTaggedValue(text, "GracePeriod", gracePeriodText_, kClassName);
-    startTimeValue_ = scheduling::stringToTime(startDate_, startTime_);
-    endTimeValue_ = scheduling::stringToTime(endDate_, endTime_);
 }
 
-bool ScheduleRSMHandler::isScheduleCurrent() const noexcept {
-    return endTimeValue_ > scheduling::gmtNow();
+void ScheduleRSMHandler::reportLoad() const {
+    switch (loaded_) {
+        case Load::Done:
+            break;
+        case Load::NoMemory:
+            KRXLog(level::kForce, "new Failed in ScheduleRSMHandler of ScheduleRSMHandler. \n");
+            break;
+        case Load::NotReadable:
+            KRXLog(level::kForce, "\n Unable to read the schedule in file = %s", filePath_.c_str());
+            break;
+        case Load::NotInFormat:
+            platform::echo(filePath_.c_str());
+            platform::echo(" file is not in correct format.");
+            break;
+    }
 }
 
-void ScheduleRSMHandler::scheduleRSM() {
+scheduling::Schedule ScheduleRSMHandler::schedule() const {
+    const platform::Lock lock(lock_);
+    return schedule_;
+}
+
+bool ScheduleRSMHandler::isScheduleCurrent() const {
+    return schedule().isCurrent(scheduling::gmtNow());
+}
+
+void ScheduleRSMHandler::scheduleRSM() const {
+    handOver(schedule());
+}
+
+void ScheduleRSMHandler::handOver(const scheduling::Schedule& schedule) {
     const std::int64_t now = scheduling::gmtNow();
-    ZephanRSMSingleTon* const controller = ZephanRSMSingleTon::getInstance();
+    const auto controller = ZephanRSMSingleTon::getInstance();
     if (controller == nullptr) {
-        KRXLog(50,
+        KRXLog(level::kError,
                "Failed to get RSMSingleton pointer in ScheduleRSMHandler::scheduleRSM(). Returning... \n");
         return;
     }
-    const std::int32_t rate = platform::readNumber(pollingRateText_);
+    const std::int32_t rate = platform::readNumber(schedule.pollingRateText);
     if (rate < 1) {
-        KRXLog(50,
-               "Failed to schedule RSM ScheduleRSMHandler::scheduleRSM(). As polling rate is not greater "
-               "than 0. ... \n");
+        KRXLog(
+            level::kError,
+            "Failed to schedule RSM ScheduleRSMHandler::scheduleRSM(). As polling rate is not greater than 0. ... \n");
         return;
     }
-    if (startTimeValue_ > now) {
-        controller->scheduleDelayedProfile(rate, startTimeValue_, endTimeValue_,
-                                           platform::readNumber(gracePeriodText_));
+    if (schedule.startTimeValue > now) {
+        controller->scheduleDelayedProfile(rate, schedule.startTimeValue, schedule.endTimeValue,
+                                           platform::readNumber(schedule.gracePeriodText));
         return;
     }
-    const std::int64_t minutesLeft = (endTimeValue_ - now) / kSecondsPerMinute;
+    const std::int64_t minutesLeft = (schedule.endTimeValue - now) / scheduling::kSecondsPerMinute;
     std::uint32_t pollInterval = 0;
     controller->ForcePoll(static_cast<std::int32_t>(
                               std::min<std::int64_t>(minutesLeft, std::numeric_limits<std::int32_t>::max())),
                           rate, pollInterval);
 }
 
+bool ScheduleRSMHandler::isFileOpen() const {
+    const platform::Lock lock(lock_);
+    return scheduleFile_.isOpen();
+}
+
+void ScheduleRSMHandler::keep(const scheduling::Schedule& schedule) {
+    const platform::Lock lock(lock_);
+    schedule_ = schedule;
+}
+
+bool ScheduleRSMHandler::keep(const scheduling::Schedule& schedule,
+                              const scheduling::Schedule::Record& record) {
+    const platform::Lock lock(lock_);
+    schedule_ = schedule;
+    if (!scheduleFile_.isOpen() || !scheduleFile_.overwriteStart(record.data())) {
+        return false;
+    }
+    hasUnreadRecord_ = false;
+    return scheduleFile_.sync();
+}
+
+void ScheduleRSMHandler::store(const scheduling::Schedule& schedule) {
+    const scheduling::Schedule::Record record = schedule.record();
+    if (isFileOpen()) {
+        KRXLog(level::kForce, "\n GOING TO PUT IN A FILE = %s", record.data());
+    }
+    if (keep(schedule, record)) {
+        platform::syncName(filePath_);
+    } else {
+        KRXLog(level::kForce, "\n Unable to put the schedule in file = %s", filePath_.c_str());
+    }
+}
+
 void ScheduleRSMHandler::performCleanUp() {
     const std::int64_t now = scheduling::gmtNow();
-    ZephanRSMSingleTon* const controller = ZephanRSMSingleTon::getInstance();
+    const auto controller = ZephanRSMSingleTon::getInstance();
     if (controller == nullptr) {
-        KRXLog(50,
+        KRXLog(level::kError,
                "Failed to get RSMSingleton pointer in ScheduleRSMHandler::performCleanUp(). Returning... \n");
         return;
     }
-    const std::lock_guard lock(commandLock_);
+    const bool isOver = controller->getDelayedEndTime() < now;
+    const platform::Lock lock(lock_);
     if (!scheduleFile_.isOpen()) {
         return;
     }
     scheduleFile_.close();
-    if (controller->getDelayedEndTime() < now) {
+    if (isOver && !hasUnreadRecord_) {
         platform::removeFile(filePath_);
     }
 }
 
-void ScheduleRSMHandler::dateToString(std::int64_t gmtClockValue, char* date, char* time) noexcept {
+void ScheduleRSMHandler::dateToString(std::int64_t gmtClockValue, char* date, char* time) {
     if (date == nullptr || time == nullptr) {
-        KRXLog(250, "Received NULL pointer in dateToString of ScheduleRSMHandler.");
+        KRXLog(level::kForce, "Received NULL pointer in dateToString of ScheduleRSMHandler.");
         return;
     }
     const auto fields = scheduling::gmtFields(gmtClockValue);

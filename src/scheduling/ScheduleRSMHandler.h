@@ -1,17 +1,17 @@
 #pragma once
 
 #include "platform/File.h"
-#include "scheduling/TaggedText.h"
+#include "platform/Mutex.h"
+#include "scheduling/Schedule.h"
 
 #include <cstdint>
-#include <mutex>
 #include <string>
 
 struct PropList;
 
 /// Keeps the current RSM schedule in its fields and in the schedule file, takes in the "ScheduleRSM" command
-/// and hands a stored schedule to the controller. Owned by the controller. Any thread that holds a pass of
-/// the module gate.
+/// and hands a stored schedule to the controller. Owned by the controller. Any thread; its lock stands around
+/// fields and file only and is never held while the controller or the agent is called.
 class ScheduleRSMHandler final {
   public:
     /// Opens the schedule file, creating it when missing, and loads the record it holds. Without a file the
@@ -20,16 +20,21 @@ class ScheduleRSMHandler final {
     ScheduleRSMHandler(const ScheduleRSMHandler&) = delete;
     ScheduleRSMHandler& operator=(const ScheduleRSMHandler&) = delete;
 
+    /// Tells why the file's record was not loaded, if it was not. For the start that made the handler, with
+    /// no lock held.
+    void reportLoad() const;
+
     /// Runs the command. `response` may be null; otherwise it receives a new list for the caller. 0 when the
     /// period was scheduled, 1 when the command failed.
     std::int32_t executeScheduleCommand(const PropList* input, PropList** response);
 
     /// True while the schedule's end lies in the future.
-    bool isScheduleCurrent() const noexcept;
-    /// Hands the schedule to the controller: as a delayed profile, or as a force poll when its start has
-    /// passed.
-    void scheduleRSM();
+    bool isScheduleCurrent() const;
+    /// Hands the schedule to the controller: as a delayed profile, or as a force poll when its
+    /// start has passed.
+    void scheduleRSM() const;
     /// Closes the schedule file, and deletes it when the controller's delayed RSM is over or there was none.
+    /// A file whose record could not be read stays, since nobody knows what was ordered.
     void performCleanUp();
 
     std::string getFilePath() const { return filePath_; }
@@ -38,27 +43,27 @@ class ScheduleRSMHandler final {
     // ---- Text helpers
 
     /// Date "2007:09:30" and time "05:06:00" of a GMT clock value; room for 40 characters each.
-    static void dateToString(std::int64_t gmtClockValue, char* date, char* time) noexcept;
+    static void dateToString(std::int64_t gmtClockValue, char* date, char* time);
     static bool isValidDate(const char* date) noexcept;
     static bool isValidTime(const char* time) noexcept;
 
   private:
-    struct Rejections;
+    enum class Load { Done, NoMemory, NotReadable, NotInFormat };
 
-    void load();
-    void takeIn(const PropList* input, Rejections& rejections);
-    void computePeriod();
-    void storeRecord();
+    Load load();
+    scheduling::Schedule schedule() const;
+    bool isFileOpen() const;
+    /// Puts a schedule into the fields; with its record, into the file, too. False when it is not
+    /// in the file.
+    void keep(const scheduling::Schedule& schedule);
+    bool keep(const scheduling::Schedule& schedule, const scheduling::Schedule::Record& record);
+    void store(const scheduling::Schedule& schedule);
+    static void handOver(const scheduling::Schedule& schedule);
 
-    std::mutex commandLock_;  ///< one command at a time
-    char startDate_[scheduling::kValueSize] = "NA";
-    char startTime_[scheduling::kValueSize] = "NA";
-    char endDate_[scheduling::kValueSize] = "NA";
-    char endTime_[scheduling::kValueSize] = "NA";
-    std::int64_t startTimeValue_ = 0;  ///< GMT clock values
-    std::int64_t endTimeValue_ = 0;
-    char pollingRateText_[scheduling::kValueSize] = "0";
-    char gracePeriodText_[scheduling::kValueSize] = "0";
-    platform::File scheduleFile_;  ///< held open until the clean-up
+    mutable platform::Mutex lock_;
+    scheduling::Schedule schedule_;
+    platform::File scheduleFile_;   ///< held open until the clean-up
+    bool hasUnreadRecord_ = false;  ///< in the file, what may be a record and was not read whole
+    Load loaded_ = Load::Done;
     std::string filePath_;
 };

@@ -25,7 +25,7 @@ std::int32_t getTagEndIndex(const char* text, const char* tag) noexcept {
 }
 
 std::unique_ptr<char[]> getStringBuffer(const char* text, const char* closingTag, std::int32_t start,
-                                        const char* className) noexcept {
+                                        const char* className) {
     const std::int32_t tagEnd = getTagEndIndex(text, closingTag);
     const std::int32_t tagStart = tagEnd - static_cast<std::int32_t>(std::strlen(closingTag));
     std::string_view value;
@@ -40,15 +40,15 @@ std::unique_ptr<char[]> getStringBuffer(const char* text, const char* closingTag
     }
     std::unique_ptr<char[]> buffer(new (std::nothrow) char[size]);
     if (!buffer) {
-        KRXLog(250, "new Failed in getStringBuffer of %s. \n", className);
+        KRXLog(level::kForce, "new Failed in getStringBuffer of %s. \n", className);
         return nullptr;
     }
     buffer[value.copy(buffer.get(), value.size())] = '\0';
     return buffer;
 }
 
-void readTaggedValue(const char* text, const char* element, char (&value)[kValueSize],
-                     const char* className) noexcept {
+bool readTaggedValue(const char* text, const char* element, char (&value)[kValueSize],
+                     const char* className) {
     std::array<char, kTagSize> opening{};
     std::array<char, kTagSize> closing{};
     std::snprintf(opening.data(), opening.size(), "<%s>", element);
@@ -58,6 +58,7 @@ void readTaggedValue(const char* text, const char* element, char (&value)[kValue
     if (buffer) {
         copyValue(value, buffer.get());
     }
+    return buffer != nullptr;
 }
 
 void copyValue(char (&value)[kValueSize], const char* text) noexcept {

@@ -16,11 +16,10 @@ std::int32_t getTagEndIndex(const char* text, const char* tag) noexcept;
 /// when it lies at or before `start`: "string found but before the first string". Null, with a log line that
 /// names `className`, when memory runs out.
 std::unique_ptr<char[]> getStringBuffer(const char* text, const char* closingTag, std::int32_t start,
-                                        const char* className) noexcept;
+                                        const char* className);
 
-/// Reads the value of `element` into `value`; left unchanged when memory runs out.
-void readTaggedValue(const char* text, const char* element, char (&value)[kValueSize],
-                     const char* className) noexcept;
+/// Reads the value of `element` into `value`. False, and the value unchanged, when memory runs out.
+bool readTaggedValue(const char* text, const char* element, char (&value)[kValueSize], const char* className);
 
 /// Copies a text into a value field, cut to what fits.
 void copyValue(char (&value)[kValueSize], const char* text) noexcept;

@@ -2,6 +2,8 @@
 
 #include "webservice/WebServiceRequestMessage.h"
 
+#include <utility>
+
 namespace KRX::Services::ZephanServicesNS {
 
 /// Request of "disconnect".
@@ -22,11 +24,12 @@ class DisconnectMessage final : public Messaging::WebServiceRequestMessage {
 /// Response of "disconnect".
 class DisconnectResponseMessage final : public Messaging::WebServiceRequestMessage {
   public:
-    /// The result object is not owned and may be null.
+    /// The result object is not owned, must stay until it is taken, and may be null.
     DisconnectResponseMessage(const char* elementName, const char* elementNamespace,
                               Messaging::SerializableString* result);
 
     Messaging::SerializableString* result() const noexcept { return result_; }
+    Messaging::SerializableString* takeResult() noexcept { return std::exchange(result_, nullptr); }
 
   private:
     Messaging::SerializableString* result_;

@@ -4,8 +4,8 @@
 
 namespace KRX::Messaging {
 
-/// Base of the module's requests and responses: one element with the service's namespace as its "xmlns"
-/// attribute.
+/// Base of the module's requests and responses: one element with the service's namespace as
+/// its "xmlns" attribute.
 class WebServiceRequestMessage : public Serializable {
   public:
     WebServiceRequestMessage(const char* elementName, const char* elementNamespace);

@@ -62,19 +62,13 @@ std::int8_t ZephanServicesMessages::CreateDisconnectMessage(Messaging::WebServic
 }
 
 std::int8_t ZephanServicesMessages::Cleanup(Messaging::WebServiceMessage& message) {
-    switch (operationNamed(message.GetRequestHeader().GetOperation())) {
-        case Operation::Connect:
-            return 0;
-        case Operation::Disconnect:
-            if (const auto* const response =
-                    static_cast<DisconnectResponseMessage*>(message.GetResponseMsg())) {
-                delete response->result();
-            }
-            return 0;
-        case Operation::Unknown:
-            break;
+    if (operationNamed(message.GetRequestHeader().GetOperation()) == Operation::Unknown) {
+        return -1;
     }
-    return -1;
+    if (auto* const response = dynamic_cast<DisconnectResponseMessage*>(message.GetResponseMsg())) {
+        delete response->takeResult();
+    }
+    return 0;
 }
 
 }  // namespace KRX::Services::ZephanServicesNS

@@ -1,6 +1,5 @@
 #include "webservice/ZephanServicesService.h"
 
-#include "controller/ModuleGate.h"
 #include "platform/agent/Logging.h"
 #include "platform/agent/Messaging.h"
 #include "webservice/ConnectMessage.h"
@@ -24,7 +23,8 @@ int8_t ZephanServicesService::CreateMessage(const char* operation, Messaging::We
         // Memory ran out: there is no message pair, as for an unknown operation.
     }
     if (result != 0) {
-        KRXLog(50, "ZephanServicesService::CreateMessage Unable to create message for %s operation.\n",
+        KRXLog(level::kError,
+               "ZephanServicesService::CreateMessage Unable to create message for %s operation.\n",
                operation == nullptr ? "" : operation);
         return -1;
     }
@@ -32,7 +32,6 @@ int8_t ZephanServicesService::CreateMessage(const char* operation, Messaging::We
 }
 
 int8_t ZephanServicesService::Execute(Messaging::WebServiceMessage* message) {
-    const gate::Pass pass;
     try {
         switch (operationNamed(message->GetRequestHeader().GetOperation())) {
             case Operation::Connect:
@@ -49,25 +48,31 @@ int8_t ZephanServicesService::Execute(Messaging::WebServiceMessage* message) {
 }
 
 int8_t ZephanServicesService::executeConnect(Messaging::WebServiceMessage& message) {
-    const auto& request = static_cast<const ConnectMessage&>(*message.GetRequestMsg());
-    auto& response = static_cast<ConnectResponseMessage&>(*message.GetResponseMsg());
+    const auto* const request = dynamic_cast<const ConnectMessage*>(message.GetRequestMsg());
+    auto* const response = dynamic_cast<ConnectResponseMessage*>(message.GetResponseMsg());
+    if (request == nullptr || response == nullptr) {
+        return -1;
+    }
     int32_t currentPollingRate = 0;
     const int8_t result =
-        Connect(request.pollDuration(), request.pollingRate(), currentPollingRate, message.GetContext());
-    response.setCurrentPollingRate(currentPollingRate);
+        Connect(request->pollDuration(), request->pollingRate(), currentPollingRate, message.GetContext());
+    response->setCurrentPollingRate(currentPollingRate);
     return result;
 }
 
 int8_t ZephanServicesService::executeDisconnect(Messaging::WebServiceMessage& message) {
-    const auto& request = static_cast<const DisconnectMessage&>(*message.GetRequestMsg());
-    const auto& response = static_cast<const DisconnectResponseMessage&>(*message.GetResponseMsg());
-    return Disconnect(request.memberName(), *response.result(), message.GetContext());
+    const auto* const request = dynamic_cast<const DisconnectMessage*>(message.GetRequestMsg());
+    const auto* const response = dynamic_cast<const DisconnectResponseMessage*>(message.GetResponseMsg());
+    if (request == nullptr || response == nullptr || response->result() == nullptr) {
+        return -1;
+    }
+    return Disconnect(request->memberName(), *response->result(), message.GetContext());
 }
 
 int8_t ZephanServicesService::Cleanup(Messaging::WebServiceMessage* message) {
     if (ZephanServicesMessages::Cleanup(*message) != 0) {
         const char* const operation = message->GetRequestHeader().GetOperation();
-        KRXLog(50, "ZephanServicesService::Cleanup Unable to clean-up message for %s operation.\n",
+        KRXLog(level::kError, "ZephanServicesService::Cleanup Unable to clean-up message for %s operation.\n",
                operation == nullptr ? "" : operation);
         return -1;
     }

@@ -28,6 +28,7 @@ class ZephanServicesService : public Service {
                               Messaging::Headers::SecurityContext& context) = 0;
 
   private:
+    // -1, too, for a message whose objects are not those of the operation that its header names.
     int8_t executeConnect(Messaging::WebServiceMessage& message);
     int8_t executeDisconnect(Messaging::WebServiceMessage& message);
 };

@@ -14,14 +14,13 @@ int8_t ZephanServicesServiceImpl::Connect(int32_t pollDuration, int32_t pollingR
                                           int32_t& currentPollingRate,
                                           Messaging::Headers::SecurityContext& /*context*/) {
     currentPollingRate = kUnknownPollingRate;
-    ZephanRSMSingleTon* const controller = ZephanRSMSingleTon::getInstance();
+    const auto controller = ZephanRSMSingleTon::getInstance();
     if (controller == nullptr) {
-        KRXLog(50,
+        KRXLog(level::kError,
                "Couldn't make force poll in ZephanServicesServiceImpl::Connect as RSMSingleton was null\n");
         return -1;
     }
-    controller->setGracePeriod(pollDuration);
-    controller->setPollingRate(pollingRate);
+    // Both are stored by the order itself, in one step: a running thread must not meet one of them alone.
     std::uint32_t currentPollInterval = 0;
     const int8_t result = controller->ForcePoll(pollDuration, pollingRate, currentPollInterval);
     currentPollingRate = static_cast<int32_t>(currentPollInterval);
@@ -30,9 +29,10 @@ int8_t ZephanServicesServiceImpl::Connect(int32_t pollDuration, int32_t pollingR
 
 int8_t ZephanServicesServiceImpl::Disconnect(const char* memberName, Messaging::SerializableString& result,
                                              Messaging::Headers::SecurityContext& /*context*/) {
-    ZephanRSMSingleTon* const controller = ZephanRSMSingleTon::getInstance();
+    const auto controller = ZephanRSMSingleTon::getInstance();
     if (controller == nullptr) {
-        KRXLog(50, "Couldn't disconnect in ZephanServicesServiceImpl::Disconnect as RSMSingleton was null\n");
+        KRXLog(level::kError,
+               "Couldn't disconnect in ZephanServicesServiceImpl::Disconnect as RSMSingleton was null\n");
         return -1;
     }
     return controller->Disconnect(memberName, result);

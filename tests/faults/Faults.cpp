@@ -18,10 +18,11 @@ namespace faults {
 namespace {
 
 constexpr std::array<const char*, KindCount> kNames{
-    "memory",     "toolkit-memory", "agent-memory", "open",      "openat",  "fcntl",     "close",
-    "lseek",      "fstat",          "pread",        "pwrite",    "write",   "ftruncate", "fsync",
-    "renameat2",  "link",           "unlink",       "fdopendir", "readdir", "closedir",  "mutexattr-init",
-    "mutex-init", "mutex-lock",     "mutex-unlock", "system",    "fputs"};
+    "memory",     "toolkit-memory", "agent-memory",  "open",         "openat",   "fcntl",
+    "close",      "lseek",          "fstat",         "pread",        "pwrite",   "write",
+    "ftruncate",  "fsync",          "renameat2",     "renameat",     "linkat",   "unlinkat",
+    "unlink",     "fstatat",        "fdopendir",     "readdir",      "closedir", "mutexattr-init",
+    "mutex-init", "mutex-lock",     "mutex-trylock", "mutex-unlock", "system",   "fwrite"};
 
 struct Plan {
     std::size_t kind = KindCount;
@@ -46,6 +47,7 @@ struct Stack {
     bool anyDepth;
     int hostFrames = 0;
     bool toolkit = false;
+    void* toolkitEntry = nullptr;  ///< where the module has called it
     bool agent = false;
     bool module = false;
 };
@@ -54,10 +56,26 @@ bool isToolkit(const char* library) noexcept {
     return std::strstr(library, "/libxerces-c") != nullptr;
 }
 
+/// The toolkit's stop allocates where nothing may be thrown. The module asks for memory right before it, so
+/// that what follows is not made to fail.
+bool isToolkitsStop(void* address) noexcept {
+    thread_local void* known __attribute__((tls_model("initial-exec"))) = nullptr;
+    thread_local bool isStop __attribute__((tls_model("initial-exec"))) = false;
+    void* const function = _Unwind_FindEnclosingFunction(address);
+    if (function != known) {  // a name is looked for among all names
+        Dl_info info{};
+        known = function;
+        isStop = ::dladdr(function, &info) != 0 && info.dli_sname != nullptr &&
+                 std::strstr(info.dli_sname, "XMLPlatformUtils9Terminate") != nullptr;
+    }
+    return isStop;
+}
+
 _Unwind_Reason_Code visit(_Unwind_Context* context, void* data) {
     auto& stack = *static_cast<Stack*>(data);
     dl_find_object object{};
-    if (_dl_find_object(reinterpret_cast<void*>(_Unwind_GetIP(context) - 1), &object) != 0) {
+    void* const address = reinterpret_cast<void*>(_Unwind_GetIP(context) - 1);
+    if (_dl_find_object(address, &object) != 0) {
         return _URC_END_OF_STACK;
     }
     const char* const name = object.dlfo_link_map->l_name;
@@ -77,7 +95,10 @@ _Unwind_Reason_Code visit(_Unwind_Context* context, void* data) {
         // The simulator has functions of its own before this library's; they call on for the module.
         return *name == '\0' && stack.hostFrames++ == 0 ? _URC_NO_REASON : _URC_END_OF_STACK;
     }
-    stack.toolkit |= isToolkit(name);
+    if (isToolkit(name)) {
+        stack.toolkit = true;
+        stack.toolkitEntry = address;
+    }
     stack.agent |= std::strstr(name, "/libkrx-agent.so") != nullptr;
     return *name == '\0' ? _URC_END_OF_STACK : _URC_NO_REASON;
 }
@@ -167,9 +188,10 @@ bool memoryFails() noexcept {
         return false;
     }
     const Stack stack = look(true);
-    return stack.module && count(stack.toolkit ? ToolkitMemory
-                                 : stack.agent ? AgentMemory
-                                               : ModuleMemory) != kNone;
+    if (!stack.module || (stack.toolkit && isToolkitsStop(stack.toolkitEntry))) {
+        return false;
+    }
+    return count(stack.toolkit ? ToolkitMemory : stack.agent ? AgentMemory : ModuleMemory) != kNone;
 }
 
 bool isModules() noexcept {

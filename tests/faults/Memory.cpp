@@ -50,15 +50,8 @@ void* withError() noexcept {
     return nullptr;
 }
 
-/// As the C++ library does it: whoever has set a handler for this case gets the chance to find memory.
-template <typename Allocate>
-void* withHandler(Allocate&& allocate) {
-    const std::new_handler handler = std::get_new_handler();
-    if (handler == nullptr) {
-        throw std::bad_alloc();
-    }
-    handler();
-    return allocate();
+void* withException() {
+    throw std::bad_alloc();
 }
 
 }  // namespace
@@ -82,12 +75,12 @@ INTERPOSED void* realloc(void* memory, std::size_t size) {
 
 INTERPOSED void* operator new(std::size_t size) {
     const auto allocate = [&] { return next(knownNew, "_Znwm")(size); };
-    return request(allocate, [&] { return withHandler(allocate); });
+    return request(allocate, withException);
 }
 
 INTERPOSED void* operator new[](std::size_t size) {
     const auto allocate = [&] { return next(knownNewArray, "_Znam")(size); };
-    return request(allocate, [&] { return withHandler(allocate); });
+    return request(allocate, withException);
 }
 
 INTERPOSED void* operator new(std::size_t size, const std::nothrow_t&) noexcept {

@@ -101,17 +101,27 @@ FAILING(int, fsync, Sync, -1, (int descriptor), descriptor)
 FAILING(int, renameat2, Rename, -1,
         (int fromDirectory, const char* from, int toDirectory, const char* to, unsigned int flags) noexcept,
         fromDirectory, from, toDirectory, to, flags)
-FAILING(int, link, Link, -1, (const char* from, const char* to) noexcept, from, to)
+FAILING(int, renameat, PlainRename, -1,
+        (int fromDirectory, const char* from, int toDirectory, const char* to) noexcept, fromDirectory, from,
+        toDirectory, to)
+FAILING(int, linkat, Link, -1,
+        (int fromDirectory, const char* from, int toDirectory, const char* to, int flags) noexcept,
+        fromDirectory, from, toDirectory, to, flags)
+FAILING(int, unlinkat, UnlinkAt, -1, (int directory, const char* name, int flags) noexcept, directory, name,
+        flags)
+FAILING(int, fstatat, StatusAt, -1,
+        (int directory, const char* name, struct stat* status, int flags) noexcept, directory, name, status,
+        flags)
 FAILING(DIR*, fdopendir, OpenDirectory, nullptr, (int descriptor), descriptor)
 FAILING(dirent*, readdir, ReadDirectory, nullptr, (DIR * stream), stream)
 FAILING(int, system, Command, -1, (const char* command), command)
 
-INTERPOSED int fputs(const char* text, FILE* stream) {
+INTERPOSED std::size_t fwrite_unlocked(const void* text, std::size_t size, std::size_t count, FILE* stream) {
     const int fault = faultOf(faults::Echo);
     if (faults::isModules()) {
-        faults::note('E', text);
+        faults::note('E', {static_cast<const char*>(text), size * count});
     }
-    return fault != kNone ? failed(fault, EOF) : NEXT(fputs, text, stream);
+    return fault != kNone ? failed<std::size_t>(fault, 0) : NEXT(fwrite_unlocked, text, size, count, stream);
 }
 
 INTERPOSED int closedir(DIR* stream) {
@@ -180,6 +190,16 @@ INTERPOSED int pthread_mutex_lock(pthread_mutex_t* mutex) noexcept {
         return fault;
     }
     const int result = NEXT(pthread_mutex_lock, mutex);
+    return result == 0 ? fault : result;
+}
+
+INTERPOSED int pthread_mutex_trylock(pthread_mutex_t* mutex) noexcept {
+    const bool robust = isRobust(*mutex);
+    const int fault = robust ? faultOf(faults::MutexTryLock) : kNone;
+    if (fault != kNone && fault != EOWNERDEAD) {
+        return fault;
+    }
+    const int result = NEXT(pthread_mutex_trylock, mutex);
     return result == 0 ? fault : result;
 }
 

@@ -42,16 +42,19 @@ ERRORS = {
     "ftruncate": ["EIO"],
     "fsync": ["EIO"],
     "renameat2": ["EACCES", "ENOSPC", "EIO", "EINVAL"],
+    "unlinkat": ["EACCES", "EIO"],
     "unlink": ["EACCES", "EIO"],
+    "fstatat": ["EIO"],
     "fdopendir": ["EMFILE"],
     "readdir": ["EIO"],
     "closedir": ["EIO"],
     "mutexattr-init": ["ENOMEM"],
     "mutex-init": ["EAGAIN", "ENOMEM"],
     "mutex-lock": ["EOWNERDEAD", "ENOTRECOVERABLE"],
+    "mutex-trylock": ["EBUSY", "EOWNERDEAD"],
     "mutex-unlock": ["EPERM"],
     "system": ["EAGAIN"],
-    "fputs": ["EIO"],
+    "fwrite": ["EIO"],
 }
 
 TOOLKIT_LOST = "XML toolkit "
@@ -93,9 +96,13 @@ EXPECTED = [
     ("openat", "Error Parsing the File: rotation-config.xml"),
     ("openat", "Unable to save RSM state. Unable to retrive file. \n"),
     ("openat", '\n "Error(" 24 ") opening " log \n'),
+    ("lseek", "\n Unable to read the schedule in file = state/schedule.xml"),
+    ("pread", "\n Unable to read the schedule in file = state/schedule.xml"),
+    ("pwrite", "\n Unable to put the schedule in file = state/schedule.xml"),
+    ("fsync", "\n Unable to put the schedule in file = state/schedule.xml"),
     ("fdopendir", '\n "Error(" 24 ") opening " log \n'),
     ("renameat2", "\n Error renaming file"),
-    ("unlink", "\n Error deleting file...."),
+    ("unlinkat", "\n Error deleting file...."),
     ("mutex-init", "CreateMutex error: 11\n"),
     ("mutex-lock", "\n The thread got ownership of an abandoned logging mutex."),
     ("mutex-unlock", "\n error while releasing logging mutex."),
@@ -103,7 +110,7 @@ EXPECTED = [
 ]
 
 STATE_FILES = {"state/resume.xml": "<ResumeRSM>", "state/schedule.xml": "<RSMExecuteCommand>"}
-ECHO_MAY_BE_LOST = {"fputs", "memory", "agent-memory", "toolkit-memory"}
+ECHO_MAY_BE_LOST = {"fwrite", "memory", "agent-memory", "toolkit-memory"}
 CALMED_DOWN = 60  # seconds from the end of a scenario to the check that the module still works
 
 PROOF_MARK = "The proof begins"
@@ -158,10 +165,13 @@ class Scenario:
                 step = 97 if kind == "toolkit-memory" and self.name != "load" else 1
                 for call in range(1, self.totals[kind] + 1, step):
                     yield Fault(self, kind, call, int(count or 1), name)
-        # A file system that knows no rename without replacing: two steps, each of which can fail.
-        for kind in ("link", "unlink"):
+        # A file system that knows no rename without replacing: two steps, each of which can fail. Then one that knows no
+        # second names either.
+        without = f"renameat2:1:1000000:{errno.EINVAL},"
+        for kind, error, before in (("linkat", "EIO", ""), ("unlinkat", "EIO", ""), ("linkat", "EPERM", ""),
+                                    ("renameat", "EIO", f"linkat:1:1000000:{errno.EPERM},")):
             for call in range(1, self.totals["renameat2"] + 1):
-                yield Fault(self, kind, call, 1, "EIO", f"renameat2:1:1000000:{errno.EINVAL},")
+                yield Fault(self, kind, call, 1, error, without + before)
 
 
 class Fault:
@@ -325,7 +335,7 @@ class Campaign:
 
         found, wanted = of(result), of(clean)
         if any(TOOLKIT_LOST in text for text in result.texts()):
-            # A toolkit that lacked memory while it started stays out of use, and with it the configuration.
+            # A toolkit that lacked memory in the middle of its start stays out of use, and with it the configuration.
             found, wanted = ([one for one in of_run[0] if one[0] not in NEED_CONFIGURATION] + of_run[1]
                              for of_run in (found, wanted))
         if found != wanted:

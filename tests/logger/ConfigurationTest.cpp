@@ -1,10 +1,12 @@
 // What the configuration reader makes of files, good, careless and hostile ones.
 #include "config/XMLConfigData.h"
+#include "support/Rows.h"
 #include "support/Workspace.h"
 
 #include <array>
 #include <malloc.h>
 #include <random>
+#include <regex>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -56,9 +58,12 @@ std::string changes(const ConfigData& data) {
     return text;
 }
 
-class ConfigurationTest : public testing::Test {
-  protected:
-    ~ConfigurationTest() override { XMLConfigData::destroyInstance(); }
+class Configuration {
+  public:
+    Configuration() = default;
+    Configuration(const Configuration&) = delete;
+    Configuration& operator=(const Configuration&) = delete;
+    ~Configuration() { XMLConfigData::destroyInstance(); }
 
     /// Loads a file with this text into the object there is: what it then holds, or the load's error.
     std::string loadAgain(const std::string& document) const {
@@ -83,6 +88,8 @@ class ConfigurationTest : public testing::Test {
     const support::Workspace workspace_;
 };
 
+class ConfigurationTest : public testing::Test, protected Configuration {};
+
 std::string repeated(const std::string& text, int count) {
     std::string all;
     while (count-- > 0) {
@@ -91,8 +98,8 @@ std::string repeated(const std::string& text, int count) {
     return all;
 }
 
-/// Entities a0 to a12, each of ten times the one before; `type` is "" or "% ", `reference` "&" or an escaped
-/// "%".
+/// Entities a0 to a12, each of ten times the one before; `type` is "" or "% ", `reference` "&" or
+/// an escaped "%".
 std::string laughs(const std::string& type, const std::string& reference, const std::string& first) {
     std::string text = "<!ENTITY " + type + "a0 \"" + first + "\">";
     for (int i = 1; i <= 12; ++i) {
@@ -106,69 +113,90 @@ std::string typed(const std::string& declarations, const std::string& root) {
     return "<!DOCTYPE z [" + declarations + "]>" + root;
 }
 
-TEST_F(ConfigurationTest, ElementsAndTexts) {
-    const auto in = [](const std::string& name, const std::string& inside) {
-        return "<" + name + ">" + inside + "</" + name + ">";
-    };
-    const auto logging = [&](const std::string& inside) { return in("FileLogging", inside); };
-    const auto level = [&](const std::string& text) { return logging(in("LogLevel", text)); };
-    const auto opening = [&](const std::string& inside) {
-        return in("TunnelMessags", in("OpenMessage", inside));
-    };
-    const auto closing = [&](const std::string& inside) {
-        return in("FileMessages", in("CloseMessage", inside));
-    };
-    const struct {
-        std::string inside;  ///< of the root
-        const char* expected;
-    } rows[] = {
-        {"", ""},
-        {level("trace"), "level=20"},
-        {level("info"), "level=30"},
-        {level("warn"), "level=40"},
-        {level("error"), "level=50"},
-        {level("force"), "level=250"},
-        {level("audit"), "level=254"},
-        {level("Error"), "level=30"},
-        {level("\t error  "), "level=50"},
-        {level("\nerror"), "level=30"},
-        {level("error\n"), "level=30"},
-        {level(" \t "), ""},
-        {logging("<a><b><LogFilePath>l.xml</LogFilePath></b></a>"), "path=l.xml"},
-        {logging("<a><FileSize>1</FileSize></a><FileSize>2</FileSize>"), "size=1"},
-        {logging("<FileSize/><FileSize>2</FileSize>"), ""},
-        {logging("<FileSize>1</FileSize><LogFilePath>a</LogFilePath>") +
+std::string in(const std::string& name, const std::string& inside) {
+    return "<" + name + ">" + inside + "</" + name + ">";
+}
+std::string logging(const std::string& inside) {
+    return in("FileLogging", inside);
+}
+std::string level(const std::string& text) {
+    return logging(in("LogLevel", text));
+}
+std::string opening(const std::string& inside) {
+    return in("TunnelMessags", in("OpenMessage", inside));
+}
+std::string closing(const std::string& inside) {
+    return in("FileMessages", in("CloseMessage", inside));
+}
+
+struct ElementRow {
+    support::RowName name;
+    std::string inside;  ///< of the root
+    const char* expected;
+};
+
+const support::Rows<ElementRow> elementRows(
+    "Configuration/Elements",
+    {
+        {"nothing", "", ""},
+        {"trace", level("trace"), "level=20"},
+        {"info", level("info"), "level=30"},
+        {"warn", level("warn"), "level=40"},
+        {"error", level("error"), "level=50"},
+        {"force", level("force"), "level=250"},
+        {"audit", level("audit"), "level=254"},
+        {"capital letter", level("Error"), "level=30"},
+        {"blanks around", level("\t error  "), "level=50"},
+        {"line end before", level("\nerror"), "level=30"},
+        {"line end behind", level("error\n"), "level=30"},
+        {"nothing but blanks", level(" \t "), ""},
+        {"nested elements", logging("<a><b><LogFilePath>l.xml</LogFilePath></b></a>"), "path=l.xml"},
+        {"the first in document order", logging("<a><FileSize>1</FileSize></a><FileSize>2</FileSize>"),
+         "size=1"},
+        {"an empty one counts as the first", logging("<FileSize/><FileSize>2</FileSize>"), ""},
+        {"a second FileLogging",
+         logging("<FileSize>1</FileSize><LogFilePath>a</LogFilePath>") +
              logging("<FileSize>2</FileSize><LogFilePath/>"),
          "path=a, size=2"},
-        {in("ListnerSet", "<RDListner>false</RDListner><FileListner>0</FileListner>"), "RD=on, file=on"},
-        {in("ListnerSet", "<RDListner>1</RDListner>") + in("ListnerSet", "<RDListner/>"), ""},
-        {opening("<Message>a</Message>t<Message> </Message><other>x</other><!-- c --><Message> b </Message>"),
+        {"any text switches on", in("ListnerSet", "<RDListner>false</RDListner><FileListner>0</FileListner>"),
+         "RD=on, file=on"},
+        {"a second ListnerSet",
+         in("ListnerSet", "<RDListner>1</RDListner>") + in("ListnerSet", "<RDListner/>"), ""},
+        {"messages among other nodes",
+         opening("<Message>a</Message>t<Message> </Message><other>x</other><!-- c --><Message> b </Message>"),
          "tunnel open=[a][b]"},
-        {opening("text<!-- c --><other/>"), "tunnel open="},
-        {opening("<w><Message>a</Message></w>"), "tunnel open="},
-        {opening(""), ""},
-        {closing("<Message>a</Message><Message>b</Message>") + closing("<Message>c</Message>"),
+        {"no message", opening("text<!-- c --><other/>"), "tunnel open="},
+        {"a nested message", opening("<w><Message>a</Message></w>"), "tunnel open="},
+        {"an empty list", opening(""), ""},
+        {"the last list counts",
+         closing("<Message>a</Message><Message>b</Message>") + closing("<Message>c</Message>"),
          "file close=[c]"},
-        {logging("<Script>s</Script>"), ""},
-        {"<script>s</script><Scripts>s</Scripts>", ""},
-        {"<Script><!--c--> s</Script>", "script=c"},  // the first node's value counts, whatever it is
-        {"<Script><b/>s</Script>", ""},
-        {"<Script> a &lt;&#65;&amp; b<b/>c</Script>", "script=a <A& b"},
-        {"<Script><![CDATA[<x>]]></Script>", "script=<x>"},
-        {"<Script>&e;</Script>", ""},
-        {"<Script>a&e;</Script>", "script=a"},
-        {"<s x:noNamespaceSchemaLocation='no' xmlns:x='http://www.w3.org/2001/XMLSchema-instance'/>", ""},
-    };
-    for (const auto& row : rows) {
-        EXPECT_EQ(load("<!DOCTYPE z [<!ENTITY e 's'>]><z>" + row.inside + "</z>"), row.expected)
-            << row.inside;
-    }
+        {"Script in a section", logging("<Script>s</Script>"), ""},
+        {"other spellings of Script", "<script>s</script><Scripts>s</Scripts>", ""},
+        {"a comment first", "<Script><!--c--> s</Script>",
+         "script=c"},  // the first node's value counts, whatever it is
+        {"an element first", "<Script><b/>s</Script>", ""},
+        {"references", "<Script> a &lt;&#65;&amp; b<b/>c</Script>", "script=a <A& b"},
+        {"CDATA", "<Script><![CDATA[<x>]]></Script>", "script=<x>"},
+        {"an entity", "<Script>&e;</Script>", ""},
+        {"a text before an entity", "<Script>a&e;</Script>", "script=a"},
+        {"schema location",
+         "<s x:noNamespaceSchemaLocation='no' xmlns:x='http://www.w3.org/2001/XMLSchema-instance'/>", ""},
+    },
+    [](const ElementRow& row) {
+        EXPECT_EQ(Configuration().load("<!DOCTYPE z [<!ENTITY e 's'>]><z>" + row.inside + "</z>"),
+                  row.expected);
+    });
+
+TEST_F(ConfigurationTest, WholeDocuments) {
     EXPECT_EQ(load("<Script>s</Script>"), "");
     std::string wide = {'\xff', '\xfe'};
     for (const char one : std::string("<z><Script>s</Script></z>")) {
         wide += {one, '\0'};
     }
     EXPECT_EQ(load(wide), "script=s");
+    EXPECT_EQ(load("<?xml version='1.0' encoding='Shift_JIS'?><z><Script>s</Script></z><!-- \x83\x41 -->\n"),
+              "script=s");
     XMLConfigData::destroyInstance();
     EXPECT_EQ(
         changes(*loadConfiguration(EXAMPLE)),
@@ -189,24 +217,23 @@ TEST_F(ConfigurationTest, SecondLoadReadsTheFirstFileIntoTheSameObject) {
     EXPECT_EQ(changes(*XMLConfigData::instance()), "size=2, script=s");
 }
 
-TEST_F(ConfigurationTest, RefusesWhatIsHostile) {
-    workspace_.write("secret", "top secret");
-    const int watch = ::inotify_init1(IN_NONBLOCK | IN_CLOEXEC);
-    ASSERT_GE(::inotify_add_watch(watch, workspace_.path("secret").c_str(), IN_OPEN), 0);
-    const std::string secret = "'" + workspace_.path("secret").string() + "'";
-    const std::string nested = repeated("<a>", 256) + repeated("</a>", 256);
-    const std::string full = "<z>" + std::string((1U << 20U) - 7, ' ') + "</z>";
-    const struct {
-        const char* name;
-        std::string document;
-    } rows[] = {
-        {"external subset", "<!DOCTYPE z SYSTEM " + secret + "><z/>"},
-        {"public external subset", "<!DOCTYPE z PUBLIC 'p' " + secret + "><z/>"},
-        {"external entity", typed("<!ENTITY e SYSTEM " + secret + ">", "<z><Script>&e;</Script></z>")},
-        {"external entity, unused", typed("<!ENTITY e SYSTEM " + secret + ">", "<z/>")},
-        {"external parameter entity", typed("<!ENTITY % e SYSTEM " + secret + "> %e;", "<z/>")},
-        {"unparsed entity",
-         typed("<!NOTATION n SYSTEM 'n'><!ENTITY e SYSTEM " + secret + " NDATA n>", "<z/>")},
+const std::string kNested = repeated("<a>", 256) + repeated("</a>", 256);
+const std::string kFull = "<z>" + std::string((1U << 20U) - 7, ' ') + "</z>";
+
+struct HostileRow {
+    support::RowName name;
+    std::string document;  ///< SECRET stands for the path of a file outside
+};
+
+const support::Rows<HostileRow> hostileRows(
+    "Configuration/Hostile",
+    {
+        {"external subset", "<!DOCTYPE z SYSTEM SECRET><z/>"},
+        {"public external subset", "<!DOCTYPE z PUBLIC 'p' SECRET><z/>"},
+        {"external entity", typed("<!ENTITY e SYSTEM SECRET>", "<z><Script>&e;</Script></z>")},
+        {"external entity, unused", typed("<!ENTITY e SYSTEM SECRET>", "<z/>")},
+        {"external parameter entity", typed("<!ENTITY % e SYSTEM SECRET> %e;", "<z/>")},
+        {"unparsed entity", typed("<!NOTATION n SYSTEM 'n'><!ENTITY e SYSTEM SECRET NDATA n>", "<z/>")},
         {"billion laughs", typed(laughs("", "&", "ha"), "<z><Script>&a12;</Script></z>")},
         {"billion silences", typed(laughs("", "&", ""), "<z>&a12;</z>")},
         {"billion elements", typed(laughs("", "&", "<b/>"), "<z>&a12;</z>")},
@@ -218,9 +245,9 @@ TEST_F(ConfigurationTest, RefusesWhatIsHostile) {
         {"quadratic by default", typed("<!ATTLIST b t CDATA '" + std::string(100000, 'x') + "'>",
                                        "<z>" + repeated("<b/>", 10000) + "</z>")},
         {"entity within itself", typed("<!ENTITY e '&f;'><!ENTITY f '&e;'>", "<z>&e;</z>")},
-        {"257 deep", "<a>" + nested + "</a>"},
+        {"257 deep", "<a>" + kNested + "</a>"},
         {"257 deep, empty element", repeated("<a>", 256) + "<b/>" + repeated("</a>", 256)},
-        {"above 1 MiB", full + " "},
+        {"above 1 MiB", kFull + " "},
         {"NUL", "<z><Script>s" + std::string(1, '\0') + "</Script></z>"},
         {"reference to NUL", "<z>&#0;</z>"},
         {"no such encoding", "<?xml version='1.0' encoding='no-such'?><z/>"},
@@ -230,19 +257,34 @@ TEST_F(ConfigurationTest, RefusesWhatIsHostile) {
         {"no XML", "FileSize=1"},
         {"two roots", "<z/><z/>"},
         {"undefined entity", "<z>&e;</z>"},
-    };
-    for (const auto& row : rows) {
-        EXPECT_EQ(load(row.document), kRefused) << row.name;
-        EXPECT_EQ(changes(*XMLConfigData::instance()), "") << row.name;
-        EXPECT_EQ(load("<z><Script>good</Script></z>"), "script=good") << row.name;
-    }
-    const auto events = [&] { return ::read(watch, std::array<char, 4096>().data(), 4096); };
-    EXPECT_EQ(events(), -1) << "the file outside the document was opened";
-    EXPECT_EQ(workspace_.read("secret"), "top secret");
-    EXPECT_GT(events(), 0) << "an opening does not show";
-    ::close(watch);
-    EXPECT_EQ(load(nested), "");
-    EXPECT_EQ(load(full), "");
+        {"NUL behind the root", "<z/>" + std::string(1, '\0')},
+        {"a second document behind a NUL", "<z/>\n" + std::string(1, '\0') + "<z/>"},
+        {"character cut off behind the root", "<z/>\n\xe2\x82"},
+        {"character cut off behind the root, of a code page",
+         "<?xml version='1.0' encoding='Shift_JIS'?><z/>\x83"},
+        {"half a character behind the root", "\xff\xfe<" + std::string("\0z\0/\0>\0x", 8)},
+    },
+    [](const HostileRow& row) {
+        Configuration configuration;
+        configuration.workspace_.write("secret", "top secret");
+        const std::string secret = configuration.workspace_.path("secret").string();
+        const int watch = ::inotify_init1(IN_NONBLOCK | IN_CLOEXEC);
+        ASSERT_GE(::inotify_add_watch(watch, secret.c_str(), IN_OPEN), 0);
+        const auto events = [&] { return ::read(watch, std::array<char, 4096>().data(), 4096); };
+        EXPECT_EQ(
+            configuration.load(std::regex_replace(row.document, std::regex("SECRET"), "'" + secret + "'")),
+            kRefused);
+        EXPECT_EQ(changes(*XMLConfigData::instance()), "");
+        EXPECT_EQ(configuration.load("<z><Script>good</Script></z>"), "script=good");
+        EXPECT_EQ(events(), -1) << "the file outside the document was opened";
+        EXPECT_EQ(configuration.workspace_.read("secret"), "top secret");
+        EXPECT_GT(events(), 0) << "an opening does not show";
+        ::close(watch);
+    });
+
+TEST_F(ConfigurationTest, LimitsAndMissingFiles) {
+    EXPECT_EQ(load(kNested), "");
+    EXPECT_EQ(load(kFull), "");
     XMLConfigData::destroyInstance();
     EXPECT_EQ(loadFile("missing.xml"), kRefused);
     XMLConfigData::destroyInstance();

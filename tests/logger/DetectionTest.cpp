@@ -1,6 +1,7 @@
 // Remote activity in audit messages: what the controller is told, and the modality script.
 #include "logger/Logs.h"
 #include "support/Replay.h"
+#include "support/Rows.h"
 
 #include <sstream>
 #include <string>
@@ -10,6 +11,8 @@
 namespace {
 
 using support::Replay;
+using support::RowName;
+using support::Rows;
 
 const std::string kTexts =
     "<TunnelMessags><OpenMessage><Message>open</Message><Message>begin</Message></OpenMessage>"
@@ -21,8 +24,8 @@ const std::string kRun = "<ListnerSet><TunnelListner>1</TunnelListner></ListnerS
 const std::string kScript = "<Script>echo run >> test.ran</Script>";
 const std::string kGoing = "\n*******Going To Execute Modality Script***********";
 
-class DetectionTest : public testing::Test {
-  protected:
+class Detection {
+  public:
     /// Replays audit messages ("log ..." for others), parted by commas, one a second from second 1 on, within
     /// a force poll.
     Replay replay(const std::string& settings, const std::string& messages) const {
@@ -43,6 +46,8 @@ class DetectionTest : public testing::Test {
     const support::Workspace workspace_;
 };
 
+class DetectionTest : public testing::Test, protected Detection {};
+
 /// In the order of the trace: "R" and second for a report that activity begins, "S" for a start of the
 /// script.
 std::string beginnings(const Replay& replay) {
@@ -57,11 +62,15 @@ std::string beginnings(const Replay& replay) {
     return all;
 }
 
-TEST_F(DetectionTest, PeriodsOfActivity) {
-    const struct {
-        const char* messages;
-        const char* beginnings;
-    } rows[] = {
+struct ActivityRow {
+    RowName name;  ///< the messages
+    const char* beginnings;
+    std::string settings = kTexts + kReport + kRun + kScript;
+};
+
+const Rows<ActivityRow> activityRows(
+    "Detection/Activity",
+    {
         {"OPEN,ope,", ""},
         {"He said open.\\n", "R1 S1 "},
         {"open,begin,close,open", "R1 S1 "},
@@ -78,32 +87,47 @@ TEST_F(DetectionTest, PeriodsOfActivity) {
          "R1 S1 R2 S2 "},  // the tunnel is looked at first: nothing is active in between
         {"send,sent open", "R1 S1 "},
         {"log info open,log audit open,open,log info close,open", "R3 S3 "},
-    };
-    for (const auto& row : rows) {
-        EXPECT_EQ(beginnings(replay(kTexts + kReport + kRun + kScript, row.messages)), row.beginnings)
-            << row.messages;
-    }
-    EXPECT_EQ(beginnings(replay(kReport + kRun + kScript, "open,send")), "") << "no texts";
-    EXPECT_EQ(beginnings(replay(kTexts + kReport + kScript, "open,close")), "R1 ");
-    EXPECT_EQ(beginnings(replay(kTexts + kRun + kScript, "open,close")), "S1 ");
-    EXPECT_EQ(beginnings(replay(kTexts + kReport + kRun, "open,close")), "R1 ") << "no script";
-}
+    },
+    [](const ActivityRow& row) {
+        EXPECT_EQ(beginnings(Detection().replay(row.settings, row.name.text)), row.beginnings);
+    });
 
-TEST_F(DetectionTest, ScriptOutcomes) {
-    const struct {
-        const char* script;
-        const char* line;
-    } rows[] = {{"echo run >> test.ran", "\n Script executed Successfully."},
-                {"exit 3", "Error while running script."},
-                {"kill -9 $$", "Error while running script."},
-                {"/no/such/program", "Error while running script."}};
-    for (const auto& row : rows) {
-        const auto outcome = replay(kTexts + kRun + "<Script>" + row.script + "</Script>", "open");
-        EXPECT_EQ(outcome.countLogged(50, row.line), 1) << row.script;
+const Rows<ActivityRow> settingRows("Detection/Settings",
+                                    {
+                                        {"no texts: open,send", "", kReport + kRun + kScript},
+                                        {"report alone: open,close", "R1 ", kTexts + kReport + kScript},
+                                        {"script alone: open,close", "S1 ", kTexts + kRun + kScript},
+                                        {"no script: open,close", "R1 ", kTexts + kReport + kRun},
+                                    },
+                                    [](const ActivityRow& row) {
+                                        const std::string messages =
+                                            row.name.text.substr(row.name.text.find(": ") + 2);
+                                        EXPECT_EQ(beginnings(Detection().replay(row.settings, messages)),
+                                                  row.beginnings);
+                                    });
+
+struct ScriptRow {
+    RowName name;
+    const char* script;
+    const char* line;
+};
+
+const Rows<ScriptRow> scriptRows(
+    "Detection/Script",
+    {
+        {"runs", "echo run &gt; test.ran", "\n Script executed Successfully."},
+        {"fails", "echo run &gt; test.ran; exit 3", "Error while running script."},
+        {"is killed", "echo run &gt; test.ran; kill -9 $$", "Error while running script."},
+        {"is not there", "echo run &gt; test.ran; /no/such/program", "Error while running script."},
+    },
+    [](const ScriptRow& row) {
+        const Detection detection;
+        const Replay outcome =
+            detection.replay(kTexts + kRun + "<Script>" + row.script + "</Script>", "open");
+        EXPECT_EQ(outcome.countLogged(50, row.line), 1);
         EXPECT_EQ(outcome.call("audit open").at("result"), 0);
-    }
-    EXPECT_EQ(workspace_.read("test.ran"), "run\n");
-}
+        EXPECT_EQ(detection.workspace_.read("test.ran"), "run\n");
+    });
 
 TEST_F(DetectionTest, ScriptInheritsNoFileOfTheModule) {
     replay(kTexts + kRun + "<RSMResumeStatusFile>state/resume.xml</RSMResumeStatusFile>" +

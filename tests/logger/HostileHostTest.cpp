@@ -2,6 +2,7 @@
 #include "AgentHost.h"
 #include "ZephanRSMLogger.h"
 #include "logger/Logs.h"
+#include "support/Rows.h"
 
 #include <algorithm>
 #include <csignal>
@@ -39,8 +40,8 @@ Function& exported(const char* name) {
 }
 #define CALL(name) exported<decltype(name)>(#name)
 
-class HostileHostTest : public testing::Test {
-  protected:
+class HostileHost {
+  public:
     void configure(const std::string& more = {}) const {
         workspace_.write("config", logs::configuration(logs::setting("LogFilePath", log_.string()) + more));
     }
@@ -65,6 +66,8 @@ class HostileHostTest : public testing::Test {
     const fs::path log_ = workspace_.path("log/k.xml");
     agent::AgentHost host_;
 };
+
+class HostileHostTest : public testing::Test, protected HostileHost {};
 
 TEST_F(HostileHostTest, EveryEntryOfManyThreadsStandsOnce) {
     configure(logs::setting("FileSize", "65536"));
@@ -101,43 +104,52 @@ TEST_F(HostileHostTest, EveryEntryOfManyThreadsStandsOnce) {
     EXPECT_GT(files, seen.size() * 30 / 70000);
 }
 
-TEST_F(HostileHostTest, FollowsItsFile) {
-    const fs::path other = workspace_.path("other");
-    const auto mayBeGone = [](const fs::path& path) { fs::remove_all(path); };
-    const struct {
-        const char* name;
-        std::function<void()> fault;
-        std::function<void()> repair;
-        const char* written;
-    } rows[] = {
-        {"nothing happens", [] {}, [] {}, "|a|b|c"},
-        {"deleted", [&] { mayBeGone(log_); }, [] {}, "|b|c"},
-        {"replaced", [&] { fs::rename(other, log_); }, [] {}, "other|b|c"},
-        {"emptied", [&] { fs::resize_file(log_, 0); }, [] {}, "|b|c"},
-        {"appended to", [&] { std::ofstream(log_, std::ios::app) << "-"; }, [] {}, "|a-|b|c"},
-        {"a link", [&] { mayBeGone(log_), fs::create_symlink(other, log_); }, [] {}, "other|b|c"},
-        {"a link to nothing", [&] { mayBeGone(log_), fs::create_symlink("new", log_); }, [] {}, "|b|c"},
-        {"a FIFO", [&] { mayBeGone(log_), ::mkfifo(log_.c_str(), 0600); }, [&] { mayBeGone(log_); }, "|c"},
-        {"a directory", [&] { mayBeGone(log_), fs::create_directory(log_); }, [&] { mayBeGone(log_); }, "|c"},
-        {"the directory gone", [&] { mayBeGone(log_.parent_path()); },
-         [&] { fs::create_directory(log_.parent_path()); }, "|c"},
-    };
-    configure();
-    for (const auto& row : rows) {
-        mayBeGone(log_);
-        workspace_.write("other", "other");
-        testing::internal::CaptureStdout();
-        start();
-        log("a");
-        row.fault();
-        log("b");
-        row.repair();
-        log("c");
-        stop();
-        EXPECT_EQ(testing::internal::GetCapturedStdout(), "abc") << row.name;
-        EXPECT_EQ(written(), row.written) << row.name;
-    }
+/// What happens to the log file between two entries, and before a third.
+struct FileRow {
+    support::RowName name;
+    void (*fault)(const fs::path& log, const fs::path& other);
+    void (*repair)(const fs::path& log);
+    const char* written;
+};
+
+void nothing(const fs::path& /*log*/) {}
+void takeAway(const fs::path& log) {
+    fs::remove_all(log);
 }
+
+const support::Rows<FileRow> fileRows(
+    "HostileHost/File",
+    {
+        {"nothing happens", [](auto&, auto&) {}, nothing, "|a|b|c"},
+        {"deleted", [](auto& log, auto&) { takeAway(log); }, nothing, "|b|c"},
+        {"replaced", [](auto& log, auto& other) { fs::rename(other, log); }, nothing, "other|b|c"},
+        {"emptied", [](auto& log, auto&) { fs::resize_file(log, 0); }, nothing, "|b|c"},
+        {"appended to", [](auto& log, auto&) { std::ofstream(log, std::ios::app) << "-"; }, nothing,
+         "|a-|b|c"},
+        {"a link", [](auto& log, auto& other) { takeAway(log), fs::create_symlink(other, log); }, nothing,
+         "other|b|c"},
+        {"a link to nothing", [](auto& log, auto&) { takeAway(log), fs::create_symlink("new", log); },
+         nothing, "|b|c"},
+        {"a FIFO", [](auto& log, auto&) { takeAway(log), ::mkfifo(log.c_str(), 0600); }, takeAway, "|c"},
+        {"a directory", [](auto& log, auto&) { takeAway(log), fs::create_directory(log); }, takeAway, "|c"},
+        {"the directory gone", [](auto& log, auto&) { takeAway(log.parent_path()); },
+         [](auto& log) { fs::create_directory(log.parent_path()); }, "|c"},
+    },
+    [](const FileRow& row) {
+        HostileHost host;
+        host.configure();
+        host.workspace_.write("other", "other");
+        testing::internal::CaptureStdout();
+        host.start();
+        HostileHost::log("a");
+        row.fault(host.log_, host.workspace_.path("other"));
+        HostileHost::log("b");
+        row.repair(host.log_);
+        HostileHost::log("c");
+        HostileHost::stop();
+        EXPECT_EQ(testing::internal::GetCapturedStdout(), "abc");
+        EXPECT_EQ(host.written(), row.written);
+    });
 
 TEST_F(HostileHostTest, FileThatCannotBeOpenedAtTheStartComesWithARotation) {
     configure(logs::setting("FileSize", "1"));

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <array>
+#include <malloc.h>
 
 #include <gtest/gtest.h>
 
@@ -73,5 +74,25 @@ TEST(Orders, OfStartsAndStops) {
     }
     EXPECT_EQ(threads.started, 24 * 24);
 }
+
+// The sanitizers have their own use of memory; the address sanitizer finds the same by itself.
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+TEST(Orders, UnloadAfterARefusedConfigurationLeavesNothing) {
+    const support::Workspace workspace;
+    agent::AgentHost host;
+    const auto heapAfter = [&](int rounds) {
+        while (rounds-- > 0) {
+            const Library library;
+            Families families(library, host.serviceAgent(), workspace);
+            workspace.write("config.xml", "no XML");
+            EXPECT_EQ(families.start(Families::rsm), -1);
+        }
+        const auto usage = ::mallinfo2();
+        return usage.uordblks + usage.hblkhd;
+    };
+    const std::size_t before = heapAfter(3);
+    EXPECT_LT(heapAfter(10), before + 100000);
+}
+#endif
 
 }  // namespace

@@ -13,7 +13,9 @@ TEST(ResumeFile, Saved) {
               "<ResumeRSM><RSMStartDate>2007:09:30</RSMStartDate><RSMStartTime>05:06:00</RSMStartTime>"
               "<PollingRate>30</PollingRate><GracePeriod>10</GracePeriod></ResumeRSM>");
     EXPECT_EQ(text.size(), 157U);
-    check(R"(
+}
+
+const Table saved("ResumeFile/Saved", __LINE__, R"(
 below 10 | 9 connect 5 60; 10 show-saved; 11 end | | 9 grace | saved 2026:03:01 10:00:09 60 05
 a shorter record after a restart | 9 connect 1000 30; 40 connect 9 7; 71 show-saved; 72 end | 39 69 | 9 grace, 40 grace
     | saved 2026:03:01 10:01:09 7 09
@@ -28,11 +30,9 @@ untouched by a disconnect | 5 connect 3 30; 40 disconnect; 70 unload; 70 again |
 a directory in its place | 0 write state/resume.xml/x y; 0 again; 0 start web-service; 5 connect 1 60 | 65 | 5 grace, 65 off
     | "level":250,"text":"Unable to save RSM state. Unable to retrive file. \n" | !correct format
 )");
-}
 
 /// A resume file as anybody may have left it.
-TEST(ResumeFile, Contents) {
-    check(R"(
+const Table contents("ResumeFile/Contents", __LINE__, R"(
 240 s ago | 0 saved 2026:03:01 09:56:00 30 10; 0 again; 9 show-saved | 30..360/30 | 0 grace, 360 off
     | " Polling Duration = 6 min \n" | "Custom HVK Extension: RSM Extension startup complete.\n"
     | saved 2026:03:01 10:00:00 30 06
@@ -53,17 +53,23 @@ negative period | 0 saved 2026:03:01 09:56:00 30 -10; 0 again; 9 show-saved | | 
 a schedule, too: one thread for both | 0 saved 2026:03:01 09:58:00 30 05; 0 ordered 10:02:00 10:04:00 20 2; 0 again
     | 30..150/30 170..250/20 | 0 grace, 0 grace, 150 grace, 250 off | thread-start | SCHEDULING RSM FOR | !thread-destroyed
 )");
-    const std::string ones(5000, '1');
-    const std::string file =
-        "0 saved <ResumeRSM><RSMStartDate>2026:03:01</RSMStartDate><RSMStartTime>09:59:00</RSMStartTime>";
-    const std::string good = file + "<PollingRate>60</PollingRate><GracePeriod>3</GracePeriod>";
-    check("no rate |" + file + "<GracePeriod>10</GracePeriod>; 0 again | | 0 grace, 0 off\n" + "zero byte |" +
-          file + '\0' + "<PollingRate>60</PollingRate><GracePeriod>3</GracePeriod>; 0 again | |\n" +
-          "long |" + good + ones + "; 0 again | 60 120 | 0 grace, 120 off\n" +  //
-          "values out of reach |" + file + ones + "<GracePeriod>3</GracePeriod>; 0 again | |\n" +
-          "long value |" + file + "<PollingRate>60" + std::string(500, 'x') +
-          "</PollingRate><GracePeriod>3</GracePeriod>; 0 again | 60 120 | 0 grace, 120 off");
-}
+
+const std::string kOnes(5000, '1');
+const std::string kFile =
+    "0 saved <ResumeRSM><RSMStartDate>2026:03:01</RSMStartDate><RSMStartTime>09:59:00</RSMStartTime>";
+const std::string kGood = kFile + "<PollingRate>60</PollingRate><GracePeriod>3</GracePeriod>";
+const Table oddContents[] = {
+    {"ResumeFile/Odd", __LINE__,
+     "no rate |" + kFile + "<GracePeriod>10</GracePeriod>; 0 again | | 0 grace, 0 off"},
+    {"ResumeFile/Odd", __LINE__,
+     "zero byte |" + kFile + '\0' + "<PollingRate>60</PollingRate><GracePeriod>3</GracePeriod>; 0 again | |"},
+    {"ResumeFile/Odd", __LINE__, "long |" + kGood + kOnes + "; 0 again | 60 120 | 0 grace, 120 off"},
+    {"ResumeFile/Odd", __LINE__,
+     "out of reach |" + kFile + kOnes + "<GracePeriod>3</GracePeriod>; 0 again | |"},
+    {"ResumeFile/Odd", __LINE__,
+     "long value |" + kFile + "<PollingRate>60" + std::string(500, 'x') +
+         "</PollingRate><GracePeriod>3</GracePeriod>; 0 again | 60 120 | 0 grace, 120 off"},
+};
 
 TEST(TimeZones, NoDifference) {
     // Winter and summer, and over both changes of the clock in the zone that has them.

@@ -1,6 +1,8 @@
 #include "Rows.h"
 
+#include <algorithm>
 #include <map>
+#include <regex>
 #include <sstream>
 #include <vector>
 
@@ -101,8 +103,7 @@ std::string pieceOf(const std::string& text) {
     return piece + "]}";
 }
 
-void checkRow(const std::vector<std::string>& row) {
-    SCOPED_TRACE(row[0]);
+void check(const std::vector<std::string>& row) {
     const support::Replay result = replay(scenarioOf(row.at(1)));
     EXPECT_EQ(result.polls(), row.at(2));
     EXPECT_EQ(result.modes(), row.at(3));
@@ -124,16 +125,32 @@ void checkRow(const std::vector<std::string>& row) {
 
 }  // namespace
 
-void check(const std::string& table) {
-    std::vector<std::string> rows;
-    for (const std::string& line : split(table, '\n')) {
-        if (line.starts_with('|') || (!rows.empty() && rows.back().ends_with(';'))) {
-            rows.back() += " " + line;
-        } else if (!line.empty()) {
-            rows.push_back(line);
+void checkRow(const std::string& row) {
+    std::string line = row;
+    std::replace(line.begin(), line.end(), '\n', ' ');
+    const auto parts = split(line, '|');
+    SCOPED_TRACE(parts[0]);
+    check(parts);
+}
+
+Table::Table(const std::string& name, int line, const std::string& rows,
+             const std::vector<std::string>& steps, const char* file) {
+    std::vector<std::pair<int, std::string>> found;  // with their lines
+    for (const std::string& text : split(rows, '\n')) {
+        if (text.starts_with('|') || (!found.empty() && found.back().second.ends_with(';'))) {
+            found.back().second += " " + text;
+        } else if (!text.empty()) {
+            found.emplace_back(line, text);
         }
+        ++line;
     }
-    for (const std::string& row : rows) {
-        checkRow(split(row, '|'));
+    for (const auto& [at, text] : found) {
+        for (const std::string& step : steps) {
+            const auto row = split(std::regex_replace(text, std::regex("STEP"), step), '|');
+            const std::string suffix = step.empty()            ? ""
+                                       : step.starts_with('-') ? " back " + step
+                                                               : " forward " + step;
+            support::registerRow(name, {row[0] + suffix, file, at}, [row] { check(row); });
+        }
     }
 }

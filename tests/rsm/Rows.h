@@ -2,8 +2,10 @@
 #pragma once
 
 #include "support/Replay.h"
+#include "support/Rows.h"
 
 #include <string>
+#include <vector>
 
 /// Remote activity begins with an audit message that holds "opened" and ends with "closed".
 extern const char* const kConfiguration;
@@ -14,8 +16,11 @@ extern const std::string kStart;
 /// scenario sets the clock.
 support::Replay replay(const std::string& scenario, const std::string& zone = "UTC");
 
-/// Checks a table with one row a line (a line that begins with "|", or follows one that ends with ";", goes
-/// on with the row above):
+/// Checks one row, as below, within a test.
+void checkRow(const std::string& row);
+
+/// A table with one test a row, called TABLE.NAME, and one row a line (a line that begins with "|", or
+/// follows one that ends with ";", goes on with the row above):
 ///
 ///     NAME | ACTION; ACTION... | POLLS | MODES | PIECE | PIECE...
 ///
@@ -31,4 +36,11 @@ support::Replay replay(const std::string& scenario, const std::string& zone = "U
 ///
 /// and "ordered ..." and "saved ..." are also pieces, as are "passed DATE TIME RATE GRACE" and
 /// "failed PROPERTY...", the answers of the command.
-void check(const std::string& table);
+///
+/// With steps a row is a test for each of them, which takes the place of "STEP" in it.
+class Table final {
+  public:
+    /// `line` is the one on which the rows' text begins.
+    Table(const std::string& name, int line, const std::string& rows,
+          const std::vector<std::string>& steps = {""}, const char* file = __builtin_FILE());
+};

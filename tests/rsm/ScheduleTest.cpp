@@ -1,23 +1,13 @@
 // The ScheduleRSM command, the schedule file, and what a restart makes of it.
 #include "Rows.h"
 
-#include <gtest/gtest.h>
-
 namespace {
 
-TEST(ScheduleCommand, Accepted) {
-    check(R"(
-nothing given | 5 command ScheduleRSM; 5 show-order | 65..1805/60 | 5 grace, 1805 off
-    | "level":250,"text":"\n ScheduleRSM Command received for execution"
-    | "level":250,"text":"\n GOING TO PUT IN A FILE = <RSMExecuteCommand>
-    | passed 2026:03:01 10:00:05 60 30 | ordered 10:00:05 10:30:05 60 30
-no list | 5 command ScheduleRSM null | 65..1805/60 | 5 grace, 1805 off | passed 2026:03:01 10:00:05 60 30
+const Table accepted("ScheduleCommand/Accepted", __LINE__, R"(
 a date alone | 5 command ScheduleRSM RSMStartDate=2007:09:30 GracePeriod=1 | 65 | 5 grace, 65 off
     | "level":40,"text":"\n RSMStartDate = 2007:09:30 " | passed 2026:03:01 10:00:05 60 1
 a time alone | 5 command ScheduleRSM RSMStartTime=05:06:00 RSMStartDate=immediate GracePeriod=1 | 65
     | 5 grace, 65 off | passed 2026:03:01 10:00:05 60 1
-numbers with tails | 5 command ScheduleRSM PollingRate=20abc GracePeriod=+1; 5 show-order | 25..65/20 | 5 grace, 65 off
-    | passed 2026:03:01 10:00:05 20abc +1 | ordered 10:00:05 10:01:05 20abc +1
 not these names | 5 command ScheduleRSM pollingrate=1 PollingRate=null Any=x GracePeriod=1 | 65 | 5 grace, 65 off
     | passed 2026:03:01 10:00:05 60 1
 named twice | 5 command ScheduleRSM PollingRate=0 GracePeriod=1 PollingRate=20 | 25..65/20 | 5 grace, 65 off
@@ -27,46 +17,33 @@ other separators, month 15
     | 65 125 | 5 grace, 125 off | passed 2024-15-01 10-01-00 60 525602 | >2024-15-01</RSMStartDate><RSMStartTime>10-01-00<
     | <RSMEndDate>2026:03:01</RSMEndDate><RSMEndTime>10:03:00<
 ten minutes ago | 5 schedule 09:50:05 30 30 | 35..1205/30 | 5 grace, 1205 off | passed 2026:03:01 09:50:05 30 30
-tomorrow | 5 command ScheduleRSM RSMStartDate=2026:03:02 RSMStartTime=09:00:00; 9 end | | 5 off
-    | passed 2026:03:02 09:00:00 60 30
 no schedule file | 0 start data-source nowhere/s.xml; 0 start rsm config.xml; 5 command ScheduleRSM GracePeriod=1 | 65
-    | 5 grace, 65 off | passed 2026:03:01 10:00:05 60 1 | !GOING TO PUT
+    | 5 grace, 65 off | "level":250,"text":"\n Unable to put the schedule in file = nowhere/s.xml"
+    | passed 2026:03:01 10:00:05 60 1 | !GOING TO PUT
 )");
-}
 
-TEST(ScheduleCommand, Refused) {
-    check(R"(
-three at once | 5 command ScheduleRSM RSMStartDate=2026:3:1 PollingRate=0 GracePeriod=-5; 5 show-order | |
-    | "level":40,"text":"\n Error in Scheduling RSM = Date should | "level":40,"text":"\n Error in Scheduling RSM = Polling
-    | "level":40,"text":"\n Error in Scheduling RSM = Grace | failed RSMStartDate PollingRate GracePeriod | "text":""}
-short time | 5 command ScheduleRSM RSMStartTime=5:06:00 | | | failed RSMStartTime
+const Table refused("ScheduleCommand/Refused", __LINE__, R"(
 long time | 5 command ScheduleRSM RSMStartTime="05:06:00 " RSMStartDate=IMMEDIATE | | | failed RSMStartDate RSMStartTime
 negative hour | 5 command ScheduleRSM RSMStartTime=-1:06:00 | | | failed RSMStartTime
 month 0 | 5 command ScheduleRSM RSMStartDate=2026:00:01 | | | failed RSMStartDate
 year 0 | 5 command ScheduleRSM RSMStartDate=0000:09:30 | | | failed RSMStartDate
 no numbers | 5 command ScheduleRSM PollingRate=abc GracePeriod= | | | failed PollingRate GracePeriod
 judged once | 5 command ScheduleRSM PollingRate=20 PollingRate=0 PollingRate=-1 | | | failed PollingRate
-elapsed | 5 schedule 09:20:05 30 30; 5 show-order | |
-    | "Failed"],["RSMStartDate","RSM is scheduled for elapsed date. Please check the date entered."]]
-    | ordered 09:20:05 09:50:05 30 30
 ends this second | 5 schedule 09:30:05 30 30 | | | RSM is scheduled for elapsed date.
-other commands | 5 command "ScheduleRSM "; 5 command schedulersm; 5 command null; 5 command "" | |
-    | "result":2,"answer":null | "result":2,"answer":null | "result":2,"answer":null | "result":2,"answer":null
-    | !received for execution
-no data source | 0 start rsm config.xml; 5 command ScheduleRSM; 6 command Any | |
-    | "level":50,"text":"RSMDSExtnExecute: Error in getting RSM Handler.\n" | "result":1,"answer":null
-    | "result":1,"answer":null
 )");
-    // The longest values are taken, longer ones are refused whatever they are.
-    const std::string zeros(98, '0');
-    check("longest | 5 command ScheduleRSM GracePeriod=" + zeros + "1 | 65 | 5 grace, 65 off | " + zeros +
-          "1</GracePeriod></RSMExecuteCommand>\"\n" + "too long | 5 command ScheduleRSM PollingRate=1" +
-          zeros + "0 GracePeriod=0" + zeros + "1 RSMStartDate=2026:03:01" + zeros +
-          " | | | failed RSMStartDate PollingRate GracePeriod");
-}
 
-TEST(ScheduleFile, Restarts) {
-    check(R"(
+// The longest values are taken, longer ones are refused whatever they are.
+const std::string kZeros(98, '0');
+const Table lengths[] = {
+    {"ScheduleCommand/Lengths", __LINE__,
+     "longest | 5 command ScheduleRSM GracePeriod=" + kZeros + "1 | 65 | 5 grace, 65 off | " + kZeros +
+         "1</GracePeriod></RSMExecuteCommand>\""},
+    {"ScheduleCommand/Lengths", __LINE__,
+     "too long | 5 command ScheduleRSM PollingRate=1" + kZeros + "0 GracePeriod=0" + kZeros +
+         "1 RSMStartDate=2026:03:01" + kZeros + " | | | failed RSMStartDate PollingRate GracePeriod"},
+};
+
+const Table restarts("ScheduleFile/Restarts", __LINE__, R"(
 nothing ordered | 1 show-order; 2 stop rsm; 2 stop logger; 3 show-order; 4 again; 5 show-order; 5 stop rsm; 6 show-order | |
     | "text":""} | "text":null} | "text":""} | "text":null}
 killed before the start | 5 schedule 10:10:00 30 2; 300 unload; 300 again | 630..720/30 | 5 off, 300 off, 600 grace, 720 off
@@ -88,11 +65,9 @@ the first path stays | 1 start data-source b.xml; 2 show b.xml; 3 start data-sou
 a shorter record | 5 schedule 11:10:00 10000000 20; 6 schedule 10:10:00 30 2; 7 show-order; 10 unload; 10 again | 630..720/30
     | 5 off, 6 off, 10 off, 600 grace, 720 off | </RSMExecuteCommand>ommand>"}
 )");
-}
 
 /// A schedule file as anybody may have left it.
-TEST(ScheduleFile, Contents) {
-    check(R"(
+const Table contents("ScheduleFile/Contents", __LINE__, R"(
 one minute and a half | 0 ordered 10:01:00 10:02:30 30 7; 0 again; 1 show-order | 90..150/30 | 0 off, 60 grace, 150 off
     | ordered 10:01:00 10:02:30 30 7
 one and a quarter | 0 ordered 10:01:00 10:02:15 30 7; 0 again | 90..150/30 | 0 off, 60 grace, 150 off
@@ -102,8 +77,6 @@ over | 0 ordered 09:50:00 10:00:00 30 7; 0 again | |
 blank in front | 0 write state/schedule.xml " <RSMExecuteCommand>"; 0 again | |
     | "event":"stdout","text":"state/schedule.xml file is not in correct format."
 nothing but the root | 0 ordered <RSMExecuteCommand>; 0 again; 1 show-order | | | ordered <RSMExecuteCommand> | !not in correct
-rate -5 | 0 ordered 10:01:00 10:03:00 -5 7; 0 again | |
-    | "level":50,"text":"Failed to schedule RSM ScheduleRSMHandler::scheduleRSM(). As polling rate is not greater than 0. ... \n"
 largest rate | 0 ordered 10:01:00 10:03:00 99999999999 7; 0 again | | 0 off, 60 grace, 60 off | RATE","2147483647"
 no opening tag | 0 ordered <RSMExecuteCommand><RSMEndDate>2026:03:01</RSMEndDate><RSMEndTime>10:03:00</RSMEndTime>30</PollingRate>;
                0 again | | | As polling rate is not greater than 0.
@@ -113,15 +86,19 @@ no end | 0 ordered <RSMExecuteCommand><RSMStartDate>2026:03:01</RSMStartDate><Po
 ends before it starts | 0 ordered 10:03:00 10:01:00 30 7; 0 again | | 0 off, 180 grace, 180 off
     | "RSM_DELAY_PROFILE_GRACE_PERIOD","-2"
 )");
-    const std::string file = "0 ordered <RSMExecuteCommand>";
-    const std::string values =
-        "<RSMEndDate>2026:03:01</RSMEndDate><RSMEndTime>10:01:00</RSMEndTime><PollingRate>30</PollingRate>";
-    const std::string megabytes(2U << 20U, '<');
-    check("zero byte |" + file + '\0' + values + "; 0 again | |\n" +                  //
-          "two megabytes before |" + file + megabytes + values + "; 0 again | |\n" +  //
-          "two megabytes behind |" + file + values + megabytes + "; 0 again | 30 60 | 0 grace, 60 off\n" +
-          "long value |" + file + "<RSMStartDate>" + std::string(5000, '1') + "</RSMStartDate>" + values +
-          "; 0 again | 30 60 | 0 grace, 60 off");
-}
+
+const std::string kFile = "0 ordered <RSMExecuteCommand>";
+const std::string kValues =
+    "<RSMEndDate>2026:03:01</RSMEndDate><RSMEndTime>10:01:00</RSMEndTime><PollingRate>30</PollingRate>";
+const std::string kMegabytes(2U << 20U, '<');
+const Table oddContents[] = {
+    {"ScheduleFile/Odd", __LINE__, "zero byte |" + kFile + '\0' + kValues + "; 0 again | |"},
+    {"ScheduleFile/Odd", __LINE__, "two megabytes before |" + kFile + kMegabytes + kValues + "; 0 again | |"},
+    {"ScheduleFile/Odd", __LINE__,
+     "two megabytes behind |" + kFile + kValues + kMegabytes + "; 0 again | 30 60 | 0 grace, 60 off"},
+    {"ScheduleFile/Odd", __LINE__,
+     "long value |" + kFile + "<RSMStartDate>" + std::string(5000, '1') + "</RSMStartDate>" + kValues +
+         "; 0 again | 30 60 | 0 grace, 60 off"},
+};
 
 }  // namespace

@@ -1,15 +1,20 @@
 // What only a caller of the classes themselves can see.
 #include "AgentHost.h"
 #include "Observer.h"
+#include "ZephanRSMLogger.h"
 #include "controller/ZephanRSMSingleTon.h"
 #include "platform/agent/Messaging.h"
 #include "scheduling/ScheduleRSMHandler.h"
 #include "scheduling/TaggedText.h"
+#include "support/Workspace.h"
 #include "webservice/ConnectMessage.h"
 #include "webservice/DisconnectMessage.h"
 #include "webservice/ZephanServicesServiceImpl.h"
 
-#include <utility>
+#include <atomic>
+#include <chrono>
+#include <future>
+#include <memory>
 
 #include <gtest/gtest.h>
 
@@ -42,12 +47,43 @@ TEST(Texts, NullBuffers) {
     char text[40] = "untouched";
     ScheduleRSMHandler::dateToString(0, nullptr, text);
     ScheduleRSMHandler::dateToString(0, text, nullptr);
-    ZephanRSMSingleTon::dateToString(0, nullptr);
+    ProfileReport::dateToString(0, nullptr);
     EXPECT_STREQ(text, "untouched");
     EXPECT_EQ(lines.all,
               "250 Received NULL pointer in dateToString of ScheduleRSMHandler.|"
               "250 Received NULL pointer in dateToString of ScheduleRSMHandler.|"
               "250 Received NULL pointer in dateToString of ZephanRSMSingleTon.|");
+}
+
+// An order that comes in while the agent takes a line of another one does not wait for that.
+TEST(Schedule, NoLockIsHeldWhileTheAgentIsCalled) {
+    struct SecondOrder final : agent::Observer {
+        void onLog(int /*level*/, std::string_view text) override {
+            if (text.find("GOING TO PUT") != std::string_view::npos && !seen.exchange(true)) {
+                second = std::async(std::launch::async,
+                                    [this] { return handler->executeScheduleCommand(&input, nullptr); });
+                finished = second.wait_for(std::chrono::seconds(10)) == std::future_status::ready;
+            }
+        }
+        ScheduleRSMHandler* handler = nullptr;
+        PropList input{};
+        std::atomic<bool> seen = false;
+        std::future<std::int32_t> second;
+        bool finished = false;
+    } observer;
+    const agent::AgentHost host({&observer, nullptr, nullptr});
+    const support::Workspace workspace;
+    ScheduleRSMHandler handler(workspace.path("schedule.xml").c_str());
+    // A period that is over is stored, but nothing is started.
+    std::string texts[] = {"RSMStartDate", "2007:09:30", "RSMStartTime", "05:06:00"};
+    Prop properties[] = {{texts[0].data(), nullptr, nullptr, texts[1].data()},
+                         {texts[2].data(), nullptr, nullptr, texts[3].data()}};
+    observer.handler = &handler;
+    observer.input = {properties, 2};
+    EXPECT_EQ(handler.executeScheduleCommand(&observer.input, nullptr), 1);
+    EXPECT_TRUE(observer.finished);
+    EXPECT_FALSE(handler.isScheduleCurrent());
+    EXPECT_NE(workspace.read("schedule.xml").find("<RSMEndTime>05:36:00</RSMEndTime>"), std::string::npos);
 }
 
 TEST(Texts, TaggedValues) {
@@ -62,20 +98,17 @@ TEST(Texts, TaggedValues) {
     EXPECT_EQ(value("</Rate>", 7), "str not found");
 }
 
-TEST(Controller, TakesOverWithAMode) {
+TEST(Controller, OneUntilItIsDestroyed) {
     const agent::AgentHost host;
-    ZephanRSMSingleTon* const controller = ZephanRSMSingleTon::getInstance();
+    const auto controller = ZephanRSMSingleTon::getInstance();
     EXPECT_EQ(controller, ZephanRSMSingleTon::getInstance());
-    for (const auto& [mode, expected] :
-         {std::pair{2, 2}, std::pair{7, 0}, std::pair{1, 1}, std::pair{-1, 0}}) {
-        ZephanRSMSingleTon::convertDelayedToNormal(mode);
-        EXPECT_EQ(controller->getRSMMode(), expected) << mode;
-    }
-    ZephanRSMSingleTon::convertDelayedToNormal(2);
-    ZephanRSMSingleTon::convertDelayedToNormal();
-    EXPECT_EQ(controller->getRSMMode(), 2);
     ZephanRSMSingleTon::destroyInstance();
-    EXPECT_EQ(ZephanRSMSingleTon::getInstance()->getRSMMode(), 0);
+    EXPECT_EQ(ZephanRSMSingleTon::existing(), nullptr);
+    // Who is still inside keeps what it uses; newcomers find another one, and the old one starts nothing any more.
+    const auto next = ZephanRSMSingleTon::getInstance();
+    EXPECT_NE(next, controller);
+    EXPECT_EQ(controller->createThread(), -1);
+    EXPECT_EQ(next->getRSMMode(), 0);
     ZephanRSMSingleTon::destroyInstance();
 }
 
@@ -119,6 +152,39 @@ TEST(Messages, UnknownOperations) {
               "50 ZephanServicesService::CreateMessage Unable to create message for reboot operation.\n|"
               "50 ZephanServicesService::Cleanup Unable to clean-up message for reboot operation.\n|"
               "50 ZephanServicesService::Cleanup Unable to clean-up message for  operation.\n|");
+}
+
+// What a host may make of the message between the three steps of a call.
+TEST(Messages, ObjectsOfAnotherOperation) {
+    const agent::AgentHost host;
+    ZephanServicesServiceImpl service;
+    for (const auto& [built, executed] :
+         {std::pair{"connect", "disconnect"}, std::pair{"disconnect", "connect"}}) {
+        KRX::Messaging::WebServiceMessage message;
+        EXPECT_EQ(service.CreateMessage(built, &message), 0);
+        message.GetRequestHeader().SetOperation(executed);
+        EXPECT_EQ(service.Execute(&message), -1) << executed;
+        EXPECT_EQ(service.Cleanup(&message), 0) << executed;
+    }
+    for (const char* const operation : {"connect", "disconnect"}) {
+        KRX::Messaging::WebServiceMessage empty;
+        empty.GetRequestHeader().SetOperation(operation);
+        EXPECT_EQ(service.Execute(&empty), -1) << operation;
+        EXPECT_EQ(service.Cleanup(&empty), 0) << operation;
+        KRX::Messaging::WebServiceMessage message;
+        EXPECT_EQ(service.CreateMessage(operation, &message), 0);
+        const std::unique_ptr<Serializable> request(
+            message.SetRequestMsg(new KRX::Messaging::SerializableString(operation, "1")));
+        EXPECT_EQ(service.Execute(&message), -1) << operation << " with a foreign request";
+        EXPECT_EQ(service.Cleanup(&message), 0) << operation;
+    }
+    KRX::Messaging::WebServiceMessage message;
+    EXPECT_EQ(service.CreateMessage("disconnect", &message), 0);
+    EXPECT_EQ(service.Execute(&message), 0);
+    EXPECT_EQ(service.Cleanup(&message), 0);
+    EXPECT_EQ(service.Execute(&message), -1) << "after its clean-up";
+    EXPECT_EQ(service.Cleanup(&message), 0) << "twice";
+    ZephanRSMSingleTon::destroyInstance();
 }
 
 }  // namespace

@@ -1,12 +1,9 @@
 // From state to state: connects, schedules, disconnects and remote activity in every state.
 #include "Rows.h"
 
-#include <gtest/gtest.h>
-
 namespace {
 
-TEST(Transitions, Schedules) {
-    check(R"(
+const Table schedules("Transitions/Schedules", __LINE__, R"(
 idle, waiting, grace | 5 schedule 10:02:00 30 2 | 150..240/30 | 5 off, 120 grace, 240 off
     | "\n SCHEDULING RSM FOR Sun Mar  1 10:02:00 2026\n" | "sleep","ms":5000
     | "t":120.000,"thread":"Data Polling","event":"update-asset" | "RSM_START_TIME","2026-01-03 GMT 10:02:00"
@@ -34,10 +31,8 @@ no thread for it | 5 fail thread-start; 5 schedule 10:02:00 30 1; 10 connect 1 6
 no service agent | 0 start data-source s.xml; 0 schedule 10:02:00 30 1 | |
     | "level":50,"text":"DataPollingTask(): Invalid Ext Handle" | "thread-end","result":1
 )");
-}
 
-TEST(Transitions, RemoteActivity) {
-    check(R"(
+const Table activity("Transitions/RemoteActivity", __LINE__, R"(
 during grace | 5 connect 10 30; 140 audit opened; 141 audit opened; 156 show state/resume.xml; 250 audit closed;
                300 audit closed; 306 show state/resume.xml
     | 35..875/30 | 5 grace, 140 activity, 305 grace, 875 off
@@ -58,35 +53,11 @@ connect keeps the mode | 5 connect 10 30; 140 audit opened; 160 connect 1 30; 20
 a schedule falls due | 5 connect 10 30; 40 audit opened; 50 schedule 10:01:30 20 2; 200 audit closed
     | 35..95/30 115..315/20 | 5 grace, 40 activity, 50 activity, 95 activity, 215 grace, 315 off
 )");
-}
 
-TEST(Transitions, Disconnects) {
-    check(R"(
-no thread ever | 5 disconnect; 6 command ExitRSM | |
-    | "level":40,"text":"Disconnect : There is no active thread. " | "result":0,"stage":"cleanup"
-    | <disconnectResponse xmlns=\"urn:corvane-krx:urn:corvane-krx:ZephanServices_v1_0\">
-    | <DisconnectResult>There is no active thread.<
-    | "level":40,"text":"\n Agent is not in RSM. "
-    | "result":1,"answer":[["CommandResult","Agent is not in RSM."]]
-thread ended | 5 connect 1 60; 100 disconnect "" | 65 | 5 grace, 65 off
-    | "level":40,"text":"Disconnect : Agent is not in force poll mode. \n" | >Agent is not in force poll mode.<
-waiting | 5 schedule 10:01:00 60 1; 9 disconnect | 120 | 5 off, 60 grace, 120 off | >Agent is not in force poll mode.<
-ending | 5 connect 10 30; 40 disconnect; 41 disconnect | 35 65 | 5 grace, 65 off
-    | >Thread exited successfully.< | >Agent is not in force poll mode.<
-in activity | 5 connect 1 30; 6 audit opened; 7 disconnect; 8 command ExitRSM; 9 audit closed | 35 65
-    | 5 grace, 6 activity, 35 grace, 65 off
-    | "level":40,"text":"Disconnect : Can not disconnect as agent is in activity mode. \n"
-    | >Agent is in activity mode.< | "result":0,"answer":[["CommandResult","Agent is in activity mode."]]
+const Table disconnects("Transitions/Disconnects", __LINE__, R"(
 grace with activity | 2 audit opened; 5 connect 1 30; 40 disconnect | 35 65 | 5 grace, 65 off | >Thread exited
-by command | 5 connect 10 30; 40 command ExitRSM | 35 65 | 5 grace, 65 off
-    | "level":250,"text":"\n ExitRSM Command received for execution" | "level":40,"text":"\n GOING TO Exit from RSM. "
-    | "level":40,"text":"\n Exit Command Result = Thread exited successfully. "
-    | "result":0,"answer":[["CommandResult","Thread exited successfully."]]
-by command, no thread | 5 fail thread-start; 5 connect 10 30; 6 command ExitRSM | |
-    | "result":0,"answer":[["CommandResult","There is no active thread."]]
 a schedule waits | 5 connect 10 30; 40 schedule 10:02:00 30 1; 41 disconnect | 35 65 150 180
     | 5 grace, 40 grace, 65 off, 120 grace, 180 off
 )");
-}
 
 }  // namespace

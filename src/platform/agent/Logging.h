@@ -5,9 +5,19 @@
 
 #include <cstdint>
 
+/// The level scale of messages.
+namespace level {
+constexpr std::int32_t kTrace = 20;
+constexpr std::int32_t kInfo = 30;
+constexpr std::int32_t kWarn = 40;
+constexpr std::int32_t kError = 50;
+constexpr std::int32_t kForce = 250;
+constexpr std::int32_t kAudit = 254;
+}  // namespace level
+
 extern "C" {
 
-/// Called by the logging library with every log message while set; the level is one of the level scale.
+/// Called by the logging library with every log message while set; the level is one of `level`.
 using KRXLogHook = std::int8_t (*)(std::uint8_t level, const char* message);
 /// Called by the logging library with every audit message while set.
 using KRXLogAuditHook = std::int8_t (*)(const char* message);

@@ -1,10 +1,13 @@
 #include "platform/Command.h"
 
+#include "platform/Console.h"
+
 #include <cstdlib>
 
 namespace platform {
 
-int runCommand(const char* command) noexcept {
+int runCommand(const char* command) {
+    flushEcho();
     return std::system(command);
 }
 

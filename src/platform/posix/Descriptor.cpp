@@ -1,5 +1,7 @@
 #include "platform/posix/Descriptor.h"
 
+#include "platform/ThreadEnd.h"
+
 #include <algorithm>
 #include <cerrno>
 
@@ -12,35 +14,6 @@ namespace {
 
 constexpr int kFirstFreeDescriptor = 3;
 constexpr mode_t kFileMode = 0666;  // less the process's umask
-
-/// In a host that was started with standard descriptors closed, keeps them taken while a file is opened for
-/// writing: otherwise output of the host could land in that file before its descriptor is moved away.
-class StandardDescriptorsTaken final {
-  public:
-    StandardDescriptorsTaken() noexcept {
-        int descriptor = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
-        while (descriptor >= 0 && descriptor < kFirstFreeDescriptor) {
-            taken_[count_++] = descriptor;
-            descriptor = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
-        }
-        if (descriptor >= 0) {
-            ::close(descriptor);
-        }
-    }
-    StandardDescriptorsTaken(const StandardDescriptorsTaken&) = delete;
-    StandardDescriptorsTaken& operator=(const StandardDescriptorsTaken&) = delete;
-    ~StandardDescriptorsTaken() {
-        const int error = errno;
-        while (count_ > 0) {
-            ::close(taken_[--count_]);
-        }
-        errno = error;
-    }
-
-  private:
-    std::array<int, kFirstFreeDescriptor> taken_{};
-    std::size_t count_ = 0;
-};
 
 int flagsOf(OpenMode mode) noexcept {
     switch (mode) {
@@ -88,17 +61,17 @@ int openDescriptor(int directory, const char* path, int flags) noexcept {
 }
 
 int openRegular(int directory, const char* path, OpenMode mode) noexcept {
-    int descriptor = -1;
-    if (mode == OpenMode::Read) {
-        descriptor = openDescriptor(directory, path, flagsOf(mode));
-    } else {
-        const StandardDescriptorsTaken taken;
-        descriptor = openDescriptor(directory, path, flagsOf(mode));
+    const KeepThread keep;
+    struct stat status {};
+    // Before it is opened, which other things could take for an order.
+    if (::fstatat(directory, path, &status, 0) == 0 && !S_ISREG(status.st_mode)) {
+        errno = EINVAL;
+        return -1;
     }
+    const int descriptor = openDescriptor(directory, path, flagsOf(mode));
     if (descriptor < 0) {
         return -1;
     }
-    struct stat status {};
     int error = EINVAL;
     if (::fstat(descriptor, &status) != 0) {
         error = errno;

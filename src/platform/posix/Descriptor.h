@@ -14,7 +14,7 @@ using PathBuffer = std::array<char, 4096>;
 bool toNative(std::string_view path, PathBuffer& native) noexcept;
 
 /// Opens `path` below `directory` (or AT_FDCWD). A descriptor above the standard ones, or -1 with `errno`
-/// set.
+/// set. The caller keeps its thread.
 int openDescriptor(int directory, const char* path, int flags) noexcept;
 
 /// As above in one of the file modes, and only for a regular file.

@@ -1,30 +1,51 @@
 #include "platform/Directory.h"
 
+#include "platform/ThreadEnd.h"
 #include "platform/posix/Descriptor.h"
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdio>
 #include <memory>
+#include <utility>
 
 #include <dirent.h>
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace platform {
 
-int listDirectory(const std::string& directory, std::vector<std::string>& names) {
+int Directory::open(std::string_view path) noexcept {
+    const KeepThread keep;
+    close();
     posix::PathBuffer native;
-    if (!posix::toNative(directory, native)) {
-        return errno;
+    if (posix::toNative(path, native)) {
+        descriptor_ = posix::openDescriptor(AT_FDCWD, native.data(), O_PATH | O_DIRECTORY);
     }
-    const int descriptor = posix::openDescriptor(AT_FDCWD, native.data(), O_RDONLY | O_DIRECTORY);
+    if (descriptor_ >= 0) {
+        return 0;
+    }
+    return errno == ENOTDIR ? ENOENT : errno;
+}
+
+void Directory::close() noexcept {
+    if (descriptor_ >= 0) {
+        const KeepThread keep;
+        ::close(std::exchange(descriptor_, -1));
+    }
+}
+
+int Directory::list(std::vector<std::string>& names) const {
+    const KeepThread keep;
+    const int descriptor = posix::openDescriptor(descriptor_, ".", O_RDONLY | O_DIRECTORY);
     DIR* const opened = descriptor < 0 ? nullptr : ::fdopendir(descriptor);
     if (opened == nullptr) {
         const int error = errno;
         if (descriptor >= 0) {
             ::close(descriptor);
         }
-        return error == ENOTDIR ? ENOENT : error;
+        return error;
     }
     const auto close = [](DIR* stream) { ::closedir(stream); };
     const std::unique_ptr<DIR, decltype(close)> stream(opened, close);
@@ -35,6 +56,77 @@ int listDirectory(const std::string& directory, std::vector<std::string>& names)
     // The order in which a file system yields names differs from one to the next.
     std::sort(names.begin() + first, names.end());
     return 0;
+}
+
+File Directory::openFile(const std::string& name, OpenMode mode) const noexcept {
+    return File(posix::openRegular(descriptor_, name.c_str(), mode));
+}
+
+std::int64_t Directory::probeSize(const std::string& name) const noexcept {
+    const int descriptor = posix::openDescriptor(descriptor_, name.c_str(), O_RDONLY);
+    if (descriptor < 0) {
+        return -1;
+    }
+    const off_t end = ::lseek(descriptor, 0, SEEK_END);
+    ::close(descriptor);
+    return end < 0 ? 0 : end;
+}
+
+std::optional<std::int64_t> Directory::modifiedAt(const std::string& name) const noexcept {
+    const KeepThread keep;
+    struct stat status {};
+    if (::fstatat(descriptor_, name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) {
+        return std::nullopt;
+    }
+    if (S_ISREG(status.st_mode)) {
+        const int descriptor = posix::openDescriptor(descriptor_, name.c_str(), O_RDONLY | O_NOFOLLOW);
+        if (descriptor < 0) {
+            return std::nullopt;
+        }
+        ::close(descriptor);
+    } else if (!S_ISLNK(status.st_mode)) {
+        return std::nullopt;
+    }
+    return status.st_mtime;
+}
+
+bool Directory::remove(const std::string& name) const noexcept {
+    return ::unlinkat(descriptor_, name.c_str(), 0) == 0;
+}
+
+Renaming Directory::rename(const std::string& from, const std::string& to) const noexcept {
+    const char* const oldName = from.c_str();
+    const char* const newName = to.c_str();
+    struct stat status {};
+    if (::fstatat(descriptor_, oldName, &status, 0) != 0 || !S_ISREG(status.st_mode)) {
+        return Renaming::Failed;
+    }
+    if (::renameat2(descriptor_, oldName, descriptor_, newName, RENAME_NOREPLACE) == 0) {
+        return Renaming::Done;
+    }
+    if (errno != EINVAL && errno != ENOSYS) {
+        return errno == EEXIST ? Renaming::NameTaken : Renaming::Failed;
+    }
+    // A file system without that flag: a second name that must not exist yet, then the first one goes.
+    if (::linkat(descriptor_, oldName, descriptor_, newName, 0) == 0) {
+        if (::unlinkat(descriptor_, oldName, 0) == 0) {
+            return Renaming::Done;
+        }
+        ::unlinkat(descriptor_, newName, 0);
+        return Renaming::Failed;
+    }
+    if (errno == EEXIST) {
+        return Renaming::NameTaken;
+    }
+    if (errno != EPERM && errno != EOPNOTSUPP && errno != ENOSYS && errno != EMLINK) {
+        return Renaming::Failed;
+    }
+    // Nor are there second names: a look has to do.
+    if (::fstatat(descriptor_, newName, &status, AT_SYMLINK_NOFOLLOW) == 0) {
+        return Renaming::NameTaken;
+    }
+    return errno == ENOENT && ::renameat(descriptor_, oldName, descriptor_, newName) == 0 ? Renaming::Done
+                                                                                          : Renaming::Failed;
 }
 
 }  // namespace platform

@@ -1,10 +1,11 @@
 #include "platform/File.h"
 
+#include "platform/ThreadEnd.h"
 #include "platform/posix/Descriptor.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
-#include <cstdio>
 #include <utility>
 
 #include <fcntl.h>
@@ -17,6 +18,7 @@ namespace {
 constexpr std::size_t kLargestRecord = 1024;
 
 bool writeAllAt(int descriptor, std::string_view text, off_t position) noexcept {
+    const KeepThread keep;
     while (!text.empty()) {
         const ssize_t written = ::pwrite(descriptor, text.data(), text.size(), position);
         if (written < 0 && errno == EINTR) {
@@ -50,6 +52,7 @@ File File::open(const std::string& path, OpenMode mode) noexcept {
 
 void File::close() noexcept {
     if (isOpen()) {
+        const KeepThread keep;
         ::close(std::exchange(descriptor_, -1));
     }
 }
@@ -64,7 +67,20 @@ std::optional<std::int64_t> File::modifiedAt() const noexcept {
     return ::fstat(descriptor_, &status) == 0 ? std::optional<std::int64_t>(status.st_mtime) : std::nullopt;
 }
 
+std::optional<std::string> File::readWhole(std::size_t limit) const {
+    const off_t end = ::lseek(descriptor_, 0, SEEK_END);
+    if (end < 0) {
+        return std::nullopt;
+    }
+    std::string contents(std::min(static_cast<std::size_t>(end), limit), '\0');
+    if (readStart(contents.data(), contents.size()) < contents.size()) {
+        return std::nullopt;
+    }
+    return contents;
+}
+
 std::size_t File::readStart(char* buffer, std::size_t size) const noexcept {
+    const KeepThread keep;
     std::size_t length = 0;
     while (length < size) {
         const ssize_t count =
@@ -80,21 +96,35 @@ std::size_t File::readStart(char* buffer, std::size_t size) const noexcept {
     return length;
 }
 
+std::ptrdiff_t File::readAt(std::uint64_t position, char* buffer, std::size_t size) const noexcept {
+    ssize_t count = -1;
+    do {
+        count = ::pread(descriptor_, buffer, size, static_cast<off_t>(position));
+    } while (count < 0 && errno == EINTR);
+    return count;
+}
+
 bool File::append(std::string_view text) noexcept {
+    // Where the last write ended, or -1 when another process has written behind it.
+    const auto ownEnd = [this] {
+        const off_t position = ::lseek(descriptor_, 0, SEEK_CUR);
+        return position == ::lseek(descriptor_, 0, SEEK_END) ? position : -1;
+    };
     std::size_t done = 0;
     while (done < text.size()) {
-        const ssize_t written = ::write(descriptor_, text.data() + done, text.size() - done);
-        if (written < 0 && errno == EINTR) {
-            continue;
+        if (done > 0 && ownEnd() < 0) {
+            return false;
         }
-        if (written <= 0) {
-            if (done > 0) {
-                const std::int64_t end = size();
-                truncate(end - static_cast<std::int64_t>(done));
+        const ssize_t written = ::write(descriptor_, text.data() + done, text.size() - done);
+        if (written > 0) {
+            done += static_cast<std::size_t>(written);
+        } else if (written == 0 || errno != EINTR) {
+            const off_t end = done > 0 ? ownEnd() : -1;
+            if (end >= 0) {
+                truncate(end - static_cast<off_t>(done));
             }
             return false;
         }
-        done += static_cast<std::size_t>(written);
     }
     return true;
 }
@@ -120,6 +150,7 @@ bool File::truncate(std::int64_t size) noexcept {
 }
 
 bool File::sync() noexcept {
+    const KeepThread keep;
     return ::fsync(descriptor_) == 0;
 }
 
@@ -130,34 +161,41 @@ bool File::isSameFile(const File& other) const noexcept {
            mine.st_dev == others.st_dev && mine.st_ino == others.st_ino;
 }
 
-bool renameFile(const std::string& from, const std::string& to) noexcept {
-    posix::PathBuffer nativeFrom;
-    posix::PathBuffer nativeTo;
-    if (!posix::toNative(from, nativeFrom) || !posix::toNative(to, nativeTo)) {
-        return false;
-    }
-    if (::renameat2(AT_FDCWD, nativeFrom.data(), AT_FDCWD, nativeTo.data(), RENAME_NOREPLACE) == 0) {
-        return true;
-    }
-    if (errno != EINVAL && errno != ENOSYS) {
-        return false;
-    }
-    // A file system without that flag: a second name that must not exist yet, then the first one goes.
-    if (::link(nativeFrom.data(), nativeTo.data()) != 0) {
-        return false;
-    }
-    if (::unlink(nativeFrom.data()) != 0) {
-        const int error = errno;
-        ::unlink(nativeTo.data());
-        errno = error;
-        return false;
-    }
-    return true;
-}
-
 bool removeFile(const std::string& path) noexcept {
     posix::PathBuffer native;
     return posix::toNative(path, native) && ::unlink(native.data()) == 0;
+}
+
+std::string absolutePath(const std::string& path) {
+    std::string native = path;
+    std::replace(native.begin(), native.end(), '\\', '/');
+    if (native.rfind('/', 0) == 0) {
+        return native;
+    }
+    posix::PathBuffer directory;
+    if (::getcwd(directory.data(), directory.size()) == nullptr) {
+        return native;  // there is no directory that it could lead to
+    }
+    return directory.data() + ('/' + native);
+}
+
+void syncName(const std::string& path) noexcept {
+    const KeepThread keep;
+    posix::PathBuffer native;
+    if (!posix::toNative(path, native)) {
+        return;
+    }
+    const std::size_t separator = lastSeparator(path);
+    if (separator == std::string::npos) {
+        native = {"."};
+    } else {
+        native[separator == 0 ? 1 : separator] = '\0';
+    }
+    const int directory = posix::openDescriptor(AT_FDCWD, native.data(), O_RDONLY | O_DIRECTORY);
+    if (directory >= 0) {
+        ::fsync(directory);
+        ::close(directory);
+    }
 }
 
 std::size_t lastSeparator(std::string_view path) noexcept {

@@ -6,53 +6,66 @@
 #include <pthread.h>
 
 namespace platform {
+namespace {
 
-struct Mutex::Handle {
-    pthread_mutex_t mutex{};
-};
+pthread_mutex_t* systemMutex(void* storage) noexcept {
+    return std::launder(static_cast<pthread_mutex_t*>(storage));
+}
 
-Mutex::Mutex() noexcept : handle_(new (std::nothrow) Handle) {
-    if (!handle_) {
-        creationError_ = ENOMEM;
-        return;
+Mutex::Wait outcomeOf(int result, pthread_mutex_t* mutex) noexcept {
+    switch (result) {
+        case 0:
+            return Mutex::Wait::Obtained;
+        case EBUSY:
+            return Mutex::Wait::Busy;
+        case EOWNERDEAD:
+            pthread_mutex_consistent(mutex);
+            pthread_mutex_unlock(mutex);
+            return Mutex::Wait::Abandoned;
+        default:
+            return Mutex::Wait::Failed;
     }
+}
+
+}  // namespace
+
+Mutex::Mutex() noexcept {
+    static_assert(sizeof(pthread_mutex_t) <= sizeof storage_);
+    auto* const mutex = ::new (storage_.data()) pthread_mutex_t;
     pthread_mutexattr_t attributes;
     creationError_ = pthread_mutexattr_init(&attributes);
     if (creationError_ == 0) {
         pthread_mutexattr_settype(&attributes, PTHREAD_MUTEX_RECURSIVE);
         pthread_mutexattr_setrobust(&attributes, PTHREAD_MUTEX_ROBUST);
-        creationError_ = pthread_mutex_init(&handle_->mutex, &attributes);
+        creationError_ = pthread_mutex_init(mutex, &attributes);
         pthread_mutexattr_destroy(&attributes);
-    }
-    if (creationError_ != 0) {
-        handle_.reset();
     }
 }
 
 Mutex::~Mutex() {
-    if (handle_) {
-        pthread_mutex_destroy(&handle_->mutex);
+    if (creationError_ == 0) {
+        pthread_mutex_destroy(systemMutex(storage_.data()));
     }
 }
 
 Mutex::Wait Mutex::wait() noexcept {
-    if (!handle_) {
+    if (creationError_ != 0) {
         return Wait::Failed;
     }
-    switch (pthread_mutex_lock(&handle_->mutex)) {
-        case 0:
-            return Wait::Obtained;
-        case EOWNERDEAD:
-            pthread_mutex_consistent(&handle_->mutex);
-            pthread_mutex_unlock(&handle_->mutex);
-            return Wait::Abandoned;
-        default:
-            return Wait::Failed;
+    auto* const mutex = systemMutex(storage_.data());
+    return outcomeOf(pthread_mutex_lock(mutex), mutex);
+}
+
+Mutex::Wait Mutex::tryWait() noexcept {
+    if (creationError_ != 0) {
+        return Wait::Failed;
     }
+    auto* const mutex = systemMutex(storage_.data());
+    return outcomeOf(pthread_mutex_trylock(mutex), mutex);
 }
 
 bool Mutex::release() noexcept {
-    return handle_ && pthread_mutex_unlock(&handle_->mutex) == 0;
+    return creationError_ == 0 && pthread_mutex_unlock(systemMutex(storage_.data())) == 0;
 }
 
 }  // namespace platform

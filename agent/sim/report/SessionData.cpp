@@ -1,0 +1,161 @@
+#include "report/SessionData.h"
+
+#include "report/ScriptText.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+
+namespace sim {
+
+namespace {
+
+constexpr std::size_t kLongestCycle = 16;  // steps
+constexpr std::size_t kRounds = 3;         // from which on steps count as repeated
+constexpr std::size_t kLongestSingle = 4096;
+
+std::string line(std::int64_t time, std::string_view body) {
+    std::array<char, 48> start = {};
+    std::snprintf(start.data(), start.size(), "{\"t\":%lld.%03lld,", static_cast<long long>(time / 1000),
+                  static_cast<long long>(time % 1000));
+    return start.data() + std::string(body.substr(1));
+}
+
+/// The length of the cycle that the last steps went through often enough; 0 when there is none.
+std::size_t cycleAtEnd(const std::vector<SessionData::Step>& steps) {
+    for (std::size_t length = 1; length <= kLongestCycle && length * kRounds <= steps.size(); ++length) {
+        const auto begin = steps.end() - static_cast<std::ptrdiff_t>(length * kRounds);
+        if (std::equal(begin, steps.end() - static_cast<std::ptrdiff_t>(length),
+                       begin + static_cast<std::ptrdiff_t>(length))) {
+            return length;
+        }
+    }
+    return 0;
+}
+
+}  // namespace
+
+void SessionData::add(std::int64_t time, std::int64_t wall, std::string_view body) {
+    const std::int64_t ahead = wall - time;
+    if (clock_.empty() || clock_.back().second != ahead) {
+        clock_.emplace_back(size_, ahead);
+    }
+    add(time, body);
+}
+
+void SessionData::add(std::int64_t time, std::string_view body) {
+    const std::int64_t delay = std::max<std::int64_t>(time - last_, 0);
+    last_ += delay;
+    ++size_;
+    addStep({delay, bodyIndex(body)});
+}
+
+std::uint32_t SessionData::bodyIndex(std::string_view body) {
+    const auto found = index_.find(body);
+    if (found != index_.end()) {
+        return found->second;
+    }
+    const auto added = index_.emplace(body, static_cast<std::uint32_t>(bodies_.size())).first;
+    bodies_.push_back(&added->first);
+    return added->second;
+}
+
+void SessionData::addStep(Step step) {
+    if (!repeat_.steps.empty()) {
+        if (repeat_.steps[matched_] == step) {
+            if (++matched_ == repeat_.steps.size()) {
+                matched_ = 0;
+                ++repeat_.count;
+            }
+            return;
+        }
+        endRepeat();
+    }
+    single_.push_back(step);
+    const std::size_t length = cycleAtEnd(single_);
+    if (length > 0) {
+        repeat_ = {kRounds, {single_.end() - static_cast<std::ptrdiff_t>(length), single_.end()}};
+        single_.resize(single_.size() - length * kRounds);
+    }
+    if (!single_.empty() && (length > 0 || single_.size() >= kLongestSingle)) {
+        runs_.push_back({1, std::exchange(single_, {})});
+    }
+}
+
+void SessionData::endRepeat() {
+    single_.assign(repeat_.steps.begin(), repeat_.steps.begin() + static_cast<std::ptrdiff_t>(matched_));
+    runs_.push_back(std::exchange(repeat_, {}));
+    matched_ = 0;
+}
+
+template <typename Visit>
+void SessionData::forEachRun(Visit visit) const {
+    std::for_each(runs_.begin(), runs_.end(), visit);
+    if (!repeat_.steps.empty()) {
+        visit(repeat_);
+        if (matched_ > 0) {
+            visit(Run{
+                1, {repeat_.steps.begin(), repeat_.steps.begin() + static_cast<std::ptrdiff_t>(matched_)}});
+        }
+    }
+    if (!single_.empty()) {
+        visit(Run{1, single_});
+    }
+}
+
+void SessionData::appendJson(std::string& target) const {
+    target += "\"events\":" + std::to_string(size_) + ",\"clock\":[";
+    const char* separator = "";
+    for (const auto& [first, ahead] : clock_) {
+        target.append(separator).append("[" + std::to_string(first) + "," + std::to_string(ahead) + "]");
+        separator = ",";
+    }
+    target += "],\n\"bodies\":[";
+    separator = "\n";
+    for (const std::string* body : bodies_) {
+        target.append(separator).append(scriptSafe(*body));
+        separator = ",\n";
+    }
+    target += "],\n\"runs\":[";
+    separator = "\n";
+    forEachRun([&](const Run& run) {
+        target.append(separator).append("[" + std::to_string(run.count));
+        for (const Step& step : run.steps) {
+            target.append("," + std::to_string(step.delay)).append("," + std::to_string(step.body));
+        }
+        target += ']';
+        separator = ",\n";
+    });
+    target += ']';
+}
+
+std::vector<std::string> SessionData::lines(std::uint64_t first, std::size_t limit) const {
+    std::vector<std::string> found;
+    std::uint64_t number = 0;  // of the run's first event
+    std::int64_t time = 0;     // before the run
+    forEachRun([&](const Run& run) {
+        std::int64_t period = 0;
+        for (const Step& step : run.steps) {
+            period += step.delay;
+        }
+        const std::uint64_t behind = number + run.count * run.steps.size();
+        if (found.size() < limit && first < behind) {
+            const std::uint64_t round = first > number ? (first - number) / run.steps.size() : 0;
+            std::uint64_t at = number + round * run.steps.size();
+            std::int64_t now = time + static_cast<std::int64_t>(round) * period;
+            for (std::uint64_t left = run.count - round; left > 0 && found.size() < limit; --left) {
+                for (const Step& step : run.steps) {
+                    now += step.delay;
+                    if (at++ >= first && found.size() < limit) {
+                        found.push_back(line(now, *bodies_[step.body]));
+                    }
+                }
+            }
+        }
+        number = behind;
+        time += static_cast<std::int64_t>(run.count) * period;
+    });
+    return found;
+}
+
+}  // namespace sim

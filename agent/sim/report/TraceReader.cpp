@@ -1,0 +1,28 @@
+#include "report/TraceReader.h"
+
+#include "Scenario.h"
+#include "report/SessionRecord.h"
+
+#include <stdexcept>
+
+namespace sim {
+
+bool readTrace(std::istream& trace, const std::string& file, SessionRecord& session) {
+    std::string line;
+    for (int number = 1; std::getline(trace, line); ++number) {
+        if (line.empty()) {
+            continue;
+        }
+        try {
+            session.addLine(line);
+        } catch (const std::runtime_error& error) {
+            if (trace.eof()) {
+                return false;
+            }
+            throw std::runtime_error(located(file, number, error.what()));
+        }
+    }
+    return true;
+}
+
+}  // namespace sim

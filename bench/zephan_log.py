@@ -1,0 +1,99 @@
+#!/usr/bin/env python3
+"""What reading a log costs: time and memory of zephan-log beside `cat` and `wc -l` on the same files.
+
+    bench/zephan_log.py [PROGRAM] [--directory DIR]
+
+PROGRAM is build/release/bin/zephan-log unless named. Writes two logs of 100 and 400 MB with archives of 50 MB into a
+fresh directory below DIR (build) and removes it at the end. Each command runs three times, the fastest counts.
+"""
+import argparse
+import datetime
+import os
+import platform
+import shutil
+import subprocess
+import tempfile
+import time
+
+MEGABYTE = 1_000_000
+MESSAGES = ("\nZephan Agent is Force Polling  ...", "Remote tunnel opened by operator-7\n",
+            " RSM_MODE = FORCE_POLL_ACTIVITY \n", "\n Properties Updated Succesfully.....\n",
+            "File transfer started: firmware.bin\n", " RSM_START_TIME = 2026-01-03 GMT 10:00:05 \n")
+
+
+def write_log(directory, megabytes, archive_megabytes=50):
+    """Entries as the module writes them, three a second; the number of entries."""
+    count, size, file = 0, 0, None
+    path = os.path.join(directory, "kelp-logs.xml")
+    start = datetime.datetime(2026, 3, 1)
+    for _ in range(megabytes // archive_megabytes):
+        if file:
+            file.close()
+            now = start + datetime.timedelta(seconds=count // 3)
+            os.rename(path, path[:-4] + "%d_%d_%d_%d_%d_%d.xml" % now.timetuple()[:6])
+        file, size = open(path, "w"), 0
+        while size < archive_megabytes * MEGABYTE:
+            now = start + datetime.timedelta(seconds=count // 3)
+            entries = "".join("Date:%d-%d-%d Time:%d:%d:%d :: " % now.timetuple()[:6] + message for message in MESSAGES)
+            file.write(entries)
+            size += len(entries)
+            count += len(MESSAGES)
+    file.close()
+    return count
+
+
+def peak_memory(pid):
+    """KiB so far. (The one in the kernel's final account counts what the child had before it became the command.)"""
+    try:
+        with open(f"/proc/{pid}/status") as status:
+            return next((int(line.split()[1]) for line in status if line.startswith("VmHWM")), 0)
+    except FileNotFoundError:
+        return 0
+
+
+def measure(command):
+    """Seconds, seconds of processor time and peak memory in KiB of the fastest of three runs."""
+    runs = []
+    for _ in range(3):
+        begin = time.monotonic()
+        child = subprocess.Popen(command, stdout=subprocess.DEVNULL)
+        pid, memory = 0, 0
+        while pid == 0:
+            memory = max(memory, peak_memory(child.pid))
+            time.sleep(0.002)
+            pid, status, used = os.wait4(child.pid, os.WNOHANG)
+        child.returncode = os.waitstatus_to_exitcode(status)
+        if child.returncode > 1:
+            raise SystemExit(f"{command[0]} ended with {child.returncode}")
+        runs.append((time.monotonic() - begin, used.ru_utime + used.ru_stime, memory))
+    return min(runs)
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("program", nargs="?", default="build/release/bin/zephan-log")
+    parser.add_argument("--directory", default="build")
+    options = parser.parse_args()
+    print(f"{platform.platform()}, {os.cpu_count()} processors, load {os.getloadavg()[0]:.1f}; files are in the page cache")
+    for megabytes in (100, 400):
+        directory = tempfile.mkdtemp(prefix="zephan-log-", dir=options.directory)
+        try:
+            count = write_log(directory, megabytes)
+            files = sorted(os.path.join(directory, name) for name in os.listdir(directory))
+            print(f"\n{megabytes} MB, {count} entries, {len(files)} files")
+            print(f"{'':32}{'elapsed':>9}{'MB/s':>7}{'processor':>11}{'MB/s':>7}{'memory':>10}")
+            log = [options.program, os.path.join(directory, "kelp-logs.xml")]
+            for name, command in (("cat", ["cat", *files]), ("wc -l", ["wc", "-l", *files]), ("zephan-log", log),
+                                  ("zephan-log --json", [*log, "--json"]),
+                                  ("zephan-log --grep tunnel", [*log, "--grep", "tunnel"]),
+                                  ("zephan-log --grep 'bin$|^RSM'", [*log, "--grep", "bin$|^RSM"]),
+                                  ("zephan-log --since 2027-01-01", [*log, "--since", "2027-01-01"]),
+                                  ("zephan-log --last 10", [*log, "--last", "10"])):
+                elapsed, processor, memory = measure(command)
+                print(f"{name:32}{elapsed:7.2f} s{megabytes / elapsed:7.0f}{processor:9.2f} s"
+                      f"{megabytes / max(processor, 0.001):7.0f}{memory:6} KiB")
+        finally:
+            shutil.rmtree(directory)
+
+
+main()

@@ -1,0 +1,101 @@
+#include "config/Toolkit.h"
+
+#include "platform/agent/Logging.h"
+
+#include <cstddef>
+#include <new>
+#include <stdexcept>
+#include <string>
+
+#include <xercesc/util/OutOfMemoryException.hpp>
+#include <xercesc/util/PanicHandler.hpp>
+#include <xercesc/util/PlatformUtils.hpp>
+#include <xercesc/util/XMLException.hpp>
+#include <xercesc/util/XMLUni.hpp>
+
+namespace {
+
+// Somewhat more than the toolkit needs to start (it holds 420 KiB then) and to stop.
+constexpr std::size_t kStartMemory = std::size_t{512} << 10U;
+constexpr std::size_t kStopMemory = std::size_t{4} << 10U;
+
+/// Throws std::bad_alloc when there is no such block. Asked before a step that cannot be undone: the
+/// toolkit's start leaves a ruin when it finds no memory, and its stop ends the process.
+void askForMemory(std::size_t size) {
+    ::operator delete(::operator new(size));
+}
+
+/// In place of the toolkit's own handler, which ends the process.
+class ThrowingPanicHandler final : public xercesc::PanicHandler {
+  public:
+    void panic(const PanicReasons reason) override { throw std::runtime_error(getPanicReasonString(reason)); }
+};
+
+enum class Run { Stopped, Going, Broken };
+
+struct Toolkit {
+    ThrowingPanicHandler panicHandler;
+    Run run = Run::Stopped;
+
+    ~Toolkit() {
+        if (run == Run::Going) {
+            try {
+                askForMemory(kStopMemory);
+                xercesc::XMLPlatformUtils::Terminate();
+            } catch (...) {
+                // The library is being unloaded: there is nobody to tell.
+            }
+        }
+    }
+} theToolkit;
+
+/// 8-bit form of a message of the toolkit, which does not run and cannot convert it.
+std::string narrowed(const XMLCh* message) {
+    std::string text;
+    for (; message != nullptr && *message != 0; ++message) {
+        text += *message < 0x80 ? static_cast<char>(*message) : '?';
+    }
+    return text;
+}
+
+/// Does a step that leads to `result`.
+template <typename Step>
+void change(Run result, std::size_t memory, const char* failureFormat, Step&& step) {
+    std::string failure;
+    try {
+        askForMemory(memory);
+        theToolkit.run = Run::Broken;
+        step();
+        theToolkit.run = result;
+        return;
+    } catch (const xercesc::XMLException& exception) {
+        failure = narrowed(exception.getMessage());
+    } catch (const xercesc::OutOfMemoryException&) {
+        failure = "out of memory";
+    } catch (const std::exception& exception) {
+        failure = exception.what();
+    }
+    KRXLog(level::kForce, failureFormat, failure.c_str());
+}
+
+}  // namespace
+
+void toolkit::start() {
+    if (theToolkit.run == Run::Stopped) {
+        change(Run::Going, kStartMemory, "XML toolkit initialization error: %s", [] {
+            xercesc::XMLPlatformUtils::Initialize(xercesc::XMLUni::fgXercescDefaultLocale, nullptr,
+                                                  &theToolkit.panicHandler);
+        });
+    }
+}
+
+void toolkit::stop() {
+    if (theToolkit.run == Run::Going) {
+        change(Run::Stopped, kStopMemory, "XML toolkit teardown error: %s",
+               [] { xercesc::XMLPlatformUtils::Terminate(); });
+    }
+}
+
+bool toolkit::isRunning() noexcept {
+    return theToolkit.run == Run::Going;
+}

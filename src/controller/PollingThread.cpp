@@ -1,0 +1,216 @@
+#include "controller/PollingThread.h"
+
+#include "platform/Lock.h"
+#include "platform/ThreadEnd.h"
+#include "platform/agent/Logging.h"
+
+#include <atomic>
+#include <new>
+#include <utility>
+
+namespace {
+
+constexpr unsigned int kThreadEndTimeout = 3000;  // milliseconds
+constexpr unsigned int kThreadStackSize = 4096;
+
+std::atomic<PollingThread::Number> lastNumber{0};
+
+}  // namespace
+
+/// What is counted: the agent's object, with what the agent keeps in it.
+struct PollingThread::Object {
+    Object() = default;
+    Object(const Object&) = delete;
+    Object& operator=(const Object&) = delete;
+    ~Object() {
+        if (constructed) {
+            const platform::KeepThread keep;  // not to be unwound in a destructor
+            KRXThreadDestroy(&thread);
+        }
+    }
+    KRXThread thread;
+    bool constructed = false;
+};
+
+int PollingThread::creationError() const noexcept {
+    return threadMutex_.creationError() != 0 ? threadMutex_.creationError() : lock_.creationError();
+}
+
+std::int8_t PollingThread::createThread(KRXThreadEntry entry, void* argument,
+                                        const std::function<void()>& alreadyThere) {
+    switch (threadMutex_.wait()) {
+        case platform::Mutex::Wait::Obtained:
+            break;
+        case platform::Mutex::Wait::Abandoned:
+            KRXLog(level::kError, "\n The thread got ownership of an abandoned logging mutex.");
+            return -1;
+        default:
+            return -1;
+    }
+    std::int8_t result = 0;
+    bool released = true;
+    {
+        // Given back also when this thread is unwound in one of the calls; not when it is ended without.
+        struct Release {
+            platform::Mutex& mutex;
+            bool& done;
+            ~Release() { done = mutex.release(); }
+        } const release{threadMutex_, released};
+        replaceLeaving();
+        releaseFinished();  // it may have ended since the caller looked
+        if (held() == nullptr) {
+            result = generateThread(entry, argument);
+        } else {
+            KRXLog(level::kError, "\n createThread --- Thread was already created.");
+            alreadyThere();
+        }
+    }
+    if (!released) {
+        KRXLog(level::kForce, "\n error while releasing logging mutex.");
+    }
+    return result;
+}
+
+std::int8_t PollingThread::generateThread(KRXThreadEntry entry, void* argument) {
+    const int priority = KRXThreadGetPriority(KRXThreadGetHandleSelf());
+    Held object;
+    try {
+        object = std::make_shared<Object>();
+    } catch (const std::bad_alloc&) {
+        KRXLog(level::kForce, "new Failed in  generateThread of ZephanRSMSingleTon. \n");
+        return -1;
+    }
+    if (KRXThreadConstruct(&object->thread) != 0) {
+        return -1;
+    }
+    object->constructed = true;
+    const Number number = ++lastNumber;
+    bool refused = false;
+    {
+        const platform::Lock lock(lock_);
+        refused = closing_;
+        if (!refused) {
+            // Before the start: the thread may run, and be over, before the agent's call returns.
+            phase_ = Phase::Running;
+            number_ = number;
+            entered_ = false;
+        }
+    }
+    if (!refused &&
+        KRXThreadStart(&object->thread, "Data Polling", priority, 0, kThreadStackSize, entry, argument) != 0) {
+        {
+            const platform::Lock lock(lock_);
+            phase_ = Phase::None;
+            number_ = 0;
+        }
+        KRXLog(level::kForce, "\n generateThread --- Failed to start Force Polling thread.");
+        return -1;
+    }
+    if (!refused) {
+        const platform::Lock lock(lock_);
+        refused = closing_;
+        if (!refused) {
+            object_ = std::move(object);
+            return 0;
+        }
+    }
+    waitAndDrop(std::move(object));
+    KRXLog(level::kError, "\n generateThread --- The extension is being stopped, no Force Polling thread is started.");
+    return -1;
+}
+
+void PollingThread::replaceLeaving() {
+    Held leaving;
+    {
+        const platform::Lock lock(lock_);
+        if (phase_ == Phase::Leaving || phase_ == Phase::Ended) {
+            leaving = object_;
+        }
+    }
+    if (leaving != nullptr && KRXThreadIsActive(&leaving->thread) != 0) {
+        // It has nothing left to do but to return.
+        KRXWaitForThread(&leaving->thread, nullptr, kThreadEndTimeout);
+        forget(leaving);
+    }
+}
+
+void PollingThread::releaseFinished() {
+    const Held object = held();
+    if (object != nullptr && KRXThreadIsActive(&object->thread) == 0) {
+        forget(object);
+    }
+}
+
+void PollingThread::forget(const Held& object) {
+    Held dropped;
+    const platform::Lock lock(lock_);
+    if (object_ == object) {
+        dropped = std::exchange(object_, nullptr);
+        phase_ = Phase::None;
+        number_ = 0;
+    }
+}
+
+PollingThread::Held PollingThread::held() const {
+    const platform::Lock lock(lock_);
+    return object_;
+}
+
+bool PollingThread::isHeld() const {
+    const platform::Lock lock(lock_);
+    return phase_ != Phase::None;
+}
+
+bool PollingThread::seesOrders() const {
+    const platform::Lock lock(lock_);
+    return phase_ == Phase::Running;
+}
+
+bool PollingThread::waitAndDrop(Held object) {
+    const bool ended = KRXWaitForThread(&object->thread, nullptr, kThreadEndTimeout) == 0;
+    object.reset();
+    return ended;
+}
+
+void PollingThread::stop() {
+    Held object;
+    {
+        const platform::Lock lock(lock_);
+        closing_ = true;
+        object = object_;
+    }
+    if (object == nullptr) {
+        return;
+    }
+    // The thread polls on while it is waited for, and may end by itself.
+    const bool ended = KRXWaitForThread(&object->thread, nullptr, kThreadEndTimeout) == 0;
+    forget(object);
+    object.reset();
+    KRXLog(level::kForce, "%s",
+           ended ? "\n Force Polling Thread shutdown complete."
+                 : "\n Force Polling Thread FORCEFULLY shutdown complete.");
+}
+
+PollingThread::Number PollingThread::enter() {
+    const platform::Lock lock(lock_);
+    return std::exchange(entered_, true) ? 0 : number_;
+}
+
+bool PollingThread::has(Number number) const {
+    const platform::Lock lock(lock_);
+    return number != 0 && number == number_;
+}
+
+void PollingThread::setLeaving(Number number) {
+    const platform::Lock lock(lock_);
+    if (number == number_) {
+        phase_ = Phase::Leaving;
+    }
+}
+
+void PollingThread::setEnded(Number number) {
+    const platform::Lock lock(lock_);
+    if (number == number_) {
+        phase_ = Phase::Ended;
+    }
+}

@@ -1,0 +1,49 @@
+#pragma once
+
+#include "platform/agent/Registration.h"
+
+#include <atomic>
+#include <cstdint>
+
+struct RsmState;
+namespace KRX::ServiceAgentNS {
+class ServiceAgent;
+class VirtualAsset;
+}  // namespace KRX::ServiceAgentNS
+
+/// The way to the enterprise: sends the RSM profile, eight properties of the agent's asset 0, and writes it to the log.
+/// Shared by the controller and whoever is sending, so a report that takes long outlives the controller. Any thread,
+/// several at once.
+class ProfileReport final {
+  public:
+    ProfileReport();
+    ProfileReport(const ProfileReport&) = delete;
+    ProfileReport& operator=(const ProfileReport&) = delete;
+
+    /// Keeps the host's service agent (not owned) if none is held yet, and gives its asset's channel and credentials to
+    /// the proxy. A null agent changes nothing.
+    void setServiceAgent(KRX::ServiceAgentNS::ServiceAgent* serviceAgent);
+    KRX::ServiceAgentNS::ServiceAgent* getServiceAgent() const noexcept { return serviceAgent_; }
+
+    /// Asset 0, or null.
+    KRX::ServiceAgentNS::VirtualAsset* findAsset() const;
+    /// Gives the asset's channel and credentials to the proxy unless it has them: the asset may have appeared after the
+    /// start.
+    void introduce(KRX::ServiceAgentNS::VirtualAsset& asset);
+
+    /// Sends the profile of `state` and logs it when the enterprise took it. Blocks until the enterprise answers. False,
+    /// with a log line, when it was not taken.
+    bool send(const RsmState& state);
+
+    /// Profile date text, "2007-30-09 GMT 05:06:00"; room for 40 characters.
+    static void dateToString(std::int64_t gmtClockValue, char* text);
+
+  private:
+    void setCredentials(KRX::ServiceAgentNS::VirtualAsset& asset);
+    static void LogRSMProfile(const RsmState& state);
+
+    std::atomic<KRX::ServiceAgentNS::ServiceAgent*> serviceAgent_{nullptr};
+    /// The asset whose channel and credentials the proxy has.
+    std::atomic<KRX::ServiceAgentNS::VirtualAsset*> knownAsset_{nullptr};
+    KRX::Services::RegistrationNS::RegistrationProxy proxy_;
+};

@@ -1,0 +1,119 @@
+// The RSM state and all of its transitions. A plain value: no lock, clock, thread, file or agent is in it, and the
+// present (a GMT clock value) is an argument, so a whole session can be walked through in microseconds.
+//
+//   State                 mode  thread         what else holds
+//   Idle                  0     none or ended  grace period 0, rate 0
+//   Waiting               0     waiting phase  a delayed profile is pending, its start lies ahead
+//   Grace                 1     polling        in its grace period
+//   Activity              2     polling        remote activity; out of the grace period once it was taken up
+//   Grace with activity   1     polling        activity began before force polling; the poll count is held
+//   Ending                0     last sleep     after a disconnect: grace period 0, one more poll comes
+//
+//   From                  To                    by
+//   any                   Grace                 forcePoll; from Activity it stays Activity
+//   any                   (Waiting)             scheduleDelayedProfile; with a thread that polls, the state stays
+//   Waiting               Grace                 startWhenDue
+//   Grace, Activity       the same, afresh      takeOverDueProfile (the mode stays)
+//   any, no activity      Grace                 takeOverDueProfileAfterActivity
+//   Grace                 Activity              setRemoteActivity(true), while the grace period is not 0
+//   Activity              Activity, held        takeUpActivity, holdForActivity
+//   Grace with activity   Grace w. a., held     holdForActivity
+//   Activity, G. w. a.    Grace                 setRemoteActivity(false), then endActivity after one more poll
+//   Grace                 Ending                disconnect
+//   Grace                 Grace, period 0       markLastPoll
+//   Grace, Ending         Idle or Waiting       endWhenOver
+//
+// Orders come from host threads at any time; the operations of the polling loop are called by the one polling thread.
+// Whoever shares a state among threads calls each operation under one lock.
+#pragma once
+
+#include <cstdint>
+
+/// RSM modes, as numbers of the controller's operations.
+namespace rsm {
+constexpr std::int32_t kNotActive = 0;
+constexpr std::int32_t kForcePollGrace = 1;
+constexpr std::int32_t kForcePollActivity = 2;
+}  // namespace rsm
+
+struct RsmState {
+    bool remoteActivity = false;           ///< going on, as remote detection tells
+    bool activityEntered = false;          ///< began during force polling, not yet taken up by the loop
+    std::int32_t pollingRate = 0;          ///< seconds
+    double gracePeriod = 0.0;              ///< minutes
+    std::int32_t activityGracePeriod = 0;  ///< minutes of polling after the end of remote activity
+    bool inGracePeriod = false;            ///< no remote activity taken up in the current grace period
+    bool restartRequested = false;         ///< the polling loop counts afresh from its next pass on
+    bool delayedProfilePending = false;
+    double delayedGracePeriod = 0.0;              ///< minutes
+    double delayedPollingRate = 0.0;              ///< seconds
+    std::int64_t delayedStartTime = 0;            ///< times are GMT clock values; 0 means no time
+    std::int64_t delayedEndTime = 0;              ///< outlives the pending profile, for the schedule clean-up
+    std::int32_t delayedActivityGracePeriod = 0;  ///< minutes
+    std::int64_t modeStartTime = 0;
+    std::int64_t rsmStartTime = 0;
+    std::int32_t rsmMode = rsm::kNotActive;
+    std::uint32_t pollCount = 0;  ///< polls made in the current grace period; wraps around
+
+    // ---- Orders
+
+    /// Force polling for `minutes` at `rate` seconds, from now; one that runs starts afresh.
+    void forcePoll(std::int32_t minutes, std::int32_t rate, std::int64_t now) noexcept;
+    /// What a disconnect found: the mode before it. Only `kForcePollGrace` ends, after one more poll.
+    std::int32_t disconnect(std::int64_t now) noexcept;
+    /// An RSM that is to start later replaces one that still waits.
+    void scheduleDelayedProfile(std::int32_t rate, std::int64_t start, std::int64_t end,
+                                std::int32_t activityGraceMinutes) noexcept;
+    /// Remote activity begins or has ended. True when activity mode was entered by it, which is to be reported.
+    bool setRemoteActivity(bool active, std::int64_t now) noexcept;
+    void enterRemoteActivityMode(std::int64_t now) noexcept;
+
+    /// The delayed profile becomes the active one; the mode stays, or becomes `mode` (anything but 1 and 2 counts as 0)
+    /// with the scheduled start as start of RSM.
+    void convertDelayedToNormal(std::int64_t now) noexcept;
+    void convertDelayedToNormal(std::int32_t mode, std::int64_t now) noexcept;
+
+    // ---- The polling loop
+
+    /// What a step asks for after it has changed the state.
+    struct Effects {
+        bool report = false;
+        bool save = false;
+    };
+    using Step = Effects (RsmState::*)(std::int64_t now) noexcept;
+
+    /// A delayed profile waits and nothing else runs.
+    bool isWaiting() const noexcept { return delayedProfilePending && rsmMode == rsm::kNotActive; }
+    bool isDelayedStartDue(std::int64_t now) const noexcept { return delayedStartTime <= now; }
+    /// In the waiting phase: true when the delayed profile has become the active one, its start having come.
+    bool startWhenDue(std::int64_t now) noexcept;
+    void beginPolling() noexcept { pollCount = 0; }
+    /// The end test: true when force polling ends by it, because it is over or because polls cannot be made.
+    bool endWhenOver(bool canPoll, std::int64_t now) noexcept;
+    /// Neither a delayed profile nor a new order is left for the thread.
+    bool isDone() const noexcept { return !delayedProfilePending && !restartRequested; }
+
+    /// Before the sleep of a pass.
+    Effects restartOrFirstPass(std::int64_t now) noexcept;
+    // After the poll of a pass, in this order.
+    Effects takeUpActivity(std::int64_t now) noexcept;
+    Effects endActivity(std::int64_t now) noexcept;
+    Effects holdForActivity(std::int64_t now) noexcept;
+    Effects markLastPoll(std::int64_t now) noexcept;
+    Effects takeOverDueProfile(std::int64_t now) noexcept;
+    Effects takeOverDueProfileAfterActivity(std::int64_t now) noexcept;
+    Effects countPoll(std::int64_t now) noexcept;
+
+    static constexpr Step kAfterPoll[] = {&RsmState::takeUpActivity,     &RsmState::endActivity,
+                                          &RsmState::holdForActivity,    &RsmState::markLastPoll,
+                                          &RsmState::takeOverDueProfile, &RsmState::takeOverDueProfileAfterActivity,
+                                          &RsmState::countPoll};
+
+    /// Whole minutes of the grace period.
+    std::int32_t wholeMinutes() const noexcept;
+
+  private:
+    std::uint32_t pollsPerMinute() const noexcept;
+    /// Polls that the grace period allows.
+    double pollLimit() const noexcept;
+};

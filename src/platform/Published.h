@@ -1,0 +1,57 @@
+#pragma once
+
+#include "platform/Lock.h"
+
+#include <cstddef>
+#include <memory>
+#include <new>
+#include <utility>
+
+namespace platform {
+
+/// The one object of its kind that all threads use while others may replace it. It is handed out counted: who has it
+/// keeps it, a replaced object goes with its last user, and nobody waits for anybody. Any thread.
+template <typename T>
+class Published final {
+  public:
+    std::shared_ptr<T> get() const noexcept {
+        const Lock lock(mutex_);
+        return object_;
+    }
+
+    /// Publishes `fresh` (null: nothing) and hands out what was published before.
+    std::shared_ptr<T> exchange(std::shared_ptr<T> fresh) noexcept {
+        {
+            const Lock lock(mutex_);
+            object_.swap(fresh);
+        }
+        return fresh;  // released, if it is, with no lock held
+    }
+
+    /// Publishes `fresh` unless there is an object; what is published then.
+    std::shared_ptr<T> publishFirst(std::shared_ptr<T> fresh) noexcept {
+        const Lock lock(mutex_);
+        if (object_ == nullptr) {
+            object_ = fresh;
+        }
+        return object_;
+    }
+
+  private:
+    mutable Mutex mutex_;
+    std::shared_ptr<T> object_;
+};
+
+/// Static storage for a value that is never destroyed, so that threads may still use it while the process ends.
+template <typename T>
+class Immortal final {
+  public:
+    Immortal() noexcept { ::new (static_cast<void*>(storage_)) T; }
+    T& operator*() noexcept { return *std::launder(reinterpret_cast<T*>(storage_)); }
+    T* operator->() noexcept { return &**this; }
+
+  private:
+    alignas(T) std::byte storage_[sizeof(T)];
+};
+
+}  // namespace platform

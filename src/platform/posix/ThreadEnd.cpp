@@ -1,0 +1,15 @@
+#include "platform/ThreadEnd.h"
+
+#include <pthread.h>
+
+namespace platform {
+
+KeepThread::KeepThread() noexcept {
+    pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &before_);
+}
+
+KeepThread::~KeepThread() {
+    pthread_setcancelstate(before_, nullptr);
+}
+
+}  // namespace platform

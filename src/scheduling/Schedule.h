@@ -1,0 +1,31 @@
+#pragma once
+
+#include "scheduling/TaggedText.h"
+
+#include <array>
+#include <cstdint>
+#include <string>
+
+namespace scheduling {
+
+/// One RSM schedule: its texts, as they stand in the schedule file, and what they mean.
+struct Schedule {
+    char startDate[kValueSize] = "NA";
+    char startTime[kValueSize] = "NA";
+    char endDate[kValueSize] = "NA";
+    char endTime[kValueSize] = "NA";
+    std::int64_t startTimeValue = 0;  ///< GMT clock values
+    std::int64_t endTimeValue = 0;
+    char pollingRateText[kValueSize] = "0";  ///< seconds
+    char gracePeriodText[kValueSize] = "0";  ///< minutes
+
+    bool isCurrent(std::int64_t now) const noexcept { return endTimeValue > now; }
+
+    using Record = std::array<char, 1000>;
+    Record record() const noexcept;
+    static bool isRecord(const std::string& contents) noexcept;
+    /// Takes the values of a record. False when memory ran out for one of them.
+    bool readRecord(const std::string& contents);
+};
+
+}  // namespace scheduling

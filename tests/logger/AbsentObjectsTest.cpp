@@ -1,0 +1,83 @@
+// What the logger side says when an object that it needs is not there.
+#include "AgentHost.h"
+#include "Observer.h"
+#include "detection/RemoteDetection.h"
+#include "detection/TunnelListner.h"
+#include "logging/FileLogger.h"
+#include "logging/LogManager.h"
+#include "logging/MessageHandler.h"
+#include "logging/RDMessageHandler.h"
+#include "support/Rows.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+struct Lines final : agent::Observer {
+    void onLog(int level, std::string_view text) override {
+        all += std::to_string(level) + " " + std::string(text) + "|";
+    }
+    std::string all;
+};
+
+struct AbsentRow {
+    support::RowName name;
+    void (*use)();
+    const char* lines;
+};
+
+const support::Rows<AbsentRow> absentRows(
+    "AbsentObjects",
+    {
+        {"file logger without a handler",
+         [] {
+             FileLogger logger(nullptr);
+             logger.updateLog(30, nullptr);
+             logger.UpdateAuditLog(nullptr);
+             platform::Mutex delivery;
+             const MessageHandler other(delivery);
+             logger.updateLog(30, &other);
+         },
+         "250 Received NULL MessageHandler pointer in FileLogger constructor|"
+         "250 Received NULL MessageHandler pointer in FileLogger updateLog|"
+         "250 Received NULL MessageHandler pointer in FileLogger UpdateAuditLog.|"},
+        {"message handler without a message",
+         [] {
+             platform::Mutex delivery;
+             MessageHandler handler(delivery);
+             handler.log(30, nullptr);
+             handler.audit(nullptr);
+         },
+         "50 \n MessageHandler received NULL message to log.|"
+         "50 \n MessageHandler received NULL message for AuditLog.|"},
+        {"remote detection without a handler", [] { RemoteDetection(nullptr).updateStatus(nullptr); },
+         "250 Received NULL RDMessageHandler pointer in RemoteDetection constructor|"},
+        {"remote detection without a controller",
+         [] {
+             platform::Mutex delivery;
+             RDMessageHandler handler(delivery);
+             const RemoteDetection detection(&handler);
+             handler.setFileActive(true);
+         },
+         "250 Received NULL ZephanRSMSingleTon pointer in RemoteDetection's UpdateRemoteActivity|"},
+        {"tunnel listener without a handler", [] { TunnelListner(nullptr).updateStatus(nullptr); },
+         "250 Received NULL RDMessageHandler pointer in TunnelListner's constructor.|"},
+        {"tunnel listener without a configuration",
+         [] {
+             platform::Mutex delivery;
+             RDMessageHandler handler(delivery);
+             const TunnelListner listener(&handler);
+             handler.setFileActive(true);
+         },
+         "250 Received NULL XMLConfigData pointer in TunnelListner's ExecuteModalityScript.|"},
+        {"log manager without a configuration", [] { LogManager().initialize(); },
+         "250 \n Failed to get pointer for XMLConfigData, Not able to attach listners.|"},
+    },
+    [](const AbsentRow& row) {
+        Lines lines;
+        const agent::AgentHost host({&lines, nullptr, nullptr});
+        row.use();
+        EXPECT_EQ(lines.all, row.lines);
+    });
+
+}  // namespace

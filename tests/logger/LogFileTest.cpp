@@ -1,0 +1,344 @@
+// The built library and its log file in an environment that goes wrong: other processes, other file systems,
+// other things at the file's place.
+#include "AgentHost.h"
+#include "Observer.h"
+#include "ZephanRSMLogger.h"
+#include "logger/Interposed.h"
+#include "logger/Logs.h"
+#include "support/Child.h"
+
+#include <array>
+#include <atomic>
+#include <cstdio>
+#include <cstdlib>
+#include <ctime>
+#include <fstream>
+#include <functional>
+#include <sched.h>
+#include <set>
+#include <sstream>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include <dlfcn.h>
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/mount.h>
+#include <sys/stat.h>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+/// An export of the library, looked up as an agent does it.
+template <typename Function>
+Function& exported(const char* name) {
+    static void* const library = ::dlopen(MODULE, RTLD_NOW | RTLD_LOCAL);
+    return *reinterpret_cast<Function*>(::dlsym(library, name));
+}
+#define CALL(name) exported<decltype(name)>(#name)
+
+/// Counts the lines that tell of a rotation that failed.
+class RenameErrors final : public agent::Observer {
+  public:
+    void onLog(int /*level*/, std::string_view text) override {
+        count += text == "\n Error renaming file" ? 1 : 0;
+    }
+    std::atomic<int> count{0};
+};
+
+class LogFileTest : public testing::Test {
+  protected:
+    ~LogFileTest() override { interposed::now = 0, interposed::write = nullptr; }
+
+    void start(const std::string& more = {}, const std::string& path = {}) const {
+        workspace_.write(
+            "config",
+            logs::configuration(logs::setting("LogFilePath", path.empty() ? log_.string() : path) + more));
+        ASSERT_EQ(CALL(ZPXRSMLoggerStatup)(workspace_.path("config").c_str()), 0);
+    }
+    static void stop() { CALL(ZPXRSMLoggerShutdown)(); }
+    static void log(const char* text) { CALL(ZPXRSMLoggerLog)(30, text); }
+    std::string written(const std::string& name = "log/k.xml") const {
+        return logs::withoutStamps(workspace_.read(name));
+    }
+    /// Texts of all files of a folder, sorted.
+    std::string contents(const std::string& folder) const {
+        std::multiset<std::string> texts;
+        for (const auto& entry : fs::directory_iterator(workspace_.path(folder))) {
+            if (!entry.is_regular_file()) {
+                continue;
+            }
+            texts.insert(written(folder + "/" + entry.path().filename().string()));
+        }
+        std::string all;
+        for (const std::string& text : texts) {
+            all += "[" + text + "]";
+        }
+        return std::regex_replace(all, std::regex("\n"), "/");
+    }
+
+    const support::Workspace workspace_;
+    const fs::path log_ = workspace_.path("log/k.xml");
+    RenameErrors errors_;
+    agent::AgentHost host_{{.observer = &errors_}};
+};
+
+constexpr std::int64_t kSunday = 1772359200;  // 2026-03-01 10:00:00 UTC
+const std::string kEachEntryRotates = logs::setting("FileSize", "1");
+
+TEST_F(LogFileTest, CleanUpStaysInItsDirectory) {
+    const fs::path folder = workspace_.path("log");
+    const auto age = [](const fs::path& path, int days) {
+        const timespec time{::time(nullptr) - days * 86400, 0};
+        const std::array<timespec, 2> times{time, time};
+        EXPECT_EQ(::utimensat(AT_FDCWD, path.c_str(), times.data(), AT_SYMLINK_NOFOLLOW), 0) << path;
+    };
+    const auto file = [&](const fs::path& path, int days) {
+        workspace_.write(path.lexically_relative(workspace_.path("")).string(), "text");
+        age(path, days);
+    };
+    const auto link = [&](const char* target, const char* name, int days) {
+        fs::create_symlink(target, folder / name);
+        age(folder / name, days);
+    };
+    const char* const escaping = R"(k.xml.d\..\..\victim\important.xml)";
+    file(folder / escaping, 99);
+    file(workspace_.path("victim/important.xml"), 99);
+    fs::create_directory(folder / "k.xml.d");  // a way for the name above, were it a path
+    age(folder / "k.xml.d", 99);
+    ::mkfifo((folder / "k.xml.fifo").c_str(), 0600);
+    age(folder / "k.xml.fifo", 99);
+    file(folder / "k.old.xml", 99);
+    file(folder / "k.young.xml", 1);
+    link("../victim/important.xml", "k.link-old.xml", 99);
+    link("../victim/important.xml", "k.link-young.xml", 1);
+    link("nothing", "k.dangling.xml", 99);
+    link("../victim", "k.link-to-directory.xml", 99);
+    start();
+    stop();
+    EXPECT_EQ(workspace_.list("log"), "k.link-young.xml k.xml k.xml.d k.xml.fifo k.young.xml");
+    EXPECT_TRUE(workspace_.exists("victim/important.xml"));
+}
+
+TEST_F(LogFileTest, WhatIsNoRegularFileStaysAsItIs) {
+    const struct {
+        const char* name;
+        std::function<void()> make;
+    } rows[] = {{"a directory", [&] { fs::create_directory(log_); }},
+                {"a FIFO", [&] { ::mkfifo(log_.c_str(), 0600); }},
+                {"a link to a device", [&] { fs::create_symlink("/dev/full", log_); }},
+                {"a link to a directory", [&] { fs::create_symlink("..", log_); }}};
+    for (const auto& row : rows) {
+        fs::remove_all(log_);
+        row.make();
+        struct stat before {};
+        ::lstat(log_.c_str(), &before);
+        errors_.count = 0;
+        for (const char* const limit : {"5000", "0"}) {
+            start(logs::setting("FileSize", limit));
+            log("a");
+            log("b");
+            stop();
+        }
+        struct stat after {};
+        EXPECT_EQ(::lstat(log_.c_str(), &after), 0) << row.name;
+        EXPECT_EQ(after.st_ino, before.st_ino) << row.name;
+        EXPECT_EQ(workspace_.list("log"), "k.xml") << row.name;
+        EXPECT_EQ(errors_.count, 2) << row.name;
+    }
+}
+
+TEST_F(LogFileTest, NoTextOfAnotherProcessIsCut) {
+    const auto other = [this] { std::ofstream(log_, std::ios::app) << "<other>"; };
+    const std::string torn(80, 't');
+    const struct {
+        const char* name;
+        bool behindTheShortWrite;
+        bool behindTheFailure;
+        std::string written;
+    } rows[] = {
+        {"alone", false, false, "|a|b"},
+        {"another write behind the part", true, false, "|a|" + torn.substr(0, 40) + "<other>|b"},
+        {"another write before the part is taken back", false, true,
+         "|a|" + torn.substr(0, 40) + "<other>|b"},
+    };
+    for (const auto& row : rows) {
+        fs::remove_all(log_);
+        start();
+        log("a");
+        bool isFirst = true;
+        interposed::write = [&](int descriptor, const void* data, std::size_t size) -> ssize_t {
+            const std::string_view text(static_cast<const char*>(data), size);
+            if (text.find("ttt") == text.npos) {
+                return ::syscall(SYS_write, descriptor, data, size);
+            }
+            if (std::exchange(isFirst, false)) {
+                const ssize_t part = ::syscall(SYS_write, descriptor, data, size - 40);
+                row.behindTheShortWrite ? other() : void();
+                return part;
+            }
+            row.behindTheFailure ? other() : void();
+            errno = ENOSPC;
+            return -1;
+        };
+        log(torn.c_str());
+        interposed::write = nullptr;
+        log("b");
+        stop();
+        EXPECT_EQ(written(), row.written) << row.name;
+    }
+}
+
+TEST_F(LogFileTest, RotatesOnFileSystemsThatCannotDoEverything) {
+    const struct {
+        const char* name;
+        std::vector<support::Refusal> refusals;
+    } rows[] = {
+        {"no rename without replacing", {{SYS_renameat2, EINVAL}}},
+        {"no second names either", {{SYS_renameat2, EINVAL}, {SYS_linkat, EPERM}, {SYS_link, EPERM}}},
+        {"old system", {{SYS_renameat2, ENOSYS}, {SYS_linkat, EOPNOTSUPP}, {SYS_link, EOPNOTSUPP}}},
+    };
+    const std::string archive = "log/k2026_3_1_10_0_0.xml";
+    for (const auto& row : rows) {
+        for (const bool nameTaken : {false, true}) {
+            fs::remove_all(workspace_.path("log"));
+            // A directory of that name cannot be opened as a file, but must not be lost either.
+            fs::create_directories(workspace_.path(nameTaken ? archive : "log"));
+            support::inChild([&] {
+                support::refuse(row.refusals);
+                ::setenv("TZ", "UTC", 1);
+                interposed::now = kSunday;
+                start(kEachEntryRotates);
+                log("a");
+                log("b");
+                stop();
+                EXPECT_EQ(errors_.count, 0) << row.name;
+            });
+            EXPECT_EQ(contents("log"), "[|a][|b/]") << row.name;
+            EXPECT_EQ(fs::is_directory(workspace_.path(archive)), nameTaken) << row.name;
+        }
+    }
+}
+
+TEST_F(LogFileTest, RotatesInTheDirectoryThatItHolds) {
+    interposed::now = kSunday;
+    start(kEachEntryRotates);
+    log("a");
+    fs::rename(workspace_.path("log"), workspace_.path("old"));
+    fs::create_directory(workspace_.path("log"));
+    log("b");
+    EXPECT_EQ(contents("old"), "[|a][|b/]");
+    ++interposed::now;
+    log("c");
+    stop();
+    EXPECT_EQ(contents("log"), "[|c]");
+    EXPECT_EQ(errors_.count, 0);
+}
+
+TEST_F(LogFileTest, RelativePathStaysWhereItWasAtTheStart) {
+    for (const std::string path : {"log/k.xml", "k.xml", "./log/agent", "log/../k.xml"}) {
+        support::inChild([&] {
+            fs::current_path(workspace_.path(""));
+            interposed::now = kSunday;
+            start(kEachEntryRotates, path);
+            log("a");
+            fs::current_path("/");
+            log("b");
+            ++interposed::now;
+            log("c");
+            stop();
+            EXPECT_EQ(errors_.count, 0) << path;
+        });
+        EXPECT_EQ(written(path), "|c\n") << path;
+    }
+}
+
+TEST_F(LogFileTest, FileReplacedByOneOfTheSameSizeIsFoundInTheNextSecond) {
+    interposed::now = kSunday;
+    start();
+    log("a");
+    fs::copy(log_, workspace_.path("copy"));
+    fs::rename(workspace_.path("copy"), log_);
+    ++interposed::now;
+    log("b");
+    stop();
+    EXPECT_EQ(written(), "|a|b");
+}
+
+/// A file system of 64 KiB in the place of the directory, for this process and its children.
+bool mountSmallFileSystem(const fs::path& directory) {
+    return (::unshare(CLONE_NEWNS) == 0 || ::unshare(CLONE_NEWUSER | CLONE_NEWNS) == 0) &&
+           ::mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
+           ::mount("tmpfs", directory.c_str(), "tmpfs", 0, "size=64k") == 0;
+}
+
+TEST_F(LogFileTest, TwoProcessesFillADisk) {
+    constexpr int kEntries = 600;
+    bool mounted = false;
+    support::inChild([&] {
+        if (!mountSmallFileSystem(workspace_.path("log"))) {
+            return;
+        }
+        workspace_.write("mounted", "yes");
+        std::array<pid_t, 2> children{};
+        for (std::size_t i = 0; i < children.size(); ++i) {
+            children.at(i) = support::startChild([&, i] {
+                std::freopen("/dev/null", "w", stdout);
+                std::ofstream accepted(workspace_.path("accepted" + std::to_string(i)));
+                interposed::write = [&](int descriptor, const void* data, std::size_t size) {
+                    const ssize_t result = ::syscall(SYS_write, descriptor, data, size);
+                    const std::string_view text(static_cast<const char*>(data), size);
+                    if (result == static_cast<ssize_t>(size) && text.find("Date:") == 0) {
+                        accepted << logs::withoutStamps(std::string(text)).substr(1, 5) << '\n';
+                    }
+                    return result;
+                };
+                start(logs::setting("FileSize", "20000"));
+                for (int entry = 0; entry < kEntries; ++entry) {
+                    std::array<char, 128> text{};
+                    std::snprintf(text.data(), text.size(), "%zu%04d%090d\n", i, entry, 0);
+                    log(text.data());
+                }
+                stop();
+                accepted.close();
+                interposed::write = nullptr;
+            });
+        }
+        for (const pid_t child : children) {
+            support::expectGoodEnd(child);
+        }
+        std::string all = contents("log");
+        std::set<std::string> found;
+        std::string one;
+        for (std::istringstream entries(std::regex_replace(all, std::regex(R"([\[\]/])"), ""));
+             std::getline(entries, one, '|');) {
+            if (!one.empty()) {
+                EXPECT_EQ(one.size(), 95U) << one;
+                EXPECT_TRUE(found.insert(one.substr(0, 5)).second) << one;
+            }
+        }
+        EXPECT_LT(found.size(), 2U * kEntries) << "the disk was to be full";
+        EXPECT_GT(found.size(), 64U * 1024 / 150);
+        for (const char* const name : {"accepted0", "accepted1"}) {
+            for (std::istringstream entries(workspace_.read(name)); entries >> one;) {
+                EXPECT_EQ(found.count(one), 1U) << one;
+            }
+        }
+        for (const auto& entry : fs::directory_iterator(workspace_.path("log"))) {
+            entry.path() != log_ ? fs::remove(entry.path()) : false;
+        }
+        start();
+        log("There is room again.");
+        stop();
+        EXPECT_NE(written().find("|There is room again."), std::string::npos);
+    });
+    mounted = workspace_.exists("mounted");
+    if (!mounted) {
+        GTEST_SKIP() << "no file system can be mounted here: run it as root, or allow user namespaces";
+    }
+}
+
+}  // namespace

@@ -1,0 +1,124 @@
+// What the log file's writer tells, when, and with what held; threads that end in the middle of it.
+#include "config/XMLConfigData.h"
+#include "logger/Interposed.h"
+#include "logger/Logs.h"
+#include "logging/LogFileWriter.h"
+#include "platform/agent/Logging.h"
+#include "support/Child.h"
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <thread>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+constexpr std::int64_t kSunday = 1772359200;
+const std::string kReport = "\n Error renaming file";
+
+std::function<void(const char*)> hook;
+
+/// A writer to a file that reaches its limit with each entry and cannot be renamed: its name is too long for
+/// an archive of it.
+class LogFileWriterTest : public testing::Test {
+  protected:
+    LogFileWriterTest() {
+        interposed::now = kSunday;
+        workspace_.write("config", logs::configuration(logs::setting("LogFilePath", workspace_.path(kName)) +
+                                                       logs::setting("FileSize", "1")));
+        loadConfiguration(workspace_.path("config"));
+        writer_ = LogFileWriter::getInstance();
+        KRXLogSetFunc([](std::uint8_t, const char* text) -> std::int8_t {
+            hook ? hook(text) : void();
+            return 0;
+        });
+        writer_->writeInfo("a");
+    }
+    ~LogFileWriterTest() override {
+        KRXLogSetFunc(nullptr);
+        hook = nullptr, interposed::write = nullptr, interposed::now = 0;
+        LogFileWriter::destroyInstance();
+        XMLConfigData::destroyInstance();
+    }
+    /// As the file logger does it.
+    void write(const char* text) const {
+        writer_->writeInfo(text);
+        LogFileWriter::report(writer_->takeNotices());
+    }
+    std::string written() const { return logs::withoutStamps(workspace_.read(kName)); }
+
+    const std::string kName = "log/" + std::string(245, 'n') + ".xml";
+    const support::Workspace workspace_;
+    std::shared_ptr<LogFileWriter> writer_;
+};
+
+TEST_F(LogFileWriterTest, ReportComesBackAsAnEntryWithWhatTheAgentAdds) {
+    int reports = 0;
+    hook = [&](const char* text) {
+        ++reports;
+        // On a thread of its own, which would wait for ever for a lock held here.
+        std::thread([&] { write((std::string("250:") + text).c_str()); }).join();
+        write("A line of the agent's own");
+    };
+    write("b");
+    EXPECT_EQ(reports, 1);
+    EXPECT_EQ(written(), "|a|b\n|250:" + kReport + "|A line of the agent's own");
+    write("c");
+    EXPECT_EQ(reports, 2);
+}
+
+TEST_F(LogFileWriterTest, ReportThatComesLateMakesNoOther) {
+    int reports = 0;
+    hook = [&](const char*) { ++reports; };
+    write("b");
+    write(("queued: " + kReport).c_str());
+    write("Error renaming file\n");
+    EXPECT_EQ(reports, 1);
+    EXPECT_EQ(written(), "|a|b\n|queued: " + kReport + "|Error renaming file\n");
+}
+
+TEST_F(LogFileWriterTest, EachNoticeIsHandedOutOnce) {
+    writer_->writeInfo("b");
+    writer_->writeInfo("c");
+    const Notices notices = writer_->takeNotices();
+    EXPECT_EQ(notices.failedRenames, 2U);
+    EXPECT_EQ(writer_->takeNotices().failedRenames, 0U);
+    int reports = 0;
+    hook = [&](const char* text) { reports += text == kReport ? 1 : 100; };
+    LogFileWriter::report(Notices{});
+    LogFileWriter::report(notices);
+    EXPECT_EQ(reports, 2);
+}
+
+TEST_F(LogFileWriterTest, ThreadThatVanishesWhileItReportsStopsNoRotation) {
+    support::inChild([this] {
+        hook = [](const char*) { support::vanish(); };
+        support::inVanishingThread([this] { write("b"); });
+        int reports = 0;
+        hook = [&](const char*) { ++reports; };
+        ++interposed::now;
+        write("c");
+        EXPECT_EQ(reports, 1);
+    });
+}
+
+TEST_F(LogFileWriterTest, ThreadThatVanishesInAWriteLosesThatEntryAndTheNext) {
+    support::inChild([this] {
+        testing::internal::CaptureStdout();
+        interposed::write = [](int, const void*, std::size_t) -> ssize_t {
+            support::vanish();
+            return 0;
+        };
+        support::inVanishingThread([this] { write("b"); });
+        interposed::write = nullptr;
+        write("c");
+        write("d");
+        EXPECT_EQ(testing::internal::GetCapturedStdout(),
+                  "\n The thread got ownership of an abandoned logging mutex.");
+        EXPECT_EQ(written(), "|a|d\n");
+    });
+}
+
+}  // namespace

@@ -1,0 +1,156 @@
+#include "report/SessionData.h"
+
+#include <nlohmann/json.hpp>
+#include <random>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+struct Sample {
+    std::int64_t time;
+    std::string body;
+};
+
+std::string body(int number) {
+    return R"({"thread":"host","event":"file","path":")" + std::to_string(number) + R"(","text":"<x>"})";
+}
+
+std::vector<std::string> linesOf(const std::vector<Sample>& samples) {
+    std::vector<std::string> lines;
+    for (const auto& [time, text] : samples) {
+        char start[32];
+        std::snprintf(start, sizeof start, R"({"t":%.3f,)", static_cast<double>(time) / 1000);
+        lines.push_back(start + text.substr(1));
+    }
+    return lines;
+}
+
+/// Rounds of a cycle whose steps come `delay` after each other, as polling does.
+std::vector<Sample> rounds(int count, int length, int delay) {
+    std::vector<Sample> samples;
+    for (int i = 0; i < count * length; ++i) {
+        samples.push_back({std::int64_t{delay + length} * (i / length) + i % length, body(i % length)});
+    }
+    return samples;
+}
+
+std::vector<Sample> operator+(std::vector<Sample> left, const std::vector<Sample>& right) {
+    const std::int64_t end = left.empty() ? 0 : left.back().time;
+    for (const Sample& sample : right) {
+        left.push_back({end + sample.time, sample.body});
+    }
+    return left;
+}
+
+std::vector<Sample> noise(unsigned int seed, int count, int kinds) {
+    std::mt19937 random(seed);
+    std::vector<Sample> samples;
+    std::int64_t time = 0;
+    for (int i = 0; i < count; ++i) {
+        time += random() % 3;
+        samples.push_back({time, body(static_cast<int>(random() % static_cast<unsigned int>(kinds)))});
+    }
+    return samples;
+}
+
+struct Row {
+    const char* name;
+    std::vector<Sample> samples;
+};
+
+std::vector<Row> rows() {
+    return {
+        {"nothing", {}},
+        {"one event", {{1500, body(1)}}},
+        {"polls", rounds(1000, 4, 10000)},
+        {"polls that stop in the middle of a round", rounds(50, 4, 10000) + rounds(1, 3, 0)},
+        {"polls, then others, then polls at another rate",
+         rounds(50, 3, 10000) + noise(1, 20, 9) + rounds(50, 3, 15000)},
+        {"a cycle too long to be seen", rounds(10, 40, 5)},
+        {"a cycle of cycles",
+         rounds(5, 2, 10) + rounds(1, 1, 1) + rounds(5, 2, 10) + rounds(1, 1, 1) + rounds(5, 2, 10)},
+        {"few different events in any order", noise(2, 3000, 2)},
+        {"many different events", noise(3, 9000, 500)},
+        {"one event again and again", rounds(5000, 1, 0)},
+    };
+}
+
+TEST(SessionDataTest, LinesComeBackAsTheyWere) {
+    for (const Row& row : rows()) {
+        SCOPED_TRACE(row.name);
+        sim::SessionData data;
+        std::vector<std::string> expected = linesOf(row.samples);
+        for (std::size_t i = 0; i < row.samples.size(); ++i) {
+            data.add(row.samples[i].time, row.samples[i].body);
+            if (i % 97 == 0) {  // also while a round is incomplete
+                ASSERT_EQ(data.lines(i, 2), std::vector(1, expected[i]));
+            }
+        }
+        EXPECT_EQ(data.size(), expected.size());
+        EXPECT_EQ(data.lines(0, expected.size() + 1), expected);
+        for (std::size_t first = 0; first < expected.size(); first += 1 + first / 3) {
+            const std::size_t limit = std::min<std::size_t>(7, expected.size() - first);
+            const auto from = expected.begin() + static_cast<std::ptrdiff_t>(first);
+            EXPECT_EQ(data.lines(first, 7), std::vector(from, from + static_cast<std::ptrdiff_t>(limit)));
+        }
+        EXPECT_TRUE(data.lines(expected.size(), 5).empty());
+    }
+}
+
+TEST(SessionDataTest, JsonHoldsTheSameEvents) {
+    for (const Row& row : rows()) {
+        SCOPED_TRACE(row.name);
+        sim::SessionData data;
+        for (const auto& [time, text] : row.samples) {
+            data.add(time, time + 1000, text);
+        }
+        std::string text = "{";
+        data.appendJson(text);
+        const auto json = nlohmann::json::parse(text + "}");
+        EXPECT_EQ(text.find('<'), std::string::npos);
+        std::vector<Sample> events;
+        std::int64_t time = 0;
+        for (const auto& run : json["runs"]) {
+            for (std::size_t round = 0; round < run[0]; ++round) {
+                for (std::size_t i = 1; i < run.size(); i += 2) {
+                    time += run[i].get<std::int64_t>();
+                    events.push_back({time, json["bodies"][run[i + 1].get<std::size_t>()].dump()});
+                }
+            }
+        }
+        ASSERT_EQ(events.size(), row.samples.size());
+        EXPECT_EQ(json["events"], events.size());
+        for (std::size_t i = 0; i < events.size(); ++i) {
+            ASSERT_EQ(events[i].time, row.samples[i].time);
+            ASSERT_EQ(events[i].body, nlohmann::json::parse(row.samples[i].body).dump());
+        }
+    }
+}
+
+TEST(SessionDataTest, RepeatedRoundsTakeNoRoom) {
+    const auto sizeOf = [](int count) {
+        sim::SessionData data;
+        for (const auto& [time, text] : rounds(count, 4, 10000)) {
+            data.add(time, text);
+        }
+        std::string json;
+        data.appendJson(json);
+        return json.size();
+    };
+    EXPECT_LT(sizeOf(20000), sizeOf(20) + 20);
+}
+
+TEST(SessionDataTest, WallClockThatIsSet) {
+    sim::SessionData data;
+    data.add(0, 5000, body(1));
+    data.add(1000, 6000, body(1));
+    data.add(2000, 3000, body(1));
+    std::string json = "{";
+    data.appendJson(json);
+    EXPECT_EQ(nlohmann::json::parse(json + "}")["clock"], nlohmann::json::parse("[[0,5000],[2,1000]]"));
+}
+
+}  // namespace

@@ -1,0 +1,125 @@
+"""The report page without a browser: what it holds, and how it is made."""
+import json
+import re
+import unittest
+
+from session import EXAMPLES, Workspace, data_of, events_of
+
+# Everything that may end a script element, begin another one, or break a line of a script.
+HOSTILE = '</script><script>document.title="taken"</script><!-- & \\" \u2028 ]]> </SCRIPT >'
+
+
+class ReportTest(unittest.TestCase):
+    def test_page_holds_every_event_of_the_trace(self):
+        for scenario in sorted(EXAMPLES.glob("*.scenario")):
+            if scenario.name == "service-visit-short.scenario":
+                continue  # for the real clock
+            with self.subTest(scenario.name), Workspace() as workspace:
+                page, events = workspace.replay(scenario)
+                data = data_of(page)
+                self.assertEqual(events_of(data), events)
+                self.assertEqual(data["events"], len(events))
+
+    def test_polls_that_go_on_for_days_take_no_room(self):
+        with Workspace() as workspace:
+            hour, _ = workspace.replay("0 start rsm zephan-config.xml\n0 start web-service\n0 connect 60 10\n4000 end\n")
+            short = hour.stat().st_size
+        with Workspace() as workspace:
+            week, events = workspace.replay("0 start rsm zephan-config.xml\n0 start web-service\n0 connect 10080 10\n604900 end\n")
+            self.assertEqual(sum(event["event"] == "force-poll" for event in events), 60480)
+            self.assertLess(week.stat().st_size, short + 100)
+            self.assertEqual(events_of(data_of(week)), events)
+
+    def test_page_of_a_kept_trace_is_that_of_the_session(self):
+        with Workspace() as workspace:
+            page, events = workspace.replay(EXAMPLES / "service-visit.scenario")
+            made = data_of(page)
+            status, said = workspace.run("report", "trace.jsonl", "-o", "kept.html", "--clock", "2026-03-01T10:00:00Z")
+            self.assertEqual((status, said), (0, ""))
+            kept = data_of(workspace.path / "kept.html")
+            self.assertEqual(kept["start"], made["clock"][0][1])
+            for part in ("bodies", "runs", "texts", "events"):
+                self.assertEqual(kept[part], made[part])
+            # Another writer of JSON puts blanks between.
+            respaced = "".join(json.dumps(event) + "\n" for event in events)
+            (workspace.path / "trace.jsonl").write_text(respaced)
+            self.assertEqual(workspace.run("report", "trace.jsonl", "-o", "again.html")[0], 0)
+            self.assertEqual(events_of(data_of(workspace.path / "again.html")), events)
+
+    def test_kept_traces_that_are_none(self):
+        good = '{"t":1.000,"thread":"host","event":"force-poll"}\n'
+        rows = [
+            ("cut off at its end", good + good[:20], 0, "the last line is cut off and left out"),
+            ("cut off in the middle", good + good[:20] + "\n" + good, 1, "bad.jsonl:2: is no event of a trace"),
+            ("another JSON", good + "[1]\n", 1, "bad.jsonl:2: is no event of a trace"),
+            ("no thread", good + '{"t":1.000,"event":"x"}\n', 1, "bad.jsonl:2: is no event of a trace"),
+            ("a time before the start", good.replace("1.000", "-1.000"), 1, "bad.jsonl:1: its time is out of range"),
+            ("a known event long after", good + good.replace("1.000", "1e300"), 1, "bad.jsonl:2: its time is out of range"),
+            ("bytes", "\x00\x01\n", 1, "bad.jsonl:1: is no event of a trace"),
+        ]
+        for name, text, status, message in rows:
+            with self.subTest(name), Workspace() as workspace:
+                (workspace.path / "bad.jsonl").write_text(text)
+                ended, said = workspace.run("report", "bad.jsonl", "-o", "page.html")
+                self.assertEqual(ended, status)
+                self.assertIn(message, said)
+                if status == 0:
+                    self.assertEqual(data_of(workspace.path / "page.html")["events"], 1)
+
+    def test_command_line(self):
+        rows = [
+            (("report", "trace.jsonl"), 2, "no file for the page"),
+            (("report",), 2, "no trace to report"),
+            (("report", "missing.jsonl", "-o", "page.html"), 1, "missing.jsonl: No such file"),
+            (("replay", "s", "--report", "missing/page.html"), 1, "missing/page.html: No such file"),
+            (("report", "s", "-o", "p", "--clock", "ten"), 2, "'ten' is no time"),
+        ]
+        for arguments, status, message in rows:
+            with self.subTest(arguments), Workspace() as workspace:
+                (workspace.path / "s").write_text("0 end\n")
+                ended, said = workspace.run(*arguments)
+                self.assertEqual(ended, status)
+                self.assertIn(message, said)
+
+    def test_page_of_a_session_that_went_wrong(self):
+        with Workspace() as workspace:
+            (workspace.path / "s").write_text("0 start rsm zephan-config.xml\n1 age missing 1\n")
+            status, _ = workspace.run("replay", "s", "--report", "page.html")
+            self.assertEqual(status, 1)
+            self.assertTrue(any(event.get("verb") == "start rsm zephan-config.xml"
+                                for event in events_of(data_of(workspace.path / "page.html"))))
+
+    def test_page_stands_alone_and_texts_stay_texts(self):
+        with Workspace() as workspace:
+            text = HOSTILE.replace("\\", "\\\\").replace('"', '\\"')
+            page, events = workspace.replay(
+                f'# note {HOSTILE}\n0 start logger zephan-config.xml\n0 log error "{text}"\n1 audit "{text}"\n1 write state/x "{text}"\n1 show state/x\n')
+            self.assertEqual(events_of(data_of(page)), events)
+            source = page.read_text(encoding="utf-8")
+            self.assertEqual(len(re.findall(r"</script", source, re.I)), 2)
+            self.assertNotIn("<!--", source)
+            self.assertNotRegex(source, r"https?://|src=|@import|url\((?!['\"]?#)")
+
+    def test_audit_texts_come_from_the_configuration(self):
+        rows = [
+            ("the example", None, ["Remote tunnel opened", "Desktop session opened"]),
+            ("none", "<a/>", []),
+            ("unreadable", "<a", None),
+        ]
+        for name, configuration, texts in rows:
+            with self.subTest(name), Workspace() as workspace:
+                start = "0 start rsm zephan-config.xml\n"
+                if configuration is not None:
+                    (workspace.path / "other.xml").write_text(configuration)
+                workspace.replay(start)
+                arguments = [] if configuration is None else ["--config", "other.xml"]
+                status, said = workspace.run("report", "trace.jsonl", "-o", "page.html", *arguments)
+                if texts is None:
+                    self.assertEqual(status, 1)
+                    self.assertIn("other.xml: cannot be read", said)
+                else:
+                    self.assertEqual(data_of(workspace.path / "page.html")["texts"]["tunnelOpen"], texts)
+
+
+if __name__ == "__main__":
+    unittest.main()

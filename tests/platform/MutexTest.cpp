@@ -1,0 +1,58 @@
+// Mutexes whose owners come and go.
+#include "platform/Lock.h"
+#include "platform/Mutex.h"
+
+#include <thread>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using platform::Mutex;
+using Wait = platform::Mutex::Wait;
+
+/// What another thread does, to its end.
+template <typename Function>
+void elsewhere(Function&& function) {
+    std::thread(function).join();
+}
+
+TEST(Mutex, AdmitsItsOwnerAgainAndNobodyElse) {
+    Mutex mutex;
+    EXPECT_FALSE(mutex.release());
+    EXPECT_EQ(mutex.wait(), Wait::Obtained);
+    EXPECT_EQ(mutex.tryWait(), Wait::Obtained);
+    for (const Wait seen : {Wait::Busy, Wait::Busy, Wait::Obtained}) {
+        elsewhere([&] {
+            EXPECT_EQ(mutex.tryWait(), seen);
+            EXPECT_EQ(mutex.release(), seen == Wait::Obtained);
+        });
+        EXPECT_EQ(mutex.release(), seen == Wait::Busy);
+    }
+}
+
+TEST(Mutex, TellsOnceOfAnOwnerThatEnded) {
+    for (const bool tried : {false, true}) {
+        Mutex mutex;
+        elsewhere([&] { mutex.wait(), mutex.wait(); });
+        const auto next = [&] { return tried ? mutex.tryWait() : mutex.wait(); };
+        EXPECT_EQ(next(), Wait::Abandoned);
+        EXPECT_FALSE(mutex.release());
+        EXPECT_EQ(next(), Wait::Obtained);
+        EXPECT_TRUE(mutex.release());
+        EXPECT_FALSE(mutex.release());
+    }
+}
+
+TEST(Lock, TakesOverAndGivesBack) {
+    Mutex mutex;
+    elsewhere([&] { mutex.wait(); });
+    {
+        const platform::Lock lock(mutex);
+        EXPECT_TRUE(lock.isHeld());
+        elsewhere([&] { EXPECT_EQ(mutex.tryWait(), Wait::Busy); });
+    }
+    elsewhere([&] { EXPECT_EQ(mutex.tryWait(), Wait::Obtained), mutex.release(); });
+}
+
+}  // namespace

@@ -1,0 +1,184 @@
+// Eight threads call every export at random, starts and stops among them, on each kind of agent. A watchdog tells when one
+// of them does not come back. ZEPHAN_STRESS_SECONDS sets how long it takes for each kind.
+#include "AgentHost.h"
+#include "FreeRuntime.h"
+#include "Library.h"
+#include "Observer.h"
+
+#include <array>
+#include <atomic>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <functional>
+#include <random>
+#include <thread>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using namespace std::chrono_literals;
+
+/// What one of the calling threads does, for the watchdog.
+struct Caller {
+    std::atomic<const char*> doing = "nothing";
+    std::atomic<std::uint64_t> calls = 0;
+};
+
+constexpr std::size_t kCallers = 8;
+constexpr int kSpeed = 100;  // of sleeps, polls, reports and the wait of a stop
+constexpr auto kPatience = 60s;  // of the watchdog; sanitizers and other programs may take most of the machine
+
+std::chrono::seconds duration() {
+    const char* const set = std::getenv("ZEPHAN_STRESS_SECONDS");
+    return std::chrono::seconds(set == nullptr ? 5 : std::atoi(set));
+}
+
+class Stress final {
+  public:
+    explicit Stress(agent::ThreadDestroy how) : host_({nullptr, nullptr, &runtime_}) {
+        host_.setThreadDestroy(how);
+        host_.setLinkThread(true);
+        host_.setEnterpriseDelay(100ms);
+        host_.setPollDelay(50ms);
+    }
+
+    void run() {
+        Families families(library_, host_.serviceAgent(), workspace_);
+        std::vector<std::thread> threads;
+        for (std::size_t i = 0; i < kCallers; ++i) {
+            threads.emplace_back([&, i] { call(families, callers_[i], static_cast<unsigned int>(i)); });
+        }
+        std::thread watchdog([this] { watch(); });
+        std::this_thread::sleep_for(duration());
+        over_ = true;
+        for (std::thread& thread : threads) {
+            thread.join();
+        }
+        joined_ = true;
+        watchdog.join();
+        EXPECT_EQ(families.stop(Families::logger), 0);
+        EXPECT_TRUE(host_.endThreads());
+    }
+
+  private:
+    void call(Families families, Caller& self, unsigned int seed) {
+        std::mt19937 random(seed);
+        void* handle = &self;  // any will do for what only asks whether there is one
+        ZPService* service = nullptr;
+        CALL(library_, ZPXRSMWSCreateService)(handle, &service);
+        const auto number = [&random](int below) { return static_cast<int>(random() % static_cast<unsigned int>(below)); };
+        struct Call {
+            const char* name;
+            int weight;
+            std::function<void()> make;
+        };
+        const Call calls[] = {
+            {"log", 40, [&] { CALL(library_, ZPXRSMLoggerLog)(static_cast<std::uint8_t>(number(255)), ""); }},
+            {"audit", 20, [&] { host_.audit(number(2) == 0 ? "opened" : "closed"); }},
+            {"KRXLog", 20, [&] { KRXLog(level::kForce, "%s", ""); }},
+            {"connect", 10, [&] { Families::connect(service, "1", std::to_string(number(3))); }},
+            {"disconnect", 5, [&] { sim::callService(*service, "disconnect", {{"memberName", "a"}}); }},
+            {"ScheduleRSM", 3, [&] { schedule(); }},
+            {"ExitRSM", 3, [&] { command("ExitRSM", nullptr); }},
+            {"other command", 1, [&] { command("Reboot", nullptr); }},
+            {"get and set", 1, [&] { CALL(library_, ZPXRSMDSGet)(), CALL(library_, ZPXRSMDSSet)(); }},
+            {"response", 1, [&] { CALL(library_, ZPXRSMDSDestoryResponse)(); }},
+            {"service", 2,
+             [&] {
+                 CALL(library_, ZPXRSMWSDestroyService)(handle, service);
+                 CALL(library_, ZPXRSMWSCreateService)(handle, &service);
+             }},
+            {"asset", 1, [&] { host_.setAssetPresent(number(2) == 0); }},
+            {"start data source", 2, [&] { families.start(Families::dataSource); }},
+            {"start logger", 2, [&] { families.start(Families::logger); }},
+            {"start RSM", 2, [&] { families.start(Families::rsm); }},
+            {"start web service", 2, [&] { families.start(Families::webService); }},
+            {"stop data source", 1, [&] { families.stop(Families::dataSource); }},
+            {"stop logger", 1, [&] { families.stop(Families::logger); }},
+            {"stop RSM", 1, [&] { CALL(library_, ZPRSMExtnShutdown)(handle); }},
+            {"stop web service", 1, [&] { CALL(library_, ZPXRSMWSShutdown)(handle); }},
+        };
+        std::vector<int> weights;
+        for (const Call& one : calls) {
+            weights.push_back(one.weight);
+        }
+        std::discrete_distribution<std::size_t> choice(weights.begin(), weights.end());
+        while (!over_) {
+            const Call& one = calls[choice(random)];
+            self.doing = one.name;
+            one.make();
+            ++self.calls;
+        }
+        CALL(library_, ZPXRSMWSDestroyService)(handle, service);
+        self.doing = "nothing";
+    }
+
+    void schedule() const {
+        std::string name = "GracePeriod";
+        std::string value = "1";
+        Prop property{name.data(), nullptr, nullptr, value.data()};
+        const PropList list{&property, 1};
+        command("ScheduleRSM", &list);
+    }
+
+    void command(const char* name, const PropList* list) const {
+        PropList* answer = nullptr;
+        CALL(library_, ZPXRSMDSExectue)(nullptr, nullptr, name, list, &answer);
+        CALL(library_, ZPXRSMDSDestroyPropList)(nullptr, nullptr, answer);
+    }
+
+    void watch() {
+        std::array<std::uint64_t, kCallers> seen{};
+        auto quietSince = std::chrono::steady_clock::now();
+        while (!joined_) {
+            std::this_thread::sleep_for(50ms);
+            bool all = true;
+            for (std::size_t i = 0; i < kCallers; ++i) {
+                all = all && callers_[i].calls != seen[i];
+            }
+            if (all) {
+                for (std::size_t i = 0; i < kCallers; ++i) {
+                    seen[i] = callers_[i].calls;
+                }
+                quietSince = std::chrono::steady_clock::now();
+            }
+            if (std::chrono::steady_clock::now() - quietSince > kPatience) {
+                for (std::size_t i = 0; i < kCallers; ++i) {
+                    std::fprintf(stderr, "caller %zu: %s, %s\n", i, callers_[i].doing.load(),
+                                 callers_[i].calls == seen[i] ? "does not come back" : "goes on");
+                }
+                std::abort();
+            }
+        }
+    }
+
+    const support::Workspace workspace_;
+    agent::FreeRuntime runtime_{kSpeed};
+    agent::AgentHost host_;
+    const Library library_;
+    std::array<Caller, kCallers> callers_;
+    std::atomic<bool> over_ = false;
+    std::atomic<bool> joined_ = false;
+};
+
+class StressTest : public testing::TestWithParam<agent::ThreadDestroy> {};
+
+TEST_P(StressTest, EveryExportAtRandom) {
+    Stress(GetParam()).run();
+    EXPECT_FALSE(Library::isLoaded());
+}
+
+std::string nameOf(const testing::TestParamInfo<agent::ThreadDestroy>& kind) {
+    static const char* const kNames[] = {"sleep", "anywhere", "unwind", "leave"};
+    return kNames[static_cast<std::size_t>(kind.param)];
+}
+
+INSTANTIATE_TEST_SUITE_P(Agents, StressTest,
+                         testing::Values(agent::ThreadDestroy::sleep, agent::ThreadDestroy::anywhere,
+                                         agent::ThreadDestroy::unwind, agent::ThreadDestroy::leave),
+                         &nameOf);
+
+}  // namespace

@@ -1,0 +1,84 @@
+// What becomes of bytes that a terminal or a JSON reader would act upon.
+#include "ShownText.h"
+
+#include <nlohmann/json.hpp>
+#include <string>
+
+#include <gtest/gtest.h>
+
+namespace logreader {
+namespace {
+
+std::string shown(std::string_view text) {
+    std::string target;
+    appendShown(target, text, ">");
+    return target;
+}
+
+std::string json(std::string_view text) {
+    std::string target;
+    appendJson(target, text);
+    return target;
+}
+
+TEST(ShownText, Forms) {
+    using namespace std::string_view_literals;
+    const struct {
+        std::string_view text;
+        const char* shown;
+        const char* json;
+    } cases[] = {
+        {"plain text, longer than a word", "plain text, longer than a word",
+         R"("plain text, longer than a word")"},
+        {R"(..\log "x")", R"(..\log "x")", R"("..\\log \"x\"")"},
+        {R"(1234567\89"123456\)", R"(1234567\89"123456\)", R"("1234567\\89\"123456\\")"},
+        {"a\tb\nc\r\nd\re", "a\tb\n>c\n>d\\x0de", R"("a\tb\nc\u000d\nd\u000de")"},
+        {"\x1b[31mred\x07", R"(\x1b[31mred\x07)", R"("\u001b[31mred\u0007")"},
+        {"nul \0 del \x7f"sv, R"(nul \x00 del \x7f)", R"("nul \u0000 del \u007f")"},
+        {"Grüße, 日本 🛠", "Grüße, 日本 🛠", "\"Grüße, 日本 🛠\""},
+        {"Latin \xfc\xdf.", R"(Latin \xfc\xdf.)", R"("Latin \u00fc\u00df.")"},
+        {"cut \xe6\x97", R"(cut \xe6\x97)", R"("cut \u00e6\u0097")"},
+        {"CSI \xc2\x9b"
+         "31m",
+         R"(CSI \xc2\x9b31m)", R"("CSI \u009b31m")"},
+        {"overlong \xc0\xaf \xe0\x80\xaf \xf0\x80\x80\xaf",
+         R"(overlong \xc0\xaf \xe0\x80\xaf \xf0\x80\x80\xaf)",
+         R"("overlong \u00c0\u00af \u00e0\u0080\u00af \u00f0\u0080\u0080\u00af")"},
+        {"surrogate \xed\xa0\x80", R"(surrogate \xed\xa0\x80)", R"("surrogate \u00ed\u00a0\u0080")"},
+        {"beyond \xf4\x90\x80\x80 \xff", R"(beyond \xf4\x90\x80\x80 \xff)",
+         R"("beyond \u00f4\u0090\u0080\u0080 \u00ff")"},
+        {"turned \u202egnp.exe\u2066 \u2028", R"(turned \u202egnp.exe\u2066 \u2028)",
+         R"("turned \u202egnp.exe\u2066 \u2028")"},
+    };
+    for (const auto& row : cases) {
+        EXPECT_EQ(shown(row.text), row.shown);
+        EXPECT_EQ(json(row.text), row.json);
+    }
+}
+
+// Each byte at each place of a word, since plain text is looked through by words.
+TEST(ShownText, EveryByteAtEveryPlace) {
+    for (int byte = 0; byte < 256; ++byte) {
+        for (std::size_t place = 0; place < 17; ++place) {
+            std::string text(17, 'a');
+            text[place] = static_cast<char>(byte);
+            std::string expected = text;
+            if ((byte < 0x20 && byte != '\t' && byte != '\n') || byte >= 0x7F) {
+                char code[8];
+                std::snprintf(code, sizeof code, "\\x%02x", static_cast<unsigned>(byte));
+                expected.replace(place, 1, code);
+            } else if (byte == '\n') {
+                expected.insert(place + 1, ">");
+            }
+            EXPECT_EQ(shown(text), expected);
+            const nlohmann::json read = nlohmann::json::parse(json(text), nullptr, false);
+            ASSERT_TRUE(read.is_string()) << byte;
+            if (byte < 0x80) {
+                EXPECT_EQ(read.get<std::string>(), text);
+            }
+        }
+    }
+}
+
+}  // namespace
+}  // namespace logreader

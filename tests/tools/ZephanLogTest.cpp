@@ -1,0 +1,235 @@
+// The program itself, on logs that the module wrote.
+#include "support/Replay.h"
+#include "support/Workspace.h"
+
+#include <array>
+#include <cstdio>
+#include <fstream>
+#include <nlohmann/json.hpp>
+#include <re2/re2.h>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+
+namespace {
+
+std::string configuration(const std::string& path, const std::string& size) {
+    return "<z><FileLogging><LogLevel>trace</LogLevel><LogFilePath>" + path + "</LogFilePath><FileSize>" +
+           size + "</FileSize></FileLogging><ListnerSet><FileListner>1</FileListner></ListnerSet></z>";
+}
+
+class ZephanLogTest : public testing::Test {
+  protected:
+    /// Runs the program in the workspace's directory: its standard output, and behind it "status N" with what
+    /// it said to standard error unless N is 0.
+    std::string run(const std::string& arguments) const {
+        return output("cd '" + workspace.path("").string() + "' && TZ=UTC " ZEPHAN_LOG " " + arguments +
+                      " 2>said </dev/null");
+    }
+
+    std::string output(const std::string& command) const {
+        std::FILE* const stream = ::popen(command.c_str(), "r");
+        std::string text;
+        std::array<char, 4096> buffer{};
+        for (std::size_t length = 1; length > 0;) {
+            length = std::fread(buffer.data(), 1, buffer.size(), stream);
+            text.append(buffer.data(), length);
+        }
+        const int status = WEXITSTATUS(::pclose(stream));
+        return status == 0 ? text : text + "status " + std::to_string(status) + " " + workspace.read("said");
+    }
+
+    static std::vector<std::string> linesOf(const std::string& text) {
+        std::istringstream stream(text);
+        std::vector<std::string> lines;
+        for (std::string line; std::getline(stream, line);) {
+            lines.push_back(line);
+        }
+        return lines;
+    }
+
+    support::Workspace workspace;
+};
+
+// Every message that went into the logger comes out once, in order: over archives of every second of a
+// minute, with and without collisions, whichever way the log's path is spelled.
+TEST_F(ZephanLogTest, ReadsBackWhatTheModuleWrote) {
+    for (const char* const path : {"log/k.xml", "log/agentlog", "../log/agentlog", ".\\log\\k.5.xml"}) {
+        for (const char* const size : {"0", "1", "100", "5000000"}) {
+            const support::Workspace fresh;
+            fresh.write("here/config", configuration(path, size));
+            fresh.write("here/log/keep", "");
+            std::string scenario = "clock 2026-03-01T09:00:00Z\n0 start logger config\n";
+            std::vector<std::string> expected;
+            for (int number = 0; number < 150; ++number) {
+                const std::string text = "message " + std::to_string(number);
+                // Four in the same second now and then, which makes collision counters up to 3.
+                scenario += std::to_string(number - (number % 8 < 4 ? number % 4 : 0)) + " log info \"" +
+                            text + (number % 3 == 0 ? "\\n" : "") + "\"\n";
+                expected.push_back(text);
+            }
+            fresh.write("here/test.scenario", scenario);
+            const std::string command =
+                "cd '" + fresh.path("here").string() +
+                "' && TZ=UTC " KRX_AGENT_SIM " replay test.scenario >/dev/null && " ZEPHAN_LOG
+                " --log-zone UTC --grep '^message' --config config | cut -d ' ' -f 2-";
+            EXPECT_EQ(linesOf(output(command)), expected) << path << ", size " << size;
+        }
+    }
+}
+
+TEST_F(ZephanLogTest, AnswersWhatHappenedLastNight) {
+    workspace.write("zephan-config.xml",
+                    (std::stringstream() << std::ifstream(EXAMPLES "/zephan-config.xml").rdbuf()).str());
+    const support::Replay replay(
+        workspace, (std::stringstream() << std::ifstream(EXAMPLES "/service-visit.scenario").rdbuf()).str());
+    ASSERT_EQ(replay.exitStatus(), 0) << replay.printed();
+    EXPECT_EQ(run("--config zephan-config.xml --grep 'tunnel|transfer|RSM_MODE =|Firmware'"),
+              "2026-03-01T10:00:05Z RSM_MODE = FORCE_POLL_GRACE\n"
+              "2026-03-01T10:00:30Z Remote tunnel opened by operator-7\n"
+              "2026-03-01T10:00:30Z RSM_MODE = FORCE_POLL_ACTIVITY\n"
+              "2026-03-01T10:03:20Z File transfer started: firmware.bin\n"
+              "2026-03-01T10:03:50Z Remote tunnel closed by operator-7\n"
+              "2026-03-01T10:04:20Z File transfer finished: firmware.bin\n"
+              "2026-03-01T10:04:20Z RSM_MODE = FORCE_POLL_GRACE\n"
+              "2026-03-01T10:04:21Z Firmware 2.1 installed\n"
+              "2026-03-01T10:06:05Z RSM_MODE = NOT_ACTIVE\n");
+}
+
+TEST_F(ZephanLogTest, Options) {
+    workspace.write(
+        "log/k.xml",
+        "torn end\nDate:2026-3-1 Time:9:0:0 :: \n first \nDate:2026-3-1 Time:9:0:1 :: second\n  line\n"
+        "Date:2026-3-1 Time:9:0:2 :: \x1b[1mthird\xff");
+    const std::string first = "2026-03-01T09:00:00Z first\n";
+    const std::string second = "2026-03-01T09:00:01Z second\n      line\n";
+    const std::string third = "2026-03-01T09:00:02Z \\x1b[1mthird\\xff\n";
+    const struct {
+        const char* arguments;
+        std::string expected;
+    } cases[] = {
+        {"log/k.xml", "(no time) torn end\n" + first + second + third},
+        {"--since 2026-03-01T09:00:01 log/k.xml", second + third},
+        {"--until 2026-03-01T09:00:01 log/k.xml", "(no time) torn end\n" + first + second},
+        {"--since 2026-03-01 --until 2026-03-01 log/k.xml", first + second + third},
+        {"--since 2026-03-01T09:00:01 --until 2026-03-01T09:00:01 log/k.xml", second},
+        {"--grep IR log/k.xml", "status 1 "},
+        {"-ig IR log/k.xml", first + third},
+        {"--grep '^  line|^first$' log/k.xml", first + second},
+        {"-i --grep 'E$|T$' --exclude IRST log/k.xml", second},
+        {"-n 2 log/k.xml", second + third},
+        {"-n 2 --exclude third log/k.xml", first + second},
+        {"--last 0 log/k.xml", "status 1 "},
+        {"--log-zone +09:00 --utc -n 1 log/k.xml", "2026-03-01T00:00:02Z \\x1b[1mthird\\xff\n"},
+        {"--log-zone +09:00 -n 1 log/k.xml", "2026-03-01T09:00:02+09:00 \\x1b[1mthird\\xff\n"},
+        {"--zone -01:00 --since 8:00:02 --until 8:00:02 log/k.xml", "status 1 "},
+        {"--zone -01:00 --since '2026-03-01 8:00:02' log/k.xml",
+         "2026-03-01T08:00:02-01:00 \\x1b[1mthird\\xff\n"},
+        {"--json log/k.xml",
+         R"({"time":null,"text":"torn end","file":"log/k.xml","offset":0})"
+         "\n"
+         R"({"time":"2026-03-01T09:00:00Z","text":"first","file":"log/k.xml","offset":9})"
+         "\n"
+         R"({"time":"2026-03-01T09:00:01Z","text":"second\n  line","file":"log/k.xml","offset":46})"
+         "\n"
+         R"({"time":"2026-03-01T09:00:02Z","text":"\u001b[1mthird\u00ff","file":"log/k.xml","offset":88})"
+         "\n"},
+        {"absent log/k.xml -n 1", third + "status 2 zephan-log: absent: No such file or directory\n"},
+        {"log", "status 2 zephan-log: log: not a regular file\n"},
+        {"--config log/k.xml", "status 2 zephan-log: log/k.xml: not a configuration file that can be read\n"},
+        {"--until now --follow log/k.xml",
+         "status 2 zephan-log: --follow has no end, so there is no --until\nTry zephan-log --help.\n"},
+        {"--follow log/k.xml log/l.xml",
+         "status 2 zephan-log: --follow takes one FILE\nTry zephan-log --help.\n"},
+        {"--grep '(' log/k.xml",
+         "status 2 zephan-log: regular expression (: missing ): (\nTry zephan-log --help.\n"},
+        {"-n -1 log/k.xml", "status 2 zephan-log: not a number of entries: -1\nTry zephan-log --help.\n"},
+        {"--since", "status 2 zephan-log: no value for option --since\nTry zephan-log --help.\n"},
+        {"--colour", "status 2 zephan-log: unknown option --colour\nTry zephan-log --help.\n"},
+        {"-", "status 1 "},
+    };
+    for (const auto& row : cases) {
+        EXPECT_EQ(run(row.arguments), row.expected) << row.arguments;
+    }
+    EXPECT_EQ(run("log/k.xml >/dev/full"), "status 2 zephan-log: standard output: No space left on device\n");
+}
+
+TEST_F(ZephanLogTest, TimesGoOnThroughTheHourThatComesTwice) {
+    workspace.write("log/k.xml",
+                    "Date:2026-10-25 Time:2:50:0 :: summer\nDate:2026-10-25 Time:2:20:0 :: winter\n");
+    EXPECT_EQ(run("--log-zone CET-1CEST,M3.5.0,M10.5.0/3 --utc log/k.xml"),
+              "2026-10-25T00:50:00Z summer\n2026-10-25T01:20:00Z winter\n");
+}
+
+TEST_F(ZephanLogTest, StandardInput) {
+    EXPECT_EQ(
+        output("printf 'Date:2026-3-1 Time:9:0:0 :: aDate:2026-3-1 Time:9:0:1 :: b' | TZ=UTC " ZEPHAN_LOG
+               " -g b"),
+        "2026-03-01T09:00:01Z b\n");
+}
+
+TEST_F(ZephanLogTest, FollowBeginsWithTheLastTenEntries) {
+    for (int second = 0; second < 15; ++second) {
+        std::ofstream(workspace.path("log/k.xml"), std::ios::app)
+            << "Date:2026-3-1 Time:9:0:" << second << " :: entry " << second << "\n";
+    }
+    const std::string command = "cd '" + workspace.path("").string() +
+                                "' && (TZ=UTC " ZEPHAN_LOG " --follow log/k.xml & echo $! >pid; wait)";
+    std::FILE* const stream = ::popen(command.c_str(), "r");
+    char line[256] = {};
+    for (int second = 5; second < 15; ++second) {
+        ASSERT_NE(std::fgets(line, sizeof line, stream), nullptr);
+        EXPECT_NE(std::string(line).find("entry " + std::to_string(second) + "\n"), std::string::npos)
+            << line;
+    }
+    std::filesystem::rename(workspace.path("log/k.xml"), workspace.path("log/k2026_3_1_9_0_15.xml"));
+    std::ofstream(workspace.path("log/k.xml")) << "Date:2026-3-1 Time:9:0:15 :: new\n";
+    ASSERT_NE(std::fgets(line, sizeof line, stream), nullptr);
+    EXPECT_STREQ(line, "2026-03-01T09:00:15Z new\n");
+    ::kill(std::stoi(workspace.read("pid")), SIGTERM);
+    ::pclose(stream);
+}
+
+TEST_F(ZephanLogTest, HelpNamesEveryOption) {
+    const std::string help = run("--help");
+    for (const char* const option :
+         {"--since", "--until", "--grep", "--exclude", "--ignore-case", "--last", "--follow", "--json",
+          "--utc", "--zone", "--log-zone", "--config", "--help", "--version"}) {
+        EXPECT_NE(help.find(option), std::string::npos) << option;
+    }
+    for (const std::string& line : linesOf(help)) {
+        EXPECT_LE(line.size(), 110U) << line;
+    }
+    EXPECT_EQ(run("--version"), "zephan-log 1.0.0\n");
+}
+
+// The format file for the log viewer: its expressions fit what the program prints, first lines and others.
+TEST_F(ZephanLogTest, TheFormatFileFitsTheOutput) {
+    std::ifstream file(LNAV_FORMAT);
+    const auto format = nlohmann::json::parse(file).at("zephan_log");
+    const RE2 entry(format.at("regex").at("entry").at("pattern").get<std::string>());
+    const RE2 error(format.at("level").at("error").get<std::string>());
+    ASSERT_TRUE(entry.ok() && error.ok());
+    for (const auto& sample : format.at("sample")) {
+        const auto line = sample.at("line").get<std::string>();
+        std::string time;
+        std::string body;
+        EXPECT_TRUE(RE2::FullMatch(line, entry, &time, &body)) << line;
+        EXPECT_EQ(RE2::PartialMatch(body, error), sample.value("level", "") == "error") << line;
+    }
+    workspace.write(
+        "log/k.xml",
+        "Date:2026-3-1 Time:9:0:0 :: a\n2026-03-01T09:00:00Z forged\nDate:2026-3-1 Time:9:0:1 :: b");
+    for (const char* const zone : {"UTC", "+05:30", "-11:00"}) {
+        std::string beginnings;
+        for (const std::string& line : linesOf(run(std::string("--zone ") + zone + " log/k.xml"))) {
+            beginnings += RE2::FullMatch(line, entry) ? "entry " : "more ";
+        }
+        EXPECT_EQ(beginnings, "entry more entry ");
+    }
+}
+
+}  // namespace

@@ -1,0 +1,41 @@
+// The check of one configuration file, from its path to what is to be reported.
+#pragma once
+
+#include "Finding.h"
+#include "KnownElements.h"
+#include "SourceText.h"
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace check {
+
+struct Value {
+    std::string text;
+    std::optional<Position> origin;  ///< none: the default
+};
+
+/// One setting as it is in force.
+struct SettingInForce {
+    std::string name;
+    std::vector<Value> values;  ///< one, but for a list
+    bool list = false;
+    std::string meaning;  ///< what the value says, where that is not plain; may be empty
+};
+
+struct Result {
+    std::string file;
+    std::string unreadable;  ///< why the file could not be read; empty when it was
+    bool accepted = false;   ///< by the module
+    SourceText source{""};
+    Findings findings;
+    std::vector<SettingInForce> settings;  ///< none when the module refuses the file
+};
+
+/// Checks one file. The XML toolkit must be running. `schedule` is the path that the host gives to the
+/// data-source start-up, when it is to be looked at.
+Result checkFile(const std::string& file, const std::optional<std::string>& schedule,
+                 const KnownElements& known);
+
+}  // namespace check

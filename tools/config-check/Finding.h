@@ -1,0 +1,59 @@
+// What the checker has to say about a file.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace check {
+
+/// A place in a file: lines and characters are counted from 1; line 0 is no place, as for the command line.
+struct Position {
+    std::uint32_t line = 0;
+    std::uint32_t column = 0;
+
+    friend bool operator==(const Position&, const Position&) = default;
+    friend auto operator<=>(const Position&, const Position&) = default;
+};
+
+enum class Severity : std::uint8_t {
+    error,   ///< what is written is not what is in force, or cannot work
+    warning  ///< it may be meant, but is more likely a mistake
+};
+
+struct Note {
+    Position position;
+    std::string text;
+};
+
+struct Finding {
+    Severity severity = Severity::error;
+    Position position;
+    const char* kind = "";  ///< one word for scripts, the same for every finding of a rule
+    std::string text;
+    std::vector<Note> notes;
+};
+
+/// The findings of one file. A hostile file is full of mistakes: from a number on nobody reads them.
+class Findings final {
+  public:
+    static constexpr std::size_t kMostKept = 100;
+
+    Finding& add(Severity severity, Position position, const char* kind, std::string text) {
+        Finding finding{severity, position, kind, std::move(text), {}};
+        return full() ? surplus_ = std::move(finding) : all_.emplace_back(std::move(finding));
+    }
+    bool full() const { return all_.size() >= kMostKept; }
+    /// In the order of the file, errors first where two stand at the same place.
+    void sort();
+
+    const std::vector<Finding>& all() const { return all_; }
+
+  private:
+    std::vector<Finding> all_;
+    Finding surplus_;
+};
+
+}  // namespace check

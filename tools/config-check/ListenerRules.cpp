@@ -1,0 +1,147 @@
+#include "Rules.h"
+
+#include <algorithm>
+
+namespace check {
+namespace {
+
+using Texts = std::vector<std::string>;
+
+/// A kind of activity that is followed: its texts, and where they stand.
+struct Activity {
+    const char* name;
+    const char* section;
+    Setting openSetting;
+    Setting closeSetting;
+    const Texts& open;
+    const Texts& close;
+    bool otherEnd;  ///< something else ends it, too
+};
+
+void checkEnds(const Inspection& in, const Activity& activity) {
+    const Position root = in.tagOf(in.root());
+    if (!activity.open.empty() && activity.close.empty() && !activity.otherEnd) {
+        in.warning(in.tagOf(activity.openSetting, root), "never-ends",
+                   std::string("texts open a ") + activity.name + " and none closes it ('CloseMessage' in '" +
+                       activity.section + "'): once begun, the activity does not end");
+    }
+    if (activity.open.empty() && !activity.close.empty()) {
+        in.warning(in.tagOf(activity.closeSetting, root), "no-effect",
+                   std::string("texts close a ") + activity.name + " and none opens it ('OpenMessage' in '" +
+                       activity.section + "')");
+    }
+}
+
+constexpr std::size_t kMostCompared = 100;  // texts of a list; nobody writes more by hand
+
+/// An audit message that holds texts of both kinds leaves the count as it was.
+void checkOverlap(const Inspection& in, const Activity& activity) {
+    if (std::max(activity.open.size(), activity.close.size()) > kMostCompared) {
+        return;
+    }
+    for (const std::string& open : activity.open) {
+        for (const std::string& close : activity.close) {
+            const bool closeInOpen = open.find(close) != std::string::npos;
+            if (!closeInOpen && close.find(open) == std::string::npos) {
+                continue;
+            }
+            const Setting setting = closeInOpen ? activity.closeSetting : activity.openSetting;
+            in.error(in.tagOf(setting, in.tagOf(in.root())), "overlap",
+                     closeInOpen
+                         ? "the text " + shown(close) + " closes a " + activity.name + ", and is part of " +
+                               shown(open) + ", which opens one: such a message opens and closes at once"
+                         : "the text " + shown(open) + " opens a " + activity.name + ", and is part of " +
+                               shown(close) + ", which closes one: such a message opens and closes at once");
+            return;
+        }
+    }
+}
+
+void checkFileListener(const Inspection& in, Position listeners) {
+    const Position position = in.tagOf(Setting::FileListner, listeners);
+    const Element* logging = nullptr;
+    for (const auto& [element, tag] : in.selection.looked) {
+        logging = tag == TagNames::FileLogging ? element : logging;
+    }
+    if (!in.settings.fileListner) {
+        if (logging != nullptr) {
+            in.warning(in.tagOf(*logging), "no-effect",
+                       "'FileLogging' has no effect and no log file is written: 'FileListner' is not on");
+        }
+        return;
+    }
+    if (logging == nullptr) {
+        in.warning(position, "no-file-logger",
+                   "'FileListner' is on, and there is no 'FileLogging': the log is " +
+                       shown(in.settings.logFilePath) + " and holds messages of level force only");
+    } else if (in.selection[Setting::LogLevel] == nullptr) {
+        in.warning(in.tagOf(*logging), "no-level",
+                   "without a 'LogLevel' the log file holds messages of level force only");
+    } else if (in.settings.logLevel == levelNamed("audit")->number) {
+        in.warning(in.textPositionOf(*in.selection[Setting::LogLevel]), "writes-nothing",
+                   "at level 'audit' nothing is written to the log file, not even audit messages; 'info' "
+                   "holds them");
+    }
+}
+
+}  // namespace
+
+void checkListeners(const Inspection& in) {
+    const ModuleSettings& settings = in.settings;
+    Position listeners = in.tagOf(in.root());
+    bool listenerSet = false;
+    for (const Element* child = in.root().firstChild; child != nullptr; child = child->next) {
+        if (child->name == in.name(TagNames::ListnerSet)) {
+            listeners = in.tagOf(*child);
+            listenerSet = true;
+        } else if (!listenerSet && !in.findings.full() && !in.known.find(child->name) &&
+                   in.known.meantBy(child->name, std::nullopt) == TagNames::ListnerSet) {
+            listeners = in.tagOf(*child);
+        }
+    }
+    if (!in.detects() && !settings.fileListner) {
+        in.error(
+            listeners, "no-listener",
+            std::string(listenerSet ? "'ListnerSet' switches no listener on" : "there is no 'ListnerSet'") +
+                ": no log file is written, no remote activity is noticed and no script is run");
+        return;
+    }
+    checkFileListener(in, listeners);
+
+    const Activity activities[] = {
+        {"tunnel", "TunnelMessags", Setting::TunnelOpen, Setting::TunnelClose, settings.tunnelOpenMessages,
+         settings.tunnelCloseMessages, !settings.abortMessage.empty()},
+        {"file transfer", "FileMessages", Setting::FileOpen, Setting::FileClose, settings.fileOpenMessages,
+         settings.fileCloseMessages, false}};
+    const bool texts = !settings.tunnelOpenMessages.empty() || !settings.fileOpenMessages.empty();
+    if (!in.detects()) {
+        if (texts) {
+            const Position first = in.tagOf(Setting::TunnelOpen, in.tagOf(Setting::FileOpen, listeners));
+            in.warning(first, "no-effect",
+                       "texts that mark remote activity have no effect: neither 'RDListner' nor "
+                       "'TunnelListner' is on");
+        }
+    } else if (!texts) {
+        in.error(in.tagOf(settings.rdListner ? Setting::RDListner : Setting::TunnelListner, listeners),
+                 "no-texts",
+                 std::string(settings.rdListner ? "'RDListner'" : "'TunnelListner'") +
+                     " is on, and no 'OpenMessage' names a text that begins remote activity: it never "
+                     "notices any");
+    }
+    for (const Activity& activity : activities) {
+        if (in.detects()) {
+            checkEnds(in, activity);
+            checkOverlap(in, activity);
+        }
+    }
+    if (settings.tunnelListner && settings.script.empty()) {
+        in.warning(in.tagOf(Setting::TunnelListner, listeners), "no-script",
+                   "'TunnelListner' is on, and there is no 'Script' for it to run");
+    }
+    if (!settings.tunnelListner && !settings.script.empty()) {
+        in.warning(in.tagOf(Setting::Script, listeners), "no-effect",
+                   "the script is never run: 'TunnelListner' is not on");
+    }
+}
+
+}  // namespace check

@@ -1,0 +1,13 @@
+#pragma once
+
+#include "FileCheck.h"
+#include "Rules.h"
+
+#include <vector>
+
+namespace check {
+
+/// What the module works with, in the order of its element names, and after it what comes of that.
+std::vector<SettingInForce> settingsInForce(const Inspection& inspection);
+
+}  // namespace check

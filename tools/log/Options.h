@@ -1,0 +1,42 @@
+// The command line.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace logreader {
+
+/// A command line that means nothing.
+class UsageError final : public std::runtime_error {
+  public:
+    using std::runtime_error::runtime_error;
+};
+
+struct Options {
+    enum class Mode : std::uint8_t { read, help, version };
+
+    Mode mode = Mode::read;
+    std::optional<std::string> since;
+    std::optional<std::string> until;
+    std::optional<std::string> grep;
+    std::optional<std::string> exclude;
+    bool ignoreCase = false;
+    bool follow = false;
+    bool json = false;
+    std::optional<std::size_t> last;  ///< entries to begin with, counted from the end
+    std::optional<std::string> zone;
+    std::optional<std::string> logZone;
+    std::optional<std::string> config;
+    std::vector<std::string> files;  ///< "-" stands for standard input
+};
+
+/// Throws UsageError.
+Options parseOptions(int count, char** words);
+
+extern const char* const kHelp;
+
+}  // namespace logreader
