@@ -16,6 +16,9 @@ class Input final {
     Input& operator=(const Input&) = delete;
     ~Input();
 
+    /// Lets `wait` come back when `descriptor`, which stays the caller's, can be read.
+    void alsoWatch(int descriptor) { other_ = descriptor; }
+
     /// Waits at most `time` for something to happen; true when a line is there or the state below has
     /// changed.
     bool wait(std::chrono::microseconds time);
@@ -30,6 +33,7 @@ class Input final {
     void read();
 
     int descriptor_;
+    int other_ = -1;
     bool open_ = true;
     bool stopRequested_ = false;
     std::string partial_;

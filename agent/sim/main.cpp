@@ -1,6 +1,7 @@
 // krx-agent-sim: loads the module as an agent does and drives it with a scenario.
 #include "Input.h"
 #include "Options.h"
+#include "OrderQueue.h"
 #include "ProcessTime.h"
 #include "RealClock.h"
 #include "Recorder.h"
@@ -10,16 +11,22 @@
 #include "Simulation.h"
 #include "StdoutCapture.h"
 #include "TraceFile.h"
+#include "console/Console.h"
+#include "console/LiveSession.h"
 #include "report/PageFile.h"
 #include "report/SessionPage.h"
 #include "report/SessionRecord.h"
 #include "report/TraceReader.h"
+#include "status/FileStatus.h"
+#include "status/SessionStatus.h"
+#include "status/StateFiles.h"
 
 #include <cerrno>
 #include <cstring>
 #include <exception>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <iostream>
 #include <memory>
 #include <optional>
@@ -86,6 +93,16 @@ ExitStatus report(const Options& options) {
     return ranToEnd;
 }
 
+ExitStatus fileStatus(const Options& options) {
+    const std::int64_t now = std::chrono::floor<std::chrono::seconds>(
+                                 options.clock ? std::chrono::microseconds(*options.clock) : realTime())
+                                 .count();
+    const std::string resume = options.configuration ? sim::resumePathOf(*options.configuration) : "";
+    const sim::StateFiles files = sim::readStateFiles(resume, options.schedule.value_or(""), now);
+    std::cout << (options.json ? sim::fileStatusJson(files, now) : sim::fileStatusText(files, now));
+    return ranToEnd;
+}
+
 ExitStatus simulate(const Options& options) {
     const bool real = options.mode == Options::Mode::run;
     const sim::Scenario scenario =
@@ -96,8 +113,12 @@ ExitStatus simulate(const Options& options) {
     sim::StdoutCapture capture;
     const auto input = real ? std::make_unique<sim::Input>(STDIN_FILENO) : nullptr;
     std::unique_ptr<sim::Clock> clock;
+    std::function<sim::Instant()> present;
     if (real) {
-        clock = std::make_unique<sim::RealClock>(scenario.clock ? *scenario.clock : realTime(), *input);
+        auto realClock =
+            std::make_unique<sim::RealClock>(scenario.clock ? *scenario.clock : realTime(), *input);
+        present = [&shown = *realClock] { return shown.elapsed(); };
+        clock = std::move(realClock);
     } else {
         clock = std::make_unique<sim::Clock>(scenario.clock.value_or(kVirtualStart));
     }
@@ -110,13 +131,29 @@ ExitStatus simulate(const Options& options) {
     if (options.configuration) {
         session.useConfiguration(*options.configuration);
     }
-    if (page) {
+    sim::LiveSession live(session, present);
+    sim::OrderQueue orders;
+    sim::SessionStatus status;
+    if (options.http) {
+        recorder.tell(live);
+        recorder.tell(status);
+        recorder.tell(orders);
+        input->alsoWatch(orders.descriptor());
+    } else if (page) {
         recorder.tell(session);
     }
     sim::Scheduler scheduler(*clock);
     const ShownTime shownTime(*clock);
     sim::SimulatedAgent agent(options.module, *clock, scheduler, recorder);
     sim::Simulation simulation(scenario, *clock, scheduler, agent, trace, input.get());
+    std::optional<sim::Console> console;
+    if (options.http) {
+        simulation.takeOrdersFrom(orders);
+        console.emplace(sim::parsePlace(*options.http), live, orders, [&status, &shown = *clock] {
+            return status.json(std::chrono::floor<std::chrono::seconds>(shown.wall()).count());
+        });
+        std::cerr << "krx-agent-sim: the session is at " << console->url() << std::endl;
+    }
     const auto writePage = [&page, &session] {
         if (page) {
             page->write(sim::sessionPage(session, false));
@@ -124,6 +161,7 @@ ExitStatus simulate(const Options& options) {
     };
     try {
         const bool usable = simulation.run();
+        console.reset();
         writePage();
         return usable ? ranToEnd : unusable;
     } catch (const std::exception&) {
@@ -149,6 +187,8 @@ int main(int count, char** words) {
                 return simulate(options);
             case Options::Mode::report:
                 return report(options);
+            case Options::Mode::status:
+                return fileStatus(options);
         }
     } catch (const sim::UsageError& error) {
         std::cerr << "krx-agent-sim: " << error.what() << "\n" << sim::kHelp;
