@@ -19,6 +19,9 @@ class Input final {
     Input& operator=(const Input&) = delete;
     ~Input();
 
+    /// Lets `wait` come back when `descriptor`, which stays the caller's, can be read.
+    void alsoWatch(int descriptor) { other_ = descriptor; }
+
     /// Waits at most `time` for something to happen; true when a line is there or the state below has
     /// changed.
     bool wait(std::chrono::microseconds time);
@@ -36,6 +39,7 @@ class Input final {
 
     int descriptor_;
     Terminal* terminal_;
+    int other_ = -1;
     bool open_ = true;
     bool stopRequested_ = false;
     std::string partial_;

@@ -160,6 +160,8 @@ const std::vector<Verb>& SimulatedAgent::verbs() {
          [](Agent& self, const Action& action) {
              self.recorder_.recordFile(action.word(0), readFile(action.word(0)));
          }},
+        {"status", "", "what RSM does now",
+         [](Agent& self, const Action& /*action*/) { self.tellStatus_(); }},
         {"clock-step", "OFFSET", "lets the wall clock jump by so many seconds",
          [](Agent& self, const Action& action) { self.clock_.step(duration(action, 0)); }},
         {"unload", "", "drops the module as a killed agent would",

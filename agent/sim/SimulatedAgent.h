@@ -8,6 +8,7 @@
 #include "ZephanRSMLogger.h"
 
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -33,6 +34,8 @@ class SimulatedAgent final : private agent::Enterprise {
 
     /// Does everything but `end`. Throws std::runtime_error when the action or the module cannot be used.
     void perform(const Action& action);
+    /// What the verb `status` does.
+    void onStatus(std::function<void()> tell) { tellStatus_ = std::move(tell); }
     /// Whether a start of a family failed.
     bool startFailed() const { return startFailed_; }
 
@@ -56,6 +59,7 @@ class SimulatedAgent final : private agent::Enterprise {
     Recorder& recorder_;
     agent::AgentHost host_;
     std::unique_ptr<Module> module_;
+    std::function<void()> tellStatus_ = [] {};
     bool enterpriseRefuses_ = false;
     bool startFailed_ = false;
     void* dataSource_ = nullptr;

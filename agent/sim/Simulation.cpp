@@ -2,6 +2,7 @@
 
 #include "Clock.h"
 #include "Input.h"
+#include "OrderQueue.h"
 #include "Scheduler.h"
 #include "SimulatedAgent.h"
 #include "Terminal.h"
@@ -48,6 +49,12 @@ bool Simulation::run() {
             if (!performTyped(input_->takeLine())) {
                 break;
             }
+            scheduler_.idle(clock_.now(), false);
+            limit = clock_.now() + kAftermath;
+            continue;
+        }
+        if (orders_ != nullptr && orders_->hasOrder()) {
+            orders_->perform([this](const std::string& line) { performOrdered(line); });
             scheduler_.idle(clock_.now(), false);
             limit = clock_.now() + kAftermath;
             continue;
@@ -105,8 +112,12 @@ void Simulation::perform(const Action& action) {
     }
 }
 
+void Simulation::performOrdered(const std::string& text) {
+    agent_.perform(parseAction(splitWords(text)));
+}
+
 bool Simulation::inputIsOpen() const {
-    return input_ != nullptr && input_->isOpen();
+    return orders_ != nullptr || (input_ != nullptr && input_->isOpen());
 }
 
 }  // namespace sim

@@ -53,7 +53,7 @@ void TraceFile::tell(const std::string& lines) {
         const Terminal::Hidden hidden(terminal_);
         std::cerr << lines << std::flush;
     } else {
-        add(lines);
+        add(brief_.end() + lines);
     }
 }
 

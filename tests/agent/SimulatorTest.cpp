@@ -287,6 +287,19 @@ TEST_F(SimulatorTest, BriefTimeline) {
                   std::string(54, 'y') + "\u00f6\u00f6" + std::string(24, 'y') + "\u2026\n");
 }
 
+TEST_F(SimulatorTest, StatusStandsAmongTheEvents) {
+    const std::string scenario = "0 status\n0 start rsm x\n0 start logger 9\n3 status\n";
+    const Outcome brief = simulate("replay scenario --brief --module " FAKE_MODULE, scenario);
+    EXPECT_TRUE(brief.output.starts_with("The agent has not started the module yet.\n")) << brief.output;
+    const std::size_t polls = brief.output.find("2 polls, the last at 2.000 s\n");
+    const std::size_t status = brief.output.find("  polls          2 made");
+    EXPECT_LT(polls, status) << brief.output;
+    EXPECT_NE(status, std::string::npos) << brief.output;
+    const Outcome trace = simulate("replay scenario --trace trace --module " FAKE_MODULE, scenario);
+    EXPECT_TRUE(trace.output.starts_with("The agent has not started the module yet.\n")) << trace.output;
+    EXPECT_EQ(contents("trace").find("status"), std::string::npos);
+}
+
 TEST_F(SimulatorTest, StrictTellsFailedStarts) {
     const std::pair<const char*, int> cases[] = {
         {"0 start rsm x\n0 stop rsm null\n", 0},
