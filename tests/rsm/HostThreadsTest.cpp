@@ -63,7 +63,10 @@ class Agent final : public agent::Observer, public agent::Enterprise {
         return changed_.wait_for(lock, 30s, [&] { return mode_ == mode; });
     }
     bool waitForPolls(int more) { return waitFor(polls_, more); }
-    bool waitForSleeps(int more) { return waitFor(sleeps_, more); }
+    bool waitForSleeps(int altogether) {
+        std::unique_lock lock(mutex_);
+        return changed_.wait_for(lock, 30s, [&] { return sleeps_ >= altogether; });
+    }
 
     std::function<void(std::string_view)> atLine;
     std::function<void()> atRecord;
@@ -87,6 +90,14 @@ class Agent final : public agent::Observer, public agent::Enterprise {
     int polls_ = 0;
     int sleeps_ = 0;
 };
+
+/// 'S' for a thread of this process that sleeps in the system.
+char stateOf(pid_t thread) {
+    std::ifstream file("/proc/self/task/" + std::to_string(thread) + "/stat");
+    std::string text((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
+    const auto behindName = text.rfind(") ");
+    return behindName == std::string::npos ? '?' : text[behindName + 2];
+}
 
 class HostThreads : public testing::Test {
   protected:
@@ -197,6 +208,7 @@ TEST_F(HostThreads, AHostMayUseItsTextAnewAsSoonAsSomethingIsLogged) {
     start({}, "<FileLogging><LogFilePath>log/" + std::string(245, 'l') + ".xml</LogFilePath><FileSize>0</FileSize>"
               "<LogLevel>trace</LogLevel></FileLogging>");
     EXPECT_EQ(connect(), 0);
+    EXPECT_TRUE(agent_.waitForSleeps(1));  // its lines fail to rotate, too, and no line does while another one's is told
     char text[] = "a tunnel is opened\n";
     agent_.atLine = [&](std::string_view line) {
         if (line.find("Error renaming file") != std::string_view::npos) {
@@ -224,8 +236,14 @@ TEST_F(HostThreads, AStopDoesNotWaitForStandardOutputThatNobodyReads) {
         std::fflush(stdout);
         ::dup2(ends[1], STDOUT_FILENO);
         std::setvbuf(stdout, nullptr, _IONBF, 0);
-        std::thread blocked([&] { CALL(library_, ZPXRSMLoggerLog)(30, "nobody reads this"); });
-        blocked.detach();
+        std::atomic<pid_t> id = 0;
+        std::thread([&] {
+            id = ::gettid();
+            CALL(library_, ZPXRSMLoggerLog)(30, "nobody reads this");
+        }).detach();
+        while (stateOf(id) != 'S') {
+            std::this_thread::yield();
+        }
         EXPECT_EQ(connect("1"), 0);
         EXPECT_TRUE(agent_.waitForPolls(2));
         EXPECT_EQ(families_.stop(Families::logger), 0);
