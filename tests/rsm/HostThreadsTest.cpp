@@ -269,7 +269,8 @@ TEST(LateMessages, LeaveNothingBehindWhenTheLibraryGoes) {
         late();
     }
     const auto after = ::mallinfo2().uordblks;
-    EXPECT_LT(after, before + kTimes * std::size_t{500});
+    // The loader keeps up to 900 bytes of each load; a controller has more than 3000.
+    EXPECT_LT(after, before + kTimes * std::size_t{2000});
 }
 
 }  // namespace
