@@ -67,8 +67,9 @@ build() {
     cmake --build --preset "$preset" ${1:+--target "$@"}
 }
 
-BUILD_PACKAGES=(cmake ninja-build g++ libxerces-c-dev libexpat1-dev libre2-dev nlohmann-json3-dev)
-TEST_PACKAGES=(libgtest-dev libxml2-utils python3)
+BUILD_PACKAGES=(cmake ninja-build g++ libxerces-c-dev libexpat1-dev libedit-dev libre2-dev nlohmann-json3-dev
+    libcpp-httplib-dev pkg-config)
+TEST_PACKAGES=(libgtest-dev libxml2-utils python3 curl)
 BROWSER_PACKAGES=(chromium chromium-driver python3-selenium)
 BENCH_PACKAGES=(libbenchmark-dev libspdlog-dev)
 CONFIGURE_OPTIONS=()
