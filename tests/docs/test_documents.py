@@ -16,7 +16,7 @@ import unittest
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 PROGRAMS = pathlib.Path(os.environ["KRX_AGENT_SIM"]).parent
 DOCUMENTS = sorted(path.relative_to(ROOT) for pattern in ("*.md", "docs/*.md", "tests/**/*.md") for path in ROOT.glob(pattern))
-COMMAND = re.compile(r"(\$ |(scripts|bench|tests|build)/\S|\.\./release/|krx-agent-sim |zephan-|cmake |ctest |xmllint |curl |lnav |"
+COMMAND = re.compile(r"(\$ |(scripts|bench|tests|build)/\S|\.\./release/|krx-agent-sim |zephan-(log|config-check) |cmake |ctest |xmllint |curl |lnav |"
                      r"git |for |cd |mkdir |cp |[A-Z_]+=\S+ )")
 
 # What is not run here, and why.
@@ -27,7 +27,8 @@ SKIPPED = [
     (r"^tests/faults/long_run\.py", "the tests run a short form"),
     (r"^build/fuzz", "takes minutes, and needs clang"),
     (r"^git diff", "shows what was changed, which is not for a test"),
-    (r" run ", "on the real clock"),
+    (r" run |^scripts/console", "on the real clock"),
+    (r"^curl", "needs the live console; tests/page/test_console.py tries these"),
     (r"lnav", "a program for a terminal"),
     (r"yesterday", "asks for a log of last night"),
 ]
@@ -37,6 +38,8 @@ VISIT = ("build/demo/service-visit", "krx-agent-sim replay ../../../examples/ser
 READER = {
     "docs/zephan-log.md": VISIT,
     "docs/session-page.md": (".", "krx-agent-sim replay examples/service-visit.scenario --trace trace.jsonl"),
+    "docs/status.md": (".", "sed '/^240.*unload/q' examples/kill-and-resume.scenario > s && krx-agent-sim replay s"),
+    "README.md": (".", f"cd {VISIT[0]} && {VISIT[1]}"),
     "tests/golden/README.md": (".", "cp tests/golden/entry.scenario tests/golden/*.xml ."),
 }
 
@@ -83,15 +86,16 @@ def fits(shown, printed):
 
 
 class DocumentsTest(unittest.TestCase):
-    def setUp(self):
-        self.directory = pathlib.Path(tempfile.mkdtemp(prefix="documents-"))
-        self.addCleanup(shutil.rmtree, self.directory)
+    def tree(self):
+        """A directory in which the tree lies with its programs."""
+        directory = pathlib.Path(tempfile.mkdtemp(prefix="documents-"))
+        self.addCleanup(shutil.rmtree, directory)
         for entry in ROOT.iterdir():
             if entry.name not in ("build", ".git"):
-                (self.directory / entry.name).symlink_to(entry)
-        (self.directory / "build" / "release").mkdir(parents=True)
-        (self.directory / "build" / "release" / "bin").symlink_to(PROGRAMS)
-        self.place(self.directory)
+                (directory / entry.name).symlink_to(entry)
+        (directory / "build" / "release").mkdir(parents=True)
+        (directory / "build" / "release" / "bin").symlink_to(PROGRAMS)
+        return directory
 
     def place(self, directory):
         """A directory as the example configuration wants it."""
@@ -109,8 +113,10 @@ class DocumentsTest(unittest.TestCase):
         ran = 0
         for document in DOCUMENTS:
             folder, before = READER.get(str(document), (".", "true"))
-            directory = self.directory / folder
-            self.place(directory)
+            tree = self.tree()
+            directory = tree / folder
+            for place in (directory, tree / VISIT[0]):
+                self.place(place)
             self.assertEqual(self.shell(before, directory).returncode, 0, before)
             done = ""  # a directory that was entered stays the reader's
             for number, command, shown in commands(document):
@@ -128,11 +134,12 @@ class DocumentsTest(unittest.TestCase):
 
     def test_timelines(self):
         """What the README shows of a session is what the simulator prints of the examples."""
-        printed = set()
+        printed, tree = set(), self.tree()
         for scenario in (ROOT / "examples").glob("*.scenario"):
-            directory = self.directory / "replays" / scenario.stem
+            directory = tree / "replays" / scenario.stem
             self.place(directory)
-            printed.update(line.rstrip() for line in self.shell(f"krx-agent-sim replay '{scenario}' --brief", directory).stdout.splitlines())
+            replay = self.shell(f"krx-agent-sim replay '{scenario}' --brief", directory)
+            printed.update(line.rstrip() for line in replay.stdout.splitlines())
         for fence in re.findall(r"^```\n(.*?)^```$", (ROOT / "README.md").read_text(encoding="utf-8"), re.M | re.S):
             for line in fence.splitlines():
                 self.assertTrue(line.strip() == "..." or line.rstrip() in printed, line)
