@@ -1,7 +1,7 @@
 #include "Options.h"
 
-#include "Verbs.h"
 #include "Scenario.h"
+#include "Verbs.h"
 
 #include <filesystem>
 
@@ -12,10 +12,16 @@ namespace sim {
 
 namespace {
 
-/// Where the module lies in a build and in an installed tree.
+/// The module: in an installed tree or a build beside the program's directory, else where the loader finds it.
 std::string defaultModule() {
-    const auto program = std::filesystem::read_symlink("/proc/self/exe");
-    return (program.parent_path().parent_path() / "lib" / "libZephanRSMLogger.so").string();
+    const std::string name = "libZephanRSMLogger.so.1";
+    const auto tree = std::filesystem::read_symlink("/proc/self/exe").parent_path().parent_path();
+    for (const char* directory : {SIM_LIBRARY_DIRECTORY, "lib"}) {
+        if (const auto path = tree / directory / name; std::filesystem::exists(path)) {
+            return path.lexically_normal().string();
+        }
+    }
+    return name;
 }
 
 std::chrono::milliseconds parsePatience(const std::string& text) {
@@ -37,15 +43,15 @@ std::chrono::seconds clockOption(const char* text) {
 }  // namespace
 
 const char* const kHelp =
-    R"(usage: krx-agent-sim replay SCENARIO [--module PATH] [--trace FILE] [--report FILE]
-       krx-agent-sim run [SCENARIO] [--module PATH] [--trace FILE] [--report FILE]
-       krx-agent-sim report TRACE -o FILE [--config FILE] [--clock TIME]
+    R"(Usage: krx-agent-sim replay SCENARIO [--module PATH] [--trace FILE] [--report FILE]
+  or:  krx-agent-sim run [SCENARIO] [--module PATH] [--trace FILE] [--report FILE]
+  or:  krx-agent-sim report TRACE -o FILE [--config FILE] [--clock TIME]
 
 Loads the module as an agent does and drives it: `replay` plays a scenario on a virtual clock, `run` on the real
 clock, with actions from the scenario at their times and from standard input as they are typed. `report` makes the
 page of a session from a trace that was kept.
 
-  --module PATH   the module (default: ../lib/libZephanRSMLogger.so beside the program's directory)
+  --module PATH   the module (default: the one installed or built with this program)
   --trace FILE    writes JSON Lines instead of the timeline; - is standard output
   --patience S    seconds for which the module may hold everything up before it counts as hanging (15 at first)
   --report FILE   writes a page of the session (HTML) when it is over; -o is the same
@@ -68,12 +74,15 @@ Options parseOptions(int count, char** words) {
         help = 'h',
         version = 'v'
     };
-    const option known[] = {
-        {"module", required_argument, nullptr, module},     {"trace", required_argument, nullptr, trace},
-        {"patience", required_argument, nullptr, patience}, {"report", required_argument, nullptr, report},
-        {"config", required_argument, nullptr, config},     {"clock", required_argument, nullptr, clock},
-        {"help", no_argument, nullptr, help},               {"version", no_argument, nullptr, version},
-        {nullptr, 0, nullptr, 0}};
+    const option known[] = {{"module", required_argument, nullptr, module},
+                            {"trace", required_argument, nullptr, trace},
+                            {"patience", required_argument, nullptr, patience},
+                            {"report", required_argument, nullptr, report},
+                            {"config", required_argument, nullptr, config},
+                            {"clock", required_argument, nullptr, clock},
+                            {"help", no_argument, nullptr, help},
+                            {"version", no_argument, nullptr, version},
+                            {nullptr, 0, nullptr, 0}};
     Options options;
     for (int found = 0; (found = ::getopt_long(count, words, ":o:", known, nullptr)) != -1;) {
         switch (found) {
