@@ -31,6 +31,7 @@ build() {
 }
 
 BUILD_PACKAGES=(cmake ninja-build g++ libxerces-c-dev libexpat1-dev libre2-dev nlohmann-json3-dev)
-TEST_PACKAGES=(libgtest-dev libxml2-utils python3)
+PACKAGE_PACKAGES=(dpkg-dev file help2man lintian)
+TEST_PACKAGES=(libgtest-dev libxml2-utils python3 "${PACKAGE_PACKAGES[@]}" bash-completion pkg-config)
 BROWSER_PACKAGES=(chromium chromium-driver python3-selenium)
 CONFIGURE_OPTIONS=()

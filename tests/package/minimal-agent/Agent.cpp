@@ -54,8 +54,8 @@ std::int8_t KRXThreadConstruct(KRXThread* thread) {
     thread->state = nullptr;
     return 0;
 }
-std::int8_t KRXThreadStart(KRXThread* thread, const char* /*name*/, int /*priority*/, int /*flags*/, unsigned int /*stackSize*/,
-                           KRXThreadEntry entry, void* argument) {
+std::int8_t KRXThreadStart(KRXThread* thread, const char* /*name*/, int /*priority*/, int /*flags*/,
+                           unsigned int /*stackSize*/, KRXThreadEntry entry, void* argument) {
     auto* const running = new RunningThread;
     thread->state = running;
     running->thread = std::thread([=] {
@@ -68,7 +68,8 @@ int KRXThreadIsActive(KRXThread* thread) {
     return thread->state != nullptr && static_cast<RunningThread*>(thread->state)->active ? 1 : 0;
 }
 std::int8_t KRXWaitForThread(KRXThread* thread, int* /*result*/, unsigned int /*milliseconds*/) {
-    if (auto* const running = static_cast<RunningThread*>(thread->state); running != nullptr && running->thread.joinable()) {
+    if (auto* const running = static_cast<RunningThread*>(thread->state);
+        running != nullptr && running->thread.joinable()) {
         running->thread.join();
     }
     return 0;
@@ -161,7 +162,8 @@ bool Serializable::HasElementText() {
 std::int8_t Serializable::RegisterAttribute(const char* /*name*/, int /*flag*/, const char* /*text*/) {
     return 0;
 }
-std::int8_t Serializable::RegisterSubElement(const char* /*name*/, int /*minimum*/, int /*maximum*/, const char* /*text*/) {
+std::int8_t Serializable::RegisterSubElement(const char* /*name*/, int /*minimum*/, int /*maximum*/,
+                                             const char* /*text*/) {
     return 0;
 }
 std::int8_t Serializable::RegisterSubElement(const char* /*name*/, Serializable* /*element*/, int /*flag*/,
@@ -175,7 +177,8 @@ const char* Serializable::GetElementName() const {
     return implementation_->name.c_str();
 }
 
-SerializableString::SerializableString(const char* elementName, const char* value) : Serializable(elementName, nullptr, 0, 1) {
+SerializableString::SerializableString(const char* elementName, const char* value)
+    : Serializable(elementName, nullptr, 0, 1) {
     SetValue(value);
 }
 SerializableString::~SerializableString() {
@@ -252,7 +255,8 @@ namespace KRX::Services::RegistrationNS {
 struct Asset::Implementation {
     Messaging::SerializableArray properties;
 };
-Asset::Asset(const char* elementName) : Serializable(elementName, nullptr, 0, 1), record_(new Implementation) {}
+Asset::Asset(const char* elementName)
+    : Serializable(elementName, nullptr, 0, 1), record_(new Implementation) {}
 Asset::~Asset() {
     delete record_;
 }
@@ -288,7 +292,8 @@ const char* Property::GetName() const {
 const char* Property::GetValue() const {
     return value_;
 }
-RegistrationProxy::RegistrationProxy(const char* /*serviceName*/, const char* /*requestUri*/, const char* /*serviceNamespace*/) {}
+RegistrationProxy::RegistrationProxy(const char* /*serviceName*/, const char* /*requestUri*/,
+                                     const char* /*serviceNamespace*/) {}
 RegistrationProxy::~RegistrationProxy() = default;
 std::int8_t RegistrationProxy::UpdateAsset(Asset& asset, int /*flags*/) {
     for (int i = 0; i < asset.GetProperties()->GetCount(); ++i) {

@@ -12,7 +12,8 @@ int main(int argc, char** argv) {
     void* webService = nullptr;
     ZPService* service = nullptr;
     if (argc != 2 || ZPRSMExtnStartup(&rsm, &device::serviceAgent(), argv[1]) != 0 ||
-        ZPXRSMWSStartup(&webService, &device::serviceAgent()) != 0 || ZPXRSMWSCreateService(webService, &service) != 0) {
+        ZPXRSMWSStartup(&webService, &device::serviceAgent()) != 0 ||
+        ZPXRSMWSCreateService(webService, &service) != 0) {
         std::puts("cannot start");
         return 1;
     }
