@@ -17,12 +17,13 @@ int main(int argc, char** argv) {
         std::puts("cannot start");
         return 1;
     }
+    int result = -1;
     {
         KRX::Messaging::WebServiceMessage call;
         service->CreateMessage("connect", &call);
         call.GetRequestMsg()->SetSubElementText("pollDuration", "2");
         call.GetRequestMsg()->SetSubElementText("pollingRate", "30");
-        std::printf("connect: %d\n", service->Execute(&call));
+        result = service->Execute(&call);
         service->Cleanup(&call);
     }
     ZPXRSMWSDestroyService(webService, service);
@@ -33,6 +34,6 @@ int main(int argc, char** argv) {
     }
     ZPXRSMWSShutdown(webService);
     ZPRSMExtnShutdown(rsm);
-    std::printf("%d polls\n", device::polls.load());
+    std::printf("connect: %d, %d polls\n", result, device::polls.load());
     return 0;
 }
