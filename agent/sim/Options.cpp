@@ -12,10 +12,16 @@ namespace sim {
 
 namespace {
 
-/// Where the module lies in a build and in an installed tree.
+/// The module: in an installed tree or a build beside the program's directory, else where the loader finds it.
 std::string defaultModule() {
-    const auto program = std::filesystem::read_symlink("/proc/self/exe");
-    return (program.parent_path().parent_path() / "lib" / "libZephanRSMLogger.so").string();
+    const std::string name = "libZephanRSMLogger.so.1";
+    const auto tree = std::filesystem::read_symlink("/proc/self/exe").parent_path().parent_path();
+    for (const char* directory : {SIM_LIBRARY_DIRECTORY, "lib"}) {
+        if (const auto path = tree / directory / name; std::filesystem::exists(path)) {
+            return path.lexically_normal().string();
+        }
+    }
+    return name;
 }
 
 std::chrono::milliseconds parsePatience(const std::string& text) {
@@ -37,17 +43,17 @@ std::chrono::seconds clockOption(const char* text) {
 }  // namespace
 
 const char* const kHelp =
-    R"(usage: krx-agent-sim replay SCENARIO [--module PATH] [--trace FILE] [--report FILE]
-       krx-agent-sim run [SCENARIO] [--module PATH] [--trace FILE] [--report FILE] [--http [ADDRESS:]PORT]
-       krx-agent-sim report TRACE -o FILE [--config FILE] [--clock TIME]
-       krx-agent-sim status [--config FILE] [--schedule FILE] [--json]
+    R"(Usage: krx-agent-sim replay SCENARIO [--module PATH] [--trace FILE] [--report FILE]
+  or:  krx-agent-sim run [SCENARIO] [--module PATH] [--trace FILE] [--report FILE] [--http [ADDRESS:]PORT]
+  or:  krx-agent-sim report TRACE -o FILE [--config FILE] [--clock TIME]
+  or:  krx-agent-sim status [--config FILE] [--schedule FILE] [--json]
 
 Loads the module as an agent does and drives it: `replay` plays a scenario on a virtual clock, `run` on the real
 clock, with actions from the scenario at their times and from standard input as they are typed (`help` lists them).
 `report` makes the page of a session from a trace that was kept; `status` says what an agent that does not run left
 in its state files, and what its next start does with it.
 
-  --module PATH   the module (default: ../lib/libZephanRSMLogger.so beside the program's directory)
+  --module PATH   the module (default: the one installed or built with this program)
   --trace FILE    writes JSON Lines instead of the timeline; - is standard output
   --brief         a timeline with less to read: no log lines, no sleeps, polls counted, lines that fit
   --strict        exit status 3 when the start of a family failed

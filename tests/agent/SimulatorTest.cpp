@@ -389,7 +389,7 @@ TEST_F(SimulatorTest, StatusAndMessage) {
         const char* message;
     };
     const Case cases[] = {
-        {"--help", "", 0, "usage: krx-agent-sim replay SCENARIO"},
+        {"--help", "", 0, "Usage: krx-agent-sim replay SCENARIO"},
         {"--version", "", 0, "krx-agent-sim "},
         {"", "", 2, "no command"},
         {"play", "", 2, "unknown command play"},

@@ -1,0 +1,24 @@
+# bash completion of krx-agent-sim
+
+_krx_agent_sim() {
+    local cur prev words cword
+    _init_completion || return
+    case $prev in
+        --module | --trace | --report | --config | -o)
+            _filedir
+            return
+            ;;
+        --patience | --clock)
+            return
+            ;;
+    esac
+    if [[ $cur == -* ]]; then
+        COMPREPLY=($(compgen -W '$(_parse_help "$1")' -- "$cur"))
+    elif ((cword == 1)); then
+        COMPREPLY=($(compgen -W 'replay run report' -- "$cur"))
+    elif [[ ${words[1]} == report ]]; then
+        _filedir jsonl
+    else
+        _filedir scenario
+    fi
+} && complete -F _krx_agent_sim krx-agent-sim

@@ -1,0 +1,343 @@
+// The smallest agent that the module can live in: each operation of the interface that the module uses, and no more. A
+// second of its threads' sleep takes a millisecond.
+#include "Agent.h"
+
+#include "platform/agent/Logging.h"
+#include "platform/agent/Registration.h"
+#include "platform/agent/ServiceAgent.h"
+#include "platform/agent/Threads.h"
+
+#include <chrono>
+#include <cstdarg>
+#include <cstdio>
+#include <cstring>
+#include <string>
+#include <thread>
+#include <utility>
+
+namespace {
+
+std::atomic<KRXLogHook> logHook;
+
+struct RunningThread {
+    std::thread thread;
+    std::atomic<bool> active = true;
+};
+
+}  // namespace
+
+std::atomic<int> device::polls;
+std::atomic<int> device::reports;
+
+void KRXLog(int level, const char* format, ...) {
+    char text[2000];
+    std::va_list arguments;
+    va_start(arguments, format);
+    std::vsnprintf(text, sizeof text, format, arguments);
+    va_end(arguments);
+    if (const KRXLogHook hook = logHook) {
+        hook(static_cast<std::uint8_t>(level), text);
+    }
+}
+void KRXLogSetFunc(KRXLogHook hook) {
+    logHook = hook;
+}
+void KRXLogSetAuditFunc(KRXLogAuditHook /*hook*/) {}
+
+KRXThreadHandle KRXThreadGetHandleSelf() {
+    return nullptr;
+}
+int KRXThreadGetPriority(KRXThreadHandle /*thread*/) {
+    return 0;
+}
+std::int8_t KRXThreadConstruct(KRXThread* thread) {
+    thread->state = nullptr;
+    return 0;
+}
+std::int8_t KRXThreadStart(KRXThread* thread, const char* /*name*/, int /*priority*/, int /*flags*/,
+                           unsigned int /*stackSize*/, KRXThreadEntry entry, void* argument) {
+    auto* const running = new RunningThread;
+    thread->state = running;
+    running->thread = std::thread([=] {
+        entry(argument);
+        running->active = false;
+    });
+    return 0;
+}
+int KRXThreadIsActive(KRXThread* thread) {
+    return thread->state != nullptr && static_cast<RunningThread*>(thread->state)->active ? 1 : 0;
+}
+std::int8_t KRXWaitForThread(KRXThread* thread, int* /*result*/, unsigned int /*milliseconds*/) {
+    if (auto* const running = static_cast<RunningThread*>(thread->state);
+        running != nullptr && running->thread.joinable()) {
+        running->thread.join();
+    }
+    return 0;
+}
+void KRXThreadDestroy(KRXThread* thread) {
+    KRXWaitForThread(thread, nullptr, 0);
+    delete static_cast<RunningThread*>(thread->state);
+}
+void KRXThreadSleep(unsigned int milliseconds) {
+    std::this_thread::sleep_for(std::chrono::microseconds(milliseconds));
+}
+
+std::int8_t delanddup(char*& target, const char* text) {
+    char* const copy = text == nullptr ? nullptr : std::strcpy(new char[std::strlen(text) + 1], text);
+    delete[] target;
+    target = copy;
+    return 0;
+}
+
+namespace KRX::Utils {
+
+VoidArray::~VoidArray() {
+    delete[] entries_;
+}
+std::int8_t VoidArray::AddEntry(void* entry) {
+    if (entries_ == nullptr) {
+        entries_ = new void*[capacity_ = 20];  // the module reports eight properties
+    }
+    entries_[count_++] = entry;
+    return 0;
+}
+std::int8_t VoidArray::RemoveEntry(void* entry) {
+    for (int i = 0; i < count_; ++i) {
+        if (entries_[i] == entry) {
+            entries_[i] = entries_[--count_];
+            return 0;
+        }
+    }
+    return -1;
+}
+void* VoidArray::GetEntry(int index) const {
+    return index < count_ ? entries_[index] : nullptr;
+}
+
+}  // namespace KRX::Utils
+
+namespace KRX::Messaging {
+
+struct Serializable::Implementation {
+    std::string name;
+};
+Serializable::Serializable(const char* elementName, const char* /*text*/, int /*required*/, int /*flag*/)
+    : implementation_(new Implementation{elementName}) {}
+Serializable::~Serializable() {
+    delete implementation_;
+}
+std::int8_t Serializable::Serialize(Serializer& /*serializer*/, unsigned int /*flags*/) {
+    return -1;
+}
+std::int8_t Serializable::Deserialize(Serializer& /*serializer*/) {
+    return -1;
+}
+std::int8_t Serializable::GetSubElement(const char* /*name*/, SubElementDef*& /*subElement*/) {
+    return -1;
+}
+std::int8_t Serializable::SetAttributeText(const char* /*name*/, const char* /*text*/) {
+    return -1;
+}
+std::int8_t Serializable::SetElementText(const char* /*text*/) {
+    return -1;
+}
+std::int8_t Serializable::SetSubElementText(const char* /*name*/, const char* /*text*/) {
+    return -1;
+}
+const char* Serializable::GetAttributeText(const char* /*name*/, bool& /*release*/) {
+    return nullptr;
+}
+const char* Serializable::GetElementText(bool& /*release*/) {
+    return nullptr;
+}
+const char* Serializable::GetSubElementText(const char* /*name*/, bool& /*release*/, unsigned int /*index*/) {
+    return nullptr;
+}
+std::int8_t Serializable::PreDeserialize() {
+    return 0;
+}
+bool Serializable::HasElementText() {
+    return false;
+}
+std::int8_t Serializable::RegisterAttribute(const char* /*name*/, int /*flag*/, const char* /*text*/) {
+    return 0;
+}
+std::int8_t Serializable::RegisterSubElement(const char* /*name*/, int /*minimum*/, int /*maximum*/,
+                                             const char* /*text*/) {
+    return 0;
+}
+std::int8_t Serializable::RegisterSubElement(const char* /*name*/, Serializable* /*element*/, int /*flag*/,
+                                             const char* /*text*/) {
+    return 0;
+}
+void Serializable::SetElementName(const char* name) {
+    implementation_->name = name;
+}
+const char* Serializable::GetElementName() const {
+    return implementation_->name.c_str();
+}
+
+SerializableString::SerializableString(const char* elementName, const char* value)
+    : Serializable(elementName, nullptr, 0, 1) {
+    SetValue(value);
+}
+SerializableString::~SerializableString() {
+    delete[] value_;
+}
+std::int8_t SerializableString::SetElementText(const char* text) {
+    return delanddup(value_, text);
+}
+const char* SerializableString::GetElementText(bool& /*release*/) {
+    return value_;
+}
+bool SerializableString::HasElementText() {
+    return true;
+}
+void SerializableString::SetValue(const char* value) {
+    delanddup(value_, value);
+}
+const char* SerializableString::GetValue() const {
+    return value_;
+}
+SerializableArray::SerializableArray() = default;
+SerializableArray::~SerializableArray() = default;
+
+namespace Headers {
+
+RequestHeader::RequestHeader() : Serializable("RequestHeader", nullptr, 0, 1) {}
+RequestHeader::~RequestHeader() {
+    delete[] serviceName_;
+    delete[] operation_;
+}
+void RequestHeader::SetServiceName(const char* name) {
+    delanddup(serviceName_, name);
+}
+void RequestHeader::SetOperation(const char* operation) {
+    delanddup(operation_, operation);
+}
+const char* RequestHeader::GetOperation() const {
+    return operation_;
+}
+Credentials::Credentials(const char* elementName) : Serializable(elementName, nullptr, 0, 1) {}
+Credentials::~Credentials() = default;
+void Credentials::SetMemberId(const char* /*memberId*/) {}
+void Credentials::SetPassword(const char* /*password*/) {}
+SecurityContext::SecurityContext(const char* elementName) : Serializable(elementName, nullptr, 0, 1) {}
+SecurityContext::~SecurityContext() = default;
+std::int8_t SecurityContext::SetCredentials(const Credentials* /*credentials*/) {
+    return 0;
+}
+
+}  // namespace Headers
+
+WebServiceMessage::WebServiceMessage() : context_("SecurityContext") {}
+WebServiceMessage::~WebServiceMessage() {
+    delete request_;
+    delete response_;
+}
+std::int8_t WebServiceMessage::SetRequestUri(const char* /*uri*/) {
+    return 0;
+}
+std::int8_t WebServiceMessage::SetIdempotent(int /*flag*/) {
+    return 0;
+}
+Serializable* WebServiceMessage::SetRequestMsg(Serializable* request) {
+    return std::exchange(request_, request);
+}
+Serializable* WebServiceMessage::SetResponseMsg(Serializable* response) {
+    return std::exchange(response_, response);
+}
+
+}  // namespace KRX::Messaging
+
+namespace KRX::Services::RegistrationNS {
+
+struct Asset::Implementation {
+    Messaging::SerializableArray properties;
+};
+Asset::Asset(const char* elementName)
+    : Serializable(elementName, nullptr, 0, 1), record_(new Implementation) {}
+Asset::~Asset() {
+    delete record_;
+}
+void Asset::CopyFrom(const Asset& /*other*/) {}
+void Asset::ClearProperties() {}
+Messaging::SerializableArray* Asset::GetProperties() {
+    return &record_->properties;
+}
+const char* Asset::GetMemberName() const {
+    return "device-7";
+}
+const char* Asset::GetMemberPassword() const {
+    return "";
+}
+unsigned int Asset::GetCurrentPollInterval() const {
+    return 60;
+}
+Property::Property(const char* /*action*/, const char* name, const char* value, const char* elementName)
+    : Serializable(elementName, nullptr, 0, 1) {
+    delanddup(name_, name);
+    delanddup(value_, value);
+}
+Property::~Property() {
+    delete[] name_;
+    delete[] value_;
+}
+void Property::SetValue(const char* value) {
+    delanddup(value_, value);
+}
+const char* Property::GetName() const {
+    return name_;
+}
+const char* Property::GetValue() const {
+    return value_;
+}
+RegistrationProxy::RegistrationProxy(const char* /*serviceName*/, const char* /*requestUri*/,
+                                     const char* /*serviceNamespace*/) {}
+RegistrationProxy::~RegistrationProxy() = default;
+std::int8_t RegistrationProxy::UpdateAsset(Asset& asset, int /*flags*/) {
+    for (int i = 0; i < asset.GetProperties()->GetCount(); ++i) {
+        const auto* const property = static_cast<const Property*>(asset.GetProperties()->GetEntry(i));
+        if (std::strcmp(property->GetName(), "RSM_MODE") == 0) {
+            std::printf("report after %d polls: %s\n", device::polls.load(), property->GetValue());
+        }
+    }
+    ++device::reports;
+    return 0;
+}
+void RegistrationProxy::SetOCM(Messaging::OCM* /*channel*/) {}
+std::int8_t RegistrationProxy::SetSecurityContext(Messaging::Headers::SecurityContext& /*context*/) {
+    return 0;
+}
+
+}  // namespace KRX::Services::RegistrationNS
+
+namespace KRX::ServiceAgentNS {
+
+struct VirtualAsset::Implementation {
+    Services::RegistrationNS::Asset record{"Asset"};
+};
+struct ServiceAgent::Implementation {
+    VirtualAsset::Implementation implementation;
+    VirtualAsset asset{&implementation};
+};
+void VirtualAsset::ForcePoll() {
+    ++device::polls;
+}
+const Services::RegistrationNS::Asset& VirtualAsset::GetAssetProfile() const {
+    return implementation_->record;
+}
+Messaging::OCM* VirtualAsset::GetOCM() {
+    return nullptr;
+}
+VirtualAsset* ServiceAgent::GetAsset(int /*index*/) {
+    return &implementation_->asset;
+}
+
+}  // namespace KRX::ServiceAgentNS
+
+KRX::ServiceAgentNS::ServiceAgent& device::serviceAgent() {
+    static KRX::ServiceAgentNS::ServiceAgent::Implementation implementation;
+    static KRX::ServiceAgentNS::ServiceAgent agent{&implementation};
+    return agent;
+}

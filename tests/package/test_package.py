@@ -1,0 +1,142 @@
+"""The Debian packages, made of a build and laid out in a directory of their own, and the module as a part of another project.
+
+The environment names the build (BUILD), CMAKE, CPACK and the compilers (CC, CXX)."""
+import os
+import pathlib
+import re
+import shlex
+import shutil
+import subprocess
+import sys
+import tempfile
+import unittest
+
+SOURCE = pathlib.Path(__file__).resolve().parents[2]
+EXAMPLES = SOURCE / "examples"
+
+
+def run(*command, cwd, environment=None, status=0):
+    """Runs a command: what it printed, standard error included."""
+    done = subprocess.run([str(word) for word in command], cwd=cwd, env={**os.environ, **(environment or {})}, text=True,
+                          errors="replace", stdout=subprocess.PIPE, stderr=subprocess.STDOUT, timeout=240)
+    if done.returncode != status:
+        raise AssertionError(f"{command}: {done.returncode}\n{done.stdout}")
+    return done.stdout
+
+
+def workspace(parent, name, configuration):
+    """A directory with the folders that the example configuration names."""
+    place = parent / name
+    for folder in ("log", "state"):
+        (place / folder).mkdir(parents=True)
+    shutil.copy(configuration, place / "zephan-config.xml")
+    return place
+
+
+class Packages(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        scratch = tempfile.TemporaryDirectory(prefix="package test ")  # with blanks, as paths may be
+        cls.addClassCleanup(scratch.cleanup)
+        cls.scratch = pathlib.Path(scratch.name)
+        cls.root = cls.scratch / "root"
+        run(os.environ["CPACK"], "--config", f"{os.environ['BUILD']}/CPackConfig.cmake", "-B", cls.scratch / "packages",
+            cwd=cls.scratch)
+        cls.packages = {path.name.split("_")[0]: path for path in (cls.scratch / "packages").glob("*.deb")}
+        for package in cls.packages.values():
+            run("dpkg-deb", "--extract", package, cls.root, cwd=cls.scratch)
+        cls.libraries = next(cls.root.glob("usr/lib/**/libZephanRSMLogger.so.1")).parent
+        cls.share = cls.root / "usr/share/zephan-rsm-logger"
+        cls.examples = cls.root / "usr/share/doc/zephan-rsm-logger/examples"
+        # As if the libraries lay where the loader and the linker look.
+        cls.environment = {"LD_LIBRARY_PATH": str(cls.libraries)}
+
+    def test_names_and_dependencies(self):
+        depends = {name: run("dpkg-deb", "--field", path, "Depends", cwd=self.scratch)
+                   for name, path in self.packages.items()}
+        self.assertEqual(sorted(depends), ["krx-agent-sim", "libzephan-rsm-logger-dev", "libzephan-rsm-logger1"])
+        version = re.search(r"_(.*)_", self.packages["krx-agent-sim"].name).group(1)
+        for name in ("krx-agent-sim", "libzephan-rsm-logger-dev"):
+            self.assertIn(f"libzephan-rsm-logger1 (= {version})", depends[name])
+        self.assertIn("libxerces-c3.2", depends["libzephan-rsm-logger1"])
+        for name in depends:
+            self.assertIn("no licence chosen yet", (self.root / "usr/share/doc" / name / "copyright").read_text())
+
+    def test_lintian_finds_nothing(self):
+        if shutil.which("lintian") is None:
+            self.skipTest("no lintian")
+        found = run("lintian", "--allow-root", "--fail-on", "error,warning", *self.packages.values(), cwd=self.scratch)
+        self.assertNotRegex(found, "(?m)^[EW]:")
+
+    def test_each_program_has_a_manual_page(self):
+        programs = sorted(path.name for path in (self.root / "usr/bin").iterdir())
+        self.assertEqual(programs, ["krx-agent-sim", "zephan-config-check", "zephan-log"])
+        for program in programs:
+            page = run("zcat", self.root / f"usr/share/man/man1/{program}.1.gz", cwd=self.scratch)
+            for section in ("NAME", "SYNOPSIS", "DESCRIPTION"):
+                self.assertIn(f".SH {section}\n", page)
+
+    def test_completions_know_every_option(self):
+        helper = pathlib.Path("/usr/share/bash-completion/bash_completion")
+        if not helper.exists():
+            self.skipTest("no bash-completion")
+        for program in (self.root / "usr/bin").iterdir():
+            completion = self.root / "usr/share/bash-completion/completions" / program.name
+            script = (f'. {helper}; . "$1"; COMP_WORDS=({program.name} --); COMP_CWORD=1; COMP_LINE="{program.name} --"; '
+                      f'COMP_POINT=${{#COMP_LINE}}; _{program.name.replace("-", "_")} {program.name} 2>/dev/null; '
+                      'printf "%s\\n" "${COMPREPLY[@]}"')
+            words = run("bash", "-c", script, "bash", completion, cwd=self.scratch,
+                        environment={"PATH": f"{program.parent}:{os.environ['PATH']}"}).split()
+            options = re.findall(r"(?m)^ {2,6}(?:-\w, )?(--[\w-]+)", run(program, "--help", cwd=self.scratch))
+            self.assertGreater(len(options), 3)
+            self.assertEqual(sorted(word.rstrip("=") for word in words), sorted(options), program.name)
+
+    def test_a_replay_is_that_of_the_build(self):
+        place = workspace(self.scratch, "replay", self.share / "zephan-config.xml")
+        run(self.root / "usr/bin/krx-agent-sim", "replay", self.share / "service-visit.scenario", "--trace", "trace.jsonl",
+            cwd=place, environment={"TZ": "UTC"})
+        self.assertEqual((place / "trace.jsonl").read_text(), (SOURCE / "tests/golden/service-visit.jsonl").read_text())
+        self.assertIn("Remote tunnel opened", run(self.root / "usr/bin/zephan-log", "log/kelp-logs.xml", cwd=place))
+        run(self.root / "usr/bin/zephan-config-check", "--quiet", "zephan-config.xml", cwd=place)
+
+    def test_c_example_with_pkg_config(self):
+        place = workspace(self.scratch, "c", self.share / "zephan-config.xml")
+        shutil.copy(self.examples / "minimal-agent.c", place)
+        flags = run("pkg-config", "--cflags", "--libs", "zephan-rsm-logger", cwd=place,
+                    environment={"PKG_CONFIG_PATH": str(self.libraries / "pkgconfig")})
+        run(os.environ["CC"], "-std=c99", "-Wall", "-Wextra", "-Wpedantic", "-Werror", "-o", "agent", "minimal-agent.c",
+            *shlex.split(flags), cwd=place, environment=self.environment)
+        said = run("./agent", "zephan-config.xml", "state/schedule.xml", cwd=place, environment=self.environment)
+        self.assertIn("CommandResult: Pass", said)
+        self.assertIn("An audit message", (place / "log/kelp-logs.xml").read_text())
+        self.assertIn("ZPXRSMLoggerStatup answered -1",
+                      run("./agent", "missing.xml", "state/schedule.xml", cwd=place, environment=self.environment, status=1))
+
+    def test_cpp_example_with_find_package(self):
+        place = workspace(self.scratch, "cpp", self.share / "zephan-config.xml")
+        run(os.environ["CMAKE"], "-S", SOURCE / "tests/package/consumer", "-B", "build", f"-DCMAKE_PREFIX_PATH={self.root}/usr",
+            f"-DEXAMPLE={self.examples}/minimal-agent.cpp", "-DCMAKE_CXX_FLAGS=-Wall -Wextra -Werror", cwd=place)
+        run(os.environ["CMAKE"], "--build", "build", cwd=place)
+        # By the name without a number, as agents load it.
+        said = run("build/agent", "libZephanRSMLogger.so", "zephan-config.xml", "state/schedule.xml", cwd=place,
+                   environment=self.environment)
+        self.assertIn("Thread exited successfully.", said)
+        self.assertNotIn("answered", said)
+
+
+class Subproject(unittest.TestCase):
+    def test_a_device_with_an_agent_of_its_own(self):
+        with tempfile.TemporaryDirectory(prefix="package test ") as scratch:
+            place = workspace(pathlib.Path(scratch), "run", EXAMPLES / "zephan-config.xml")
+            run(os.environ["CMAKE"], "-G", "Ninja", "-S", SOURCE / "tests/package/minimal-agent", "-B", "build",
+                f"-DZEPHAN_SOURCE={SOURCE}", cwd=scratch)
+            run(os.environ["CMAKE"], "--build", "build", cwd=scratch)
+            self.assertEqual(run("../build/device", "zephan-config.xml", cwd=place),
+                             "report after 0 polls: FORCE_POLL_GRACE\nreport after 4 polls: NOT_ACTIVE\nconnect: 0, 4 polls\n")
+            run(os.environ["CMAKE"], "--install", "build", "--component", "module", "--prefix", place / "device", cwd=scratch)
+            # The library with its two links, and nothing else.
+            self.assertEqual(len([path for path in (place / "device").rglob("*") if not path.is_dir()]), 3)
+
+
+if __name__ == "__main__":
+    unittest.main(argv=[sys.argv[0], "-v", *sys.argv[1:]])
