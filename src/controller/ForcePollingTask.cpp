@@ -22,7 +22,7 @@ unsigned int millisecondsOf(std::int32_t seconds) noexcept {
 }  // namespace
 
 int ForcePollingTask::DataPollingTask(void* argument) {
-    const PollingThread::Number number = PollingThread::enter();
+    const PollingThread::Number number = PollingThread::enter(argument);
     const auto isTheirs = [number] {
         const auto controller = ZephanRSMSingleTon::existing();
         return controller != nullptr && controller->thread_.has(number);
@@ -37,7 +37,8 @@ int ForcePollingTask::DataPollingTask(void* argument) {
             ForcePollingTask(number, *static_cast<KRX::ServiceAgentNS::ServiceAgent*>(argument)).run();
             result = 0;
         } catch (const std::exception&) {
-            // Nothing is thrown into the agent. The next order finds that the thread has ended.
+            // Memory ran out. The next order finds that the thread has ended. What is no error passes: an agent may unwind its
+            // threads with an exception of its own.
         }
     }
     if (const auto controller = ZephanRSMSingleTon::existing()) {
@@ -147,7 +148,11 @@ bool ForcePollingTask::pollOnce(KRX::ServiceAgentNS::VirtualAsset& asset) {
     }
     profile->introduce(asset);
     profile.reset();
-    asset.ForcePoll();
+    try {
+        asset.ForcePoll();
+    } catch (const std::exception&) {
+        // The agent had no memory for this poll, say. It counts, and the next one comes.
+    }
     return std::all_of(std::begin(RsmState::kAfterPoll), std::end(RsmState::kAfterPoll),
                        [this](RsmState::Step step) { return apply(step); });
 }
@@ -174,13 +179,14 @@ bool ForcePollingTask::apply(RsmState::Step step) {
 }
 
 bool ForcePollingTask::report() {
-    for (bool again = true; again;) {
+    bool again = true;
+    for (int sent = 0; again && sent < ZephanRSMSingleTon::kMostReports; ++sent) {
         ZephanRSMSingleTon::Report report;
         if (!look([&](ZephanRSMSingleTon& controller) { report = controller.beginReport(); })) {
             return false;
         }
         report.profile->send(report.state);
-        if (!look([&](ZephanRSMSingleTon& controller) { again = controller.endReport(); })) {
+        if (!look([&](ZephanRSMSingleTon& controller) { again = controller.isOutdated(report); })) {
             return false;
         }
     }

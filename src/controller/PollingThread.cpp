@@ -1,6 +1,6 @@
 #include "controller/PollingThread.h"
 
-#include "platform/Lock.h"
+#include "platform/Published.h"
 #include "platform/ThreadEnd.h"
 #include "platform/agent/Logging.h"
 
@@ -14,9 +14,31 @@ constexpr unsigned int kThreadEndTimeout = 3000;  // milliseconds
 constexpr unsigned int kThreadStackSize = 4096;
 
 std::atomic<PollingThread::Number> lastNumber{0};
-/// Of the thread that was started and has yet to begin. What the agent hands to a thread is the service agent, so the
-/// number waits here; one thread at a time begins in this process.
-std::atomic<PollingThread::Number> numberToEnter{0};
+/// The thread that was started and has yet to begin. What the agent hands to a thread is the service agent, so the number waits
+/// here; one thread at a time begins in this process.
+struct Beginning {
+    platform::Mutex lock;
+    PollingThread::Number number = 0;
+    void* argument = nullptr;
+};
+platform::Immortal<Beginning> beginning;
+
+bool announce(PollingThread::Number number, void* argument) {
+    const platform::Lock lock(beginning->lock);
+    if (beginning->number != 0) {
+        return false;
+    }
+    beginning->number = number;
+    beginning->argument = argument;
+    return true;
+}
+
+void withdraw(PollingThread::Number number) {
+    const platform::Lock lock(beginning->lock);
+    if (beginning->number == number) {
+        beginning->number = 0;
+    }
+}
 
 }  // namespace
 
@@ -45,6 +67,7 @@ std::int8_t PollingThread::createThread(KRXThreadEntry entry, void* argument,
         case platform::Mutex::Wait::Obtained:
             break;
         case platform::Mutex::Wait::Abandoned:
+            forgetStart();
             KRXLog(level::kError, "\n The thread got ownership of an abandoned logging mutex.");
             return -1;
         default:
@@ -104,19 +127,22 @@ std::int8_t PollingThread::generateThread(KRXThreadEntry entry, void* argument) 
         bool held = false;
     } start(*this);
     // Before the start: the thread may run, and be over, before the agent's call returns.
-    Number none = 0;
-    bool mayStart = numberToEnter.compare_exchange_strong(none, start.number);
-    if (mayStart) {
+    const bool announced = announce(start.number, argument);
+    bool refused = false;
+    {
         const platform::Lock lock(lock_);
-        mayStart = !closing_;
-        if (mayStart) {
+        refused = closing_;
+        if (announced && !refused) {
             phase_ = Phase::Running;
             number_ = start.number;
         }
     }
-    if (!mayStart) {
-        // Or a thread that was started just before a stop has yet to begin: it must not be taken for this one.
+    if (refused) {
         KRXLog(level::kError, "\n generateThread --- The extension is being stopped, no Force Polling thread is started.");
+        return -1;
+    }
+    if (!announced) {
+        KRXLog(level::kError, "\n generateThread --- A Force Polling thread that was started before has yet to begin, none is started.");
         return -1;
     }
     if (KRXThreadStart(&object->thread, "Data Polling", priority, 0, kThreadStackSize, entry, argument) != 0) {
@@ -182,7 +208,7 @@ void PollingThread::forget(Number number) {
             number_ = 0;
         }
     }
-    numberToEnter.compare_exchange_strong(number, 0);
+    withdraw(number);
 }
 
 PollingThread::Held PollingThread::held() const {
@@ -204,27 +230,51 @@ bool PollingThread::isClosing() const {
     return closing_;
 }
 
+void PollingThread::forgetStart() {
+    Number number = 0;
+    {
+        const platform::Lock lock(lock_);
+        if (object_ == nullptr) {
+            number = number_;
+        }
+    }
+    if (number != 0) {
+        forget(number);
+    }
+}
+
 void PollingThread::stop() {
     Held object;
+    Number number = 0;
     {
         const platform::Lock lock(lock_);
         closing_ = true;
-        object = object_;
+        object = std::exchange(object_, nullptr);
+        number = number_;
     }
     if (object == nullptr) {
+        // Nothing to wait for. A number that nobody starts a thread for any more was left by a thread that ended in its start.
+        const auto starting = threadMutex_.tryWait();
+        if (starting != platform::Mutex::Wait::Busy) {
+            forgetStart();
+        }
+        if (starting == platform::Mutex::Wait::Obtained) {
+            threadMutex_.release();
+        }
         return;
     }
     // The thread polls on while it is waited for, and may end by itself.
     const bool ended = KRXWaitForThread(&object->thread, nullptr, kThreadEndTimeout) == 0;
-    forget(object);
+    forget(number);
     object.reset();
     KRXLog(level::kForce, "%s",
            ended ? "\n Force Polling Thread shutdown complete."
                  : "\n Force Polling Thread FORCEFULLY shutdown complete.");
 }
 
-PollingThread::Number PollingThread::enter() noexcept {
-    return numberToEnter.exchange(0);
+PollingThread::Number PollingThread::enter(const void* argument) {
+    const platform::Lock lock(beginning->lock);
+    return beginning->argument == argument ? std::exchange(beginning->number, 0) : 0;
 }
 
 bool PollingThread::has(Number number) const {

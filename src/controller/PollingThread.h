@@ -51,8 +51,8 @@ class PollingThread final {
 
     // ---- For the thread itself
 
-    /// The number of the thread that has just begun, to be asked for once by each; 0 when none was to begin.
-    static Number enter() noexcept;
+    /// The number of the thread that has just begun with this argument, to be asked for once by each; 0 when none was to.
+    static Number enter(const void* argument);
     bool has(Number number) const;
     void setLeaving(Number number);
     void setEnded(Number number);
@@ -68,6 +68,8 @@ class PollingThread final {
     /// Forgets `object` unless another one is held by now.
     void forget(const Held& object);
     void forget(Number number);
+    /// Of a start that its thread has not come to the end of.
+    void forgetStart();
 
     /// Serialises check and create. Held while the agent starts a thread and while `alreadyThere` runs.
     platform::Mutex threadMutex_;

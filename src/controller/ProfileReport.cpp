@@ -91,16 +91,17 @@ ProfileReport::Client::Client(KRX::ServiceAgentNS::VirtualAsset& ofAsset)
     proxy.SetSecurityContext(context);
 }
 
-void ProfileReport::introduce(KRX::ServiceAgentNS::VirtualAsset& asset) {
-    const auto known = client_.get();
-    if (known != nullptr && known->asset == &asset) {
-        return;
+std::shared_ptr<ProfileReport::Client> ProfileReport::clientOf(KRX::ServiceAgentNS::VirtualAsset& asset) {
+    auto client = client_.get();
+    if (client == nullptr || client->asset != &asset) {
+        try {
+            client = std::make_shared<Client>(asset);
+            client_.exchange(client);
+        } catch (const std::exception&) {
+            return nullptr;
+        }
     }
-    try {
-        client_.exchange(std::make_shared<Client>(asset));
-    } catch (const std::exception&) {
-        // As said.
-    }
+    return client;
 }
 
 void ProfileReport::dateToString(std::int64_t gmtClockValue, char* text) {
@@ -123,8 +124,7 @@ bool ProfileReport::send(const RsmState& state) {
         KRXLog(level::kError, "Can't send RSM profile to enterprise: Virtaul Asset 0 is null\n");
         return false;
     }
-    introduce(*asset);
-    const auto client = client_.get();
+    const auto client = clientOf(*asset);
     if (client == nullptr) {
         KRXLog(level::kWarn, "\n Failed to Update Properties...... \n");
         return false;

@@ -30,7 +30,7 @@ class ProfileReport final {
     KRX::ServiceAgentNS::VirtualAsset* findAsset() const;
     /// Sees to a proxy with the asset's channel and credentials: the asset may have appeared after the start. Without
     /// memory for it nothing is done, and the next call tries again.
-    void introduce(KRX::ServiceAgentNS::VirtualAsset& asset);
+    void introduce(KRX::ServiceAgentNS::VirtualAsset& asset) { clientOf(asset); }
 
     /// Sends the profile of `state` and logs it when the enterprise took it. Blocks until the enterprise answers. False,
     /// with a log line, when it was not taken.
@@ -49,5 +49,7 @@ class ProfileReport final {
         KRX::ServiceAgentNS::VirtualAsset* asset;
         KRX::Services::RegistrationNS::RegistrationProxy proxy;
     };
+    std::shared_ptr<Client> clientOf(KRX::ServiceAgentNS::VirtualAsset& asset);
+
     platform::Published<Client> client_;
 };

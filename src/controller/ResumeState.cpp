@@ -85,7 +85,13 @@ std::optional<ZephanRSMSingleTon::SavedRsm> ZephanRSMSingleTon::readResumeState(
     }
     const SavedRsm saved{scheduling::stringToTime(date, time), platform::readNumber(rate), platform::readNumber(grace)};
     if (saved.gracePeriod * kSecondsPerMinute <= scheduling::gmtNow() - saved.savedAt) {
-        platform::removeFile(path);
+        const platform::Lock lock(resumeFileLock_);
+        // Not when it was saved anew since it was read.
+        std::array<char, kReadSize> present{};
+        const platform::File file = platform::File::open(path, platform::OpenMode::Read);
+        if (file.isOpen() && file.readStart(present.data(), present.size() - 1) != 0 && present == text) {
+            platform::removeFile(path);
+        }
         return std::nullopt;
     }
     return saved;

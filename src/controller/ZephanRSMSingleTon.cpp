@@ -70,14 +70,14 @@ void ZephanRSMSingleTon::destroyInstance() {
     }
     // Also when the stopping thread is unwound while it waits or logs: a controller that starts nothing must not stay.
     struct Removal {
-        ZephanRSMSingleTon& controller;
+        const Reference& controller;
         ~Removal() {
-            published->exchange(nullptr);
-            if (controller.configHandler_ != nullptr) {
-                controller.configHandler_->getLogManager().close();
+            published->withdraw(controller);
+            if (controller->configHandler_ != nullptr) {
+                controller->configHandler_->getLogManager().close();
             }
         }
-    } const removal{*present};
+    } const removal{present};
     // What is logged while the thread ends still reaches the log file.
     present->thread_.stop();
 }
@@ -146,28 +146,21 @@ void ZephanRSMSingleTon::setResumeFilePath(const std::string& path) {
 
 ZephanRSMSingleTon::Report ZephanRSMSingleTon::beginReport() {
     const platform::Lock lock(stateLock_);
-    if (reportsUnderWay_++ == 0) {
-        firstOfThem_ = state_;
-        theyDiffer_ = false;
-    } else if (!RsmState::isSameProfile(firstOfThem_, state_)) {
-        theyDiffer_ = true;
-    }
-    return {profile_, state_};
+    newestReport_ = state_;
+    return {profile_, state_, ++reportsBegun_};
 }
 
-bool ZephanRSMSingleTon::endReport() {
+bool ZephanRSMSingleTon::isOutdated(const Report& report) const {
     const platform::Lock lock(stateLock_);
-    return --reportsUnderWay_ == 0 && theyDiffer_;
+    return report.number != reportsBegun_ && !RsmState::isSameProfile(report.state, newestReport_);
 }
 
 void ZephanRSMSingleTon::UpdateProperty() {
-    for (bool again = true; again;) {
+    for (int sent = 0; sent < kMostReports; ++sent) {
         const Report report = beginReport();
-        struct End {
-            ZephanRSMSingleTon& controller;
-            bool& again;
-            ~End() { again = controller.endReport(); }  // also when this thread is unwound while it sends
-        } const end{*this, again};
         report.profile->send(report.state);
+        if (!isOutdated(report)) {
+            break;
+        }
     }
 }

@@ -84,19 +84,22 @@ class ZephanRSMSingleTon final {
 
     // ---- Profile
 
-    /// Sends the RSM profile to the enterprise; blocks until it answers. Reports that overlap may reach it in any order:
-    /// when they differ, the one that is answered last is followed by one more, so that the enterprise ends with what is
-    /// true.
+    /// Sends the RSM profile to the enterprise; blocks until it answers. Reports that overlap may reach it in any order, so
+    /// one that is answered after another, different one was begun is followed by one more: the enterprise ends with what
+    /// is true.
     void UpdateProperty();
+    /// Reports that one call sends at the most; an agent whose reports cause changes would keep it for ever.
+    static constexpr int kMostReports = 4;
 
     /// A report under way, for a sender that keeps no controller while it sends.
     struct Report {
         std::shared_ptr<ProfileReport> profile;
         RsmState state;
+        std::uint64_t number = 0;
     };
     Report beginReport();
-    /// True when the enterprise is to be told once more.
-    bool endReport();
+    /// A different report was begun since this one.
+    bool isOutdated(const Report& report) const;
 
     // ---- Resume state file (ResumeState.cpp)
 
@@ -127,11 +130,10 @@ class ZephanRSMSingleTon final {
         return std::forward<Change>(change)(state_, now);
     }
 
-    mutable platform::Mutex stateLock_;  ///< of the four below; nothing is called under it
+    mutable platform::Mutex stateLock_;  ///< of the three below; only the thread's own lock is taken under it
     RsmState state_;
-    int reportsUnderWay_ = 0;
-    RsmState firstOfThem_;      ///< what the first of those that overlap tells
-    bool theyDiffer_ = false;
+    std::uint64_t reportsBegun_ = 0;
+    RsmState newestReport_;  ///< what the last one that was begun tells
 
     mutable platform::Mutex resumeFileLock_;  ///< of the path and the file itself; no agent is called under it
     std::string resumeFilePath_;              ///< of the last save or read

@@ -73,8 +73,8 @@ int8_t ZPXRSMDSStartup(void** handle, const char* scheduleFilePath) {
         ZephanRSMSingleTon::Reference controller;
         bool made = false;
         {
-            const entry::Lifecycle lifecycle;
-            controller = entry::controllerForStart();
+            const entry::Lifecycle lifecycle(entry::Lifecycle::Kind::Start);
+            controller = lifecycle.controllerForStart();
             made = controller != nullptr && controller->createScheduleHandler(scheduleFilePath);
         }
         if (made) {

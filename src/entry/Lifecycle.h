@@ -3,12 +3,42 @@
 #include "controller/ZephanRSMSingleTon.h"
 #include "platform/Published.h"
 
+#include <chrono>
+
 namespace entry {
 
-/// While one lives, no other start or stop runs. One that was left behind by a thread which ended within is taken over.
+/// One start or stop at a time: each waits for the one under way, but none without end. A start may be held up by the host, in
+/// its log or at standard output, so a stop waits only a moment for it; a start waits as long as a stop takes. What they do
+/// harms nobody when they overlap after all: the objects are counted, and each removes only what it found.
 class Lifecycle final {
   public:
-    Lifecycle() noexcept : lock_(mutex()) {}
+    enum class Kind { Start, Stop };
+
+    explicit Lifecycle(Kind kind) noexcept {
+        const std::chrono::milliseconds patience(kind == Kind::Start ? 4000 : 100);
+        platform::Mutex::Wait outcome = mutex().waitFor(patience);
+        while (outcome == platform::Mutex::Wait::Abandoned) {  // left behind by a thread that ended in its start or stop
+            outcome = mutex().waitFor(patience);
+        }
+        held_ = outcome == platform::Mutex::Wait::Obtained;
+    }
+    Lifecycle(const Lifecycle&) = delete;
+    Lifecycle& operator=(const Lifecycle&) = delete;
+    ~Lifecycle() {
+        if (held_) {
+            mutex().release();
+        }
+    }
+
+    /// The controller for a start. When no stop can be under way, one that is being stopped was left so by a thread that ended
+    /// in its stop, and makes room.
+    ZephanRSMSingleTon::Reference controllerForStart() const {
+        const auto present = ZephanRSMSingleTon::existing();
+        if (held_ && present != nullptr && present->isStopping()) {
+            ZephanRSMSingleTon::destroyInstance();
+        }
+        return ZephanRSMSingleTon::getInstance();
+    }
 
   private:
     static platform::Mutex& mutex() noexcept {
@@ -16,17 +46,7 @@ class Lifecycle final {
         return *mutex;
     }
 
-    platform::Lock lock_;
+    bool held_ = false;
 };
-
-/// The controller for a start, which holds `Lifecycle`. No stop can be under way then: a controller that is being stopped
-/// was left so by a thread that ended in its stop, and makes room.
-inline ZephanRSMSingleTon::Reference controllerForStart() {
-    const auto present = ZephanRSMSingleTon::existing();
-    if (present != nullptr && present->isStopping()) {
-        ZephanRSMSingleTon::destroyInstance();
-    }
-    return ZephanRSMSingleTon::getInstance();
-}
 
 }  // namespace entry

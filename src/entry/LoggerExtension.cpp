@@ -25,14 +25,14 @@ std::int8_t startUp(const char* initParam) {
         KRXLog(level::kError, "RSM Logger Extension: InitParam is not defined in Agent Config file");
         return entry::kFailure;
     }
-    const entry::Lifecycle lifecycle;
+    const entry::Lifecycle lifecycle(entry::Lifecycle::Kind::Start);
     try {
         loadConfiguration(initParam);
     } catch (const std::runtime_error& error) {
         KRXLog(level::kError, "\n %s \n", error.what());
         return entry::kFailure;
     }
-    const auto controller = entry::controllerForStart();
+    const auto controller = lifecycle.controllerForStart();
     ConfigHandler* const handler = controller == nullptr ? nullptr : controller->getConfigHandler();
     if (handler == nullptr) {
         KRXLog(level::kError, "Error in getting ConfigHandler pointer. %s startup aborted.\n", kExtension);
@@ -56,7 +56,7 @@ std::int8_t take(const char* message, Delivery&& deliver) {
     entry::guarded(entry::kFailure, [&] {
         if (const auto controller = ZephanRSMSingleTon::getInstance()) {
             if (ConfigHandler* const handler = controller->getConfigHandler()) {
-                deliver(handler->getLogManager());
+                deliver(handler->getLogManager(), copy.text());
             }
         }
         return entry::kSuccess;
@@ -75,7 +75,7 @@ int8_t ZPXRSMLoggerStatup(const char* initParam) {
 
 int8_t ZPXRSMLoggerShutdown(void) {
     return entry::guarded(entry::kSuccess, [] {
-        const entry::Lifecycle lifecycle;
+        const entry::Lifecycle lifecycle(entry::Lifecycle::Kind::Stop);
         ZephanRSMSingleTon::destroyInstance();
         XMLConfigData::destroyInstance();
         KRXLogSetFunc(nullptr);
@@ -86,10 +86,10 @@ int8_t ZPXRSMLoggerShutdown(void) {
 }
 
 int8_t ZPXRSMLoggerLog(uint8_t level, const char* message) {
-    return take(message, [&](LogManager& manager) { manager.log(level, message); });
+    return take(message, [&](LogManager& manager, const char* text) { manager.log(level, text); });
 }
 
 int8_t ZPXRSMLoggerAudit(const char* message) {
-    return take(message, [&](LogManager& manager) { manager.audit(message); });
+    return take(message, [](LogManager& manager, const char* text) { manager.audit(text); });
 }
 }

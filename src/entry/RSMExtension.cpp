@@ -47,11 +47,11 @@ bool ensureConfiguration(const char* initParam) {
 std::int8_t startUp(void** handle, ZPServiceAgent* serviceAgent, const char* initParam) {
     ZephanRSMSingleTon::Reference controller;
     {
-        const entry::Lifecycle lifecycle;
+        const entry::Lifecycle lifecycle(entry::Lifecycle::Kind::Start);
         if (!ensureConfiguration(initParam)) {
             return entry::kFailure;
         }
-        controller = entry::controllerForStart();
+        controller = lifecycle.controllerForStart();
     }
     if (controller == nullptr) {
         KRXLog(level::kError, "ZPRSMExtStartup: Failed to create a new ZephanRSMSingleTon object.");
@@ -81,7 +81,7 @@ std::int8_t shutDown(const void* handle) {
         KRXLog(level::kWarn, "ZPRSMExtShutdown : RSM extension handle is NULL.");
         return entry::kFailure;
     }
-    const entry::Lifecycle lifecycle;
+    const entry::Lifecycle lifecycle(entry::Lifecycle::Kind::Stop);
     const auto controller = ZephanRSMSingleTon::getInstance();
     if (controller != nullptr && controller->getScheduleHandler() != nullptr) {
         controller->getScheduleHandler()->performCleanUp(*controller);

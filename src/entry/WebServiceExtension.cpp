@@ -21,8 +21,8 @@ int8_t ZPXRSMWSStartup(void** handle, ZPServiceAgent* serviceAgent) {
     }
     return entry::guarded(entry::kFailure, [&] {
         const auto controller = [] {
-            const entry::Lifecycle lifecycle;
-            return entry::controllerForStart();
+            const entry::Lifecycle lifecycle(entry::Lifecycle::Kind::Start);
+            return lifecycle.controllerForStart();
         }();
         if (controller != nullptr) {
             controller->setServiceAgent(serviceAgent);

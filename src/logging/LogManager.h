@@ -5,6 +5,7 @@
 #include <atomic>
 #include <cstdint>
 #include <memory>
+#include <thread>
 #include <vector>
 
 class FileLogger;
@@ -66,5 +67,6 @@ class LogManager final {
     /// The role of the thread that tells. It is never waited for, only tried; when its holder ends while it tells, the
     /// next change finds it free.
     platform::Mutex teller_;
+    std::atomic<std::thread::id> tellingThread_{};  ///< the role's holder, which admits itself again
     std::atomic<bool> closed_{false};
 };

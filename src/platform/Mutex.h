@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <chrono>
 #include <cstddef>
 
 namespace platform {
@@ -12,7 +13,7 @@ class Mutex final {
     enum class Wait {
         Obtained,
         Abandoned,  ///< the owner had ended while holding it; the mutex is usable again and not held
-        Busy,       ///< another thread holds it; `tryWait` only
+        Busy,       ///< another thread holds it; of waits that have an end only
         Failed
     };
 
@@ -26,6 +27,8 @@ class Mutex final {
 
     /// Waits without time limit.
     Wait wait() noexcept;
+    /// Waits so long at most; then `Busy`.
+    Wait waitFor(std::chrono::milliseconds time) noexcept;
     /// Does not wait.
     Wait tryWait() noexcept;
     /// Gives the mutex back. False when the system refuses (the calling thread does not hold it).

@@ -28,6 +28,15 @@ class Published final {
         return fresh;  // released, if it is, with no lock held
     }
 
+    /// Takes `object` away if it is the one that is published.
+    void withdraw(const std::shared_ptr<T>& object) noexcept {
+        std::shared_ptr<T> withdrawn;  // released, if it is, with no lock held
+        const Lock lock(mutex_);
+        if (object_ == object) {
+            withdrawn.swap(object_);
+        }
+    }
+
     /// Publishes `fresh` unless there is an object; what is published then.
     std::shared_ptr<T> publishFirst(std::shared_ptr<T> fresh) noexcept {
         const Lock lock(mutex_);

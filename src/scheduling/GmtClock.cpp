@@ -25,11 +25,6 @@ std::int64_t gmtNow() noexcept {
     return platform::now();
 }
 
-std::int32_t secondsBetween(std::int64_t from, std::int64_t until) noexcept {
-    using Limits = std::numeric_limits<std::int32_t>;
-    return static_cast<std::int32_t>(std::clamp<std::int64_t>(until - from, Limits::min(), Limits::max()));
-}
-
 std::int64_t stringToTime(const char* date, const char* time) noexcept {
     std::tm fields{};
     fields.tm_year = platform::readNumber(textOf(date), 0, 4) - kTmYearOrigin;

@@ -13,9 +13,6 @@ constexpr std::int64_t kSecondsPerMinute = 60;
 /// The present as a GMT clock value.
 std::int64_t gmtNow() noexcept;
 
-/// Seconds from `from` to `until`; beyond 32 bits the limit.
-std::int32_t secondsBetween(std::int64_t from, std::int64_t until) noexcept;
-
 /// The GMT clock value of a date "YYYY:MM:DD" and a time "HH:MM:SS" in GMT. Nothing is rejected: unreadable
 /// fields count as 0 and fields out of range are carried over. A null text counts as empty.
 std::int64_t stringToTime(const char* date, const char* time) noexcept;

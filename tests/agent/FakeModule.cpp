@@ -115,7 +115,7 @@ std::int8_t ZPRSMExtnStartup(void** handle, ZPServiceAgent* serviceAgent, const 
     agent = serviceAgent;
     session = session == nullptr ? new int(0) : session;
     *handle = session;
-    KRXLog(40, "start %d at %ld with %s", ++starts, static_cast<long>(std::time(nullptr)),
+    KRXLog(level::kWarn, "start %d at %ld with %s", ++starts, static_cast<long>(std::time(nullptr)),
            initParam == nullptr ? "null" : initParam);
     return 0;
 }

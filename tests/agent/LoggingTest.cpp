@@ -32,7 +32,7 @@ int depth = 0;
 std::int8_t reentering(std::uint8_t level, const char* message) {
     hooked.push_back(std::to_string(level) + " " + message);
     if (++depth < 3) {
-        KRXLog(50, "inside %d", depth);
+        KRXLog(level::kError, "inside %d", depth);
     }
     --depth;
     return 0;
@@ -42,7 +42,7 @@ TEST(Logging, AnyLength) {
     Lines lines;
     const AgentHost host({&lines, nullptr, nullptr});
     for (const std::size_t length : {0U, 1U, 511U, 512U, 513U, 100000U}) {
-        KRXLog(250, "%s", std::string(length, 'x').c_str());
+        KRXLog(level::kForce, "%s", std::string(length, 'x').c_str());
         EXPECT_EQ(lines.take(), std::vector<std::string>{"250 " + std::string(length, 'x')});
     }
 }
@@ -51,13 +51,13 @@ TEST(Logging, HookMayReenter) {
     Lines lines;
     AgentHost host({&lines, nullptr, nullptr});
     KRXLogSetFunc(reentering);
-    KRXLog(40, "line");
+    KRXLog(level::kWarn, "line");
     EXPECT_EQ(std::exchange(hooked, {}), (std::vector<std::string>{"40 line", "50 inside 1", "50 inside 2"}));
     host.setRouting(false);
-    KRXLog(40, "unrouted");
+    KRXLog(level::kWarn, "unrouted");
     host.setRouting(true);
     KRXLogSetFunc(nullptr);
-    KRXLog(40, "unhooked");
+    KRXLog(level::kWarn, "unhooked");
     EXPECT_TRUE(hooked.empty());
     EXPECT_EQ(lines.take(), (std::vector<std::string>{"40 line", "50 inside 1", "50 inside 2", "40 unrouted",
                                                       "40 unhooked"}));

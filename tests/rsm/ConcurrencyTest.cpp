@@ -80,7 +80,7 @@ TEST(Concurrency, MessagesAndCommandsWhileFamiliesStartAndStop) {
         };
         // Empty texts, which are logged but print nothing.
         std::thread others[] = {
-            repeat([](int /*i*/) { KRXLog(250, "%s", ""); }),
+            repeat([](int /*i*/) { KRXLog(level::kForce, "%s", ""); }),
             repeat([&](int i) {
                 host.audit(i % 2 == 0 ? "opened" : "closed");
                 std::this_thread::sleep_for(std::chrono::milliseconds(1));

@@ -1,6 +1,7 @@
 #include "platform/Mutex.h"
 
 #include <cerrno>
+#include <ctime>
 #include <new>
 
 #include <pthread.h>
@@ -17,6 +18,7 @@ Mutex::Wait outcomeOf(int result, pthread_mutex_t* mutex) noexcept {
         case 0:
             return Mutex::Wait::Obtained;
         case EBUSY:
+        case ETIMEDOUT:
             return Mutex::Wait::Busy;
         case EOWNERDEAD:
             pthread_mutex_consistent(mutex);
@@ -54,6 +56,20 @@ Mutex::Wait Mutex::wait() noexcept {
     }
     auto* const mutex = systemMutex(storage_.data());
     return outcomeOf(pthread_mutex_lock(mutex), mutex);
+}
+
+Mutex::Wait Mutex::waitFor(std::chrono::milliseconds time) noexcept {
+    if (creationError_ != 0) {
+        return Wait::Failed;
+    }
+    timespec until{};
+    ::clock_gettime(CLOCK_MONOTONIC, &until);
+    const auto due = std::chrono::seconds(until.tv_sec) + std::chrono::nanoseconds(until.tv_nsec) + time;
+    const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(due);
+    until.tv_sec = seconds.count();
+    until.tv_nsec = std::chrono::nanoseconds(due - seconds).count();
+    auto* const mutex = systemMutex(storage_.data());
+    return outcomeOf(pthread_mutex_clocklock(mutex, CLOCK_MONOTONIC, &until), mutex);
 }
 
 Mutex::Wait Mutex::tryWait() noexcept {
