@@ -1,8 +1,8 @@
 // What only a caller of the classes themselves can see.
-#include "AgentHost.h"
-#include "Observer.h"
 #include "ZephanRSMLogger.h"
 #include "controller/ZephanRSMSingleTon.h"
+#include "lib/AgentHost.h"
+#include "lib/Observer.h"
 #include "platform/agent/Messaging.h"
 #include "scheduling/ScheduleRSMHandler.h"
 #include "scheduling/TaggedText.h"
