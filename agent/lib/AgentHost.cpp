@@ -67,13 +67,15 @@ namespace {
 std::atomic<bool> hostExists = false;
 
 constexpr unsigned int kFirstPollInterval = 60;  // seconds
+constexpr const char* kMemberName = "device-0042";
+constexpr const char* kMemberPassword = "stand-in secret";
 
 /// Properties that the device registered itself with.
 constexpr std::pair<const char*, const char*> kDeviceProperties[] = {{"MODEL", "KRX-7"}, {"SERIAL", "0042"}};
 
 void fillProfile(DeviceRecord& profile) {
     using KRX::Services::RegistrationNS::Property;
-    profile.setMember("device-0042", "stand-in secret");
+    profile.setMember(kMemberName, kMemberPassword);
     profile.setPollInterval(kFirstPollInterval);
     for (const auto& [name, value] : kDeviceProperties) {
         auto property = std::make_unique<Property>("update", name, value, "Property");
