@@ -133,6 +133,7 @@ class FormsTest(unittest.TestCase):
             ("connect", "[]", 400, "no JSON object"),
             ("connect", "{", 400, "no JSON object"),
             ("schedule", '{"date": "2031:01:01", "seconds": 1, "minutes": 1}', 400, "'time' must be a text"),
+            ("disconnect", '{"member": 5}', 400, "'member' must be a text"),
             ("audit", '{"text": 5}', 400, "'text' must be a text"),
             ("audit", '{"text": "a\\u0000b"}', 400, "zero byte"),
             ("log", '{"level": "loud", "text": ""}', 400, "'loud' is no level"),

@@ -20,7 +20,7 @@ class LivePageTest(unittest.TestCase):
         wait_until(lambda: self.text("#link") == "live")
 
     def tearDown(self):
-        errors = [line for line in self.page.get_log("browser") if "favicon" not in line["message"]]
+        errors = self.page.get_log("browser")
         self.page.get("about:blank")
         self.live.__exit__()
         self.assertEqual(errors, [])

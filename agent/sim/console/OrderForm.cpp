@@ -24,7 +24,11 @@ class Values final {
         }
     }
 
-    bool has(const char* name) const { return values_.contains(name) && values_[name] != ""; }
+    /// Whether there is a value; an empty field of a form has none.
+    bool has(const char* name) const {
+        const auto found = values_.find(name);
+        return found != values_.end() && *found != nlohmann::json("");
+    }
 
     std::string text(const char* name) const {
         const auto found = values_.find(name);

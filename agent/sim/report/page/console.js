@@ -29,7 +29,11 @@ class LiveConsole {
             this.refreshSoon();
         };
         source.addEventListener('now', message => {
-            this.setTime(Number(message.data) * 1000);
+            const now = Number(message.data) * 1000;
+            if (now < this.model.end - 1000) {
+                location.reload();  // another session is served at this place now
+            }
+            this.setTime(now);
         });
         source.addEventListener('over', () => {
             source.close();
