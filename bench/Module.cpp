@@ -3,7 +3,6 @@
 #include <fstream>
 #include <stdexcept>
 
-#include <dlfcn.h>
 #include <unistd.h>
 
 namespace bench {
@@ -45,32 +44,14 @@ std::string writeConfiguration(const Scratch& scratch, int texts, const std::str
     return path;
 }
 
-template <typename Function>
-void Module::find(Function& function, const char* name) {
-    function = reinterpret_cast<Function>(::dlsym(library_, name));
-    if (function == nullptr) {
-        throw std::runtime_error(std::string("the module lacks ") + name);
-    }
-}
-
-Module::Module(const std::string& configuration) : library_(::dlopen(BENCH_MODULE, RTLD_NOW | RTLD_LOCAL)) {
-    if (library_ == nullptr) {
-        throw std::runtime_error(::dlerror());
-    }
-    decltype(&ZPXRSMLoggerStatup) start = nullptr;
-    find(start, "ZPXRSMLoggerStatup");
-    find(log, "ZPXRSMLoggerLog");
-    find(audit, "ZPXRSMLoggerAudit");
-    if (start(configuration.c_str()) != 0) {
+Module::Module(const std::string& configuration) : library_(BENCH_MODULE) {
+    if (library_.ZPXRSMLoggerStatup(configuration.c_str()) != 0) {
         throw std::runtime_error("the logger does not start");
     }
 }
 
 Module::~Module() {
-    decltype(&ZPXRSMLoggerShutdown) stop = nullptr;
-    find(stop, "ZPXRSMLoggerShutdown");
-    stop();
-    ::dlclose(library_);
+    library_.ZPXRSMLoggerShutdown();
 }
 
 }  // namespace bench

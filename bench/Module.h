@@ -1,8 +1,8 @@
 // The built library as an agent has it: loaded with dlopen, its logger started on a configuration file.
 #pragma once
 
-#include "AgentHost.h"
-#include "ZephanRSMLogger.h"
+#include "lib/AgentHost.h"
+#include "lib/Module.h"
 
 #include <filesystem>
 #include <string>
@@ -34,15 +34,13 @@ class Module final {
     Module& operator=(const Module&) = delete;
     ~Module();
 
-    decltype(&ZPXRSMLoggerLog) log = nullptr;
-    decltype(&ZPXRSMLoggerAudit) audit = nullptr;
-
   private:
-    template <typename Function>
-    void find(Function& function, const char* name);
-
     agent::AgentHost host_;
-    void* library_;
+    agent::Module library_;
+
+  public:
+    decltype(&ZPXRSMLoggerLog) log = library_.ZPXRSMLoggerLog;
+    decltype(&ZPXRSMLoggerAudit) audit = library_.ZPXRSMLoggerAudit;
 };
 
 }  // namespace bench

@@ -1,32 +1,40 @@
-#include "AgentHost.h"
+#include "lib/AgentHost.h"
 
-#include "OCM.h"
-#include "Observer.h"
-#include "Plugs.h"
-#include "Runtime.h"
-#include "Thread.h"
-#include "platform/agent/Registration.h"
+#include "lib/Insides.h"
+#include "lib/OCM.h"
+#include "lib/Observer.h"
+#include "lib/Plugs.h"
+#include "lib/Runtime.h"
+#include "lib/Thread.h"
 #include "platform/agent/ServiceAgent.h"
 
 #include <atomic>
 #include <stdexcept>
 
-namespace KRX::ServiceAgentNS {
+namespace agent {
 
-struct VirtualAsset::Implementation {
-    explicit Implementation(agent::Enterprise* enterprise) : channel(enterprise) {}
+namespace {
 
-    Services::RegistrationNS::Asset profile{"Asset"};
-    Messaging::OCM channel;
+/// The asset that the device is.
+struct DeviceAsset final : KRX::ServiceAgentNS::VirtualAsset {
+    explicit DeviceAsset(Enterprise* enterprise) : channel(enterprise) {}
+
+    DeviceRecord profile;
+    KRX::Messaging::OCM channel;
 };
 
-struct ServiceAgent::Implementation {
-    explicit Implementation(agent::Enterprise* enterprise) : assetParts(enterprise) {}
+struct DeviceAgent final : KRX::ServiceAgentNS::ServiceAgent {
+    explicit DeviceAgent(Enterprise* enterprise) : asset(enterprise) {}
 
-    VirtualAsset::Implementation assetParts;
-    VirtualAsset asset{&assetParts};
+    DeviceAsset asset;
     std::atomic<bool> assetPresent = true;
 };
+
+}  // namespace
+
+}  // namespace agent
+
+namespace KRX::ServiceAgentNS {
 
 void VirtualAsset::ForcePoll() {
     const agent::AgentCall call("ForcePoll");
@@ -38,15 +46,16 @@ void VirtualAsset::ForcePoll() {
 }
 
 const Services::RegistrationNS::Asset& VirtualAsset::GetAssetProfile() const {
-    return implementation_->profile;
+    return static_cast<const agent::DeviceAsset*>(this)->profile;
 }
 
 Messaging::OCM* VirtualAsset::GetOCM() {
-    return &implementation_->channel;
+    return &static_cast<agent::DeviceAsset*>(this)->channel;
 }
 
 VirtualAsset* ServiceAgent::GetAsset(int index) {
-    return index == 0 && implementation_->assetPresent ? &implementation_->asset : nullptr;
+    auto& device = *static_cast<agent::DeviceAgent*>(this);
+    return index == 0 && device.assetPresent ? &device.asset : nullptr;
 }
 
 }  // namespace KRX::ServiceAgentNS
@@ -58,15 +67,16 @@ namespace {
 std::atomic<bool> hostExists = false;
 
 constexpr unsigned int kFirstPollInterval = 60;  // seconds
+constexpr const char* kMemberName = "device-0042";
+constexpr const char* kMemberPassword = "stand-in secret";
 
 /// Properties that the device registered itself with.
 constexpr std::pair<const char*, const char*> kDeviceProperties[] = {{"MODEL", "KRX-7"}, {"SERIAL", "0042"}};
 
-void fillProfile(KRX::Services::RegistrationNS::Asset& profile) {
+void fillProfile(DeviceRecord& profile) {
     using KRX::Services::RegistrationNS::Property;
-    profile.SetMemberName("device-0042");
-    profile.SetMemberPassword("stand-in secret");
-    profile.SetCurrentPollInterval(kFirstPollInterval);
+    profile.setMember(kMemberName, kMemberPassword);
+    profile.setPollInterval(kFirstPollInterval);
     for (const auto& [name, value] : kDeviceProperties) {
         auto property = std::make_unique<Property>("update", name, value, "Property");
         if (profile.GetProperties()->AddEntry(property.get()) == 0) {
@@ -78,12 +88,11 @@ void fillProfile(KRX::Services::RegistrationNS::Asset& profile) {
 }  // namespace
 
 struct AgentHost::Implementation {
-    explicit Implementation(Enterprise* enterprise) : agentParts(enterprise) {
-        fillProfile(agentParts.assetParts.profile);
+    explicit Implementation(Enterprise* enterprise) : serviceAgent(enterprise) {
+        fillProfile(serviceAgent.asset.profile);
     }
 
-    KRX::ServiceAgentNS::ServiceAgent::Implementation agentParts;
-    KRX::ServiceAgentNS::ServiceAgent serviceAgent{&agentParts};
+    DeviceAgent serviceAgent;
 };
 
 AgentHost::AgentHost(Plugs plugs) : implementation_(std::make_unique<Implementation>(plugs.enterprise)) {
@@ -107,11 +116,11 @@ KRX::ServiceAgentNS::ServiceAgent* AgentHost::serviceAgent() {
 }
 
 void AgentHost::setAssetPresent(bool present) {
-    implementation_->agentParts.assetPresent = present;
+    implementation_->serviceAgent.assetPresent = present;
 }
 
 void AgentHost::setPollInterval(unsigned int seconds) {
-    implementation_->agentParts.assetParts.profile.SetCurrentPollInterval(seconds);
+    implementation_->serviceAgent.asset.profile.setPollInterval(seconds);
 }
 
 void AgentHost::setRouting(bool on) {

@@ -3,8 +3,8 @@
 // Without plugs all goes on quietly.
 #pragma once
 
-#include "Enterprise.h"
-#include "Settings.h"
+#include "lib/Enterprise.h"
+#include "lib/Settings.h"
 #include "platform/agent/Api.h"
 
 #include <chrono>

@@ -1,4 +1,4 @@
-#include "FreeRuntime.h"
+#include "lib/FreeRuntime.h"
 
 #include <algorithm>
 

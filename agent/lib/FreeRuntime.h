@@ -1,7 +1,7 @@
 // The default runtime: every thread runs as the system lets it.
 #pragma once
 
-#include "Runtime.h"
+#include "lib/Runtime.h"
 
 #include <condition_variable>
 #include <mutex>

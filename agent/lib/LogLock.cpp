@@ -1,8 +1,8 @@
-#include "LogLock.h"
+#include "lib/LogLock.h"
 
-#include "Plugs.h"
-#include "Runtime.h"
-#include "Thread.h"
+#include "lib/Plugs.h"
+#include "lib/Runtime.h"
+#include "lib/Thread.h"
 
 #include <atomic>
 

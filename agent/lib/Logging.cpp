@@ -1,9 +1,9 @@
 #include "platform/agent/Logging.h"
 
-#include "LogLock.h"
-#include "Observer.h"
-#include "Plugs.h"
-#include "Thread.h"
+#include "lib/LogLock.h"
+#include "lib/Observer.h"
+#include "lib/Plugs.h"
+#include "lib/Thread.h"
 
 #include <atomic>
 #include <cstdarg>

@@ -1,3 +1,4 @@
+#include "lib/Insides.h"
 #include "platform/agent/Messaging.h"
 
 #include <memory>
@@ -18,9 +19,6 @@ void RequestHeader::SetServiceName(const char* name) {
 void RequestHeader::SetOperation(const char* operation) {
     delanddup(operation_, operation);
 }
-const char* RequestHeader::GetServiceName() const {
-    return serviceName_;
-}
 const char* RequestHeader::GetOperation() const {
     return operation_;
 }
@@ -38,12 +36,6 @@ void Credentials::SetMemberId(const char* memberId) {
 void Credentials::SetPassword(const char* password) {
     delanddup(password_, password);
 }
-const char* Credentials::GetMemberId() const {
-    return memberId_;
-}
-const char* Credentials::GetPassword() const {
-    return password_;
-}
 
 SecurityContext::SecurityContext(const char* elementName) : Serializable(elementName, nullptr, 0, 1) {}
 
@@ -57,23 +49,11 @@ std::int8_t SecurityContext::SetCredentials(const Credentials* credentials) {
         return -1;
     }
     auto copy = std::make_unique<Credentials>(credentials->GetElementName());
-    copy->SetMemberId(credentials->GetMemberId());
-    copy->SetPassword(credentials->GetPassword());
+    copy->SetMemberId(agent::memberOf(*credentials));
+    copy->SetPassword(agent::passwordOf(*credentials));
     delete credentials_;
     credentials_ = copy.release();
     return 0;
-}
-
-const Credentials* SecurityContext::GetCredentials() const {
-    return credentials_;
-}
-
-std::int8_t SecurityContext::SetAuthenticationToken(const char* token) {
-    return delanddup(authenticationToken_, token);
-}
-
-const char* SecurityContext::GetAuthenticationToken() const {
-    return authenticationToken_;
 }
 
 }  // namespace KRX::Messaging::Headers
@@ -140,3 +120,44 @@ Serializable* WebServiceMessage::SetResponseMsg(Serializable* response) {
 }
 
 }  // namespace KRX::Messaging
+
+namespace agent {
+
+namespace {
+
+// A derived class may name what it inherits, of other objects, too.
+struct CredentialsInside final : KRX::Messaging::Headers::Credentials {
+    static constexpr auto member = &CredentialsInside::memberId_;
+    static constexpr auto password = &CredentialsInside::password_;
+};
+struct ContextInside final : KRX::Messaging::Headers::SecurityContext {
+    static constexpr auto credentials = &ContextInside::credentials_;
+    static constexpr auto token = &ContextInside::authenticationToken_;
+};
+
+}  // namespace
+
+const char* memberOf(const KRX::Messaging::Headers::Credentials& credentials) {
+    return credentials.*CredentialsInside::member;
+}
+
+const char* passwordOf(const KRX::Messaging::Headers::Credentials& credentials) {
+    return credentials.*CredentialsInside::password;
+}
+
+const KRX::Messaging::Headers::Credentials* credentialsOf(
+    const KRX::Messaging::Headers::SecurityContext& context) {
+    return context.*ContextInside::credentials;
+}
+
+std::int8_t copySecurity(const KRX::Messaging::Headers::SecurityContext& from,
+                         KRX::Messaging::Headers::SecurityContext& to) {
+    const KRX::Messaging::Headers::Credentials none("Credentials");
+    const auto* held = credentialsOf(from);
+    if (delanddup(to.*ContextInside::token, from.*ContextInside::token) != 0) {
+        return -1;
+    }
+    return to.SetCredentials(held == nullptr ? &none : held);
+}
+
+}  // namespace agent

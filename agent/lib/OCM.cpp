@@ -1,8 +1,8 @@
-#include "OCM.h"
+#include "lib/OCM.h"
 
-#include "Plugs.h"
-#include "Runtime.h"
-#include "Thread.h"
+#include "lib/Plugs.h"
+#include "lib/Runtime.h"
+#include "lib/Thread.h"
 #include "platform/agent/Logging.h"
 
 #include <memory>

@@ -1,7 +1,7 @@
 // An asset's messaging channel to the enterprise.
 #pragma once
 
-#include "Enterprise.h"
+#include "lib/Enterprise.h"
 
 namespace KRX::Messaging {
 

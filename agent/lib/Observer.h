@@ -1,7 +1,7 @@
 // What a host program may watch.
 #pragma once
 
-#include "Enterprise.h"
+#include "lib/Enterprise.h"
 
 #include <cstdint>
 #include <string>

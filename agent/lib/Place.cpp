@@ -1,4 +1,4 @@
-#include "Place.h"
+#include "lib/Place.h"
 
 namespace agent {
 

@@ -1,7 +1,7 @@
-#include "Plugs.h"
+#include "lib/Plugs.h"
 
-#include "FreeRuntime.h"
-#include "Observer.h"
+#include "lib/FreeRuntime.h"
+#include "lib/Observer.h"
 
 #include <atomic>
 

@@ -1,7 +1,7 @@
 // What the current host program plugged into the libraries.
 #pragma once
 
-#include "Settings.h"
+#include "lib/Settings.h"
 
 #include <cstdint>
 

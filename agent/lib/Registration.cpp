@@ -1,5 +1,7 @@
 #include "platform/agent/Registration.h"
 
+#include "lib/Insides.h"
+
 #include <atomic>
 #include <memory>
 
@@ -26,15 +28,15 @@ void Asset::CopyFrom(const Asset& other) {
     if (this == &other) {
         return;
     }
-    SetMemberName(other.GetMemberName());
-    SetMemberPassword(other.GetMemberPassword());
-    SetCurrentPollInterval(other.GetCurrentPollInterval());
+    delanddup(record_->memberName, other.GetMemberName());
+    delanddup(record_->memberPassword, other.GetMemberPassword());
+    record_->currentPollInterval = other.GetCurrentPollInterval();
     ClearProperties();
     const Messaging::SerializableArray& source = *other.GetProperties();
     for (int i = 0; i < source.GetCount(); ++i) {
-        const auto& property = *static_cast<const Property*>(source.GetEntry(i));
-        auto copy = std::make_unique<Property>(property.GetAction(), property.GetName(), property.GetValue(),
-                                               property.GetElementName());
+        const auto& property = *static_cast<const Property*>(agent::entryOf(source, i));
+        const auto [action, name, value] = agent::textsOf(property);
+        auto copy = std::make_unique<Property>(action, name, value, property.GetElementName());
         if (record_->properties.AddEntry(copy.get()) == 0) {
             static_cast<void>(copy.release());  // The record releases it.
         }
@@ -44,7 +46,7 @@ void Asset::CopyFrom(const Asset& other) {
 void Asset::ClearProperties() {
     Messaging::SerializableArray& properties = record_->properties;
     while (properties.GetCount() > 0) {
-        auto* last = static_cast<Property*>(properties.GetEntry(properties.GetCount() - 1));
+        auto* last = static_cast<Property*>(agent::entryOf(properties, properties.GetCount() - 1));
         properties.RemoveEntry(last);
         delete last;
     }
@@ -65,16 +67,6 @@ const char* Asset::GetMemberPassword() const {
 unsigned int Asset::GetCurrentPollInterval() const {
     return record_->currentPollInterval;
 }
-void Asset::SetMemberName(const char* name) {
-    delanddup(record_->memberName, name);
-}
-void Asset::SetMemberPassword(const char* password) {
-    delanddup(record_->memberPassword, password);
-}
-void Asset::SetCurrentPollInterval(unsigned int seconds) {
-    record_->currentPollInterval = seconds;
-}
-
 Property::Property(const char* action, const char* name, const char* value, const char* elementName)
     : Serializable(elementName, nullptr, 0, 1) {
     delanddup(action_, action);
@@ -91,14 +83,34 @@ Property::~Property() {
 void Property::SetValue(const char* value) {
     delanddup(value_, value);
 }
-const char* Property::GetAction() const {
-    return action_;
-}
-const char* Property::GetName() const {
-    return name_;
-}
-const char* Property::GetValue() const {
-    return value_;
-}
 
 }  // namespace KRX::Services::RegistrationNS
+
+namespace agent {
+
+namespace {
+
+// A derived class may name what it inherits, of other objects, too.
+struct PropertyInside final : KRX::Services::RegistrationNS::Property {
+    static constexpr auto action = &PropertyInside::action_;
+    static constexpr auto name = &PropertyInside::name_;
+    static constexpr auto value = &PropertyInside::value_;
+};
+
+}  // namespace
+
+void DeviceRecord::setMember(const char* name, const char* password) {
+    delanddup(record_->memberName, name);
+    delanddup(record_->memberPassword, password);
+}
+
+void DeviceRecord::setPollInterval(unsigned int seconds) {
+    record_->currentPollInterval = seconds;
+}
+
+PropertyTexts textsOf(const KRX::Services::RegistrationNS::Property& property) {
+    return {property.*PropertyInside::action, property.*PropertyInside::name,
+            property.*PropertyInside::value};
+}
+
+}  // namespace agent

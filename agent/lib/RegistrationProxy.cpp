@@ -1,7 +1,8 @@
-#include "OCM.h"
-#include "Observer.h"
-#include "Plugs.h"
-#include "Thread.h"
+#include "lib/Insides.h"
+#include "lib/OCM.h"
+#include "lib/Observer.h"
+#include "lib/Plugs.h"
+#include "lib/Thread.h"
 #include "platform/agent/Registration.h"
 
 #include <memory>
@@ -18,9 +19,9 @@ std::string orEmpty(const char* text) {
 agent::NamedValues valuesOf(const Messaging::SerializableArray& properties) {
     agent::NamedValues values;
     for (int i = 0; i < properties.GetCount(); ++i) {
-        const auto& property = *static_cast<const Property*>(properties.GetEntry(i));
-        const char* value = property.GetValue();
-        values.emplace_back(orEmpty(property.GetName()),
+        const auto [action, name, value] =
+            agent::textsOf(*static_cast<const Property*>(agent::entryOf(properties, i)));
+        values.emplace_back(orEmpty(name),
                             value == nullptr ? std::nullopt : std::optional<std::string>(value));
     }
     return values;
@@ -48,7 +49,7 @@ std::int8_t RegistrationProxy::UpdateAsset(Asset& asset, int /*flags*/) {
     Messaging::OCM* channel = nullptr;
     {
         const std::lock_guard lock(implementation_->mutex);
-        if (implementation_->context.GetCredentials() != nullptr) {
+        if (agent::credentialsOf(implementation_->context) != nullptr) {
             channel = implementation_->channel;
         }
     }
@@ -65,17 +66,14 @@ void RegistrationProxy::SetOCM(Messaging::OCM* channel) {
 }
 
 std::int8_t RegistrationProxy::SetSecurityContext(Messaging::Headers::SecurityContext& context) {
-    const Messaging::Headers::Credentials none("Credentials");
-    const Messaging::Headers::Credentials* credentials =
-        context.GetCredentials() == nullptr ? &none : context.GetCredentials();
     {
         const std::lock_guard lock(implementation_->mutex);
-        if (implementation_->context.SetAuthenticationToken(context.GetAuthenticationToken()) != 0 ||
-            implementation_->context.SetCredentials(credentials) != 0) {
+        if (agent::copySecurity(context, implementation_->context) != 0) {
             return -1;
         }
     }
-    agent::observer().onCredentials(credentials->GetMemberId());
+    const Messaging::Headers::Credentials* credentials = agent::credentialsOf(context);
+    agent::observer().onCredentials(credentials == nullptr ? nullptr : agent::memberOf(*credentials));
     return 0;
 }
 

@@ -1,4 +1,4 @@
-#include "Runtime.h"
+#include "lib/Runtime.h"
 
 namespace agent {
 

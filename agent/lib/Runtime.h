@@ -1,8 +1,8 @@
 // Where the threads of the agent's library come from and how they pass time.
 #pragma once
 
-#include "Settings.h"
-#include "Thread.h"
+#include "lib/Settings.h"
+#include "lib/Thread.h"
 
 #include <chrono>
 #include <functional>

@@ -1,5 +1,5 @@
-#include "Serializer.h"
-#include "XmlElement.h"
+#include "lib/Serializer.h"
+#include "lib/XmlElement.h"
 #include "platform/agent/Messaging.h"
 
 #include <list>

@@ -1,4 +1,4 @@
-#include "Serializer.h"
+#include "lib/Serializer.h"
 
 #include "platform/agent/Messaging.h"
 

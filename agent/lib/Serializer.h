@@ -1,7 +1,7 @@
 // Carries an element between its objects and its XML text.
 #pragma once
 
-#include "XmlElement.h"
+#include "lib/XmlElement.h"
 #include "platform/agent/Api.h"
 
 #include <cstdint>

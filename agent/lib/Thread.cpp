@@ -1,9 +1,9 @@
-#include "Thread.h"
+#include "lib/Thread.h"
 
-#include "LogLock.h"
-#include "Observer.h"
-#include "Plugs.h"
-#include "Runtime.h"
+#include "lib/LogLock.h"
+#include "lib/Observer.h"
+#include "lib/Plugs.h"
+#include "lib/Runtime.h"
 
 #include <exception>
 #include <list>

@@ -1,8 +1,8 @@
 // A thread of the agent's library, most often one that runs an entry function of the module.
 #pragma once
 
-#include "Place.h"
-#include "Settings.h"
+#include "lib/Place.h"
+#include "lib/Settings.h"
 #include "platform/agent/Api.h"
 
 #include <atomic>

@@ -1,9 +1,9 @@
 #include "platform/agent/Threads.h"
 
-#include "Observer.h"
-#include "Plugs.h"
-#include "Runtime.h"
-#include "Thread.h"
+#include "lib/Observer.h"
+#include "lib/Plugs.h"
+#include "lib/Runtime.h"
+#include "lib/Thread.h"
 
 #include <memory>
 #include <new>

@@ -1,5 +1,7 @@
 #include "platform/agent/Utilities.h"
 
+#include "lib/Insides.h"
+
 #include <algorithm>
 #include <cstring>
 #include <memory>
@@ -38,10 +40,6 @@ std::int8_t VoidArray::RemoveEntry(void* entry) {
     return 0;
 }
 
-void* VoidArray::GetEntry(int index) const {
-    return index < 0 || index >= count_ ? nullptr : entries_[index];
-}
-
 }  // namespace KRX::Utils
 
 std::int8_t delanddup(char*& target, const char* text) {
@@ -59,3 +57,14 @@ std::int8_t delanddup(char*& target, const char* text) {
     std::memcpy(target, text, size);
     return 0;
 }
+
+namespace agent {
+
+void* entryOf(const KRX::Utils::VoidArray& list, int index) {
+    struct Inside final : KRX::Utils::VoidArray {
+        static void** entries(const VoidArray& other) { return other.*&Inside::entries_; }
+    };
+    return index < 0 || index >= list.GetCount() ? nullptr : Inside::entries(list)[index];
+}
+
+}  // namespace agent

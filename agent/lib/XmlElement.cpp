@@ -1,4 +1,4 @@
-#include "XmlElement.h"
+#include "lib/XmlElement.h"
 
 #include <limits>
 #include <memory>

@@ -1,6 +1,6 @@
-#include "BriefTimeline.h"
+#include "sim/BriefTimeline.h"
 
-#include "Timeline.h"
+#include "sim/Timeline.h"
 
 #include <utility>
 

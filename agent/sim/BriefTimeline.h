@@ -1,7 +1,7 @@
 // The timeline with less to read.
 #pragma once
 
-#include "Event.h"
+#include "sim/Event.h"
 
 #include <cstddef>
 #include <string>

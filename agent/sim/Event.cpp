@@ -1,4 +1,4 @@
-#include "Event.h"
+#include "sim/Event.h"
 
 #include <algorithm>
 #include <array>

@@ -1,8 +1,8 @@
 // What happens in a replay, and its line in the trace.
 #pragma once
 
-#include "Clock.h"
-#include "Enterprise.h"
+#include "lib/Enterprise.h"
+#include "sim/Clock.h"
 
 #include <cstdint>
 #include <optional>

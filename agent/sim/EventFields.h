@@ -1,7 +1,7 @@
 // Reading an event's fields by their names.
 #pragma once
 
-#include "Event.h"
+#include "sim/Event.h"
 
 namespace sim {
 

@@ -1,4 +1,4 @@
-#include "FileVerbs.h"
+#include "sim/FileVerbs.h"
 
 #include <algorithm>
 #include <cerrno>

@@ -1,6 +1,6 @@
-#include "Input.h"
+#include "sim/Input.h"
 
-#include "Terminal.h"
+#include "sim/Terminal.h"
 
 #include <algorithm>
 #include <array>

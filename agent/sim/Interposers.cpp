@@ -1,7 +1,7 @@
 // System functions that the module must find here instead of in the C library: the program stands first in
 // the order in which symbols are looked up, also with a sanitizer's or a preloaded library in between.
-#include "ModuleFiles.h"
-#include "ProcessTime.h"
+#include "sim/ModuleFiles.h"
+#include "sim/ProcessTime.h"
 
 #include <atomic>
 #include <cerrno>

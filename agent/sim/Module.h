@@ -1,49 +1,23 @@
-// The loaded module.
+// The loaded module, among what the simulator shows it.
 #pragma once
 
-#include "ZephanRSMLogger.h"
-
-#include <filesystem>
+#include "lib/Module.h"
 
 namespace sim {
 
-/// Loads the module and finds its exports by name, as an agent does.
-class Module final {
+/// The module sees the simulation's time as long as the object lives.
+class Module final : public agent::Module {
   public:
     /// Throws std::runtime_error naming the path, or the export that is missing.
-    explicit Module(const std::filesystem::path& path);
+    explicit Module(const std::string& path);
     Module(const Module&) = delete;
     Module& operator=(const Module&) = delete;
     /// Leaves the module loaded: what it still owns at the end of the process is its business, and in its
     /// reach.
     ~Module();
 
-    /// Takes the module out of the process. Throws std::runtime_error when it stays.
-    void unload();
-
-    decltype(&ZPRSMExtnStartup) rsmStartup = nullptr;
-    decltype(&ZPRSMExtnShutdown) rsmShutdown = nullptr;
-    decltype(&ZPXRSMDSStartup) dataSourceStartup = nullptr;
-    decltype(&ZPXRSMDSShutdown) dataSourceShutdown = nullptr;
-    decltype(&ZPXRSMDSGet) dataSourceGet = nullptr;
-    decltype(&ZPXRSMDSSet) dataSourceSet = nullptr;
-    decltype(&ZPXRSMDSExectue) dataSourceExecute = nullptr;
-    decltype(&ZPXRSMDSDestoryResponse) dataSourceDestroyResponse = nullptr;
-    decltype(&ZPXRSMDSDestroyPropList) dataSourceDestroyPropList = nullptr;
-    decltype(&ZPXRSMLoggerStatup) loggerStartup = nullptr;
-    decltype(&ZPXRSMLoggerShutdown) loggerShutdown = nullptr;
-    decltype(&ZPXRSMLoggerLog) loggerLog = nullptr;
-    decltype(&ZPXRSMLoggerAudit) loggerAudit = nullptr;
-    decltype(&ZPXRSMWSStartup) webServiceStartup = nullptr;
-    decltype(&ZPXRSMWSShutdown) webServiceShutdown = nullptr;
-    decltype(&ZPXRSMWSCreateService) createService = nullptr;
-    decltype(&ZPXRSMWSDestroyService) destroyService = nullptr;
-
-  private:
-    void findExports();
-
-    std::filesystem::path path_;
-    void* library_ = nullptr;
+    /// Takes the module out of the process, with what it opened. Throws std::runtime_error when it stays.
+    void drop();
 };
 
 }  // namespace sim

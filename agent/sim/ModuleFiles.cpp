@@ -1,4 +1,4 @@
-#include "ModuleFiles.h"
+#include "sim/ModuleFiles.h"
 
 #include <map>
 #include <mutex>

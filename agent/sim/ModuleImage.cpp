@@ -1,4 +1,4 @@
-#include "ModuleImage.h"
+#include "sim/ModuleImage.h"
 
 #include <algorithm>
 #include <stdexcept>

@@ -1,7 +1,7 @@
-#include "Options.h"
+#include "sim/Options.h"
 
-#include "Scenario.h"
-#include "Verbs.h"
+#include "sim/Scenario.h"
+#include "sim/Verbs.h"
 
 #include <filesystem>
 

@@ -1,6 +1,6 @@
-#include "OrderQueue.h"
+#include "sim/OrderQueue.h"
 
-#include "EventFields.h"
+#include "sim/EventFields.h"
 
 #include <cerrno>
 #include <stdexcept>

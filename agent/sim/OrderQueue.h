@@ -1,7 +1,7 @@
 // What clients want done, on its way to the host's thread.
 #pragma once
 
-#include "EventListener.h"
+#include "sim/EventListener.h"
 
 #include <cstdint>
 #include <deque>

@@ -1,6 +1,6 @@
-#include "ProcessTime.h"
+#include "sim/ProcessTime.h"
 
-#include "Clock.h"
+#include "sim/Clock.h"
 
 #include <atomic>
 namespace sim {

@@ -1,6 +1,6 @@
-#include "RealClock.h"
+#include "sim/RealClock.h"
 
-#include "Input.h"
+#include "sim/Input.h"
 
 #include <algorithm>
 #include <thread>

@@ -1,7 +1,7 @@
 // The clock of a simulation in real time.
 #pragma once
 
-#include "Clock.h"
+#include "sim/Clock.h"
 
 namespace sim {
 

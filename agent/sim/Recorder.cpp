@@ -1,10 +1,10 @@
-#include "Recorder.h"
+#include "sim/Recorder.h"
 
-#include "Clock.h"
-#include "Place.h"
-#include "StdoutCapture.h"
-#include "Thread.h"
-#include "TraceFile.h"
+#include "lib/Place.h"
+#include "lib/Thread.h"
+#include "sim/Clock.h"
+#include "sim/StdoutCapture.h"
+#include "sim/TraceFile.h"
 
 namespace sim {
 

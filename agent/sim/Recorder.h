@@ -1,9 +1,9 @@
 // Turns what happens into events.
 #pragma once
 
-#include "Event.h"
-#include "EventListener.h"
-#include "Observer.h"
+#include "lib/Observer.h"
+#include "sim/Event.h"
+#include "sim/EventListener.h"
 
 #include <string>
 #include <string_view>

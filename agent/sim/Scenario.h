@@ -1,7 +1,7 @@
 // A scenario file.
 #pragma once
 
-#include "Verbs.h"
+#include "sim/Verbs.h"
 
 #include <chrono>
 #include <istream>

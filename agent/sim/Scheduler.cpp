@@ -1,6 +1,6 @@
-#include "Scheduler.h"
+#include "sim/Scheduler.h"
 
-#include "Event.h"
+#include "sim/Event.h"
 
 #include <algorithm>
 #include <utility>

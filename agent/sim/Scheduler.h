@@ -1,8 +1,8 @@
 // Threads that take turns on a simulation's clock.
 #pragma once
 
-#include "Clock.h"
-#include "Runtime.h"
+#include "lib/Runtime.h"
+#include "sim/Clock.h"
 
 #include <condition_variable>
 #include <cstdint>

@@ -1,6 +1,6 @@
-#include "ServiceCall.h"
+#include "sim/ServiceCall.h"
 
-#include "Serializer.h"
+#include "lib/Serializer.h"
 #include "platform/agent/Messaging.h"
 
 #include <stdexcept>

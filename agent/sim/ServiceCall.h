@@ -1,8 +1,8 @@
 // One call of a web service, as an agent makes it for a received request.
 #pragma once
 
-#include "Words.h"
 #include "ZephanRSMLogger.h"
+#include "sim/Words.h"
 
 #include <cstdint>
 #include <optional>

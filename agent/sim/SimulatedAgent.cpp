@@ -1,13 +1,13 @@
-#include "SimulatedAgent.h"
+#include "sim/SimulatedAgent.h"
 
-#include "Clock.h"
-#include "FileVerbs.h"
-#include "Module.h"
-#include "Place.h"
-#include "Scheduler.h"
-#include "ServiceCall.h"
+#include "lib/Place.h"
 #include "platform/agent/Logging.h"
 #include "platform/agent/ServiceAgent.h"
+#include "sim/Clock.h"
+#include "sim/FileVerbs.h"
+#include "sim/Module.h"
+#include "sim/Scheduler.h"
+#include "sim/ServiceCall.h"
 
 #include <limits>
 #include <stdexcept>
@@ -56,7 +56,7 @@ const std::vector<Verb>& SimulatedAgent::verbs() {
         {"start data-source", "PATH", "starts the data source on its schedule file",
          [](Agent& self, const Action& action) {
              self.record(action,
-                         self.module().dataSourceStartup(&(self.dataSource_ = nullptr), action.argument(0)));
+                         self.module().ZPXRSMDSStartup(&(self.dataSource_ = nullptr), action.argument(0)));
          }},
         {"start logger", "PARAM", "starts the logger on its configuration file",
          [](Agent& self, const Action& action) {
@@ -64,26 +64,29 @@ const std::vector<Verb>& SimulatedAgent::verbs() {
          }},
         {"start rsm", "PARAM", "starts RSM on its configuration file",
          [](Agent& self, const Action& action) {
-             self.record(action, self.module().rsmStartup(&(self.rsm_ = nullptr), self.host_.serviceAgent(),
-                                                          action.argument(0)));
+             self.record(action, self.module().ZPRSMExtnStartup(
+                                     &(self.rsm_ = nullptr), self.host_.serviceAgent(), action.argument(0)));
          }},
         {"start web-service", "", "starts the web service",
          [](Agent& self, const Action& action) {
-             self.record(action, self.module().webServiceStartup(&(self.webService_ = nullptr),
-                                                                 self.host_.serviceAgent()));
+             self.record(action, self.module().ZPXRSMWSStartup(&(self.webService_ = nullptr),
+                                                               self.host_.serviceAgent()));
          }},
         {"stop data-source", "", "stops the data source",
-         [](Agent& self, const Action& action) { self.record(action, self.module().dataSourceShutdown()); }},
+         [](Agent& self, const Action& action) { self.record(action, self.module().ZPXRSMDSShutdown()); }},
         {"stop logger", "", "stops the logger",
-         [](Agent& self, const Action& action) { self.record(action, self.module().loggerShutdown()); }},
+         [](Agent& self, const Action& action) {
+             self.record(action, self.module().ZPXRSMLoggerShutdown());
+         }},
         {"stop rsm", "[null]", "stops RSM (null: with a null handle)",
          [](Agent& self, const Action& action) {
-             self.record(action, self.module().rsmShutdown(action.arguments.empty() ? self.rsm_ : nullptr));
+             self.record(action,
+                         self.module().ZPRSMExtnShutdown(action.arguments.empty() ? self.rsm_ : nullptr));
          }},
         {"stop web-service", "[null]", "stops the web service (null: with a null handle)",
          [](Agent& self, const Action& action) {
-             self.record(action, self.module().webServiceShutdown(action.arguments.empty() ? self.webService_
-                                                                                           : nullptr));
+             self.record(action, self.module().ZPXRSMWSShutdown(action.arguments.empty() ? self.webService_
+                                                                                         : nullptr));
          }},
         {"service create", "", "makes a web service object",
          [](Agent& self, const Action& action) {
@@ -111,12 +114,12 @@ const std::vector<Verb>& SimulatedAgent::verbs() {
          [](Agent& self, const Action& action) { self.runCommand(action); }},
         {"log", "LEVEL TEXT", "a log message (trace, info, warn, error, force, audit or a number)",
          [](Agent& self, const Action& action) {
-             self.record(action,
-                         self.module().loggerLog(parseLevel(action.word(0)).value(), action.argument(1)));
+             self.record(action, self.module().ZPXRSMLoggerLog(parseLevel(action.word(0)).value(),
+                                                               action.argument(1)));
          }},
         {"audit", "TEXT", "an audit message",
          [](Agent& self, const Action& action) {
-             self.record(action, self.module().loggerAudit(action.argument(0)));
+             self.record(action, self.module().ZPXRSMLoggerAudit(action.argument(0)));
          }},
         {"asset", "present|absent", "whether the agent has an asset 0",
          [](Agent& self, const Action& action) { self.host_.setAssetPresent(action.word(0) == "present"); }},
@@ -175,8 +178,7 @@ const std::vector<Verb>& verbs() {
     return SimulatedAgent::verbs();
 }
 
-SimulatedAgent::SimulatedAgent(std::filesystem::path modulePath, Clock& clock, Scheduler& scheduler,
-                               Recorder& recorder)
+SimulatedAgent::SimulatedAgent(std::string modulePath, Clock& clock, Scheduler& scheduler, Recorder& recorder)
     : modulePath_(std::move(modulePath)),
       clock_(clock),
       scheduler_(scheduler),
@@ -205,17 +207,17 @@ Module& SimulatedAgent::module() {
 }
 
 std::int8_t SimulatedAgent::startLogger(const char* configuration) {
-    const std::int8_t result = module().loggerStartup(configuration);
+    const std::int8_t result = module().ZPXRSMLoggerStatup(configuration);
     if (result == 0) {
-        KRXLogSetFunc(module().loggerLog);
-        KRXLogSetAuditFunc(module().loggerAudit);
+        KRXLogSetFunc(module().ZPXRSMLoggerLog);
+        KRXLogSetAuditFunc(module().ZPXRSMLoggerAudit);
     }
     return result;
 }
 
 std::int8_t SimulatedAgent::createService(ZPService*& service) {
     service = nullptr;
-    const std::int8_t result = module().createService(webService_, &service);
+    const std::int8_t result = module().ZPXRSMWSCreateService(webService_, &service);
     if (service != nullptr) {
         services_.push_back(service);
     }
@@ -224,7 +226,7 @@ std::int8_t SimulatedAgent::createService(ZPService*& service) {
 
 std::int8_t SimulatedAgent::destroyService() {
     ZPService* latest = services_.empty() ? nullptr : services_.back();
-    const std::int8_t result = module().destroyService(webService_, latest);
+    const std::int8_t result = module().ZPXRSMWSDestroyService(webService_, latest);
     if (latest != nullptr) {
         services_.pop_back();
     }
@@ -252,8 +254,8 @@ void SimulatedAgent::runCommand(const Action& action) {
     }
     const PropList list = {records.data(), static_cast<std::int32_t>(records.size())};
     PropList* response = nullptr;
-    const std::int32_t result = module().dataSourceExecute(nullptr, nullptr, action.argument(0),
-                                                           withoutList ? nullptr : &list, &response);
+    const std::int32_t result = module().ZPXRSMDSExectue(nullptr, nullptr, action.argument(0),
+                                                         withoutList ? nullptr : &list, &response);
     std::optional<agent::NamedValues> answer;
     if (response != nullptr) {
         answer.emplace();
@@ -261,7 +263,7 @@ void SimulatedAgent::runCommand(const Action& action) {
             const Prop& property = response->properties[i];
             answer->emplace_back(valueOf(property.name).value_or(""), valueOf(property.value));
         }
-        module().dataSourceDestroyPropList(nullptr, nullptr, response);
+        module().ZPXRSMDSDestroyPropList(nullptr, nullptr, response);
     }
     recorder_.recordCall(
         {{"verb", std::optional(action.text)}, {"result", std::int64_t{result}}, {"answer", answer}}, {});
@@ -295,7 +297,7 @@ void SimulatedAgent::unload() {
     dropHooksAndServices();
     dataSource_ = rsm_ = webService_ = nullptr;
     if (const std::unique_ptr<Module> dropped = std::exchange(module_, nullptr)) {
-        dropped->unload();
+        dropped->drop();
     }
     scheduler_.releaseAll();
 }

@@ -1,13 +1,12 @@
 // The agent that a simulation plays.
 #pragma once
 
-#include "AgentHost.h"
-#include "Enterprise.h"
-#include "Recorder.h"
-#include "Verbs.h"
 #include "ZephanRSMLogger.h"
+#include "lib/AgentHost.h"
+#include "lib/Enterprise.h"
+#include "sim/Recorder.h"
+#include "sim/Verbs.h"
 
-#include <filesystem>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -24,7 +23,7 @@ struct ServiceAnswer;
 /// Owns the module and what it got from it, and performs actions. Used by the host thread.
 class SimulatedAgent final : private agent::Enterprise {
   public:
-    SimulatedAgent(std::filesystem::path modulePath, Clock& clock, Scheduler& scheduler, Recorder& recorder);
+    SimulatedAgent(std::string modulePath, Clock& clock, Scheduler& scheduler, Recorder& recorder);
     SimulatedAgent(const SimulatedAgent&) = delete;
     SimulatedAgent& operator=(const SimulatedAgent&) = delete;
     /// Ends the module's threads and leaves it without a shut-down.
@@ -53,7 +52,7 @@ class SimulatedAgent final : private agent::Enterprise {
     void dropHooksAndServices();
     void unload();
 
-    std::filesystem::path modulePath_;
+    std::string modulePath_;
     Clock& clock_;
     Scheduler& scheduler_;
     Recorder& recorder_;

@@ -1,12 +1,12 @@
-#include "Simulation.h"
+#include "sim/Simulation.h"
 
-#include "Clock.h"
-#include "Input.h"
-#include "OrderQueue.h"
-#include "Scheduler.h"
-#include "SimulatedAgent.h"
-#include "Terminal.h"
-#include "TraceFile.h"
+#include "sim/Clock.h"
+#include "sim/Input.h"
+#include "sim/OrderQueue.h"
+#include "sim/Scheduler.h"
+#include "sim/SimulatedAgent.h"
+#include "sim/Terminal.h"
+#include "sim/TraceFile.h"
 
 #include <algorithm>
 #include <chrono>

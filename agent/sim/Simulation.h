@@ -1,7 +1,7 @@
 // Plays a scenario.
 #pragma once
 
-#include "Scenario.h"
+#include "sim/Scenario.h"
 
 namespace sim {
 

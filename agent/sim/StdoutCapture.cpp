@@ -1,4 +1,4 @@
-#include "StdoutCapture.h"
+#include "sim/StdoutCapture.h"
 
 #include <cerrno>
 #include <cstdio>

@@ -1,6 +1,6 @@
-#include "Terminal.h"
+#include "sim/Terminal.h"
 
-#include "Verbs.h"
+#include "sim/Verbs.h"
 
 #include <algorithm>
 #include <cstring>

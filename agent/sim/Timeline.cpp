@@ -1,6 +1,6 @@
-#include "Timeline.h"
+#include "sim/Timeline.h"
 
-#include "Event.h"
+#include "sim/Event.h"
 
 #include <algorithm>
 #include <array>

@@ -1,7 +1,7 @@
-#include "TraceFile.h"
+#include "sim/TraceFile.h"
 
-#include "Terminal.h"
-#include "Timeline.h"
+#include "sim/Terminal.h"
+#include "sim/Timeline.h"
 
 #include <cerrno>
 #include <cstring>

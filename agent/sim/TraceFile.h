@@ -1,8 +1,8 @@
 // Where the events go.
 #pragma once
 
-#include "BriefTimeline.h"
-#include "Event.h"
+#include "sim/BriefTimeline.h"
+#include "sim/Event.h"
 
 #include <mutex>
 #include <string>

@@ -1,4 +1,4 @@
-#include "Verbs.h"
+#include "sim/Verbs.h"
 
 #include <algorithm>
 #include <array>

@@ -1,8 +1,8 @@
 // What a scenario can ask for.
 #pragma once
 
-#include "Clock.h"
-#include "Words.h"
+#include "sim/Clock.h"
+#include "sim/Words.h"
 
 #include <cstdint>
 #include <optional>

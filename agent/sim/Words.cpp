@@ -1,4 +1,4 @@
-#include "Words.h"
+#include "sim/Words.h"
 
 #include <stdexcept>
 

@@ -1,5 +1,5 @@
-#include "Event.h"
-#include "Timeline.h"
+#include "sim/Event.h"
+#include "sim/Timeline.h"
 
 #include <gtest/gtest.h>
 

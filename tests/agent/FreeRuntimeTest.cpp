@@ -1,6 +1,6 @@
 // Threads as they run without a host program's own runtime.
-#include "AgentHost.h"
-#include "Observer.h"
+#include "lib/AgentHost.h"
+#include "lib/Observer.h"
 #include "platform/agent/Threads.h"
 
 #include <atomic>

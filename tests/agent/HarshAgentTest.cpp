@@ -1,6 +1,6 @@
 // What an agent may do to the module besides what it is asked for.
-#include "AgentHost.h"
-#include "Observer.h"
+#include "lib/AgentHost.h"
+#include "lib/Observer.h"
 #include "platform/agent/Logging.h"
 #include "platform/agent/Registration.h"
 #include "platform/agent/ServiceAgent.h"

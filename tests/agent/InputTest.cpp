@@ -1,5 +1,5 @@
-#include "Input.h"
-#include "RealClock.h"
+#include "sim/Input.h"
+#include "sim/RealClock.h"
 
 #include <array>
 #include <csignal>

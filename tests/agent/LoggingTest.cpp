@@ -1,5 +1,5 @@
-#include "AgentHost.h"
-#include "Observer.h"
+#include "lib/AgentHost.h"
+#include "lib/Observer.h"
 #include "platform/agent/Logging.h"
 
 #include <mutex>

@@ -1,4 +1,5 @@
-#include "Serializer.h"
+#include "lib/Insides.h"
+#include "lib/Serializer.h"
 #include "platform/agent/Messaging.h"
 
 #include <cstring>
@@ -123,7 +124,7 @@ TEST(Messaging, MessageOwnsItsElements) {
 
 TEST(Messaging, HeadersCopyTexts) {
     Headers::SecurityContext context("SecurityContext");
-    EXPECT_EQ(context.GetCredentials(), nullptr);
+    EXPECT_EQ(agent::credentialsOf(context), nullptr);
     EXPECT_EQ(context.SetCredentials(nullptr), -1);
     {
         std::string member = "member";
@@ -133,8 +134,8 @@ TEST(Messaging, HeadersCopyTexts) {
         EXPECT_EQ(context.SetCredentials(&credentials), 0);
         credentials.SetMemberId("other");
     }
-    EXPECT_STREQ(context.GetCredentials()->GetMemberId(), "member");
-    EXPECT_EQ(context.GetCredentials()->GetPassword(), nullptr);
+    EXPECT_STREQ(agent::memberOf(*agent::credentialsOf(context)), "member");
+    EXPECT_EQ(agent::passwordOf(*agent::credentialsOf(context)), nullptr);
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
-#include "AgentHost.h"
-#include "Observer.h"
+#include "lib/AgentHost.h"
+#include "lib/Insides.h"
+#include "lib/Observer.h"
 #include "platform/agent/Registration.h"
 #include "platform/agent/ServiceAgent.h"
 
@@ -73,9 +74,9 @@ TEST(Registration, ProxyNeedsChannelAndCredentials) {
 TEST(Registration, RecordsAreCopiedDeeply) {
     Asset copy("Asset");
     {
-        Asset source("Asset");
-        source.SetMemberName("member");
-        source.SetCurrentPollInterval(90);
+        DeviceRecord source;
+        source.setMember("member", "secret");
+        source.setPollInterval(90);
         auto* property = new Property("update", "A", "1", "Property");
         source.GetProperties()->AddEntry(property);
         copy.GetProperties()->AddEntry(new Property("update", "old", nullptr, "Property"));
@@ -83,9 +84,9 @@ TEST(Registration, RecordsAreCopiedDeeply) {
         property->SetValue("2");
     }
     ASSERT_EQ(copy.GetProperties()->GetCount(), 1);
-    const auto& property = *static_cast<Property*>(copy.GetProperties()->GetEntry(0));
-    EXPECT_STREQ(property.GetName(), "A");
-    EXPECT_STREQ(property.GetValue(), "1");
+    const auto& property = *static_cast<Property*>(entryOf(*copy.GetProperties(), 0));
+    EXPECT_STREQ(textsOf(property).name, "A");
+    EXPECT_STREQ(textsOf(property).value, "1");
     EXPECT_STREQ(copy.GetMemberName(), "member");
     EXPECT_EQ(copy.GetCurrentPollInterval(), 90U);
 }
@@ -100,8 +101,8 @@ TEST(Registration, ListsDoNotOwnWhatIsTakenOut) {
     EXPECT_EQ(record.GetProperties()->RemoveEntry(&mine), 0);
     EXPECT_EQ(record.GetProperties()->RemoveEntry(&mine), -1);
     EXPECT_EQ(record.GetProperties()->GetCount(), 20);
-    EXPECT_EQ(record.GetProperties()->GetEntry(20), nullptr);
-    EXPECT_EQ(record.GetProperties()->GetEntry(-1), nullptr);
+    EXPECT_EQ(entryOf(*record.GetProperties(), 20), nullptr);
+    EXPECT_EQ(entryOf(*record.GetProperties(), -1), nullptr);
 }
 
 TEST(Registration, AssetOfTheHost) {

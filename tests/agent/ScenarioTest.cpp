@@ -1,4 +1,4 @@
-#include "Scenario.h"
+#include "sim/Scenario.h"
 
 #include <sstream>
 #include <stdexcept>

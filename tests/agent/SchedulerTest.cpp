@@ -1,8 +1,8 @@
-#include "AgentHost.h"
-#include "Observer.h"
-#include "Scheduler.h"
-#include "Thread.h"
+#include "lib/AgentHost.h"
+#include "lib/Observer.h"
+#include "lib/Thread.h"
 #include "platform/agent/Threads.h"
+#include "sim/Scheduler.h"
 
 #include <functional>
 

@@ -1,7 +1,7 @@
 // What the fuzz targets share: a host with a directory of its own, whose output goes nowhere.
 #pragma once
 
-#include "AgentHost.h"
+#include "lib/AgentHost.h"
 #include "support/Workspace.h"
 
 #include <cstddef>

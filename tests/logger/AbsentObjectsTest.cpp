@@ -1,8 +1,8 @@
 // What the logger side says when an object that it needs is not there.
-#include "AgentHost.h"
-#include "Observer.h"
 #include "detection/RemoteDetection.h"
 #include "detection/TunnelListner.h"
+#include "lib/AgentHost.h"
+#include "lib/Observer.h"
 #include "logging/FileLogger.h"
 #include "logging/LogManager.h"
 #include "logging/MessageHandler.h"

@@ -1,6 +1,6 @@
 // The built library in a host of this process: many threads, and an environment that goes wrong under it.
-#include "AgentHost.h"
-#include "ZephanRSMLogger.h"
+#include "lib/AgentHost.h"
+#include "lib/Module.h"
 #include "logger/Logs.h"
 #include "support/Rows.h"
 
@@ -14,7 +14,6 @@
 #include <thread>
 #include <vector>
 
-#include <dlfcn.h>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -32,13 +31,12 @@ constexpr int kThreads = 8;
 
 namespace fs = std::filesystem;
 
-/// An export of the library, looked up as an agent does it.
-template <typename Function>
-Function& exported(const char* name) {
-    static void* const library = ::dlopen(MODULE, RTLD_NOW | RTLD_LOCAL);
-    return *reinterpret_cast<Function*>(::dlsym(library, name));
+/// The library, to the end of the process.
+const agent::Module& module() {
+    static const auto& loaded = *new agent::Module(MODULE);
+    return loaded;
 }
-#define CALL(name) exported<decltype(name)>(#name)
+#define CALL(name) (*module().name)
 
 class HostileHost {
   public:

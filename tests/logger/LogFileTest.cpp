@@ -1,8 +1,8 @@
 // The built library and its log file in an environment that goes wrong: other processes, other file systems,
 // other things at the file's place.
-#include "AgentHost.h"
-#include "Observer.h"
-#include "ZephanRSMLogger.h"
+#include "lib/AgentHost.h"
+#include "lib/Module.h"
+#include "lib/Observer.h"
 #include "logger/Interposed.h"
 #include "logger/Logs.h"
 #include "support/Child.h"
@@ -23,7 +23,6 @@
 #include <utility>
 #include <vector>
 
-#include <dlfcn.h>
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/mount.h>
@@ -33,13 +32,12 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// An export of the library, looked up as an agent does it.
-template <typename Function>
-Function& exported(const char* name) {
-    static void* const library = ::dlopen(MODULE, RTLD_NOW | RTLD_LOCAL);
-    return *reinterpret_cast<Function*>(::dlsym(library, name));
+/// The library, to the end of the process.
+const agent::Module& module() {
+    static const auto& loaded = *new agent::Module(MODULE);
+    return loaded;
 }
-#define CALL(name) exported<decltype(name)>(#name)
+#define CALL(name) (*module().name)
 
 /// Counts the lines that tell of a rotation that failed.
 class RenameErrors final : public agent::Observer {

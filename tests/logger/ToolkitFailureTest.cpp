@@ -1,8 +1,8 @@
 // A process whose XML toolkit cannot be started or stopped. This program's functions stand before the
 // toolkit's own; each case has a process of its own, since there is no way back.
-#include "AgentHost.h"
-#include "Observer.h"
 #include "config/XMLConfigData.h"
+#include "lib/AgentHost.h"
+#include "lib/Observer.h"
 #include "support/Workspace.h"
 
 #include <cstdlib>

@@ -1,4 +1,4 @@
-#include "report/SessionData.h"
+#include "sim/report/SessionData.h"
 
 #include <nlohmann/json.hpp>
 #include <random>

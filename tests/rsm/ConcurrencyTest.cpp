@@ -1,7 +1,7 @@
 // The module among several threads, on the real clock.
-#include "AgentHost.h"
 #include "Library.h"
-#include "Observer.h"
+#include "lib/AgentHost.h"
+#include "lib/Observer.h"
 
 #include <atomic>
 #include <thread>

@@ -1,9 +1,9 @@
 // The exports as such: which there are, what they do with nulls and odd lists, that the library goes.
-#include "AgentHost.h"
-#include "Clock.h"
 #include "Library.h"
-#include "Observer.h"
-#include "Scheduler.h"
+#include "lib/AgentHost.h"
+#include "lib/Observer.h"
+#include "sim/Clock.h"
+#include "sim/Scheduler.h"
 
 #include <array>
 #include <cstdio>

@@ -1,8 +1,8 @@
 // Threads of the host and of the agent that end, wait or come late while they are inside the module.
-#include "AgentHost.h"
-#include "FreeRuntime.h"
+#include "lib/AgentHost.h"
+#include "lib/FreeRuntime.h"
 #include "Library.h"
-#include "Observer.h"
+#include "lib/Observer.h"
 #include "support/Child.h"
 
 #include <atomic>

@@ -1,7 +1,7 @@
 // An agent that is killed at any instant and started again: what was ordered and what ran is picked up.
-#include "AgentHost.h"
 #include "Library.h"
-#include "Observer.h"
+#include "lib/AgentHost.h"
+#include "lib/Observer.h"
 
 #include <atomic>
 #include <chrono>

@@ -2,32 +2,17 @@
 #pragma once
 
 #include "Rows.h"
-#include "ServiceCall.h"
-#include "ZephanRSMLogger.h"
+#include "lib/Module.h"
 #include "platform/agent/Logging.h"
+#include "sim/ServiceCall.h"
 
-#include <dlfcn.h>
-
-class Library final {
+class Library final : public agent::Module {
   public:
-    Library() : handle_(::dlopen(ZEPHAN_MODULE, RTLD_NOW | RTLD_LOCAL)) {}
-    Library(const Library&) = delete;
-    Library& operator=(const Library&) = delete;
-    ~Library() { ::dlclose(handle_); }
+    Library() : Module(ZEPHAN_MODULE) {}
 
-    template <typename Function>
-    Function* find(const char* name) const {
-        return reinterpret_cast<Function*>(::dlsym(handle_, name));
-    }
-    static bool isLoaded() {
-        void* const handle = ::dlopen(ZEPHAN_MODULE, RTLD_LAZY | RTLD_NOLOAD);
-        return handle != nullptr && ::dlclose(handle) == 0;
-    }
-
-  private:
-    void* handle_;
+    static bool isLoaded() { return Module::isLoaded(ZEPHAN_MODULE); }
 };
-#define CALL(library, name) (*(library).find<decltype(name)>(#name))
+#define CALL(library, name) (*(library).name)
 
 /// The four families by their numbers, in a workspace that becomes the working directory.
 class Families final {

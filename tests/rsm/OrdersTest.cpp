@@ -1,9 +1,9 @@
 // Every order in which the four families can be started and stopped, with and without a polling thread.
-#include "AgentHost.h"
-#include "Clock.h"
 #include "Library.h"
-#include "Observer.h"
-#include "Scheduler.h"
+#include "lib/AgentHost.h"
+#include "lib/Observer.h"
+#include "sim/Clock.h"
+#include "sim/Scheduler.h"
 
 #include <algorithm>
 #include <array>

@@ -136,7 +136,8 @@ INSTANTIATE_TEST_SUITE_P(
         Row{"DueScheduleGoesBeforeAConnect", "schedule:20,1100,1160,7 connect:5,10 t=1101 wait", "[1 1 20]"},
         Row{"ScheduleTakesOverAConnect", "connect:1,20 schedule:30,1030,1090,7 begin all",
             "s..[1 1 30]s.[0 0 0]!"},
-        Row{"ScheduleAfterAConnectIsWaitedFor", "connect:1,20 schedule:30,2000,2060,7 begin all", "s...[0 0 0]w"}),
+        Row{"ScheduleAfterAConnectIsWaitedFor", "connect:1,20 schedule:30,2000,2060,7 begin all",
+            "s...[0 0 0]w"}),
     [](const testing::TestParamInfo<Row>& row) { return row.param.name; });
 
 TEST(RsmState, TakesOverWithAMode) {

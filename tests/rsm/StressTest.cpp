@@ -1,9 +1,9 @@
 // Eight threads call every export at random, starts and stops among them, on each kind of agent. A watchdog tells when one
 // of them does not come back. ZEPHAN_STRESS_SECONDS sets how long it takes for each kind.
-#include "AgentHost.h"
-#include "FreeRuntime.h"
 #include "Library.h"
-#include "Observer.h"
+#include "lib/AgentHost.h"
+#include "lib/FreeRuntime.h"
+#include "lib/Observer.h"
 
 #include <array>
 #include <atomic>
@@ -29,7 +29,8 @@ struct Caller {
 
 constexpr std::size_t kCallers = 8;
 constexpr int kSpeed = 100;  // of sleeps, polls, reports and the wait of a stop
-constexpr auto kPatience = 60s;  // of the watchdog; sanitizers and other programs may take most of the machine
+constexpr auto kPatience =
+    60s;  // of the watchdog; sanitizers and other programs may take most of the machine
 
 std::chrono::seconds duration() {
     const char* const set = std::getenv("ZEPHAN_STRESS_SECONDS");
@@ -69,23 +70,40 @@ class Stress final {
         void* handle = &self;  // any will do for what only asks whether there is one
         ZPService* service = nullptr;
         CALL(library_, ZPXRSMWSCreateService)(handle, &service);
-        const auto number = [&random](int below) { return static_cast<int>(random() % static_cast<unsigned int>(below)); };
+        const auto number = [&random](int below) {
+            return static_cast<int>(random() % static_cast<unsigned int>(below));
+        };
         struct Call {
             const char* name;
             int weight;
             std::function<void()> make;
         };
         const Call calls[] = {
-            {"log", 40, [&] { CALL(library_, ZPXRSMLoggerLog)(static_cast<std::uint8_t>(number(255)), ""); }},
+            {"log", 40,
+             [&] {
+                 CALL(library_, ZPXRSMLoggerLog)
+                 (static_cast<std::uint8_t>(number(255)), "");
+             }},
             {"audit", 20, [&] { host_.audit(number(2) == 0 ? "opened" : "closed"); }},
             {"KRXLog", 20, [&] { KRXLog(level::kForce, "%s", ""); }},
             {"connect", 10, [&] { Families::connect(service, "1", std::to_string(number(3))); }},
-            {"disconnect", 5, [&] { sim::callService(*service, "disconnect", {{"memberName", "a"}}); }},
+            {"disconnect", 5,
+             [&] {
+                 sim::callService(*service, "disconnect", {{"memberName", "a"}});
+             }},
             {"ScheduleRSM", 3, [&] { schedule(); }},
             {"ExitRSM", 3, [&] { command("ExitRSM", nullptr); }},
             {"other command", 1, [&] { command("Reboot", nullptr); }},
-            {"get and set", 1, [&] { CALL(library_, ZPXRSMDSGet)(), CALL(library_, ZPXRSMDSSet)(); }},
-            {"response", 1, [&] { CALL(library_, ZPXRSMDSDestoryResponse)(); }},
+            {"get and set", 1,
+             [&] {
+                 CALL(library_, ZPXRSMDSGet)
+                 (), CALL(library_, ZPXRSMDSSet)();
+             }},
+            {"response", 1,
+             [&] {
+                 CALL(library_, ZPXRSMDSDestoryResponse)
+                 ();
+             }},
             {"service", 2,
              [&] {
                  CALL(library_, ZPXRSMWSDestroyService)(handle, service);
@@ -98,8 +116,16 @@ class Stress final {
             {"start web service", 2, [&] { families.start(Families::webService); }},
             {"stop data source", 1, [&] { families.stop(Families::dataSource); }},
             {"stop logger", 1, [&] { families.stop(Families::logger); }},
-            {"stop RSM", 1, [&] { CALL(library_, ZPRSMExtnShutdown)(handle); }},
-            {"stop web service", 1, [&] { CALL(library_, ZPXRSMWSShutdown)(handle); }},
+            {"stop RSM", 1,
+             [&] {
+                 CALL(library_, ZPRSMExtnShutdown)
+                 (handle);
+             }},
+            {"stop web service", 1,
+             [&] {
+                 CALL(library_, ZPXRSMWSShutdown)
+                 (handle);
+             }},
         };
         std::vector<int> weights;
         for (const Call& one : calls) {

@@ -1,12 +1,12 @@
 // What only a caller of the classes themselves can see.
-#include "AgentHost.h"
-#include "FreeRuntime.h"
-#include "Observer.h"
 #include "ZephanRSMLogger.h"
 #include "controller/ZephanRSMSingleTon.h"
+#include "lib/AgentHost.h"
+#include "lib/FreeRuntime.h"
+#include "lib/Observer.h"
 #include "platform/agent/Messaging.h"
-#include "scheduling/ScheduleRSMHandler.h"
 #include "scheduling/GmtClock.h"
+#include "scheduling/ScheduleRSMHandler.h"
 #include "scheduling/TaggedText.h"
 #include "support/Workspace.h"
 #include "webservice/ConnectMessage.h"
@@ -63,8 +63,9 @@ TEST(Schedule, NoLockIsHeldWhileTheAgentIsCalled) {
     struct SecondOrder final : agent::Observer {
         void onLog(int /*level*/, std::string_view text) override {
             if (text.find("GOING TO PUT") != std::string_view::npos && !seen.exchange(true)) {
-                second = std::async(std::launch::async,
-                                    [this] { return handler->executeScheduleCommand(&input, nullptr, *controller); });
+                second = std::async(std::launch::async, [this] {
+                    return handler->executeScheduleCommand(&input, nullptr, *controller);
+                });
                 finished = second.wait_for(std::chrono::seconds(10)) == std::future_status::ready;
             }
         }

@@ -1,4 +1,4 @@
-#include "console/ClientStream.h"
+#include "sim/console/ClientStream.h"
 
 #include <algorithm>
 #include <array>

@@ -1,4 +1,4 @@
-#include "console/ClientThreads.h"
+#include "sim/console/ClientThreads.h"
 
 #include <system_error>
 #include <utility>

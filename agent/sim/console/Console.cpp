@@ -1,15 +1,15 @@
-#include "console/Console.h"
+#include "sim/console/Console.h"
 
-#include "Event.h"
-#include "OrderQueue.h"
-#include "Serializer.h"
-#include "Verbs.h"
-#include "console/ClientStream.h"
-#include "console/ClientThreads.h"
-#include "console/LiveSession.h"
-#include "console/OrderForm.h"
-#include "console/OwnPages.h"
-#include "console/ServiceRequest.h"
+#include "lib/Serializer.h"
+#include "sim/Event.h"
+#include "sim/OrderQueue.h"
+#include "sim/Verbs.h"
+#include "sim/console/ClientStream.h"
+#include "sim/console/ClientThreads.h"
+#include "sim/console/LiveSession.h"
+#include "sim/console/OrderForm.h"
+#include "sim/console/OwnPages.h"
+#include "sim/console/ServiceRequest.h"
 
 #include <atomic>
 #include <cerrno>

@@ -1,8 +1,8 @@
-#include "console/LiveSession.h"
+#include "sim/console/LiveSession.h"
 
-#include "EventFields.h"
-#include "Words.h"
-#include "report/SessionPage.h"
+#include "sim/EventFields.h"
+#include "sim/Words.h"
+#include "sim/report/SessionPage.h"
 
 #include <algorithm>
 

@@ -1,10 +1,10 @@
 // A session that goes on, for clients to look at.
 #pragma once
 
-#include "Clock.h"
-#include "Enterprise.h"
-#include "EventListener.h"
-#include "report/SessionRecord.h"
+#include "lib/Enterprise.h"
+#include "sim/Clock.h"
+#include "sim/EventListener.h"
+#include "sim/report/SessionRecord.h"
 
 #include <condition_variable>
 #include <cstdint>

@@ -1,7 +1,7 @@
-#include "console/OrderForm.h"
+#include "sim/console/OrderForm.h"
 
-#include "Verbs.h"
-#include "Words.h"
+#include "sim/Verbs.h"
+#include "sim/Words.h"
 
 #include <algorithm>
 #include <map>

@@ -1,4 +1,4 @@
-#include "console/OwnPages.h"
+#include "sim/console/OwnPages.h"
 
 #include <algorithm>
 #include <arpa/inet.h>

@@ -1,8 +1,8 @@
-#include "console/ServiceRequest.h"
+#include "sim/console/ServiceRequest.h"
 
-#include "ServiceCall.h"
-#include "Words.h"
-#include "XmlElement.h"
+#include "lib/XmlElement.h"
+#include "sim/ServiceCall.h"
+#include "sim/Words.h"
 
 #include <algorithm>
 #include <stdexcept>

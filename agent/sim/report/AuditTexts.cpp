@@ -1,8 +1,8 @@
-#include "report/AuditTexts.h"
+#include "sim/report/AuditTexts.h"
 
-#include "Event.h"
-#include "XmlElement.h"
-#include "report/ScriptText.h"
+#include "lib/XmlElement.h"
+#include "sim/Event.h"
+#include "sim/report/ScriptText.h"
 
 #include <algorithm>
 #include <fstream>

@@ -1,4 +1,4 @@
-#include "report/PageFile.h"
+#include "sim/report/PageFile.h"
 
 #include <cerrno>
 #include <cstring>

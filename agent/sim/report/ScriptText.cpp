@@ -1,6 +1,6 @@
-#include "report/ScriptText.h"
+#include "sim/report/ScriptText.h"
 
-#include "Event.h"
+#include "sim/Event.h"
 
 namespace sim {
 

@@ -1,6 +1,6 @@
-#include "report/SessionData.h"
+#include "sim/report/SessionData.h"
 
-#include "report/ScriptText.h"
+#include "sim/report/ScriptText.h"
 
 #include <algorithm>
 #include <array>

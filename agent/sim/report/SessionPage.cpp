@@ -1,7 +1,7 @@
-#include "report/SessionPage.h"
+#include "sim/report/SessionPage.h"
 
 #include "report/PageParts.h"
-#include "report/SessionRecord.h"
+#include "sim/report/SessionRecord.h"
 
 #include <string_view>
 #include <utility>

@@ -1,7 +1,7 @@
-#include "report/SessionRecord.h"
+#include "sim/report/SessionRecord.h"
 
-#include "Event.h"
-#include "report/ScriptText.h"
+#include "sim/Event.h"
+#include "sim/report/ScriptText.h"
 
 #include <charconv>
 #include <cmath>

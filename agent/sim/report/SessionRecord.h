@@ -1,9 +1,9 @@
 // What a page of a session is made of.
 #pragma once
 
-#include "EventListener.h"
-#include "report/AuditTexts.h"
-#include "report/SessionData.h"
+#include "sim/EventListener.h"
+#include "sim/report/AuditTexts.h"
+#include "sim/report/SessionData.h"
 
 #include <chrono>
 #include <optional>

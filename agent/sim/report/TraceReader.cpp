@@ -1,7 +1,7 @@
-#include "report/TraceReader.h"
+#include "sim/report/TraceReader.h"
 
-#include "Scenario.h"
-#include "report/SessionRecord.h"
+#include "sim/Scenario.h"
+#include "sim/report/SessionRecord.h"
 
 #include <stdexcept>
 

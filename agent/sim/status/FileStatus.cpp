@@ -1,9 +1,9 @@
-#include "status/FileStatus.h"
+#include "sim/status/FileStatus.h"
 
 #include "config/XMLConfigData.h"
-#include "status/Moment.h"
-#include "status/StateFiles.h"
-#include "status/StatusJson.h"
+#include "sim/status/Moment.h"
+#include "sim/status/StateFiles.h"
+#include "sim/status/StatusJson.h"
 
 #include <stdexcept>
 

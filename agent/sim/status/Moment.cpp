@@ -1,4 +1,4 @@
-#include "status/Moment.h"
+#include "sim/status/Moment.h"
 
 #include <array>
 #include <ctime>

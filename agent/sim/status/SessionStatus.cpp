@@ -1,10 +1,10 @@
-#include "status/SessionStatus.h"
+#include "sim/status/SessionStatus.h"
 
-#include "EventFields.h"
-#include "report/AuditTexts.h"
-#include "status/Moment.h"
-#include "status/StateFiles.h"
-#include "status/StatusJson.h"
+#include "sim/EventFields.h"
+#include "sim/report/AuditTexts.h"
+#include "sim/status/Moment.h"
+#include "sim/status/StateFiles.h"
+#include "sim/status/StatusJson.h"
 
 #include <algorithm>
 #include <cstdlib>

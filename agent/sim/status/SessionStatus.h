@@ -1,7 +1,7 @@
 // What RSM does now, as far as its agent has seen it.
 #pragma once
 
-#include "EventListener.h"
+#include "sim/EventListener.h"
 
 #include <cstdint>
 #include <mutex>

@@ -1,10 +1,10 @@
-#include "status/StateFiles.h"
+#include "sim/status/StateFiles.h"
 
 #include "platform/File.h"
 #include "platform/Number.h"
 #include "scheduling/GmtClock.h"
 #include "scheduling/TaggedText.h"
-#include "status/Moment.h"
+#include "sim/status/Moment.h"
 
 #include <algorithm>
 #include <ctime>

@@ -1,6 +1,6 @@
-#include "status/StatusJson.h"
+#include "sim/status/StatusJson.h"
 
-#include "status/Moment.h"
+#include "sim/status/Moment.h"
 
 namespace sim {
 

@@ -1,7 +1,7 @@
 // The parts that every status has in common.
 #pragma once
 
-#include "status/StateFiles.h"
+#include "sim/status/StateFiles.h"
 
 #include <cstdint>
 #include <nlohmann/json.hpp>

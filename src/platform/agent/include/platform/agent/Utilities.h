@@ -22,10 +22,8 @@ class KRX_API VoidArray {
 
     /// The number of entries.
     int GetCount() const { return count_; }
-    /// The entry at `index`, or null outside the list.
-    void* GetEntry(int index) const;
 
-  private:
+  protected:
     void** entries_ = nullptr;
     int count_ = 0;
     int capacity_ = 0;

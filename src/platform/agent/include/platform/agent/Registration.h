@@ -28,12 +28,7 @@ class KRX_API Asset : public Messaging::Serializable {
     /// The asset's current poll interval in seconds.
     unsigned int GetCurrentPollInterval() const;
 
-    // The agent's side of the record.
-    void SetMemberName(const char* name);
-    void SetMemberPassword(const char* password);
-    void SetCurrentPollInterval(unsigned int seconds);
-
-  private:
+  protected:
     struct Implementation;
     Implementation* record_;
 };
@@ -45,11 +40,8 @@ class KRX_API Property : public Messaging::Serializable {
     ~Property() override;
     /// Replaces the value with a copy.
     void SetValue(const char* value);
-    const char* GetAction() const;
-    const char* GetName() const;
-    const char* GetValue() const;
 
-  private:
+  protected:
     char* action_ = nullptr;
     char* name_ = nullptr;
     char* value_ = nullptr;

@@ -15,8 +15,6 @@ namespace KRX::ServiceAgentNS {
 /// A managed asset of the agent. Owned by the service agent.
 class KRX_API VirtualAsset {
   public:
-    struct Implementation;
-    explicit VirtualAsset(Implementation* implementation) : implementation_(implementation) {}
     VirtualAsset(const VirtualAsset&) = delete;
     VirtualAsset& operator=(const VirtualAsset&) = delete;
 
@@ -27,23 +25,23 @@ class KRX_API VirtualAsset {
     /// The asset's messaging channel, owned by the agent.
     Messaging::OCM* GetOCM();
 
-  private:
-    Implementation* implementation_;
+  protected:
+    VirtualAsset() = default;
+    ~VirtualAsset() = default;
 };
 
 /// The agent itself, handed to the start-up exports. Owned by the host.
 class KRX_API ServiceAgent {
   public:
-    struct Implementation;
-    explicit ServiceAgent(Implementation* implementation) : implementation_(implementation) {}
     ServiceAgent(const ServiceAgent&) = delete;
     ServiceAgent& operator=(const ServiceAgent&) = delete;
 
     /// The asset at `index`, or null. Any thread.
     VirtualAsset* GetAsset(int index);
 
-  private:
-    Implementation* implementation_;
+  protected:
+    ServiceAgent() = default;
+    ~ServiceAgent() = default;
 };
 
 }  // namespace KRX::ServiceAgentNS

@@ -87,7 +87,6 @@ class KRX_API RequestHeader : public Serializable {
     ~RequestHeader() override;
     void SetServiceName(const char* name);
     void SetOperation(const char* operation);
-    const char* GetServiceName() const;
     const char* GetOperation() const;
 
   private:
@@ -102,10 +101,8 @@ class KRX_API Credentials : public Serializable {
     ~Credentials() override;
     void SetMemberId(const char* memberId);
     void SetPassword(const char* password);
-    const char* GetMemberId() const;
-    const char* GetPassword() const;
 
-  private:
+  protected:
     char* memberId_ = nullptr;
     char* password_ = nullptr;
 };
@@ -117,12 +114,8 @@ class KRX_API SecurityContext : public Serializable {
     ~SecurityContext() override;
     /// Copies the credentials; the source may be destroyed right after. 0 on success.
     std::int8_t SetCredentials(const Credentials* credentials);
-    /// The held credentials, or null.
-    const Credentials* GetCredentials() const;
-    std::int8_t SetAuthenticationToken(const char* token);
-    const char* GetAuthenticationToken() const;
 
-  private:
+  protected:
     Credentials* credentials_ = nullptr;
     char* authenticationToken_ = nullptr;
 };
