@@ -81,9 +81,6 @@ void change(Run result, std::size_t memory, const char* failureFormat, Step&& st
 }  // namespace
 
 void toolkit::start() {
-    if (theToolkit.run == Run::Broken) {
-        KRXLog(level::kForce, "XML toolkit initialization error: %s", "it failed in the middle of a start or stop before");
-    }
     if (theToolkit.run == Run::Stopped) {
         change(Run::Going, kStartMemory, "XML toolkit initialization error: %s", [] {
             xercesc::XMLPlatformUtils::Initialize(xercesc::XMLUni::fgXercescDefaultLocale, nullptr,
