@@ -23,6 +23,7 @@ class KRX_API Module {
     /// Whether that module is in the process.
     static bool isLoaded(const std::string& path);
 
+// NOLINTNEXTLINE(bugprone-macro-parentheses): the name of a member
 #define ZEPHAN_EXPORT(name) decltype(&::name) name = nullptr
     ZEPHAN_EXPORT(ZPRSMExtnStartup);
     ZEPHAN_EXPORT(ZPRSMExtnShutdown);

@@ -2,13 +2,22 @@
 
 namespace agent {
 
+namespace {
+
+/// Threads whose objects may outlive their runtime.
+std::list<std::unique_ptr<Thread>>& kept() {
+    static auto& all = *new std::list<std::unique_ptr<Thread>>;
+    return all;
+}
+
+}  // namespace
+
 Runtime::~Runtime() {
-    static auto& kept = *new std::list<std::unique_ptr<Thread>>;
     takeOver().clear();
     for (const auto& thread : threads_) {
         thread->join();
     }
-    kept.splice(kept.end(), threads_);
+    kept().splice(kept().end(), threads_);
 }
 
 Thread* Runtime::add(std::unique_ptr<Thread> thread) {

@@ -14,6 +14,7 @@
 #include <pthread.h>
 
 /// Of the address sanitizer, if there is one.
+// NOLINTNEXTLINE(bugprone-reserved-identifier): its name
 extern "C" void __asan_unpoison_memory_region(const volatile void* begin, std::size_t size)
     __attribute__((weak, visibility("default")));
 

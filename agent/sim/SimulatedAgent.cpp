@@ -248,6 +248,7 @@ void SimulatedAgent::runCommand(const Action& action) {
     std::vector<Prop> records;
     if (!withoutList) {
         assignments = assignmentsFrom(action, 1);
+        records.reserve(assignments.size());
     }
     for (auto& [name, value] : assignments) {
         records.push_back({name.data(), nullptr, nullptr, value ? value->data() : nullptr});

@@ -110,9 +110,6 @@ std::int8_t VoidArray::RemoveEntry(void* entry) {
     }
     return -1;
 }
-void* VoidArray::GetEntry(int index) const {
-    return index < count_ ? entries_[index] : nullptr;
-}
 
 }  // namespace KRX::Utils
 
@@ -286,20 +283,23 @@ Property::~Property() {
 void Property::SetValue(const char* value) {
     delanddup(value_, value);
 }
-const char* Property::GetName() const {
-    return name_;
-}
-const char* Property::GetValue() const {
-    return value_;
-}
 RegistrationProxy::RegistrationProxy(const char* /*serviceName*/, const char* /*requestUri*/,
                                      const char* /*serviceNamespace*/) {}
 RegistrationProxy::~RegistrationProxy() = default;
 std::int8_t RegistrationProxy::UpdateAsset(Asset& asset, int /*flags*/) {
-    for (int i = 0; i < asset.GetProperties()->GetCount(); ++i) {
-        const auto* const property = static_cast<const Property*>(asset.GetProperties()->GetEntry(i));
-        if (std::strcmp(property->GetName(), "RSM_MODE") == 0) {
-            std::printf("report after %d polls: %s\n", device::polls.load(), property->GetValue());
+    // What the agent's own classes may see of each other.
+    struct List : Messaging::SerializableArray {
+        using SerializableArray::entries_;
+    };
+    struct Told : Property {
+        using Property::name_;
+        using Property::value_;
+    };
+    const Messaging::SerializableArray& list = *asset.GetProperties();
+    for (int i = 0; i < list.GetCount(); ++i) {
+        const auto& property = *static_cast<const Property*>((list.*&List::entries_)[i]);
+        if (std::strcmp(property.*&Told::name_, "RSM_MODE") == 0) {
+            std::printf("report after %d polls: %s\n", device::polls.load(), property.*&Told::value_);
         }
     }
     ++device::reports;
@@ -314,30 +314,28 @@ std::int8_t RegistrationProxy::SetSecurityContext(Messaging::Headers::SecurityCo
 
 namespace KRX::ServiceAgentNS {
 
-struct VirtualAsset::Implementation {
+struct DeviceAsset final : VirtualAsset {
     Services::RegistrationNS::Asset record{"Asset"};
 };
-struct ServiceAgent::Implementation {
-    VirtualAsset::Implementation implementation;
-    VirtualAsset asset{&implementation};
+struct DeviceAgent final : ServiceAgent {
+    DeviceAsset asset;
 };
 void VirtualAsset::ForcePoll() {
     ++device::polls;
 }
 const Services::RegistrationNS::Asset& VirtualAsset::GetAssetProfile() const {
-    return implementation_->record;
+    return static_cast<const DeviceAsset*>(this)->record;
 }
 Messaging::OCM* VirtualAsset::GetOCM() {
     return nullptr;
 }
 VirtualAsset* ServiceAgent::GetAsset(int /*index*/) {
-    return &implementation_->asset;
+    return &static_cast<DeviceAgent*>(this)->asset;
 }
 
 }  // namespace KRX::ServiceAgentNS
 
 KRX::ServiceAgentNS::ServiceAgent& device::serviceAgent() {
-    static KRX::ServiceAgentNS::ServiceAgent::Implementation implementation;
-    static KRX::ServiceAgentNS::ServiceAgent agent{&implementation};
+    static KRX::ServiceAgentNS::DeviceAgent agent;
     return agent;
 }
