@@ -162,6 +162,20 @@ class DocumentsTest(unittest.TestCase):
                 if program.name != "run":  # hands options on
                     self.assertEqual(self.shell(f"'{program}' --unheard-of", "/").returncode, 2)
 
+    @unittest.skipUnless(shutil.which("dpkg-query"), "no Debian system")
+    def test_without_root_and_sudo(self):
+        nobody = "id() { echo 1000; }; sudo() { return 1; }; . scripts/common.sh; need "
+        asked = self.shell(f"bash -c '{nobody} bash no-such-package nor-this; echo went on'", ROOT)
+        self.assertEqual(asked.returncode, 1)
+        self.assertIn("\n    apt-get install no-such-package nor-this\n", asked.stdout)
+        self.assertNotIn("went on", asked.stdout)
+        self.assertEqual(self.shell(f"bash -c '{nobody} bash; echo went on'", ROOT).stdout, "went on\n")
+
+    def test_failures_of_a_build_are_shown(self):
+        shown = self.shell("bash -c '. scripts/common.sh; quietly sh -c \"echo the reason; exit 3\" || echo failed'", ROOT)
+        self.assertEqual(shown.stdout, "the reason\nfailed\n")
+        self.assertEqual(self.shell("bash -c '. scripts/common.sh; quietly echo much'", ROOT).stdout, "")
+
     def test_headers_fit(self):
         """A page that is read first is read in a terminal."""
         for header in (ROOT / "include").iterdir():
