@@ -26,7 +26,7 @@ SKIPPED = [
     (r"^tests/faults/campaign\.py build/(release$|asan)|^tests/mutation|^bench/zephan_log\.py", "takes minutes; the tests run a short form"),
     (r"^tests/faults/long_run\.py", "the tests run a short form"),
     (r"^build/fuzz", "takes minutes, and needs clang"),
-    (r"^git diff", "shows what was changed, which is not for a test"),
+    (r"git ", "asks the repository, which an archive of the tree does not have"),
     (r" run |^scripts/console", "on the real clock"),
     (r"^curl", "needs the live console; tests/page/test_console.py tries these"),
     (r"lnav", "a program for a terminal"),
@@ -161,6 +161,20 @@ class DocumentsTest(unittest.TestCase):
                 self.assertIn(program.name, result.stdout)
                 if program.name != "run":  # hands options on
                     self.assertEqual(self.shell(f"'{program}' --unheard-of", "/").returncode, 2)
+
+    @unittest.skipUnless(shutil.which("dpkg-query"), "no Debian system")
+    def test_without_root_and_sudo(self):
+        nobody = "id() { echo 1000; }; sudo() { return 1; }; . scripts/common.sh; need "
+        asked = self.shell(f"bash -c '{nobody} bash no-such-package nor-this; echo went on'", ROOT)
+        self.assertEqual(asked.returncode, 1)
+        self.assertIn("\n    apt-get install no-such-package nor-this\n", asked.stdout)
+        self.assertNotIn("went on", asked.stdout)
+        self.assertEqual(self.shell(f"bash -c '{nobody} bash; echo went on'", ROOT).stdout, "went on\n")
+
+    def test_failures_of_a_build_are_shown(self):
+        shown = self.shell("bash -c '. scripts/common.sh; quietly sh -c \"echo the reason; exit 3\" || echo failed'", ROOT)
+        self.assertEqual(shown.stdout, "the reason\nfailed\n")
+        self.assertEqual(self.shell("bash -c '. scripts/common.sh; quietly echo much'", ROOT).stdout, "")
 
     def test_headers_fit(self):
         """A page that is read first is read in a terminal."""
