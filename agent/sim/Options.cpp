@@ -14,7 +14,7 @@ namespace {
 
 /// The module: in an installed tree or a build beside the program's directory, else where the loader finds it.
 std::string defaultModule() {
-    const std::string name = "libZephanRSMLogger.so.1";
+    std::string name = "libZephanRSMLogger.so.1";
     const auto tree = std::filesystem::read_symlink("/proc/self/exe").parent_path().parent_path();
     for (const char* directory : {SIM_LIBRARY_DIRECTORY, "lib"}) {
         if (const auto path = tree / directory / name; std::filesystem::exists(path)) {
