@@ -30,8 +30,9 @@ build() {
     cmake --build --preset "$preset" ${1:+--target "$@"} | tail -n 1
 }
 
-BUILD_PACKAGES=(cmake ninja-build g++ libxerces-c-dev libexpat1-dev libre2-dev nlohmann-json3-dev)
+BUILD_PACKAGES=(cmake ninja-build g++ libxerces-c-dev libexpat1-dev libedit-dev libre2-dev nlohmann-json3-dev
+    libcpp-httplib-dev pkg-config)
 PACKAGE_PACKAGES=(dpkg-dev file help2man lintian)
-TEST_PACKAGES=(libgtest-dev libxml2-utils python3 "${PACKAGE_PACKAGES[@]}" bash-completion pkg-config)
+TEST_PACKAGES=(libgtest-dev libxml2-utils python3 curl "${PACKAGE_PACKAGES[@]}" bash-completion)
 BROWSER_PACKAGES=(chromium chromium-driver python3-selenium)
 CONFIGURE_OPTIONS=()

@@ -1,27 +1,25 @@
 #include "Serializer.h"
-#include "SubElementDef.h"
 #include "XmlElement.h"
 #include "platform/agent/Messaging.h"
 
-#include <algorithm>
 #include <list>
 #include <map>
-#include <memory>
-#include <optional>
 #include <string>
 #include <vector>
 
 namespace KRX::Messaging {
 
+/// How an element declared one of its sub-elements.
+class SubElementDef final {
+  public:
+    std::string name;
+    /// Whether the content is `element`, which is null when there is none; otherwise a simple text.
+    bool isObject = false;
+    Serializable* element = nullptr;  ///< not owned
+    int maximum = 1;  ///< how often it may stand in the element; 0 or less: any number of times
+};
+
 namespace {
-
-std::optional<std::string> copyOf(const char* text) {
-    return text == nullptr ? std::nullopt : std::optional<std::string>(text);
-}
-
-const char* textOf(const std::optional<std::string>& text) {
-    return text ? text->c_str() : nullptr;
-}
 
 std::string orEmpty(const char* text) {
     return text == nullptr ? "" : text;
@@ -55,33 +53,15 @@ std::string about(const std::string& element, const std::string& fault) {
 
 }  // namespace
 
+/// The names; the texts are with whoever derives.
 struct Serializable::Implementation {
-    struct Attribute {
-        std::string name;
-        std::optional<std::string> text;
-    };
-
     std::string name;
-    std::optional<std::string> text;
-    std::vector<Attribute> attributes;
+    std::vector<std::string> attributes;
     std::list<SubElementDef> subElements;  ///< a list, so that answered descriptions stay where they are
-
-    Attribute* attribute(const char* wanted) {
-        const auto found = std::find_if(attributes.begin(), attributes.end(),
-                                        [wanted](const Attribute& each) { return each.name == wanted; });
-        return found == attributes.end() ? nullptr : &*found;
-    }
-    SubElementDef* subElement(const char* wanted, bool object) {
-        const auto found =
-            std::find_if(subElements.begin(), subElements.end(), [wanted, object](const SubElementDef& each) {
-                return each.isObject == object && each.name == wanted;
-            });
-        return found == subElements.end() ? nullptr : &*found;
-    }
 };
 
-Serializable::Serializable(const char* elementName, const char* text, int /*required*/, int /*flag*/)
-    : implementation_(new Implementation{orEmpty(elementName), copyOf(text), {}, {}}) {}
+Serializable::Serializable(const char* elementName, const char* /*text*/, int /*required*/, int /*flag*/)
+    : implementation_(new Implementation{orEmpty(elementName), {}, {}}) {}
 
 Serializable::~Serializable() {
     delete implementation_;
@@ -90,11 +70,10 @@ Serializable::~Serializable() {
 std::int8_t Serializable::Serialize(Serializer& serializer, unsigned int flags) {
     const std::string name = GetElementName();
     serializer.openElement(name);
-    for (const auto& attribute : implementation_->attributes) {
-        const AnsweredText text(
-            [&](bool& release) { return GetAttributeText(attribute.name.c_str(), release); });
+    for (const std::string& attribute : implementation_->attributes) {
+        const AnsweredText text([&](bool& release) { return GetAttributeText(attribute.c_str(), release); });
         if (text.get() != nullptr) {
-            serializer.writeAttribute(attribute.name, text.get());
+            serializer.writeAttribute(attribute, text.get());
         }
     }
     if (HasElementText()) {
@@ -174,58 +153,45 @@ std::int8_t Serializable::Deserialize(Serializer& serializer) {
 }
 
 std::int8_t Serializable::GetSubElement(const char* name, SubElementDef*& subElement) {
-    subElement = implementation_->subElement(name, false);
-    if (subElement != nullptr) {
-        return 0;
-    }
     // An element object stands in the message under its own name, not under the one it was declared with.
     for (SubElementDef& each : implementation_->subElements) {
-        if (each.element != nullptr && orEmpty(name) == each.element->GetElementName()) {
+        const bool isMeant = each.isObject
+                                 ? each.element != nullptr && orEmpty(name) == each.element->GetElementName()
+                                 : each.name == orEmpty(name);
+        if (isMeant) {
             subElement = &each;
             return 0;
         }
     }
+    subElement = nullptr;
     return -1;
 }
 
-std::int8_t Serializable::SetAttributeText(const char* name, const char* text) {
-    Implementation::Attribute* attribute = implementation_->attribute(name);
-    if (attribute == nullptr) {
-        return -1;
-    }
-    attribute->text = copyOf(text);
+std::int8_t Serializable::SetAttributeText(const char* /*name*/, const char* /*text*/) {
+    return -1;
+}
+
+std::int8_t Serializable::SetElementText(const char* /*text*/) {
     return 0;
 }
 
-std::int8_t Serializable::SetElementText(const char* text) {
-    implementation_->text = copyOf(text);
-    return 0;
+std::int8_t Serializable::SetSubElementText(const char* /*name*/, const char* /*text*/) {
+    return -1;
 }
 
-std::int8_t Serializable::SetSubElementText(const char* name, const char* text) {
-    SubElementDef* subElement = implementation_->subElement(name, false);
-    if (subElement == nullptr) {
-        return -1;
-    }
-    subElement->text = copyOf(text);
-    return 0;
-}
-
-const char* Serializable::GetAttributeText(const char* name, bool& release) {
+const char* Serializable::GetAttributeText(const char* /*name*/, bool& release) {
     release = false;
-    const Implementation::Attribute* attribute = implementation_->attribute(name);
-    return attribute == nullptr ? nullptr : textOf(attribute->text);
+    return nullptr;
 }
 
 const char* Serializable::GetElementText(bool& release) {
     release = false;
-    return textOf(implementation_->text);
+    return nullptr;
 }
 
-const char* Serializable::GetSubElementText(const char* name, bool& release, unsigned int index) {
+const char* Serializable::GetSubElementText(const char* /*name*/, bool& release, unsigned int /*index*/) {
     release = false;
-    const SubElementDef* subElement = implementation_->subElement(name, false);
-    return subElement == nullptr || index > 0 ? nullptr : textOf(subElement->text);
+    return nullptr;
 }
 
 std::int8_t Serializable::PreDeserialize() {
@@ -236,20 +202,20 @@ bool Serializable::HasElementText() {
     return implementation_->subElements.empty();
 }
 
-std::int8_t Serializable::RegisterAttribute(const char* name, int /*flag*/, const char* text) {
-    implementation_->attributes.push_back({orEmpty(name), copyOf(text)});
+std::int8_t Serializable::RegisterAttribute(const char* name, int /*flag*/, const char* /*text*/) {
+    implementation_->attributes.push_back(orEmpty(name));
     return 0;
 }
 
 std::int8_t Serializable::RegisterSubElement(const char* name, int /*minimum*/, int maximum,
-                                             const char* text) {
-    implementation_->subElements.push_back({orEmpty(name), false, nullptr, maximum, copyOf(text)});
+                                             const char* /*text*/) {
+    implementation_->subElements.push_back({orEmpty(name), false, nullptr, maximum});
     return 0;
 }
 
 std::int8_t Serializable::RegisterSubElement(const char* name, Serializable* element, int flag,
-                                             const char* text) {
-    implementation_->subElements.push_back({orEmpty(name), true, element, flag, copyOf(text)});
+                                             const char* /*text*/) {
+    implementation_->subElements.push_back({orEmpty(name), true, element, flag});
     return 0;
 }
 

@@ -22,6 +22,12 @@ std::string localName(const char* reported) {
     return std::string(name.substr(name.rfind(kSeparator) + 1));
 }
 
+std::string spaceOf(const char* reported) {
+    const std::string_view name(reported);
+    const std::size_t end = name.rfind(kSeparator);
+    return end == std::string_view::npos ? std::string() : std::string(name.substr(0, end));
+}
+
 class TreeBuilder final {
   public:
     explicit TreeBuilder(XML_Parser parser) : parser_(parser) {
@@ -79,6 +85,7 @@ class TreeBuilder final {
         XmlElement& element = path_.back()->children.emplace_back();
         path_.push_back(&element);
         element.name = localName(name);
+        element.space = spaceOf(name);
         for (; *attributes != nullptr; attributes += 2) {
             element.attributes.emplace_back(localName(attributes[0]), attributes[1]);
         }

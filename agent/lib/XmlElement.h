@@ -13,6 +13,7 @@ namespace agent {
 /// One element. Names stand without namespace prefix; namespace declarations are not among the attributes.
 struct XmlElement {
     std::string name;
+    std::string space;  ///< the namespace of the name; empty when it has none
     std::vector<std::pair<std::string, std::string>> attributes;
     std::vector<XmlElement> children;
     std::string text;  ///< all text between the children, in one

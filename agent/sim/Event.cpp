@@ -8,6 +8,25 @@ namespace sim {
 
 namespace {
 
+/// How long the UTF-8 character is that `text` begins with, of those beyond ASCII; 0 when it begins with
+/// none.
+std::size_t characterLength(std::string_view text) {
+    const auto byte = [text](std::size_t at) { return static_cast<unsigned char>(text[at]); };
+    const std::size_t length = byte(0) >= 0xF0 ? 4 : byte(0) >= 0xE0 ? 3 : 2;
+    if (byte(0) < 0xC2 || byte(0) > 0xF4 || text.size() < length) {
+        return 0;
+    }
+    // What the second byte may be keeps out surrogates, and what is longer than need be or beyond the last
+    // character.
+    const unsigned char least = byte(0) == 0xE0 ? 0xA0 : byte(0) == 0xF0 ? 0x90 : 0x80;
+    const unsigned char most = byte(0) == 0xED ? 0x9F : byte(0) == 0xF4 ? 0x8F : 0xBF;
+    bool valid = byte(1) >= least && byte(1) <= most;
+    for (std::size_t at = 2; at < length; ++at) {
+        valid = valid && (byte(at) & 0xC0) == 0x80;
+    }
+    return valid ? length : 0;
+}
+
 void appendUnicode(std::string& target, unsigned char byte) {
     std::array<char, 8> code = {};
     std::snprintf(code.data(), code.size(), "\\u%04x", unsigned{byte});
@@ -16,18 +35,19 @@ void appendUnicode(std::string& target, unsigned char byte) {
 
 void appendText(std::string& target, std::string_view text) {
     target += '"';
-    for (const char c : text) {
-        const auto byte = static_cast<unsigned char>(c);
+    for (std::size_t at = 0; at < text.size();) {
+        const auto byte = static_cast<unsigned char>(text[at]);
+        const std::size_t length = byte > 127 ? characterLength(text.substr(at)) : 1;
         constexpr std::string_view escaped = "\"\\\n\t\r\b\f";
-        const std::size_t at = escaped.find(c);
-        if (at != std::string_view::npos) {
+        if (const std::size_t found = escaped.find(text[at]); found != std::string_view::npos) {
             target += '\\';
-            target += "\"\\ntrbf"[at];
-        } else if (byte < 0x20 || byte > 127) {
+            target += "\"\\ntrbf"[found];
+        } else if (byte < 0x20 || length == 0) {
             appendUnicode(target, byte);
         } else {
-            target += c;
+            target += text.substr(at, length);
         }
+        at += std::max<std::size_t>(length, 1);
     }
     target += '"';
 }

@@ -20,6 +20,14 @@ std::string native(std::string path) {
     return path;
 }
 
+/// Whatever else has that name may not let go of who opens it.
+void requireFile(const std::string& path) {
+    struct stat state = {};
+    if (::stat(native(path).c_str(), &state) == 0 && !S_ISREG(state.st_mode)) {
+        throw std::runtime_error(path + ": is no regular file");
+    }
+}
+
 [[noreturn]] void fail(const std::string& path, int error) {
     throw std::runtime_error(path + ": " + std::strerror(error));
 }
@@ -28,6 +36,7 @@ std::string native(std::string path) {
 
 void writeFile(const std::string& path, const std::string& text, std::chrono::microseconds wall) {
     const std::filesystem::path target = native(path);
+    requireFile(path);
     if (target.has_parent_path()) {
         std::filesystem::create_directories(target.parent_path());
     }
@@ -55,6 +64,7 @@ void setModified(const std::string& path, std::chrono::microseconds wall) {
 
 std::optional<std::string> readFile(const std::string& path) {
     const std::string target = native(path);
+    requireFile(path);
     std::ifstream stream(target, std::ios::binary);
     if (!stream && (errno == ENOENT || errno == ENOTDIR)) {
         return std::nullopt;

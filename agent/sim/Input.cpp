@@ -1,10 +1,11 @@
 #include "Input.h"
 
+#include "Terminal.h"
+
 #include <algorithm>
 #include <array>
 #include <cerrno>
 #include <csignal>
-#include <cstdint>
 #include <system_error>
 #include <utility>
 
@@ -21,14 +22,13 @@ int interruptCounter = -1;
 
 extern "C" void countInterrupt(int /*signal*/) {
     const int saved = errno;
-    const std::uint64_t one = 1;
-    [[maybe_unused]] const ssize_t written = ::write(interruptCounter, &one, sizeof one);
+    ::eventfd_write(interruptCounter, 1);  // This program's own write() is not fit for a signal handler.
     errno = saved;
 }
 
 }  // namespace
 
-Input::Input(int descriptor) : descriptor_(descriptor) {
+Input::Input(int descriptor, Terminal* terminal) : descriptor_(descriptor), terminal_(terminal) {
     interruptCounter = ::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
     if (interruptCounter < 0) {
         throw std::system_error(errno, std::generic_category(), "eventfd");
@@ -47,7 +47,8 @@ Input::~Input() {
 
 bool Input::wait(std::chrono::microseconds time) {
     using namespace std::chrono;
-    std::array<pollfd, 2> watched = {{{interruptCounter, POLLIN, 0}, {open_ ? descriptor_ : -1, POLLIN, 0}}};
+    std::array<pollfd, 3> watched = {
+        {{interruptCounter, POLLIN, 0}, {open_ ? descriptor_ : -1, POLLIN, 0}, {other_, POLLIN, 0}}};
     const seconds whole = duration_cast<seconds>(std::max(time, microseconds::zero()));
     const timespec limit = {whole.count(),
                             duration_cast<nanoseconds>(std::max(time, microseconds::zero()) - whole).count()};
@@ -62,7 +63,7 @@ bool Input::wait(std::chrono::microseconds time) {
     if (watched[1].revents != 0) {
         read();
     }
-    return watched[0].revents != 0 || watched[1].revents != 0;
+    return watched[0].revents != 0 || watched[1].revents != 0 || watched[2].revents != 0;
 }
 
 std::string Input::takeLine() {
@@ -72,6 +73,10 @@ std::string Input::takeLine() {
 }
 
 void Input::read() {
+    if (terminal_ != nullptr) {
+        open_ = terminal_->read(lines_);
+        return;
+    }
     std::array<char, 4096> buffer = {};
     const ssize_t size = ::read(descriptor_, buffer.data(), buffer.size());
     if (size < 0 && (errno == EINTR || errno == EAGAIN)) {

@@ -7,14 +7,20 @@
 
 namespace sim {
 
+class Terminal;
+
 /// The lines typed on a descriptor, and the request to stop (SIGINT). Used by one thread at a time.
 class Input final {
   public:
-    /// Reads `descriptor`, which stays the caller's, and watches SIGINT from now on.
-    explicit Input(int descriptor);
+    /// Reads `descriptor`, which stays the caller's, and watches SIGINT from now on. `terminal`, which must
+    /// outlive the input, edits what is typed there; it is null when nobody types.
+    Input(int descriptor, Terminal* terminal);
     Input(const Input&) = delete;
     Input& operator=(const Input&) = delete;
     ~Input();
+
+    /// Lets `wait` come back when `descriptor`, which stays the caller's, can be read.
+    void alsoWatch(int descriptor) { other_ = descriptor; }
 
     /// Waits at most `time` for something to happen; true when a line is there or the state below has
     /// changed.
@@ -25,11 +31,15 @@ class Input final {
     bool stopRequested() const { return stopRequested_; }
     bool hasLine() const { return !lines_.empty(); }
     std::string takeLine();
+    /// Where a person types, or null.
+    Terminal* terminal() const { return terminal_; }
 
   private:
     void read();
 
     int descriptor_;
+    Terminal* terminal_;
+    int other_ = -1;
     bool open_ = true;
     bool stopRequested_ = false;
     std::string partial_;

@@ -1,9 +1,11 @@
 // System functions that the module must find here instead of in the C library: the program stands first in
 // the order in which symbols are looked up, also with a sanitizer's or a preloaded library in between.
+#include "ModuleFiles.h"
 #include "ProcessTime.h"
 
 #include <atomic>
 #include <cerrno>
+#include <cstdarg>
 #include <ctime>
 
 #include <dlfcn.h>
@@ -26,7 +28,7 @@ Function* next(std::atomic<Function*>& known, const char* name) {
     return function;
 }
 
-/// A file that the module wrote was modified at the simulation's present.
+/// A file that the module made or wrote was modified at the simulation's present.
 void stamp(int descriptor) {
     const int saved = errno;
     struct stat state = {};
@@ -35,6 +37,32 @@ void stamp(int descriptor) {
         ::futimens(descriptor, times);
     }
     errno = saved;
+}
+
+bool exists(int directory, const char* path) {
+    struct stat state = {};
+    return ::fstatat(directory, path, &state, 0) == 0;
+}
+
+/// Opens a file with `open`, for `caller`.
+template <typename Open>
+int openFile(const void* caller, int directory, const char* path, int flags, const Open& open) {
+    const bool isModules = sim::isModuleCall(caller);
+    const bool changes =
+        isModules && ((flags & O_TRUNC) != 0 || ((flags & O_CREAT) != 0 && !exists(directory, path)));
+    const int descriptor = open();
+    if (descriptor >= 0 && isModules) {
+        sim::noteOpened(descriptor);
+        if (changes) {
+            stamp(descriptor);
+        }
+    }
+    return descriptor;
+}
+
+/// The mode that stands behind the flags when a file may be made.
+mode_t modeFrom(int flags, std::va_list arguments) {
+    return (flags & O_CREAT) != 0 ? va_arg(arguments, mode_t) : 0;
 }
 
 }  // namespace
@@ -47,6 +75,26 @@ INTERPOSED time_t time(time_t* result) noexcept {
         *result = now;
     }
     return now;
+}
+
+INTERPOSED int open(const char* path, int flags, ...) {
+    std::va_list arguments;
+    va_start(arguments, flags);
+    const mode_t mode = modeFrom(flags, arguments);
+    va_end(arguments);
+    static std::atomic<int (*)(const char*, int, ...)> known = nullptr;
+    return openFile(__builtin_return_address(0), AT_FDCWD, path, flags,
+                    [&] { return next(known, "open")(path, flags, mode); });
+}
+
+INTERPOSED int openat(int directory, const char* path, int flags, ...) {
+    std::va_list arguments;
+    va_start(arguments, flags);
+    const mode_t mode = modeFrom(flags, arguments);
+    va_end(arguments);
+    static std::atomic<int (*)(int, const char*, int, ...)> known = nullptr;
+    return openFile(__builtin_return_address(0), directory, path, flags,
+                    [&] { return next(known, "openat")(directory, path, flags, mode); });
 }
 
 INTERPOSED ssize_t write(int descriptor, const void* data, size_t size) {

@@ -1,5 +1,6 @@
 #include "Module.h"
 
+#include "ModuleFiles.h"
 #include "ModuleImage.h"
 #include "ProcessTime.h"
 
@@ -34,6 +35,7 @@ void Module::unload() {
     setModuleImage(0, 0);
     ModuleImage(library_).keepData();
     ::dlclose(library_);
+    closeOpened();
     library_ = nullptr;
     if (void* left = ::dlopen(path_.c_str(), RTLD_LAZY | RTLD_NOLOAD)) {
         ::dlclose(left);

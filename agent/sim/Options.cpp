@@ -44,35 +44,50 @@ std::chrono::seconds clockOption(const char* text) {
 
 const char* const kHelp =
     R"(Usage: krx-agent-sim replay SCENARIO [--module PATH] [--trace FILE] [--report FILE]
-  or:  krx-agent-sim run [SCENARIO] [--module PATH] [--trace FILE] [--report FILE]
+  or:  krx-agent-sim run [SCENARIO] [--module PATH] [--trace FILE] [--report FILE] [--http [ADDRESS:]PORT]
   or:  krx-agent-sim report TRACE -o FILE [--config FILE] [--clock TIME]
+  or:  krx-agent-sim status [--config FILE] [--schedule FILE] [--json]
 
 Loads the module as an agent does and drives it: `replay` plays a scenario on a virtual clock, `run` on the real
-clock, with actions from the scenario at their times and from standard input as they are typed. `report` makes the
-page of a session from a trace that was kept.
+clock, with actions from the scenario at their times and from standard input as they are typed (`help` lists them).
+`report` makes the page of a session from a trace that was kept; `status` says what an agent that does not run left
+in its state files, and what its next start does with it.
 
   --module PATH   the module (default: the one installed or built with this program)
   --trace FILE    writes JSON Lines instead of the timeline; - is standard output
+  --brief         a timeline with less to read: no log lines, no sleeps, polls counted, lines that fit
+  --strict        exit status 3 when the start of a family failed
   --patience S    seconds for which the module may hold everything up before it counts as hanging (15 at first)
   --report FILE   writes a page of the session (HTML) when it is over; -o is the same
+  --http PLACE    a live page of the session for browsers, at [ADDRESS:]PORT (127.0.0.1 when there is no address; port
+                  0: any that is free); the session goes on until it is interrupted
   --config FILE   the configuration whose audit texts the page shows (default: the one that the session names)
+  --schedule FILE
+                  the schedule file that the agent's data source was started with
+  --json          writes the status as JSON
   --clock TIME    the wall clock at the trace's start, like 2026-03-01T10:00:00Z (default: as the reports show it)
   --help          prints this text
   --version       prints the version
 
-Exit status: 0 ran to the end, 1 a scenario line or the module could not be used, or the module hangs, 2 wrong usage.
+Exit status: 0 ran to the end, 1 a scenario line or the module could not be used, or the module hangs, 2 wrong usage,
+3 (with --strict) a start failed.
 )";
 
 Options parseOptions(int count, char** words) {
     enum Option : int {
-        module = 'm',
-        trace = 't',
-        patience = 'p',
+        module = 1,
+        trace,
+        patience,
+        brief,
+        strict,
+        http,
+        config,
+        schedule,
+        json,
+        clock,
+        version,
         report = 'o',
-        config = 'c',
-        clock = 'k',
-        help = 'h',
-        version = 'v'
+        help = 'h'
     };
     const option known[] = {{"module", required_argument, nullptr, module},
                             {"trace", required_argument, nullptr, trace},
@@ -80,6 +95,11 @@ Options parseOptions(int count, char** words) {
                             {"report", required_argument, nullptr, report},
                             {"config", required_argument, nullptr, config},
                             {"clock", required_argument, nullptr, clock},
+                            {"brief", no_argument, nullptr, brief},
+                            {"strict", no_argument, nullptr, strict},
+                            {"http", required_argument, nullptr, http},
+                            {"schedule", required_argument, nullptr, schedule},
+                            {"json", no_argument, nullptr, json},
                             {"help", no_argument, nullptr, help},
                             {"version", no_argument, nullptr, version},
                             {nullptr, 0, nullptr, 0}};
@@ -95,11 +115,26 @@ Options parseOptions(int count, char** words) {
             case patience:
                 options.patience = parsePatience(::optarg);
                 break;
+            case brief:
+                options.brief = true;
+                break;
+            case strict:
+                options.strict = true;
+                break;
             case report:
                 options.report = ::optarg;
                 break;
+            case http:
+                options.http = ::optarg;
+                break;
             case config:
                 options.configuration = ::optarg;
+                break;
+            case schedule:
+                options.schedule = ::optarg;
+                break;
+            case json:
+                options.json = true;
                 break;
             case clock:
                 options.clock = clockOption(::optarg);
@@ -117,8 +152,18 @@ Options parseOptions(int count, char** words) {
     }
     const int positional = count - ::optind;
     const std::string command = positional > 0 ? words[::optind] : "";
-    if (command != "replay" && command != "run" && command != "report") {
+    if (command != "replay" && command != "run" && command != "report" && command != "status") {
         throw UsageError(command.empty() ? "no command" : "unknown command " + command);
+    }
+    if (command == "status") {
+        options.mode = Options::Mode::status;
+        if (positional > 1) {
+            throw UsageError(std::string("unexpected argument ") + words[::optind + 1]);
+        }
+        if (!options.configuration && !options.schedule) {
+            throw UsageError("no file to tell the status from (--config FILE, --schedule FILE)");
+        }
+        return options;
     }
     if (positional > 2) {
         throw UsageError(std::string("unexpected argument ") + words[::optind + 2]);
@@ -135,8 +180,14 @@ Options parseOptions(int count, char** words) {
     }
     options.mode = command == "run" ? Options::Mode::run : Options::Mode::replay;
     options.scenario = file;
+    if (options.http && options.mode != Options::Mode::run) {
+        throw UsageError("--http is for a session on the real clock (run)");
+    }
     if (!file && options.mode == Options::Mode::replay) {
         throw UsageError("no scenario to replay");
+    }
+    if (options.brief && options.trace) {
+        throw UsageError("--brief is for the timeline, not for a trace");
     }
     if (options.module.empty()) {
         options.module = defaultModule();

@@ -16,18 +16,23 @@ class UsageError final : public std::runtime_error {
 };
 
 struct Options {
-    enum class Mode : std::uint8_t { replay, run, report, help, version };
+    enum class Mode : std::uint8_t { replay, run, report, status, help, version };
 
     Mode mode = Mode::help;
     std::optional<std::string> scenario;
     std::string module;
     std::optional<std::string> trace;  ///< "-" stands for standard output
+    bool brief = false;                ///< less to read
+    bool strict = false;               ///< a start that failed shows in the exit status
     /// How long the module may hold everything up. At first longer than any of its calls takes, with a
     /// sanitizer on a busy machine, too.
     std::chrono::milliseconds patience = std::chrono::seconds(15);
     std::optional<std::string> report;  ///< the page's file
+    std::optional<std::string> http;    ///< where the console listens
     std::string keptTrace;              ///< of which a page is to be made
     std::optional<std::string> configuration;
+    std::optional<std::string> schedule;
+    bool json = false;
     std::optional<std::chrono::seconds> clock;  ///< since 1970, at the start of the kept trace
 };
 

@@ -8,8 +8,8 @@ namespace sim {
 
 class Clock;
 
-/// While `clock` is not null, time() answers its wall clock and files that the module writes get it as their
-/// modification time. Null before the clock goes away.
+/// While `clock` is not null, time() answers its wall clock and files that the module makes or writes get it
+/// as their modification time. Null before the clock goes away.
 void showTimeOf(const Clock* clock);
 /// Where the module's code lies in memory; two zeros when it is not loaded.
 void setModuleImage(std::uintptr_t begin, std::uintptr_t end);

@@ -17,9 +17,10 @@ class RealClock final : public Clock {
 
     bool advance(Instant due, bool interruptible) override;
 
-  private:
+    /// The time that has passed, on any thread; `now` follows it when something happens.
     Instant elapsed() const;
 
+  private:
     std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
     Input& input_;
 };

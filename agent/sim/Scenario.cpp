@@ -18,7 +18,8 @@ Instant parseTime(const std::string& text, Instant previous) {
     const bool relative = text.starts_with('+');
     const auto microseconds = parseDecimal(text);
     if (!microseconds || *microseconds < 0 || Instant(*microseconds) > kLongest) {
-        throw std::runtime_error("'" + text + "' is no time in seconds");
+        const bool tooLarge = !text.starts_with('-') && isTooLarge(text);
+        throw std::runtime_error("'" + text + (tooLarge ? "' is too large" : "' is no time in seconds"));
     }
     const Instant time = Instant(*microseconds) + (relative ? previous : Instant(0));
     if (time < previous) {

@@ -9,12 +9,10 @@ namespace sim {
 
 namespace {
 
-constexpr std::string_view kNamespace = "urn:corvane-krx:urn:corvane-krx:ZephanServices_v1_0";
-
 std::string requestXml(const std::string& operation, const std::vector<Assignment>& subElements) {
     KRX::Messaging::Serializer request;
     request.openElement(operation);
-    request.writeAttribute("xmlns", kNamespace);
+    request.writeAttribute("xmlns", kServiceNamespace);
     for (const auto& [name, value] : subElements) {
         if (value) {
             request.openElement(name);

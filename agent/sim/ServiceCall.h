@@ -12,6 +12,9 @@
 
 namespace sim {
 
+/// Of every request and response.
+constexpr std::string_view kServiceNamespace = "urn:corvane-krx:urn:corvane-krx:ZephanServices_v1_0";
+
 struct ServiceAnswer {
     std::int8_t result = -1;
     std::string_view stage;               ///< the last step that was reached

@@ -1,7 +1,6 @@
 #include "SimulatedAgent.h"
 
 #include "Clock.h"
-#include "CommandCall.h"
 #include "FileVerbs.h"
 #include "Module.h"
 #include "Place.h"
@@ -18,22 +17,163 @@ namespace sim {
 
 namespace {
 
+using std::chrono::microseconds;
+
 constexpr std::int64_t kSecondsPerDay = std::int64_t{24} * 60 * 60;
 
-std::vector<Assignment> assignmentsFrom(std::vector<Word>::const_iterator first,
-                                        std::vector<Word>::const_iterator last) {
+std::vector<Assignment> assignmentsFrom(const Action& action, std::size_t first) {
     std::vector<Assignment> assignments;
-    for (; first != last; ++first) {
-        assignments.push_back(asAssignment(*first).value());
+    for (std::size_t i = first; i < action.arguments.size(); ++i) {
+        assignments.push_back(asAssignment(action.arguments[i]).value());
     }
     return assignments;
 }
 
-std::optional<std::string> valueOf(const Word& word) {
-    return word.isNull() ? std::nullopt : std::optional(word.text);
+std::optional<std::string> valueOf(const char* text) {
+    return text == nullptr ? std::nullopt : std::optional<std::string>(text);
+}
+
+bool isOn(const Action& action) {
+    return action.word(0) == "on";
+}
+
+microseconds duration(const Action& action, std::size_t index) {
+    return microseconds(parseDecimal(action.word(index)).value());
+}
+
+agent::ThreadDestroy threadDestroy(const std::string& name) {
+    return name == "sleep"      ? agent::ThreadDestroy::sleep
+           : name == "anywhere" ? agent::ThreadDestroy::anywhere
+           : name == "unwind"   ? agent::ThreadDestroy::unwind
+                                : agent::ThreadDestroy::leave;
 }
 
 }  // namespace
+
+const std::vector<Verb>& SimulatedAgent::verbs() {
+    using Agent = SimulatedAgent;
+    static const std::vector<Verb> all = {
+        {"start data-source", "PATH", "starts the data source on its schedule file",
+         [](Agent& self, const Action& action) {
+             self.record(action,
+                         self.module().dataSourceStartup(&(self.dataSource_ = nullptr), action.argument(0)));
+         }},
+        {"start logger", "PARAM", "starts the logger on its configuration file",
+         [](Agent& self, const Action& action) {
+             self.record(action, self.startLogger(action.argument(0)));
+         }},
+        {"start rsm", "PARAM", "starts RSM on its configuration file",
+         [](Agent& self, const Action& action) {
+             self.record(action, self.module().rsmStartup(&(self.rsm_ = nullptr), self.host_.serviceAgent(),
+                                                          action.argument(0)));
+         }},
+        {"start web-service", "", "starts the web service",
+         [](Agent& self, const Action& action) {
+             self.record(action, self.module().webServiceStartup(&(self.webService_ = nullptr),
+                                                                 self.host_.serviceAgent()));
+         }},
+        {"stop data-source", "", "stops the data source",
+         [](Agent& self, const Action& action) { self.record(action, self.module().dataSourceShutdown()); }},
+        {"stop logger", "", "stops the logger",
+         [](Agent& self, const Action& action) { self.record(action, self.module().loggerShutdown()); }},
+        {"stop rsm", "[null]", "stops RSM (null: with a null handle)",
+         [](Agent& self, const Action& action) {
+             self.record(action, self.module().rsmShutdown(action.arguments.empty() ? self.rsm_ : nullptr));
+         }},
+        {"stop web-service", "[null]", "stops the web service (null: with a null handle)",
+         [](Agent& self, const Action& action) {
+             self.record(action, self.module().webServiceShutdown(action.arguments.empty() ? self.webService_
+                                                                                           : nullptr));
+         }},
+        {"service create", "", "makes a web service object",
+         [](Agent& self, const Action& action) {
+             ZPService* service = nullptr;
+             self.record(action, self.createService(service));
+         }},
+        {"service destroy", "", "gives the latest web service object back",
+         [](Agent& self, const Action& action) { self.record(action, self.destroyService()); }},
+        {"connect", "MINUTES RATE", "a web service call: poll for so many minutes, every RATE seconds",
+         [](Agent& self, const Action& action) {
+             self.record(action,
+                         self.callOperation("connect", {{"pollDuration", valueOf(action.argument(0))},
+                                                        {"pollingRate", valueOf(action.argument(1))}}));
+         }},
+        {"disconnect", "[MEMBER]", "a web service call: polling ends",
+         [](Agent& self, const Action& action) {
+             self.record(action,
+                         self.callOperation("disconnect", {{"memberName", valueOf(action.argument(0))}}));
+         }},
+        {"call", "OPERATION [NAME=VALUE...]", "any web service call",
+         [](Agent& self, const Action& action) {
+             self.record(action, self.callOperation(action.word(0), assignmentsFrom(action, 1)));
+         }},
+        {"command", "NAME [NAME=VALUE...|null]", "a command for the data source",
+         [](Agent& self, const Action& action) { self.runCommand(action); }},
+        {"log", "LEVEL TEXT", "a log message (trace, info, warn, error, force, audit or a number)",
+         [](Agent& self, const Action& action) {
+             self.record(action,
+                         self.module().loggerLog(parseLevel(action.word(0)).value(), action.argument(1)));
+         }},
+        {"audit", "TEXT", "an audit message",
+         [](Agent& self, const Action& action) {
+             self.record(action, self.module().loggerAudit(action.argument(0)));
+         }},
+        {"asset", "present|absent", "whether the agent has an asset 0",
+         [](Agent& self, const Action& action) { self.host_.setAssetPresent(action.word(0) == "present"); }},
+        {"enterprise", "accept|refuse", "how the enterprise answers a profile",
+         [](Agent& self, const Action& action) { self.enterpriseRefuses_ = action.word(0) == "refuse"; }},
+        {"enterprise delay", "SECONDS", "how long it takes to answer",
+         [](Agent& self, const Action& action) {
+             self.host_.setEnterpriseDelay(
+                 std::chrono::duration_cast<std::chrono::milliseconds>(duration(action, 0)));
+         }},
+        {"enterprise thread", "on|off", "whether profiles are sent on a thread of their own",
+         [](Agent& self, const Action& action) { self.host_.setLinkThread(isOn(action)); }},
+        {"log-lock", "on|off", "whether the agent logs one line at a time",
+         [](Agent& self, const Action& action) { self.host_.setLogLock(isOn(action)); }},
+        {"thread-destroy", "sleep|anywhere|unwind|leave", "what becomes of a thread that is destroyed",
+         [](Agent& self, const Action& action) {
+             self.host_.setThreadDestroy(threadDestroy(action.word(0)));
+         }},
+        {"poll-interval", "COUNT", "the asset's own poll interval in seconds",
+         [](Agent& self, const Action& action) {
+             self.host_.setPollInterval(
+                 parseCount(action.word(0), std::numeric_limits<unsigned int>::max()).value());
+         }},
+        {"fail thread-construct", "", "no thread object can be had next time",
+         [](Agent& self, const Action& /*action*/) { self.scheduler_.failNextConstruct(); }},
+        {"fail thread-start", "", "no thread can be started next time",
+         [](Agent& self, const Action& /*action*/) { self.scheduler_.failNextStart(); }},
+        {"route", "on|off", "whether the module's log lines come back to its logger",
+         [](Agent& self, const Action& action) { self.host_.setRouting(isOn(action)); }},
+        {"write", "FILE CONTENTS", "writes a file",
+         [](Agent& self, const Action& action) {
+             writeFile(action.word(0), action.word(1), self.clock_.wall());
+         }},
+        {"remove", "FILE", "removes a file or a directory",
+         [](Agent& /*self*/, const Action& action) { removeFile(action.word(0)); }},
+        {"age", "FILE DAYS", "lets a file be that old",
+         [](Agent& self, const Action& action) {
+             setModified(action.word(0), self.clock_.wall() - duration(action, 1) * kSecondsPerDay);
+         }},
+        {"show", "FILE", "shows what is in a file",
+         [](Agent& self, const Action& action) {
+             self.recorder_.recordFile(action.word(0), readFile(action.word(0)));
+         }},
+        {"status", "", "what RSM does now",
+         [](Agent& self, const Action& /*action*/) { self.tellStatus_(); }},
+        {"clock-step", "OFFSET", "lets the wall clock jump by so many seconds",
+         [](Agent& self, const Action& action) { self.clock_.step(duration(action, 0)); }},
+        {"unload", "", "drops the module as a killed agent would",
+         [](Agent& self, const Action& /*action*/) { self.unload(); }},
+        {"end", "", "ends the session", nullptr},
+    };
+    return all;
+}
+
+const std::vector<Verb>& verbs() {
+    return SimulatedAgent::verbs();
+}
 
 SimulatedAgent::SimulatedAgent(std::filesystem::path modulePath, Clock& clock, Scheduler& scheduler,
                                Recorder& recorder)
@@ -48,164 +188,13 @@ SimulatedAgent::~SimulatedAgent() {
     dropHooksAndServices();
 }
 
+void SimulatedAgent::perform(const Action& action) {
+    const agent::Place verb(action.text.c_str(), agent::Place::Side::module);
+    action.verb->perform(*this, action);
+}
+
 std::int8_t SimulatedAgent::receive(const std::string& /*member*/, const agent::NamedValues& /*properties*/) {
     return enterpriseRefuses_ ? -1 : 0;
-}
-
-void SimulatedAgent::perform(const Action& action) {
-    {
-        const agent::Place verb(action.text.c_str(), agent::Place::Side::module);
-        if (performStartOrStop(action) || performCall(action)) {
-            return;
-        }
-    }
-    performSetting(action);
-}
-
-bool SimulatedAgent::performStartOrStop(const Action& action) {
-    const char* text = action.arguments.empty() ? nullptr : action.arguments[0].argument();
-    const bool noHandle = !action.arguments.empty();  // The handle that a stop can be given is null.
-    std::int8_t result = 0;
-    switch (action.verb) {
-        case Verb::startDataSource:
-            result = module().dataSourceStartup(&(dataSource_ = nullptr), text);
-            break;
-        case Verb::startRsm:
-            result = module().rsmStartup(&(rsm_ = nullptr), host_.serviceAgent(), text);
-            break;
-        case Verb::startLogger:
-            result = startLogger(text);
-            break;
-        case Verb::startWebService:
-            result = module().webServiceStartup(&(webService_ = nullptr), host_.serviceAgent());
-            break;
-        case Verb::stopDataSource:
-            result = module().dataSourceShutdown();
-            break;
-        case Verb::stopRsm:
-            result = module().rsmShutdown(noHandle ? nullptr : rsm_);
-            break;
-        case Verb::stopLogger:
-            result = module().loggerShutdown();
-            break;
-        case Verb::stopWebService:
-            result = module().webServiceShutdown(noHandle ? nullptr : webService_);
-            break;
-        default:
-            return false;
-    }
-    recordResult(action, result);
-    return true;
-}
-
-bool SimulatedAgent::performCall(const Action& action) {
-    const auto& arguments = action.arguments;
-    switch (action.verb) {
-        case Verb::serviceCreate: {
-            ZPService* service = nullptr;
-            recordResult(action, createService(service));
-            break;
-        }
-        case Verb::serviceDestroy: {
-            ZPService* latest = services_.empty() ? nullptr : services_.back();
-            const std::int8_t result = module().destroyService(webService_, latest);
-            if (latest != nullptr) {
-                services_.pop_back();
-            }
-            recordResult(action, result);
-            break;
-        }
-        case Verb::connect:
-            recordAnswer(action, callOperation("connect", {{"pollDuration", valueOf(arguments[0])},
-                                                           {"pollingRate", valueOf(arguments[1])}}));
-            break;
-        case Verb::disconnect:
-            recordAnswer(
-                action,
-                callOperation("disconnect",
-                              {{"memberName", arguments.empty() ? std::nullopt : valueOf(arguments[0])}}));
-            break;
-        case Verb::call:
-            recordAnswer(action, callOperation(arguments[0].text,
-                                               assignmentsFrom(arguments.begin() + 1, arguments.end())));
-            break;
-        case Verb::command:
-            recordCommand(action);
-            break;
-        case Verb::log:
-            recordResult(action,
-                         module().loggerLog(parseLevel(arguments[0].text).value(), arguments[1].argument()));
-            break;
-        case Verb::audit:
-            recordResult(action, module().loggerAudit(arguments[0].argument()));
-            break;
-        default:
-            return false;
-    }
-    return true;
-}
-
-void SimulatedAgent::performSetting(const Action& action) {
-    const auto& arguments = action.arguments;
-    switch (action.verb) {
-        case Verb::assetPresent:
-        case Verb::assetAbsent:
-            host_.setAssetPresent(action.verb == Verb::assetPresent);
-            break;
-        case Verb::enterpriseAccept:
-        case Verb::enterpriseRefuse:
-            enterpriseRefuses_ = action.verb == Verb::enterpriseRefuse;
-            break;
-        case Verb::enterpriseDelay:
-            host_.setEnterpriseDelay(std::chrono::duration_cast<std::chrono::milliseconds>(
-                std::chrono::microseconds(parseDecimal(arguments[0].text).value())));
-            break;
-        case Verb::enterpriseThread:
-            host_.setLinkThread(parseOnOff(arguments[0].text).value());
-            break;
-        case Verb::pollInterval:
-            host_.setPollInterval(
-                parseCount(arguments[0].text, std::numeric_limits<unsigned int>::max()).value());
-            break;
-        case Verb::failThreadConstruct:
-            scheduler_.failNextConstruct();
-            break;
-        case Verb::failThreadStart:
-            scheduler_.failNextStart();
-            break;
-        case Verb::routeOn:
-        case Verb::routeOff:
-            host_.setRouting(action.verb == Verb::routeOn);
-            break;
-        case Verb::logLock:
-            host_.setLogLock(parseOnOff(arguments[0].text).value());
-            break;
-        case Verb::threadDestroy:
-            host_.setThreadDestroy(parseThreadDestroy(arguments[0].text).value());
-            break;
-        case Verb::write:
-            writeFile(arguments[0].text, arguments[1].text, clock_.wall());
-            break;
-        case Verb::remove:
-            removeFile(arguments[0].text);
-            break;
-        case Verb::age:
-            setModified(arguments[0].text,
-                        clock_.wall() - std::chrono::microseconds(parseDecimal(arguments[1].text).value() *
-                                                                  kSecondsPerDay));
-            break;
-        case Verb::show:
-            recorder_.recordFile(arguments[0].text, readFile(arguments[0].text));
-            break;
-        case Verb::clockStep:
-            clock_.step(std::chrono::microseconds(parseDecimal(arguments[0].text).value()));
-            break;
-        case Verb::unload:
-            unload();
-            break;
-        default:
-            throw std::logic_error("'" + action.text + "' cannot be performed");
-    }
 }
 
 Module& SimulatedAgent::module() {
@@ -233,6 +222,15 @@ std::int8_t SimulatedAgent::createService(ZPService*& service) {
     return result;
 }
 
+std::int8_t SimulatedAgent::destroyService() {
+    ZPService* latest = services_.empty() ? nullptr : services_.back();
+    const std::int8_t result = module().destroyService(webService_, latest);
+    if (latest != nullptr) {
+        services_.pop_back();
+    }
+    return result;
+}
+
 ServiceAnswer SimulatedAgent::callOperation(const std::string& operation,
                                             const std::vector<Assignment>& subElements) {
     ZPService* service = services_.empty() ? nullptr : services_.back();
@@ -242,29 +240,44 @@ ServiceAnswer SimulatedAgent::callOperation(const std::string& operation,
     return callService(*service, operation, subElements);
 }
 
-void SimulatedAgent::recordResult(const Action& action, std::int64_t result) {
-    recorder_.recordCall({{"verb", std::optional(action.text)}, {"result", result}}, {});
+void SimulatedAgent::runCommand(const Action& action) {
+    const bool withoutList = action.arguments.size() == 2 && action.arguments[1].isNull();
+    std::vector<Assignment> assignments;
+    std::vector<Prop> records;
+    if (!withoutList) {
+        assignments = assignmentsFrom(action, 1);
+    }
+    for (auto& [name, value] : assignments) {
+        records.push_back({name.data(), nullptr, nullptr, value ? value->data() : nullptr});
+    }
+    const PropList list = {records.data(), static_cast<std::int32_t>(records.size())};
+    PropList* response = nullptr;
+    const std::int32_t result = module().dataSourceExecute(nullptr, nullptr, action.argument(0),
+                                                           withoutList ? nullptr : &list, &response);
+    std::optional<agent::NamedValues> answer;
+    if (response != nullptr) {
+        answer.emplace();
+        for (std::int32_t i = 0; i < response->count; ++i) {
+            const Prop& property = response->properties[i];
+            answer->emplace_back(valueOf(property.name).value_or(""), valueOf(property.value));
+        }
+        module().dataSourceDestroyPropList(nullptr, nullptr, response);
+    }
+    recorder_.recordCall(
+        {{"verb", std::optional(action.text)}, {"result", std::int64_t{result}}, {"answer", answer}}, {});
 }
 
-void SimulatedAgent::recordAnswer(const Action& action, const ServiceAnswer& answer) {
+void SimulatedAgent::record(const Action& action, std::int8_t result) {
+    startFailed_ = startFailed_ || (result != 0 && action.verb->words.starts_with("start "));
+    recorder_.recordCall({{"verb", std::optional(action.text)}, {"result", std::int64_t{result}}}, {});
+}
+
+void SimulatedAgent::record(const Action& action, const ServiceAnswer& answer) {
     recorder_.recordCall({{"verb", std::optional(action.text)},
                           {"result", std::int64_t{answer.result}},
                           {"stage", std::optional<std::string>(answer.stage)},
                           {"response", answer.response}},
                          answer.remark);
-}
-
-void SimulatedAgent::recordCommand(const Action& action) {
-    const auto& arguments = action.arguments;
-    std::optional<std::vector<Assignment>> properties;
-    if (arguments.size() != 2 || !arguments[1].isNull()) {
-        properties = assignmentsFrom(arguments.begin() + 1, arguments.end());
-    }
-    const CommandAnswer answer = runCommand(module(), arguments[0].argument(), std::move(properties));
-    recorder_.recordCall({{"verb", std::optional(action.text)},
-                          {"result", std::int64_t{answer.result}},
-                          {"answer", answer.properties}},
-                         {});
 }
 
 void SimulatedAgent::dropHooksAndServices() {
@@ -282,7 +295,6 @@ void SimulatedAgent::unload() {
     dropHooksAndServices();
     dataSource_ = rsm_ = webService_ = nullptr;
     if (const std::unique_ptr<Module> dropped = std::exchange(module_, nullptr)) {
-        const agent::Place place("unload", agent::Place::Side::module);
         dropped->unload();
     }
     scheduler_.releaseAll();

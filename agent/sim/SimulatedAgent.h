@@ -8,6 +8,7 @@
 #include "ZephanRSMLogger.h"
 
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -29,24 +30,26 @@ class SimulatedAgent final : private agent::Enterprise {
     /// Ends the module's threads and leaves it without a shut-down.
     ~SimulatedAgent() override;
 
+    static const std::vector<Verb>& verbs();
+
     /// Does everything but `end`. Throws std::runtime_error when the action or the module cannot be used.
     void perform(const Action& action);
+    /// What the verb `status` does.
+    void onStatus(std::function<void()> tell) { tellStatus_ = std::move(tell); }
+    /// Whether a start of a family failed.
+    bool startFailed() const { return startFailed_; }
 
   private:
     std::int8_t receive(const std::string& member, const agent::NamedValues& properties) override;
 
-    /// Performs a call of the module; false when the action is none.
-    bool performCall(const Action& action);
-    bool performStartOrStop(const Action& action);
-    void performSetting(const Action& action);
-
     Module& module();
     std::int8_t startLogger(const char* configuration);
     std::int8_t createService(ZPService*& service);
+    std::int8_t destroyService();
     ServiceAnswer callOperation(const std::string& operation, const std::vector<Assignment>& subElements);
-    void recordResult(const Action& action, std::int64_t result);
-    void recordAnswer(const Action& action, const ServiceAnswer& answer);
-    void recordCommand(const Action& action);
+    void runCommand(const Action& action);
+    void record(const Action& action, std::int8_t result);
+    void record(const Action& action, const ServiceAnswer& answer);
     void dropHooksAndServices();
     void unload();
 
@@ -56,7 +59,9 @@ class SimulatedAgent final : private agent::Enterprise {
     Recorder& recorder_;
     agent::AgentHost host_;
     std::unique_ptr<Module> module_;
+    std::function<void()> tellStatus_ = [] {};
     bool enterpriseRefuses_ = false;
+    bool startFailed_ = false;
     void* dataSource_ = nullptr;
     void* rsm_ = nullptr;
     void* webService_ = nullptr;

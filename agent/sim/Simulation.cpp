@@ -2,10 +2,13 @@
 
 #include "Clock.h"
 #include "Input.h"
+#include "OrderQueue.h"
 #include "Scheduler.h"
 #include "SimulatedAgent.h"
+#include "Terminal.h"
 #include "TraceFile.h"
 
+#include <algorithm>
 #include <chrono>
 #include <iostream>
 #include <stdexcept>
@@ -16,6 +19,24 @@ namespace {
 
 /// How long threads may go on after the last action.
 constexpr Instant kAftermath = std::chrono::hours(24);
+
+/// The verbs that begin so, with their forms.
+std::string helpText(const std::string& beginning) {
+    std::string text;
+    const auto add = [&](const std::string& use, std::string_view about) {
+        constexpr std::size_t kColumn = 50;
+        if (use.starts_with(beginning)) {
+            text.append("  ").append(use).append(kColumn - std::min(use.size(), kColumn - 2), ' ');
+            text.append(about).append("\n");
+        }
+    };
+    for (const Verb& verb : verbs()) {
+        add(usage(verb), verb.about);
+    }
+    add("help [VERB]", "what can be typed");
+    add("quit", "ends the session");
+    return text.empty() ? "  no verb begins with '" + beginning + "'\n" : text;
+}
 
 }  // namespace
 
@@ -32,6 +53,12 @@ bool Simulation::run() {
             limit = clock_.now() + kAftermath;
             continue;
         }
+        if (orders_ != nullptr && orders_->hasOrder()) {
+            orders_->perform([this](const std::string& line) { performOrdered(line); });
+            scheduler_.idle(clock_.now(), false);
+            limit = clock_.now() + kAftermath;
+            continue;
+        }
         const bool moreMayCome = next != end || inputIsOpen();
         const Instant due = next != end ? next->time : moreMayCome ? kNever : limit;
         const Scheduler::Wake wake = scheduler_.idle(due, !moreMayCome);
@@ -39,7 +66,7 @@ bool Simulation::run() {
         if (wake == Scheduler::Wake::interrupted) {
             continue;
         }
-        if (next == end || next->verb == Verb::end) {
+        if (next == end || next->isEnd()) {
             break;
         }
         perform(*next++);
@@ -57,13 +84,21 @@ bool Simulation::performTyped(const std::string& text) {
         if (words.empty()) {
             return true;
         }
+        if (words.front().text == "help") {
+            trace_.tell(helpText(joined({words.begin() + 1, words.end()})));
+            return true;
+        }
+        if (words.front().text == "quit") {
+            return false;
+        }
         const Action action = parseAction(words);
-        if (action.verb == Verb::end) {
+        if (action.isEnd()) {
             return false;
         }
         agent_.perform(action);
     } catch (const std::runtime_error& error) {
         typedLineFailed_ = true;
+        const Terminal::Hidden hidden(input_->terminal());
         std::cerr << located("<stdin>", typedLines_, error.what()) << std::endl;
     }
     return true;
@@ -77,8 +112,12 @@ void Simulation::perform(const Action& action) {
     }
 }
 
+void Simulation::performOrdered(const std::string& text) {
+    agent_.perform(parseAction(splitWords(text)));
+}
+
 bool Simulation::inputIsOpen() const {
-    return input_ != nullptr && input_->isOpen();
+    return orders_ != nullptr || (input_ != nullptr && input_->isOpen());
 }
 
 }  // namespace sim

@@ -7,6 +7,7 @@ namespace sim {
 
 class Clock;
 class Input;
+class OrderQueue;
 class Scheduler;
 class SimulatedAgent;
 class TraceFile;
@@ -24,6 +25,9 @@ class Simulation final {
           trace_(trace),
           input_(input) {}
 
+    /// Performs what clients order, too, and goes on until it is interrupted. Only with an input.
+    void takeOrdersFrom(OrderQueue& orders) { orders_ = &orders; }
+
     /// Runs to the end. False when a typed line could not be used (its message went to standard error).
     /// Throws std::runtime_error ("FILE:LINE: reason") when a line of the scenario, or the trace, could not.
     bool run();
@@ -32,6 +36,8 @@ class Simulation final {
     /// False when the simulation ends with this action.
     bool performTyped(const std::string& text);
     void perform(const Action& action);
+    /// Throws std::runtime_error with the reason when the line cannot be used.
+    void performOrdered(const std::string& text);
     bool inputIsOpen() const;
 
     const Scenario& scenario_;
@@ -40,6 +46,7 @@ class Simulation final {
     SimulatedAgent& agent_;
     TraceFile& trace_;
     Input* input_;
+    OrderQueue* orders_ = nullptr;
     int typedLines_ = 0;
     bool typedLineFailed_ = false;
 };

@@ -122,6 +122,64 @@ std::string what(const Event& event) {
     return "file: " + fields.plain("path") + " holds " + fields.quoted("text");
 }
 
+/// A property of a profile; "0" when it is not there.
+std::string property(const Fields& fields, std::string_view name) {
+    const agent::NamedValues* list = fields.list("properties");
+    for (const auto& [key, value] : list == nullptr ? agent::NamedValues() : *list) {
+        if (key == name) {
+            return value.value_or("0");
+        }
+    }
+    return "0";
+}
+
+std::string periodText(const std::string& minutes, const std::string& rate) {
+    return minutes + " min every " + rate + " s";
+}
+
+std::string modeText(const std::string& mode) {
+    return mode == "FORCE_POLL_GRACE"      ? "grace"
+           : mode == "FORCE_POLL_ACTIVITY" ? "activity"
+           : mode == "NOT_ACTIVE"          ? "off"
+                                           : mode;
+}
+
+std::string profileText(const Fields& fields) {
+    std::string text = std::string("profile ") + (fields.number("result") == 0 ? "accepted" : "refused") +
+                       ": " + modeText(property(fields, "RSM_MODE"));
+    if (property(fields, "RSM_GRACE_PERIOD") != "0") {
+        text += ", " +
+                periodText(property(fields, "RSM_GRACE_PERIOD"), property(fields, "RSM_FORCED_POLLING_RATE"));
+    }
+    if (std::string start = property(fields, "RSM_DELAY_PROFILE_START_TIME"); start != "0") {
+        if (const std::size_t zone = start.find("GMT "); zone != std::string::npos) {
+            start.erase(zone, 4);  // as all times of the timeline
+        }
+        text += "; next " + start + ", " +
+                periodText(property(fields, "RSM_DELAY_PROFILE_GRACE_PERIOD"),
+                           property(fields, "RSM_DELAY_PROFILE_FORCED_POLLING_RATE"));
+    }
+    return text;
+}
+
+/// Long words leave room for the result, and the response of a call says no more than that.
+std::string briefCallText(const Event& event) {
+    constexpr std::size_t kLongest = 56;
+    Event shown = event;
+    std::erase_if(shown.fields, [](const auto& field) { return field.first == "response"; });
+    for (auto& [key, value] : shown.fields) {
+        auto* text = std::get_if<std::optional<std::string>>(&value);
+        if (key == "verb" && text != nullptr && *text && (*text)->size() > kLongest) {
+            std::size_t end = kLongest;
+            while (end > 0 && (static_cast<unsigned char>((**text)[end]) & 0xC0) == 0x80) {
+                --end;  // no half character
+            }
+            *text = (*text)->substr(0, end) + "\u2026";
+        }
+    }
+    return callText(Fields(shown)).substr(std::string_view("call: ").size());
+}
+
 std::string clockText(std::chrono::microseconds wall) {
     const std::time_t time = std::chrono::floor<std::chrono::seconds>(wall).count();
     std::tm fields = {};
@@ -138,6 +196,17 @@ std::string asTimeline(const Event& event) {
     std::snprintf(start.data(), start.size(), "%12s  %s  %-12s  ", secondsText(event.time).c_str(),
                   clockText(event.wall).c_str(), event.thread.c_str());
     return start.data() + what(event) + (event.remark.empty() ? "" : "  (" + event.remark + ")") + "\n";
+}
+
+std::string asBrief(const Event& event, const std::string& text) {
+    std::array<char, 128> start = {};
+    std::snprintf(start.data(), start.size(), "%9s %s %-12s ", secondsText(event.time).c_str(),
+                  clockText(event.wall).substr(11).c_str(), event.thread.c_str());
+    const std::string shown = !text.empty()                  ? text
+                              : event.name == "update-asset" ? profileText(Fields(event))
+                              : event.name == "call"         ? briefCallText(event)
+                                                             : what(event);
+    return start.data() + shown + (event.remark.empty() ? "" : "  (" + event.remark + ")") + "\n";
 }
 
 }  // namespace sim

@@ -10,5 +10,8 @@ struct Event;
 /// One event as a line: instant, clock, who, and what happened in words. Texts keep their line ends as
 /// escapes.
 std::string asTimeline(const Event& event);
+/// The same in fewer columns, and without what only a developer wants to know. `what` stands for what
+/// happened, if it is not empty.
+std::string asBrief(const Event& event, const std::string& what = {});
 
 }  // namespace sim

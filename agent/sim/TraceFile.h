@@ -1,6 +1,7 @@
 // Where the events go.
 #pragma once
 
+#include "BriefTimeline.h"
 #include "Event.h"
 
 #include <mutex>
@@ -8,11 +9,13 @@
 
 namespace sim {
 
+class Terminal;
+
 /// Writes events to a descriptor. A failed write is kept and reported by `check`, since events come up
 /// between frames that no exception may cross.
 class TraceFile final {
   public:
-    enum class Form { timeline, json };
+    enum class Form { timeline, brief, json };
 
     /// Takes over `descriptor`; `name` is for messages. `atOnce`: no event waits for the next one.
     TraceFile(Form form, int descriptor, std::string name, bool atOnce);
@@ -20,14 +23,21 @@ class TraceFile final {
     TraceFile& operator=(const TraceFile&) = delete;
     ~TraceFile();
 
+    /// From now on what is printed leaves the line that is being typed whole. `terminal` must outlive the
+    /// file.
+    void share(Terminal& terminal) { terminal_ = &terminal; }
     /// Any thread, as `flush`.
     void write(const Event& event);
+    /// Text for a person who follows the session, in lines: among the events, if they are for one, too, or on
+    /// standard error.
+    void tell(const std::string& lines);
     /// Sends on what was collected.
     void flush();
     /// Throws std::runtime_error when a write has failed.
     void check() const;
 
   private:
+    void add(const std::string& lines);
     void send();
 
     Form form_;
@@ -35,6 +45,8 @@ class TraceFile final {
     std::string name_;
     bool atOnce_;
     std::mutex mutex_;  ///< a module that hangs does not keep the last events to itself
+    BriefTimeline brief_;
+    Terminal* terminal_ = nullptr;
     std::string pending_;
     int error_ = 0;
 };

@@ -4,170 +4,158 @@
 #include <array>
 #include <charconv>
 #include <limits>
+#include <numeric>
+#include <regex>
 #include <stdexcept>
-#include <string_view>
 #include <utility>
 
 namespace sim {
 
 namespace {
 
-/// What an argument may be. `optional...` may be missing; `assignments` takes all words that are left.
-enum class Kind : std::uint8_t {
-    text,
-    path,
-    name,
-    level,
-    count,
-    decimal,
-    duration,
-    onOff,
-    threadDestroy,
-    optionalText,
-    optionalNull,
-    assignments,
-    properties
-};
-
-struct Rule {
-    std::string_view words;
-    Verb verb;
-    std::vector<Kind> arguments;
-};
-
-const std::vector<Rule>& rules() {
-    static const std::vector<Rule> all = {
-        {"start data-source", Verb::startDataSource, {Kind::text}},
-        {"start rsm", Verb::startRsm, {Kind::text}},
-        {"start logger", Verb::startLogger, {Kind::text}},
-        {"start web-service", Verb::startWebService, {}},
-        {"stop data-source", Verb::stopDataSource, {}},
-        {"stop rsm", Verb::stopRsm, {Kind::optionalNull}},
-        {"stop logger", Verb::stopLogger, {}},
-        {"stop web-service", Verb::stopWebService, {Kind::optionalNull}},
-        {"service create", Verb::serviceCreate, {}},
-        {"service destroy", Verb::serviceDestroy, {}},
-        {"connect", Verb::connect, {Kind::text, Kind::text}},
-        {"disconnect", Verb::disconnect, {Kind::optionalText}},
-        {"call", Verb::call, {Kind::name, Kind::assignments}},
-        {"command", Verb::command, {Kind::text, Kind::properties}},
-        {"log", Verb::log, {Kind::level, Kind::text}},
-        {"audit", Verb::audit, {Kind::text}},
-        {"asset present", Verb::assetPresent, {}},
-        {"asset absent", Verb::assetAbsent, {}},
-        {"enterprise accept", Verb::enterpriseAccept, {}},
-        {"enterprise refuse", Verb::enterpriseRefuse, {}},
-        {"enterprise delay", Verb::enterpriseDelay, {Kind::duration}},
-        {"enterprise thread", Verb::enterpriseThread, {Kind::onOff}},
-        {"poll-interval", Verb::pollInterval, {Kind::count}},
-        {"fail thread-construct", Verb::failThreadConstruct, {}},
-        {"fail thread-start", Verb::failThreadStart, {}},
-        {"route on", Verb::routeOn, {}},
-        {"route off", Verb::routeOff, {}},
-        {"log-lock", Verb::logLock, {Kind::onOff}},
-        {"thread-destroy", Verb::threadDestroy, {Kind::threadDestroy}},
-        {"write", Verb::write, {Kind::path, Kind::path}},
-        {"remove", Verb::remove, {Kind::path}},
-        {"age", Verb::age, {Kind::path, Kind::decimal}},
-        {"show", Verb::show, {Kind::path}},
-        {"clock-step", Verb::clockStep, {Kind::decimal}},
-        {"unload", Verb::unload, {}},
-        {"end", Verb::end, {}},
-    };
-    return all;
-}
-
 constexpr std::array<std::pair<std::string_view, std::uint8_t>, 6> kLevels = {
     {{"trace", 20}, {"info", 30}, {"warn", 40}, {"error", 50}, {"force", 250}, {"audit", 254}}};
 
-constexpr std::array<std::pair<std::string_view, agent::ThreadDestroy>, 4> kThreadDestroys = {
-    {{"sleep", agent::ThreadDestroy::sleep},
-     {"anywhere", agent::ThreadDestroy::anywhere},
-     {"unwind", agent::ThreadDestroy::unwind},
-     {"leave", agent::ThreadDestroy::leave}}};
+constexpr unsigned int kMost = std::numeric_limits<unsigned int>::max();
 
-bool takesRest(Kind kind) {
-    return kind == Kind::assignments || kind == Kind::properties;
+std::vector<std::string> split(std::string_view text, char separator) {
+    std::vector<std::string> parts;
+    for (std::size_t at = 0; at < text.size();) {
+        const std::size_t end = std::min(text.find(separator, at), text.size());
+        parts.emplace_back(text.substr(at, end - at));
+        at = end + 1;
+    }
+    return parts;
 }
 
-bool maybeMissing(Kind kind) {
-    return kind == Kind::optionalText || kind == Kind::optionalNull || takesRest(kind);
+bool takesRest(const std::string& kind) {
+    return kind.find("...") != std::string::npos;
 }
 
-/// Why `word` is not what `kind` asks for; empty when it is.
-std::string faultOf(const Word& word, Kind kind) {
-    switch (kind) {
-        case Kind::path:
-        case Kind::name:
-            return word.isNull() || (kind == Kind::name && word.text.empty()) ? "must be a text" : "";
-        case Kind::level:
-            return parseLevel(word.text) ? "" : "is no level";
-        case Kind::count:
-            return parseCount(word.text, std::numeric_limits<unsigned int>::max()) ? ""
-                                                                                   : "is no whole number";
-        case Kind::decimal:
-            return parseDecimal(word.text) ? "" : "is no number";
-        case Kind::duration:
-            return parseDecimal(word.text).value_or(-1) >= 0 ? "" : "is no time in seconds";
-        case Kind::onOff:
-            return parseOnOff(word.text) ? "" : "is neither on nor off";
-        case Kind::threadDestroy:
-            return parseThreadDestroy(word.text) ? "" : "is none of sleep, anywhere, unwind, leave";
-        case Kind::optionalNull:
-            return word.isNull() ? "" : "can only be null";
-        case Kind::assignments:
-        case Kind::properties:
-            return asAssignment(word) ? "" : "is not NAME=VALUE";
-        case Kind::text:
-        case Kind::optionalText:
-            break;
+/// `fault`, or that a number is too large for what it is wanted for.
+std::string numberFault(const std::string& text, bool fits, const char* fault) {
+    return fits ? "" : !text.starts_with('-') && isTooLarge(text) ? "is too large" : fault;
+}
+
+std::string wholeNumberFault(const std::string& text, bool fits, const char* fault) {
+    return text.find('.') == std::string::npos ? numberFault(text, fits, fault) : fault;
+}
+
+/// Why `word` is not what `kind`, of a form, asks for; empty when it is.
+std::string faultOf(const Word& word, const std::string& kind) {
+    const std::string& text = word.text;
+    if (kind == "FILE" || kind == "CONTENTS" || kind == "OPERATION") {
+        return word.isNull() || (kind == "OPERATION" && text.empty()) ? "must be a text" : "";
+    }
+    if (kind == "LEVEL") {
+        return wholeNumberFault(text, parseLevel(text).has_value(), "is no level");
+    }
+    if (kind == "COUNT") {
+        return wholeNumberFault(text, parseCount(text, kMost).has_value(), "is no whole number");
+    }
+    if (kind == "SECONDS") {
+        return numberFault(text, parseDecimal(text).value_or(-1) >= 0, "is no time in seconds");
+    }
+    if (kind == "OFFSET" || kind == "DAYS") {
+        return numberFault(text, parseDecimal(text).has_value(), "is no number");
+    }
+    if (kind == "[null]") {
+        return word.isNull() ? "" : "can only be null";
+    }
+    if (takesRest(kind)) {
+        return asAssignment(word) ? "" : "is not NAME=VALUE";
+    }
+    const std::vector<std::string> choices = split(kind, '|');
+    if (choices.size() > 1 && std::find(choices.begin(), choices.end(), text) == choices.end()) {
+        return "is none of " + std::accumulate(std::next(choices.begin()), choices.end(), choices.front(),
+                                               [](const std::string& all, const std::string& each) {
+                                                   return all + ", " + each;
+                                               });
     }
     return "";
 }
 
-void check(const Rule& rule, const std::vector<Word>& arguments) {
-    const std::string verb(rule.words);
-    const auto& kinds = rule.arguments;
-    const auto needed =
-        std::count_if(kinds.begin(), kinds.end(), [](Kind kind) { return !maybeMissing(kind); });
-    const bool open = !kinds.empty() && takesRest(kinds.back());
+/// What is wrong with the arguments; empty when nothing is.
+std::string faultOf(const Verb& verb, const std::vector<Word>& arguments) {
+    const std::vector<std::string> kinds = split(verb.form, ' ');
+    const auto needed = std::count_if(kinds.begin(), kinds.end(),
+                                      [](const std::string& kind) { return !kind.starts_with('['); });
     if (arguments.size() < static_cast<std::size_t>(needed)) {
-        throw std::runtime_error("too few arguments for '" + verb + "'");
+        return "too few arguments";
     }
-    if (arguments.size() > kinds.size() && !open) {
-        throw std::runtime_error("too many arguments for '" + verb + "'");
+    if (arguments.size() > kinds.size() && (kinds.empty() || !takesRest(kinds.back()))) {
+        return "too many arguments";
     }
-    // A bare null in place of all properties.
-    if (!kinds.empty() && kinds.back() == Kind::properties && arguments.size() == kinds.size() &&
+    if (!kinds.empty() && kinds.back().ends_with("|null]") && arguments.size() == kinds.size() &&
         arguments.back().isNull()) {
-        return;
+        return "";
     }
     for (std::size_t i = 0; i < arguments.size(); ++i) {
         const std::string fault = faultOf(arguments[i], kinds[std::min(i, kinds.size() - 1)]);
         if (!fault.empty()) {
-            throw std::runtime_error("'" + arguments[i].text + "' " + fault);
+            return "'" + arguments[i].text + "' " + fault;
         }
     }
+    return "";
+}
+
+/// How many letters must be put in, left out or changed to make one text of the other.
+std::size_t distance(std::string_view from, std::string_view to) {
+    std::vector<std::size_t> row(to.size() + 1);
+    std::iota(row.begin(), row.end(), std::size_t{0});
+    for (std::size_t i = 1; i <= from.size(); ++i) {
+        std::size_t diagonal = std::exchange(row[0], i);
+        for (std::size_t j = 1; j <= to.size(); ++j) {
+            const std::size_t changed = diagonal + (from[i - 1] == to[j - 1] ? 0 : 1);
+            diagonal = std::exchange(row[j], std::min({changed, row[j] + 1, row[j - 1] + 1}));
+        }
+    }
+    return row.back();
+}
+
+/// What was meant by what is no verb, if that can be guessed.
+std::string suggestion(const std::string& first, const std::string& firstTwo) {
+    constexpr std::size_t kFurthest = 2;
+    const Verb* nearest = nullptr;
+    std::size_t least = kFurthest + 1;
+    for (const Verb& verb : verbs()) {
+        const bool isTwo = verb.words.find(' ') != std::string_view::npos;
+        const std::size_t away = distance(isTwo ? firstTwo : first, verb.words);
+        // Of a short word little is left when two letters are wrong.
+        if (away < least && away * 2 < verb.words.size()) {
+            nearest = &verb;
+            least = away;
+        }
+    }
+    return nearest == nullptr ? "" : "; did you mean '" + usage(*nearest) + "'?";
 }
 
 }  // namespace
 
+std::string usage(const Verb& verb) {
+    return std::string(verb.words) + (verb.form.empty() ? "" : " ") + std::string(verb.form);
+}
+
 Action parseAction(const std::vector<Word>& words) {
     const std::string first = words.front().text;
     const std::string firstTwo = words.size() < 2 ? first : first + " " + words[1].text;
-    for (const Rule& rule : rules()) {
-        const bool isTwo = rule.words == firstTwo && words.size() > 1 && rule.words != first;
-        if (rule.words != first && !isTwo) {
-            continue;
+    Action action;
+    for (const Verb& verb : verbs()) {
+        if (verb.words == firstTwo || (verb.words == first && action.verb == nullptr)) {
+            action.verb = &verb;
         }
-        Action action;
-        action.verb = rule.verb;
-        action.arguments.assign(words.begin() + (isTwo ? 2 : 1), words.end());
-        action.text = joined(words);
-        check(rule, action.arguments);
-        return action;
     }
-    throw std::runtime_error("unknown verb '" + firstTwo + "'");
+    if (action.verb == nullptr) {
+        throw std::runtime_error("unknown verb '" + firstTwo + "'" + suggestion(first, firstTwo));
+    }
+    const bool isTwo = action.verb->words != first;
+    action.arguments.assign(words.begin() + (isTwo ? 2 : 1), words.end());
+    action.text = joined(words);
+    const std::string fault = faultOf(*action.verb, action.arguments);
+    if (!fault.empty()) {
+        throw std::runtime_error(fault + " (" + usage(*action.verb) + ")");
+    }
+    return action;
 }
 
 std::optional<std::int64_t> parseDecimal(const std::string& text) {
@@ -202,17 +190,9 @@ std::optional<unsigned int> parseCount(const std::string& text, unsigned int max
     return value;
 }
 
-std::optional<bool> parseOnOff(const std::string& text) {
-    return text == "on" || text == "off" ? std::optional(text == "on") : std::nullopt;
-}
-
-std::optional<agent::ThreadDestroy> parseThreadDestroy(const std::string& text) {
-    for (const auto& [name, how] : kThreadDestroys) {
-        if (name == text) {
-            return how;
-        }
-    }
-    return std::nullopt;
+bool isTooLarge(const std::string& text) {
+    static const std::regex number(R"([+-]?[0-9]+(\.[0-9]+)?)");
+    return std::regex_match(text, number);
 }
 
 std::optional<std::uint8_t> parseLevel(const std::string& text) {

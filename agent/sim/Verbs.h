@@ -2,63 +2,55 @@
 #pragma once
 
 #include "Clock.h"
-#include "Settings.h"
 #include "Words.h"
 
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace sim {
 
-enum class Verb : std::uint8_t {
-    startDataSource,
-    startRsm,
-    startLogger,
-    startWebService,
-    stopDataSource,
-    stopRsm,
-    stopLogger,
-    stopWebService,
-    serviceCreate,
-    serviceDestroy,
-    connect,
-    disconnect,
-    call,
-    command,
-    log,
-    audit,
-    assetPresent,
-    assetAbsent,
-    enterpriseAccept,
-    enterpriseRefuse,
-    enterpriseDelay,
-    enterpriseThread,
-    pollInterval,
-    failThreadConstruct,
-    failThreadStart,
-    routeOn,
-    routeOff,
-    logLock,
-    threadDestroy,
-    write,
-    remove,
-    age,
-    show,
-    clockStep,
-    unload,
-    end,
+class SimulatedAgent;
+struct Action;
+
+/// One thing that can be asked for.
+struct Verb {
+    std::string_view words;
+    /// The arguments as a person is told of them, which says what they may be:
+    /// - FILE, CONTENTS: a text; OPERATION: one that is not empty; LEVEL: a level by number or name; COUNT: a
+    /// whole number;
+    ///   SECONDS: none below zero; OFFSET, DAYS: any number; A|B: one of these words
+    /// - anything else: a text or null
+    /// - [X]: may be left out; [null]: nothing but null; [NAME=VALUE...]: any number of them; with |null: or
+    /// null instead
+    std::string_view form;
+    std::string_view about;
+    void (*perform)(SimulatedAgent& agent, const Action& action);  ///< null: the scenario ends
 };
+
+/// All verbs; of two that begin alike, the one with more words is meant if it fits.
+const std::vector<Verb>& verbs();
+/// A verb and its form, as it is typed.
+std::string usage(const Verb& verb);
 
 /// A verb and its arguments, found to fit each other.
 struct Action {
-    Verb verb = Verb::end;
+    const Verb* verb = nullptr;
     std::vector<Word> arguments;
     std::string text;    ///< the words as they stood, unquoted
     Instant time{0};     ///< when it is due
     std::string source;  ///< the file
     int line = 0;
+
+    bool isEnd() const { return verb->perform == nullptr; }
+    /// The text of an argument; null for a null, and for one that is left out.
+    const char* argument(std::size_t index) const {
+        return index < arguments.size() ? arguments[index].argument() : nullptr;
+    }
+    /// The text of an argument that is there.
+    const std::string& word(std::size_t index) const { return arguments.at(index).text; }
 };
 
 /// The action in `words`, without time and place. Throws std::runtime_error with the reason when there is
@@ -70,10 +62,8 @@ Action parseAction(const std::vector<Word>& words);
 std::optional<std::int64_t> parseDecimal(const std::string& text);
 /// A whole number from 0 to `maximum`.
 std::optional<unsigned int> parseCount(const std::string& text, unsigned int maximum);
-/// What `on` and `off` stand for.
-std::optional<bool> parseOnOff(const std::string& text);
-/// A way to destroy a thread by its name.
-std::optional<agent::ThreadDestroy> parseThreadDestroy(const std::string& text);
+/// Whether a text that is refused as a number is one, but out of its range.
+bool isTooLarge(const std::string& text);
 /// A level by number or name.
 std::optional<std::uint8_t> parseLevel(const std::string& text);
 

@@ -71,6 +71,27 @@ std::optional<Assignment> asAssignment(const Word& word) {
     return Assignment{word.text.substr(0, sign), isNull ? std::nullopt : std::optional(value)};
 }
 
+std::string inQuotes(std::string_view text) {
+    std::string word = "\"";
+    for (const char c : text) {
+        switch (c) {
+            case '\n':
+                word += "\\n";
+                break;
+            case '\t':
+                word += "\\t";
+                break;
+            case '"':
+            case '\\':
+                word += '\\';
+                [[fallthrough]];
+            default:
+                word += c;
+        }
+    }
+    return word + '"';
+}
+
 std::string joined(const std::vector<Word>& words) {
     std::string text;
     for (const Word& word : words) {

@@ -29,6 +29,8 @@ struct Assignment {
 std::vector<Word> splitWords(std::string_view line);
 /// The assignment that a word stands for, or none when it has no "=".
 std::optional<Assignment> asAssignment(const Word& word);
+/// The text as a word in quotes, which `splitWords` reads back.
+std::string inQuotes(std::string_view text);
 /// The words' texts, joined by blanks.
 std::string joined(const std::vector<Word>& words);
 

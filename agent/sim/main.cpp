@@ -1,6 +1,7 @@
 // krx-agent-sim: loads the module as an agent does and drives it with a scenario.
 #include "Input.h"
 #include "Options.h"
+#include "OrderQueue.h"
 #include "ProcessTime.h"
 #include "RealClock.h"
 #include "Recorder.h"
@@ -9,11 +10,17 @@
 #include "SimulatedAgent.h"
 #include "Simulation.h"
 #include "StdoutCapture.h"
+#include "Terminal.h"
 #include "TraceFile.h"
+#include "console/Console.h"
+#include "console/LiveSession.h"
 #include "report/PageFile.h"
 #include "report/SessionPage.h"
 #include "report/SessionRecord.h"
 #include "report/TraceReader.h"
+#include "status/FileStatus.h"
+#include "status/SessionStatus.h"
+#include "status/StateFiles.h"
 
 #include <cerrno>
 #include <cstdio>
@@ -22,6 +29,7 @@
 #include <exception>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <iostream>
 #include <memory>
 #include <optional>
@@ -34,7 +42,7 @@ namespace {
 
 using sim::Options;
 
-enum ExitStatus : int { ranToEnd = 0, unusable = 1, wrongUsage = 2 };
+enum ExitStatus : int { ranToEnd = 0, unusable = 1, wrongUsage = 2, startFailed = 3 };
 
 constexpr std::chrono::seconds kVirtualStart(1767225600);  // 2026-01-01T00:00:00Z
 
@@ -88,18 +96,38 @@ ExitStatus report(const Options& options) {
     return ranToEnd;
 }
 
+ExitStatus fileStatus(const Options& options) {
+    const std::int64_t now = std::chrono::floor<std::chrono::seconds>(
+                                 options.clock ? std::chrono::microseconds(*options.clock) : realTime())
+                                 .count();
+    const std::string resume = options.configuration ? sim::resumePathOf(*options.configuration) : "";
+    const sim::StateFiles files = sim::readStateFiles(resume, options.schedule.value_or(""), now);
+    std::cout << (options.json ? sim::fileStatusJson(files, now) : sim::fileStatusText(files, now));
+    return ranToEnd;
+}
+
 ExitStatus simulate(const Options& options) {
     const bool real = options.mode == Options::Mode::run;
     const sim::Scenario scenario =
         options.scenario ? sim::readScenarioFile(*options.scenario) : sim::Scenario();
     std::optional<sim::PageFile> page = openPage(options);
-    sim::TraceFile trace(options.trace ? sim::TraceFile::Form::json : sim::TraceFile::Form::timeline,
+    const std::unique_ptr<sim::Terminal> terminal = real ? sim::Terminal::open() : nullptr;
+    sim::TraceFile trace(options.trace   ? sim::TraceFile::Form::json
+                         : options.brief ? sim::TraceFile::Form::brief
+                                         : sim::TraceFile::Form::timeline,
                          openEvents(options.trace), options.trace.value_or("standard output"), real);
+    if (terminal != nullptr) {
+        trace.share(*terminal);
+    }
     sim::StdoutCapture capture;
-    const auto input = real ? std::make_unique<sim::Input>(STDIN_FILENO) : nullptr;
+    const auto input = real ? std::make_unique<sim::Input>(STDIN_FILENO, terminal.get()) : nullptr;
     std::unique_ptr<sim::Clock> clock;
+    std::function<sim::Instant()> present;
     if (real) {
-        clock = std::make_unique<sim::RealClock>(scenario.clock ? *scenario.clock : realTime(), *input);
+        auto realClock =
+            std::make_unique<sim::RealClock>(scenario.clock ? *scenario.clock : realTime(), *input);
+        present = [&shown = *realClock] { return shown.elapsed(); };
+        clock = std::move(realClock);
     } else {
         clock = std::make_unique<sim::Clock>(scenario.clock.value_or(kVirtualStart));
     }
@@ -112,10 +140,21 @@ ExitStatus simulate(const Options& options) {
     if (options.configuration) {
         session.useConfiguration(*options.configuration);
     }
-    if (page) {
+    sim::LiveSession live(session, present);
+    sim::OrderQueue orders;
+    sim::SessionStatus status;
+    recorder.tell(status);
+    if (options.http) {
+        recorder.tell(live);
+        recorder.tell(orders);
+        input->alsoWatch(orders.descriptor());
+    } else if (page) {
         recorder.tell(session);
     }
-    const auto tellHang = [&trace](const std::string& whoWaitsWhere) {
+    const auto tellHang = [&trace, &terminal](const std::string& whoWaitsWhere) {
+        if (terminal != nullptr) {
+            terminal->close();
+        }
         std::fprintf(stderr, "the module hangs: %s\n", whoWaitsWhere.c_str());
         trace.flush();
         std::_Exit(unusable);  // What waits for ever cannot be ended in order.
@@ -123,7 +162,19 @@ ExitStatus simulate(const Options& options) {
     sim::Scheduler scheduler(*clock, tellHang, options.patience);
     const ShownTime shownTime(*clock);
     sim::SimulatedAgent agent(options.module, *clock, scheduler, recorder);
+    const auto now = [&shown = *clock] {
+        return std::chrono::floor<std::chrono::seconds>(shown.wall()).count();
+    };
+    agent.onStatus([&trace, &status, now] { trace.tell(status.text(now())); });
     sim::Simulation simulation(scenario, *clock, scheduler, agent, trace, input.get());
+    std::optional<sim::Console> console;
+    if (options.http) {
+        simulation.takeOrdersFrom(orders);
+        console.emplace(sim::parsePlace(*options.http), live, orders,
+                        [&status, now] { return status.json(now()); });
+        const sim::Terminal::Hidden hidden(terminal.get());
+        std::cerr << "krx-agent-sim: the session is at " << console->url() << std::endl;
+    }
     const auto writePage = [&page, &session] {
         if (page) {
             page->write(sim::sessionPage(session, false));
@@ -131,8 +182,9 @@ ExitStatus simulate(const Options& options) {
     };
     try {
         const bool usable = simulation.run();
+        console.reset();
         writePage();
-        return usable ? ranToEnd : unusable;
+        return !usable ? unusable : options.strict && agent.startFailed() ? startFailed : ranToEnd;
     } catch (const std::exception&) {
         writePage();  // Most of all a session that went wrong is to be looked at.
         throw;
@@ -156,6 +208,8 @@ int main(int count, char** words) {
                 return simulate(options);
             case Options::Mode::report:
                 return report(options);
+            case Options::Mode::status:
+                return fileStatus(options);
         }
     } catch (const sim::UsageError& error) {
         std::cerr << "krx-agent-sim: " << error.what() << "\n" << sim::kHelp;

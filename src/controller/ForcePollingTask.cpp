@@ -22,14 +22,15 @@ unsigned int millisecondsOf(std::int32_t seconds) noexcept {
 }  // namespace
 
 int ForcePollingTask::DataPollingTask(void* argument) {
-    PollingThread::Number number = 0;
-    if (const auto controller = ZephanRSMSingleTon::existing()) {
-        number = controller->thread_.enter();
-    }
+    const PollingThread::Number number = PollingThread::enter();
+    const auto isTheirs = [number] {
+        const auto controller = ZephanRSMSingleTon::existing();
+        return controller != nullptr && controller->thread_.has(number);
+    };
     int result = 1;
     if (argument == nullptr) {
         KRXLog(level::kError, "DataPollingTask(): Invalid Ext Handle");
-    } else if (number == 0) {
+    } else if (!isTheirs()) {
         KRXLog(level::kError, "Failed to get RSMSingleton pointer in convertDelayedToNormal(mode). Returning... \n");
     } else {
         try {
@@ -159,7 +160,17 @@ bool ForcePollingTask::apply(RsmState::Step step) {
     if (effects.report && !report()) {
         return false;
     }
-    return !effects.save || look([](ZephanRSMSingleTon& controller) { controller.saveRSMState(); });
+    if (!effects.save) {
+        return true;
+    }
+    const char* failure = nullptr;
+    if (!look([&](ZephanRSMSingleTon& controller) { failure = controller.saveRSMState(); })) {
+        return false;
+    }
+    if (failure != nullptr) {
+        KRXLog(level::kForce, "%s", failure);
+    }
+    return true;
 }
 
 bool ForcePollingTask::report() {
@@ -168,8 +179,8 @@ bool ForcePollingTask::report() {
         if (!look([&](ZephanRSMSingleTon& controller) { report = controller.beginReport(); })) {
             return false;
         }
-        const bool accepted = report.profile->send(report.state);
-        if (!look([&](ZephanRSMSingleTon& controller) { again = controller.endReport(report, accepted); })) {
+        report.profile->send(report.state);
+        if (!look([&](ZephanRSMSingleTon& controller) { again = controller.endReport(); })) {
             return false;
         }
     }

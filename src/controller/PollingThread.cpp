@@ -14,6 +14,9 @@ constexpr unsigned int kThreadEndTimeout = 3000;  // milliseconds
 constexpr unsigned int kThreadStackSize = 4096;
 
 std::atomic<PollingThread::Number> lastNumber{0};
+/// Of the thread that was started and has yet to begin. What the agent hands to a thread is the service agent, so the
+/// number waits here; one thread at a time begins in this process.
+std::atomic<PollingThread::Number> numberToEnter{0};
 
 }  // namespace
 
@@ -84,37 +87,53 @@ std::int8_t PollingThread::generateThread(KRXThreadEntry entry, void* argument) 
         return -1;
     }
     object->constructed = true;
-    const Number number = ++lastNumber;
-    bool refused = false;
-    {
+
+    /// The number of the start under way. When the start is left without a thread to hold, however that comes, nobody has
+    /// the number any more.
+    struct Start {
+        explicit Start(PollingThread& ofThread) : thread(ofThread) {}
+        Start(const Start&) = delete;
+        Start& operator=(const Start&) = delete;
+        ~Start() {
+            if (!held) {
+                thread.forget(number);
+            }
+        }
+        PollingThread& thread;
+        const Number number = ++lastNumber;
+        bool held = false;
+    } start(*this);
+    // Before the start: the thread may run, and be over, before the agent's call returns.
+    Number none = 0;
+    bool mayStart = numberToEnter.compare_exchange_strong(none, start.number);
+    if (mayStart) {
         const platform::Lock lock(lock_);
-        refused = closing_;
-        if (!refused) {
-            // Before the start: the thread may run, and be over, before the agent's call returns.
+        mayStart = !closing_;
+        if (mayStart) {
             phase_ = Phase::Running;
-            number_ = number;
-            entered_ = false;
+            number_ = start.number;
         }
     }
-    if (!refused &&
-        KRXThreadStart(&object->thread, "Data Polling", priority, 0, kThreadStackSize, entry, argument) != 0) {
-        {
-            const platform::Lock lock(lock_);
-            phase_ = Phase::None;
-            number_ = 0;
-        }
+    if (!mayStart) {
+        // Or a thread that was started just before a stop has yet to begin: it must not be taken for this one.
+        KRXLog(level::kError, "\n generateThread --- The extension is being stopped, no Force Polling thread is started.");
+        return -1;
+    }
+    if (KRXThreadStart(&object->thread, "Data Polling", priority, 0, kThreadStackSize, entry, argument) != 0) {
         KRXLog(level::kForce, "\n generateThread --- Failed to start Force Polling thread.");
         return -1;
     }
-    if (!refused) {
+    {
         const platform::Lock lock(lock_);
-        refused = closing_;
-        if (!refused) {
+        start.held = !closing_;
+        if (start.held) {
             object_ = std::move(object);
             return 0;
         }
     }
-    waitAndDrop(std::move(object));
+    KRXWaitForThread(&object->thread, nullptr, kThreadEndTimeout);
+    forget(start.number);
+    object.reset();
     KRXLog(level::kError, "\n generateThread --- The extension is being stopped, no Force Polling thread is started.");
     return -1;
 }
@@ -143,12 +162,27 @@ void PollingThread::releaseFinished() {
 
 void PollingThread::forget(const Held& object) {
     Held dropped;
-    const platform::Lock lock(lock_);
-    if (object_ == object) {
+    Number number = 0;
+    {
+        const platform::Lock lock(lock_);
+        if (object_ != object) {
+            return;
+        }
         dropped = std::exchange(object_, nullptr);
-        phase_ = Phase::None;
-        number_ = 0;
+        number = number_;
     }
+    forget(number);
+}
+
+void PollingThread::forget(Number number) {
+    {
+        const platform::Lock lock(lock_);
+        if (number_ == number) {
+            phase_ = Phase::None;
+            number_ = 0;
+        }
+    }
+    numberToEnter.compare_exchange_strong(number, 0);
 }
 
 PollingThread::Held PollingThread::held() const {
@@ -157,19 +191,17 @@ PollingThread::Held PollingThread::held() const {
 }
 
 bool PollingThread::isHeld() const {
-    const platform::Lock lock(lock_);
-    return phase_ != Phase::None;
+    return held() != nullptr;
 }
 
 bool PollingThread::seesOrders() const {
     const platform::Lock lock(lock_);
-    return phase_ == Phase::Running;
+    return object_ != nullptr && phase_ == Phase::Running;
 }
 
-bool PollingThread::waitAndDrop(Held object) {
-    const bool ended = KRXWaitForThread(&object->thread, nullptr, kThreadEndTimeout) == 0;
-    object.reset();
-    return ended;
+bool PollingThread::isClosing() const {
+    const platform::Lock lock(lock_);
+    return closing_;
 }
 
 void PollingThread::stop() {
@@ -191,9 +223,8 @@ void PollingThread::stop() {
                  : "\n Force Polling Thread FORCEFULLY shutdown complete.");
 }
 
-PollingThread::Number PollingThread::enter() {
-    const platform::Lock lock(lock_);
-    return std::exchange(entered_, true) ? 0 : number_;
+PollingThread::Number PollingThread::enter() noexcept {
+    return numberToEnter.exchange(0);
 }
 
 bool PollingThread::has(Number number) const {
@@ -203,14 +234,14 @@ bool PollingThread::has(Number number) const {
 
 void PollingThread::setLeaving(Number number) {
     const platform::Lock lock(lock_);
-    if (number == number_) {
+    if (number != 0 && number == number_) {
         phase_ = Phase::Leaving;
     }
 }
 
 void PollingThread::setEnded(Number number) {
     const platform::Lock lock(lock_);
-    if (number == number_) {
+    if (number != 0 && number == number_) {
         phase_ = Phase::Ended;
     }
 }

@@ -47,11 +47,12 @@ class PollingThread final {
     /// Starts no thread any more, waits at most 3000 ms for the one there is, and drops it. Never waits for a caller of
     /// `createThread`: a thread that is being started meanwhile is ended by its starter.
     void stop();
+    bool isClosing() const;
 
     // ---- For the thread itself
 
-    /// The number of the thread that has just begun; 0 when none was to begin.
-    Number enter();
+    /// The number of the thread that has just begun, to be asked for once by each; 0 when none was to begin.
+    static Number enter() noexcept;
     bool has(Number number) const;
     void setLeaving(Number number);
     void setEnded(Number number);
@@ -66,7 +67,7 @@ class PollingThread final {
     Held held() const;
     /// Forgets `object` unless another one is held by now.
     void forget(const Held& object);
-    static bool waitAndDrop(Held object);
+    void forget(Number number);
 
     /// Serialises check and create. Held while the agent starts a thread and while `alreadyThere` runs.
     platform::Mutex threadMutex_;
@@ -74,7 +75,6 @@ class PollingThread final {
     mutable platform::Mutex lock_;
     Held object_;
     Phase phase_ = Phase::None;
-    Number number_ = 0;      ///< of the thread that may still look; 0 once it was dropped
-    bool entered_ = false;   ///< the thread with that number has begun
+    Number number_ = 0;  ///< of the thread that may still look; 0 once it was dropped
     bool closing_ = false;
 };

@@ -63,9 +63,6 @@ ValueText dateText(std::int64_t gmtClockValue) noexcept {
 
 }  // namespace
 
-ProfileReport::ProfileReport()
-    : proxy_("Registration", "/krx/Registration", "urn:corvane-krx:Registration_v1_1") {}
-
 void ProfileReport::setServiceAgent(KRX::ServiceAgentNS::ServiceAgent* serviceAgent) {
     KRX::ServiceAgentNS::ServiceAgent* none = nullptr;
     if (serviceAgent == nullptr || !serviceAgent_.compare_exchange_strong(none, serviceAgent)) {
@@ -82,22 +79,28 @@ KRX::ServiceAgentNS::VirtualAsset* ProfileReport::findAsset() const {
     return agent == nullptr ? nullptr : agent->GetAsset(0);
 }
 
-void ProfileReport::introduce(KRX::ServiceAgentNS::VirtualAsset& asset) {
-    if (knownAsset_ != &asset) {
-        setCredentials(asset);
-        knownAsset_ = &asset;  // last, so that nobody sends before the proxy has them
-    }
-}
-
-void ProfileReport::setCredentials(KRX::ServiceAgentNS::VirtualAsset& asset) {
-    const auto& record = asset.GetAssetProfile();
-    proxy_.SetOCM(asset.GetOCM());
+ProfileReport::Client::Client(KRX::ServiceAgentNS::VirtualAsset& ofAsset)
+    : asset(&ofAsset), proxy("Registration", "/krx/Registration", "urn:corvane-krx:Registration_v1_1") {
+    const auto& record = ofAsset.GetAssetProfile();
+    proxy.SetOCM(ofAsset.GetOCM());
     KRX::Messaging::Headers::Credentials credentials("Credentials");
     credentials.SetMemberId(record.GetMemberName());
     credentials.SetPassword(record.GetMemberPassword());
     KRX::Messaging::Headers::SecurityContext context("SecurityContext");
     context.SetCredentials(&credentials);
-    proxy_.SetSecurityContext(context);
+    proxy.SetSecurityContext(context);
+}
+
+void ProfileReport::introduce(KRX::ServiceAgentNS::VirtualAsset& asset) {
+    const auto known = client_.get();
+    if (known != nullptr && known->asset == &asset) {
+        return;
+    }
+    try {
+        client_.exchange(std::make_shared<Client>(asset));
+    } catch (const std::exception&) {
+        // As said.
+    }
 }
 
 void ProfileReport::dateToString(std::int64_t gmtClockValue, char* text) {
@@ -121,6 +124,11 @@ bool ProfileReport::send(const RsmState& state) {
         return false;
     }
     introduce(*asset);
+    const auto client = client_.get();
+    if (client == nullptr) {
+        KRXLog(level::kWarn, "\n Failed to Update Properties...... \n");
+        return false;
+    }
     try {
         Asset record("Asset");
         record.CopyFrom(asset->GetAssetProfile());
@@ -157,7 +165,7 @@ bool ProfileReport::send(const RsmState& state) {
         for (Property& property : properties) {
             list->AddEntry(&property);
         }
-        if (proxy_.UpdateAsset(record, 0) == 0) {
+        if (client->proxy.UpdateAsset(record, 0) == 0) {
             KRXLog(level::kWarn, "\n Properties Updated Succesfully.....\n");
             LogRSMProfile(state);
             return true;

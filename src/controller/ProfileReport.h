@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/Published.h"
 #include "platform/agent/Registration.h"
 
 #include <atomic>
@@ -16,7 +17,7 @@ class VirtualAsset;
 /// several at once.
 class ProfileReport final {
   public:
-    ProfileReport();
+    ProfileReport() = default;
     ProfileReport(const ProfileReport&) = delete;
     ProfileReport& operator=(const ProfileReport&) = delete;
 
@@ -27,8 +28,8 @@ class ProfileReport final {
 
     /// Asset 0, or null.
     KRX::ServiceAgentNS::VirtualAsset* findAsset() const;
-    /// Gives the asset's channel and credentials to the proxy unless it has them: the asset may have appeared after the
-    /// start.
+    /// Sees to a proxy with the asset's channel and credentials: the asset may have appeared after the start. Without
+    /// memory for it nothing is done, and the next call tries again.
     void introduce(KRX::ServiceAgentNS::VirtualAsset& asset);
 
     /// Sends the profile of `state` and logs it when the enterprise took it. Blocks until the enterprise answers. False,
@@ -39,11 +40,14 @@ class ProfileReport final {
     static void dateToString(std::int64_t gmtClockValue, char* text);
 
   private:
-    void setCredentials(KRX::ServiceAgentNS::VirtualAsset& asset);
     static void LogRSMProfile(const RsmState& state);
 
     std::atomic<KRX::ServiceAgentNS::ServiceAgent*> serviceAgent_{nullptr};
-    /// The asset whose channel and credentials the proxy has.
-    std::atomic<KRX::ServiceAgentNS::VirtualAsset*> knownAsset_{nullptr};
-    KRX::Services::RegistrationNS::RegistrationProxy proxy_;
+    /// A proxy and whose channel and credentials it has. Not changed any more once others may use it.
+    struct Client {
+        explicit Client(KRX::ServiceAgentNS::VirtualAsset& ofAsset);
+        KRX::ServiceAgentNS::VirtualAsset* asset;
+        KRX::Services::RegistrationNS::RegistrationProxy proxy;
+    };
+    platform::Published<Client> client_;
 };

@@ -26,11 +26,10 @@ using Value = char[scheduling::kValueSize];
 
 }  // namespace
 
-void ZephanRSMSingleTon::saveRSMState() {
+const char* ZephanRSMSingleTon::saveRSMState() {
     const auto configuration = XMLConfigData::instance();
     if (configuration == nullptr) {
-        KRXLog(level::kForce, "Unable to save RSM state.\n");
-        return;
+        return "Unable to save RSM state.\n";
     }
     const RsmState current = state();
     const auto saved = scheduling::gmtFields(platform::now());
@@ -55,9 +54,7 @@ void ZephanRSMSingleTon::saveRSMState() {
     } catch (const std::exception&) {
         // No memory for the path: as a file that cannot be opened.
     }
-    if (!opened) {
-        KRXLog(level::kForce, "Unable to save RSM state. Unable to retrive file. \n");
-    }
+    return opened ? nullptr : "Unable to save RSM state. Unable to retrive file. \n";
 }
 
 std::optional<ZephanRSMSingleTon::SavedRsm> ZephanRSMSingleTon::readResumeState(const std::string& path) {

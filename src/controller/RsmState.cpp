@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <tuple>
 
 namespace {
 
@@ -25,6 +26,14 @@ double RsmState::pollLimit() const noexcept {
 
 std::int32_t RsmState::wholeMinutes() const noexcept {
     return withoutFraction(gracePeriod);
+}
+
+bool RsmState::isSameProfile(const RsmState& one, const RsmState& other) noexcept {
+    const auto told = [](const RsmState& state) {
+        return std::tie(state.rsmMode, state.rsmStartTime, state.modeStartTime, state.gracePeriod, state.pollingRate,
+                        state.delayedStartTime, state.delayedPollingRate, state.delayedGracePeriod);
+    };
+    return told(one) == told(other);
 }
 
 // ---- Orders

@@ -109,6 +109,9 @@ struct RsmState {
                                           &RsmState::takeOverDueProfile, &RsmState::takeOverDueProfileAfterActivity,
                                           &RsmState::countPoll};
 
+    /// The enterprise would be told the same of both.
+    static bool isSameProfile(const RsmState& one, const RsmState& other) noexcept;
+
     /// Whole minutes of the grace period.
     std::int32_t wholeMinutes() const noexcept;
 

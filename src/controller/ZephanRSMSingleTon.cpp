@@ -5,7 +5,6 @@
 #include "platform/agent/Logging.h"
 #include "scheduling/ScheduleRSMHandler.h"
 
-#include <algorithm>
 #include <exception>
 #include <initializer_list>
 #include <new>
@@ -69,19 +68,29 @@ void ZephanRSMSingleTon::destroyInstance() {
     if (present == nullptr) {
         return;
     }
+    // Also when the stopping thread is unwound while it waits or logs: a controller that starts nothing must not stay.
+    struct Removal {
+        ZephanRSMSingleTon& controller;
+        ~Removal() {
+            published->exchange(nullptr);
+            if (controller.configHandler_ != nullptr) {
+                controller.configHandler_->getLogManager().close();
+            }
+        }
+    } const removal{*present};
     // What is logged while the thread ends still reaches the log file.
     present->thread_.stop();
-    published->exchange(nullptr);
-    if (present->configHandler_ != nullptr) {
-        present->configHandler_->getLogManager().close();
-    }
 }
 
-void ZephanRSMSingleTon::dropIdleInstance() noexcept {
+void ZephanRSMSingleTon::dropIdleInstance() {
     const Reference present = existing();
+    if (present == nullptr) {
+        return;
+    }
+    present->thread_.releaseFinished();
     // A thread that still runs belongs to a host that ends without a stop, or is wrong to unload.
-    if (present != nullptr && !present->thread_.isHeld()) {
-        published->exchange(nullptr);
+    if (!present->thread_.isHeld()) {
+        destroyInstance();
     }
 }
 
@@ -137,22 +146,28 @@ void ZephanRSMSingleTon::setResumeFilePath(const std::string& path) {
 
 ZephanRSMSingleTon::Report ZephanRSMSingleTon::beginReport() {
     const platform::Lock lock(stateLock_);
-    return {profile_, state_, ++reportsBegun_};
+    if (reportsUnderWay_++ == 0) {
+        firstOfThem_ = state_;
+        theyDiffer_ = false;
+    } else if (!RsmState::isSameProfile(firstOfThem_, state_)) {
+        theyDiffer_ = true;
+    }
+    return {profile_, state_};
 }
 
-bool ZephanRSMSingleTon::endReport(const Report& report, bool accepted) {
+bool ZephanRSMSingleTon::endReport() {
     const platform::Lock lock(stateLock_);
-    if (!accepted) {
-        return false;
-    }
-    const bool overtaken = report.ticket < newestAccepted_;
-    newestAccepted_ = std::max(newestAccepted_, report.ticket);
-    return overtaken;
+    return --reportsUnderWay_ == 0 && theyDiffer_;
 }
 
 void ZephanRSMSingleTon::UpdateProperty() {
     for (bool again = true; again;) {
         const Report report = beginReport();
-        again = endReport(report, report.profile->send(report.state));
+        struct End {
+            ZephanRSMSingleTon& controller;
+            bool& again;
+            ~End() { again = controller.endReport(); }  // also when this thread is unwound while it sends
+        } const end{*this, again};
+        report.profile->send(report.state);
     }
 }

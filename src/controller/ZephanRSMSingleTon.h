@@ -42,8 +42,10 @@ class ZephanRSMSingleTon final {
     /// Starts no polling thread any more, ends the one there is (waits at most 3000 ms, then drops it), and takes the
     /// controller away from newcomers. What it owns goes with its last user.
     static void destroyInstance();
+    /// A stop of this controller has begun.
+    bool isStopping() const { return thread_.isClosing(); }
     /// Takes a controller without a polling thread away. For the unloading of the library.
-    static void dropIdleInstance() noexcept;
+    static void dropIdleInstance();
 
     /// Keeps the host's service agent (not owned) unless one is held. A null agent changes nothing.
     void setServiceAgent(KRX::ServiceAgentNS::ServiceAgent* serviceAgent) { profile_->setServiceAgent(serviceAgent); }
@@ -82,24 +84,24 @@ class ZephanRSMSingleTon final {
 
     // ---- Profile
 
-    /// Sends the RSM profile to the enterprise; blocks until it answers. Of reports that overtake each other the last one
-    /// is repeated, so that the enterprise ends with what is true.
+    /// Sends the RSM profile to the enterprise; blocks until it answers. Reports that overlap may reach it in any order:
+    /// when they differ, the one that is answered last is followed by one more, so that the enterprise ends with what is
+    /// true.
     void UpdateProperty();
 
     /// A report under way, for a sender that keeps no controller while it sends.
     struct Report {
         std::shared_ptr<ProfileReport> profile;
         RsmState state;
-        std::uint64_t ticket = 0;
     };
     Report beginReport();
-    /// True when a later report was answered before this one: then the enterprise must be told again.
-    bool endReport(const Report& report, bool accepted);
+    /// True when the enterprise is to be told once more.
+    bool endReport();
 
     // ---- Resume state file (ResumeState.cpp)
 
-    /// Writes the resume state file anew.
-    void saveRSMState();
+    /// Writes the resume state file anew. Null, or the line to be logged at level 250 when it could not be written.
+    const char* saveRSMState();
     /// What a record says of a force polling that ran when it was written.
     struct SavedRsm {
         std::int64_t savedAt = 0;       ///< GMT clock value
@@ -125,10 +127,11 @@ class ZephanRSMSingleTon final {
         return std::forward<Change>(change)(state_, now);
     }
 
-    mutable platform::Mutex stateLock_;  ///< of the three below; nothing is called under it
+    mutable platform::Mutex stateLock_;  ///< of the four below; nothing is called under it
     RsmState state_;
-    std::uint64_t reportsBegun_ = 0;    ///< tickets given out
-    std::uint64_t newestAccepted_ = 0;  ///< ticket of the newest report that the enterprise took
+    int reportsUnderWay_ = 0;
+    RsmState firstOfThem_;      ///< what the first of those that overlap tells
+    bool theyDiffer_ = false;
 
     mutable platform::Mutex resumeFileLock_;  ///< of the path and the file itself; no agent is called under it
     std::string resumeFilePath_;              ///< of the last save or read

@@ -9,9 +9,10 @@ RemoteDetection::RemoteDetection(RDMessageHandler* handler) {
         KRXLog(level::kForce, "Received NULL RDMessageHandler pointer in RemoteDetection constructor");
         return;
     }
-    handler->attach(this);
     subject_ = handler;
+    controller_ = ZephanRSMSingleTon::existing();
     idle_ = true;
+    handler->attach(this);  // last: from here on other threads may tell it something
 }
 
 RemoteDetection::~RemoteDetection() {
@@ -27,7 +28,7 @@ void RemoteDetection::updateStatus(const RDMessageHandler* handler) {
 }
 
 void RemoteDetection::UpdateRemoteActivity() {
-    const auto controller = ZephanRSMSingleTon::existing();
+    const auto controller = controller_.lock();
     if (controller == nullptr) {
         KRXLog(level::kForce, "Received NULL ZephanRSMSingleTon pointer in RemoteDetection's UpdateRemoteActivity");
         return;

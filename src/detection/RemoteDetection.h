@@ -2,6 +2,10 @@
 
 #include "logging/RDObserver.h"
 
+#include <memory>
+
+class ZephanRSMSingleTon;
+
 /// Observer that tells the controller when remote activity (an open tunnel or a file transfer) begins and has
 /// ended.
 class RemoteDetection final : public virtual RDObserver {
@@ -15,5 +19,7 @@ class RemoteDetection final : public virtual RDObserver {
     void UpdateRemoteActivity();
 
     RDMessageHandler* subject_ = nullptr;
+    /// The one that this detection belongs to: what it has to tell late must not reach the next one.
+    std::weak_ptr<ZephanRSMSingleTon> controller_;
     bool idle_ = false;  ///< no activity reported since the last end of activity
 };

@@ -10,9 +10,9 @@ TunnelListner::TunnelListner(RDMessageHandler* handler) {
         KRXLog(level::kForce, "Received NULL RDMessageHandler pointer in TunnelListner's constructor.");
         return;
     }
-    handler->attach(this);
     subject_ = handler;
     idle_ = true;
+    handler->attach(this);  // last: from here on other threads may tell it something
 }
 
 TunnelListner::~TunnelListner() {

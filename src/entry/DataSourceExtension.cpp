@@ -2,6 +2,7 @@
 #include "ZephanRSMLogger.h"
 #include "controller/ZephanRSMSingleTon.h"
 #include "entry/Guard.h"
+#include "entry/Lifecycle.h"
 #include "platform/agent/Logging.h"
 #include "platform/agent/Messaging.h"
 #include "scheduling/PropertyAnswer.h"
@@ -58,7 +59,7 @@ std::int32_t execute(const char* command, const PropList* input, PropList** resp
     const std::string_view name = command == nullptr ? "" : command;
     if (name == "ScheduleRSM") {
         KRXLog(level::kForce, "\n %s Command received for execution", "ScheduleRSM");
-        return handler->executeScheduleCommand(input, response);
+        return handler->executeScheduleCommand(input, response, *controller);
     }
     return name == "ExitRSM" ? exitRSM(*controller, response) : kNotRecognised;
 }
@@ -69,11 +70,12 @@ extern "C" {
 
 int8_t ZPXRSMDSStartup(void** handle, const char* scheduleFilePath) {
     return entry::guarded(entry::kFailure, [&] {
-        const auto controller = ZephanRSMSingleTon::getInstance();
+        ZephanRSMSingleTon::Reference controller;
         bool made = false;
-        if (controller != nullptr) {
+        {
             const entry::Lifecycle lifecycle;
-            made = controller->createScheduleHandler(scheduleFilePath);
+            controller = entry::controllerForStart();
+            made = controller != nullptr && controller->createScheduleHandler(scheduleFilePath);
         }
         if (made) {
             controller->getScheduleHandler()->reportLoad();

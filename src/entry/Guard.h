@@ -1,6 +1,5 @@
 #pragma once
 
-#include "platform/Published.h"
 #include "platform/ThreadEnd.h"
 
 #include <cstdint>
@@ -22,19 +21,5 @@ Result guarded(Result failure, Body&& body) {
         return failure;
     }
 }
-
-/// While one lives, no other start or stop runs. One that was left behind by a thread which ended within is taken over.
-class Lifecycle final {
-  public:
-    Lifecycle() noexcept : lock_(mutex()) {}
-
-  private:
-    static platform::Mutex& mutex() noexcept {
-        static platform::Immortal<platform::Mutex> mutex;
-        return *mutex;
-    }
-
-    platform::Lock lock_;
-};
 
 }  // namespace entry

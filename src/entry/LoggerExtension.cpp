@@ -3,6 +3,8 @@
 #include "config/XMLConfigData.h"
 #include "controller/ZephanRSMSingleTon.h"
 #include "entry/Guard.h"
+#include "entry/Lifecycle.h"
+#include "entry/TextCopy.h"
 #include "logging/ConfigHandler.h"
 #include "platform/Console.h"
 #include "platform/agent/Logging.h"
@@ -25,7 +27,7 @@ std::int8_t startUp(const char* initParam) {
         KRXLog(level::kError, "\n %s \n", error.what());
         return entry::kFailure;
     }
-    const auto controller = ZephanRSMSingleTon::getInstance();
+    const auto controller = entry::controllerForStart();
     ConfigHandler* const handler = controller == nullptr ? nullptr : controller->getConfigHandler();
     if (handler == nullptr) {
         KRXLog(level::kError, "Error in getting ConfigHandler pointer. %s startup aborted.\n", kExtension);
@@ -44,6 +46,8 @@ std::int8_t take(const char* message, Delivery&& deliver) {
         KRXLog(level::kError, "Remote Detection LoggerLog: NULL message pointer %x", 0U);
         return entry::kFailure;
     }
+    // The host may use its own text for the next message as soon as something is logged.
+    const entry::TextCopy copy(message);
     entry::guarded(entry::kFailure, [&] {
         if (const auto controller = ZephanRSMSingleTon::getInstance()) {
             if (ConfigHandler* const handler = controller->getConfigHandler()) {
@@ -52,7 +56,7 @@ std::int8_t take(const char* message, Delivery&& deliver) {
         }
         return entry::kSuccess;
     });
-    platform::echo(message);
+    platform::echo(copy.text());
     return entry::kSuccess;
 }
 

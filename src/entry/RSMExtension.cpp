@@ -3,6 +3,7 @@
 #include "config/XMLConfigData.h"
 #include "controller/ZephanRSMSingleTon.h"
 #include "entry/Guard.h"
+#include "entry/Lifecycle.h"
 #include "logging/ConfigHandler.h"
 #include "platform/agent/Logging.h"
 #include "scheduling/ScheduleRSMHandler.h"
@@ -50,7 +51,7 @@ std::int8_t startUp(void** handle, ZPServiceAgent* serviceAgent, const char* ini
         if (!ensureConfiguration(initParam)) {
             return entry::kFailure;
         }
-        controller = ZephanRSMSingleTon::getInstance();
+        controller = entry::controllerForStart();
     }
     if (controller == nullptr) {
         KRXLog(level::kError, "ZPRSMExtStartup: Failed to create a new ZephanRSMSingleTon object.");
@@ -69,7 +70,7 @@ std::int8_t startUp(void** handle, ZPServiceAgent* serviceAgent, const char* ini
     if (ScheduleRSMHandler* const handler = controller->getScheduleHandler(); handler == nullptr) {
         KRXLog(level::kForce, "Unable to get Handler for ScheduleRSMHandler in ZPRSMExtStartup.\n");
     } else if (handler->isScheduleCurrent()) {
-        handler->scheduleRSM();
+        handler->scheduleRSM(*controller);
     }
     KRXLog(level::kForce, "Custom HVK Extension: %s startup complete.\n", kExtension);
     return entry::kSuccess;
@@ -83,7 +84,7 @@ std::int8_t shutDown(const void* handle) {
     const entry::Lifecycle lifecycle;
     const auto controller = ZephanRSMSingleTon::getInstance();
     if (controller != nullptr && controller->getScheduleHandler() != nullptr) {
-        controller->getScheduleHandler()->performCleanUp();
+        controller->getScheduleHandler()->performCleanUp(*controller);
     }
     if (controller == nullptr || controller->getConfigHandler() == nullptr) {
         KRXLog(level::kError, "Error in getting ConfigHandler pointer. %s startup aborted.\n", "RSM Logger Extension");

@@ -2,6 +2,7 @@
 #include "ZephanRSMLogger.h"
 #include "controller/ZephanRSMSingleTon.h"
 #include "entry/Guard.h"
+#include "entry/Lifecycle.h"
 #include "platform/agent/Logging.h"
 #include "webservice/ZephanServicesServiceImpl.h"
 
@@ -19,7 +20,11 @@ int8_t ZPXRSMWSStartup(void** handle, ZPServiceAgent* serviceAgent) {
         return entry::kFailure;
     }
     return entry::guarded(entry::kFailure, [&] {
-        if (const auto controller = ZephanRSMSingleTon::getInstance()) {
+        const auto controller = [] {
+            const entry::Lifecycle lifecycle;
+            return entry::controllerForStart();
+        }();
+        if (controller != nullptr) {
             controller->setServiceAgent(serviceAgent);
             *handle = controller.get();
         } else {

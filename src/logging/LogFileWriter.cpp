@@ -38,7 +38,7 @@ std::shared_ptr<LogFileWriter> LogFileWriter::getInstance() {
                 return present;
             }
         }
-        const std::shared_ptr<LogFileWriter> made(new LogFileWriter);
+        std::shared_ptr<LogFileWriter> made(new LogFileWriter);
         const platform::Lock lock(*instanceLock);
         *theInstance = made;
         return made;

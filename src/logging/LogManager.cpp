@@ -16,6 +16,10 @@
 
 namespace {
 
+// The calling thread tells changes. In the model of variables that exist with the thread: others are made at a thread's
+// first access, and when there is no memory for that the C library ends the process.
+thread_local bool isTelling __attribute__((tls_model("initial-exec"))) = false;
+
 /// Creates a listener on `handler`, unless there is one. False when it cannot be had.
 template <typename Listener, typename Handler>
 bool attachListener(std::unique_ptr<Listener>& listener, Handler* handler) {
@@ -153,31 +157,29 @@ void LogManager::tellChanges() {
         const platform::Lock lock(delivery_);
         return !changes_.empty();
     };
+    if (isTelling) {
+        return;  // this message was caused by the telling; the change is told in its turn
+    }
     // Looked at again after the role was given back: a change that found it taken just before relies on that.
     while (areThereAny()) {
         switch (teller_.tryWait()) {
             case platform::Mutex::Wait::Obtained:
                 break;
             case platform::Mutex::Wait::Abandoned:
-                telling_ = false;
                 continue;
             default:
                 return;
         }
-        if (telling_) {
-            teller_.release();  // this message was caused by the telling; the change is told in its turn
-            return;
-        }
         struct Role {
-            explicit Role(LogManager& ofManager) : manager(ofManager) { manager.telling_ = true; }
+            explicit Role(platform::Mutex& ofTeller) : teller(ofTeller) { isTelling = true; }
             Role(const Role&) = delete;
             Role& operator=(const Role&) = delete;
             ~Role() {
-                manager.telling_ = false;
-                manager.teller_.release();
+                isTelling = false;
+                teller.release();
             }
-            LogManager& manager;
-        } const role(*this);
+            platform::Mutex& teller;
+        } const role(teller_);
         for (Change change{}; takeChange(change);) {
             if (!closed_) {
                 (*rdMessageHandler_.*change.set)(change.active);

@@ -66,6 +66,5 @@ class LogManager final {
     /// The role of the thread that tells. It is never waited for, only tried; when its holder ends while it tells, the
     /// next change finds it free.
     platform::Mutex teller_;
-    bool telling_ = false;  ///< of the role's holder: it does not tell within its telling
     std::atomic<bool> closed_{false};
 };

@@ -135,7 +135,8 @@ bool ScheduleRSMHandler::isValidTime(const char* time) noexcept {
            platform::readNumber(text, 3, 2) >= 0 && platform::readNumber(text, 6, 2) >= 0;
 }
 
-std::int32_t ScheduleRSMHandler::executeScheduleCommand(const PropList* input, PropList** response) {
+std::int32_t ScheduleRSMHandler::executeScheduleCommand(const PropList* input, PropList** response,
+                                                        ZephanRSMSingleTon& controller) {
     Schedule ordered = schedule();
     const Rejected rejected = takeIn(input, ordered);
     if (std::find(rejected.begin(), rejected.end(), true) != rejected.end()) {
@@ -153,7 +154,7 @@ std::int32_t ScheduleRSMHandler::executeScheduleCommand(const PropList* input, P
                  {"RSMStartDate", "RSM is scheduled for elapsed date. Please check the date entered."}}});
         return kFailed;
     }
-    handOver(ordered);
+    handOver(ordered, controller);
     std::array<char, scheduling::kValueSize + 4> gmtStartTime{};
     std::snprintf(gmtStartTime.data(), gmtStartTime.size(), "%s GMT", ordered.startTime);
     giveAnswer(response, std::array<AnswerEntry, 5>{{{"CommandResult", "Pass"},

@@ -72,18 +72,12 @@ bool ScheduleRSMHandler::isScheduleCurrent() const {
     return schedule().isCurrent(scheduling::gmtNow());
 }
 
-void ScheduleRSMHandler::scheduleRSM() const {
-    handOver(schedule());
+void ScheduleRSMHandler::scheduleRSM(ZephanRSMSingleTon& controller) const {
+    handOver(schedule(), controller);
 }
 
-void ScheduleRSMHandler::handOver(const scheduling::Schedule& schedule) {
+void ScheduleRSMHandler::handOver(const scheduling::Schedule& schedule, ZephanRSMSingleTon& controller) {
     const std::int64_t now = scheduling::gmtNow();
-    const auto controller = ZephanRSMSingleTon::getInstance();
-    if (controller == nullptr) {
-        KRXLog(level::kError,
-               "Failed to get RSMSingleton pointer in ScheduleRSMHandler::scheduleRSM(). Returning... \n");
-        return;
-    }
     const std::int32_t rate = platform::readNumber(schedule.pollingRateText);
     if (rate < 1) {
         KRXLog(
@@ -92,13 +86,13 @@ void ScheduleRSMHandler::handOver(const scheduling::Schedule& schedule) {
         return;
     }
     if (schedule.startTimeValue > now) {
-        controller->scheduleDelayedProfile(rate, schedule.startTimeValue, schedule.endTimeValue,
-                                           platform::readNumber(schedule.gracePeriodText));
+        controller.scheduleDelayedProfile(rate, schedule.startTimeValue, schedule.endTimeValue,
+                                          platform::readNumber(schedule.gracePeriodText));
         return;
     }
     const std::int64_t minutesLeft = (schedule.endTimeValue - now) / scheduling::kSecondsPerMinute;
     std::uint32_t pollInterval = 0;
-    controller->ForcePoll(static_cast<std::int32_t>(
+    controller.ForcePoll(static_cast<std::int32_t>(
                               std::min<std::int64_t>(minutesLeft, std::numeric_limits<std::int32_t>::max())),
                           rate, pollInterval);
 }
@@ -136,15 +130,8 @@ void ScheduleRSMHandler::store(const scheduling::Schedule& schedule) {
     }
 }
 
-void ScheduleRSMHandler::performCleanUp() {
-    const std::int64_t now = scheduling::gmtNow();
-    const auto controller = ZephanRSMSingleTon::getInstance();
-    if (controller == nullptr) {
-        KRXLog(level::kError,
-               "Failed to get RSMSingleton pointer in ScheduleRSMHandler::performCleanUp(). Returning... \n");
-        return;
-    }
-    const bool isOver = controller->getDelayedEndTime() < now;
+void ScheduleRSMHandler::performCleanUp(const ZephanRSMSingleTon& controller) {
+    const bool isOver = controller.getDelayedEndTime() < scheduling::gmtNow();
     const platform::Lock lock(lock_);
     if (!scheduleFile_.isOpen()) {
         return;

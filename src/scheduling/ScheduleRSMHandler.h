@@ -7,11 +7,12 @@
 #include <cstdint>
 #include <string>
 
+class ZephanRSMSingleTon;
 struct PropList;
 
 /// Keeps the current RSM schedule in its fields and in the schedule file, takes in the "ScheduleRSM" command
-/// and hands a stored schedule to the controller. Owned by the controller. Any thread; its lock stands around
-/// fields and file only and is never held while the controller or the agent is called.
+/// and hands a stored schedule to the controller that owns it, which the caller names. Any thread; its lock stands
+/// around fields and file only and is never held while the controller or the agent is called.
 class ScheduleRSMHandler final {
   public:
     /// Opens the schedule file, creating it when missing, and loads the record it holds. Without a file the
@@ -26,16 +27,16 @@ class ScheduleRSMHandler final {
 
     /// Runs the command. `response` may be null; otherwise it receives a new list for the caller. 0 when the
     /// period was scheduled, 1 when the command failed.
-    std::int32_t executeScheduleCommand(const PropList* input, PropList** response);
+    std::int32_t executeScheduleCommand(const PropList* input, PropList** response, ZephanRSMSingleTon& controller);
 
     /// True while the schedule's end lies in the future.
     bool isScheduleCurrent() const;
     /// Hands the schedule to the controller: as a delayed profile, or as a force poll when its
     /// start has passed.
-    void scheduleRSM() const;
+    void scheduleRSM(ZephanRSMSingleTon& controller) const;
     /// Closes the schedule file, and deletes it when the controller's delayed RSM is over or there was none.
     /// A file whose record could not be read stays, since nobody knows what was ordered.
-    void performCleanUp();
+    void performCleanUp(const ZephanRSMSingleTon& controller);
 
     std::string getFilePath() const { return filePath_; }
     void setFilePath(const std::string& path) { filePath_ = path; }
@@ -58,7 +59,7 @@ class ScheduleRSMHandler final {
     void keep(const scheduling::Schedule& schedule);
     bool keep(const scheduling::Schedule& schedule, const scheduling::Schedule::Record& record);
     void store(const scheduling::Schedule& schedule);
-    static void handOver(const scheduling::Schedule& schedule);
+    static void handOver(const scheduling::Schedule& schedule, ZephanRSMSingleTon& controller);
 
     mutable platform::Mutex lock_;
     scheduling::Schedule schedule_;

@@ -11,6 +11,7 @@
 #include <cstring>
 #include <ctime>
 #include <mutex>
+#include <optional>
 #include <string>
 
 #include <fcntl.h>
@@ -62,6 +63,17 @@ class Echo final : public KRX::Messaging::Serializable {
     explicit Echo(const char* name) : Serializable(name, nullptr, 0, 1) {
         RegisterSubElement("text", 1, 1, nullptr);
     }
+    std::int8_t SetSubElementText(const char* /*name*/, const char* text) override {
+        text_ = text == nullptr ? std::nullopt : std::optional<std::string>(text);
+        return 0;
+    }
+    const char* GetSubElementText(const char* /*name*/, bool& release, unsigned int /*index*/) override {
+        release = false;
+        return text_ ? text_->c_str() : nullptr;
+    }
+
+  private:
+    std::optional<std::string> text_;
 };
 
 class EchoService final : public KRX::Services::Service {
@@ -111,6 +123,9 @@ std::int8_t ZPRSMExtnShutdown(void* handle) {
     return handle == nullptr ? -1 : 0;
 }
 std::int8_t ZPXRSMDSStartup(void** /*handle*/, const char* path) {
+    if (std::strcmp(path, "left-open") == 0) {
+        return ::open(path, O_WRONLY | O_CREAT, 0666) < 0 ? -1 : 0;
+    }
     const int file = ::open(path, O_WRONLY | O_CREAT | O_TRUNC, 0666);
     const ssize_t written = ::write(file, "stored", 6);
     ::close(file);

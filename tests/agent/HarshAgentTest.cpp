@@ -216,6 +216,7 @@ struct Refusing final : Enterprise {
 TEST(HarshAgent, LinkThreadTellsTheHooks) {
     Refusing enterprise;
     AgentHost host({nullptr, &enterprise, nullptr});
+    heard = {};
     host.setLinkThread(true);
     KRXLogSetFunc([](std::uint8_t level, const char* text) {
         hear(std::to_string(level) + " " + text);

@@ -35,7 +35,7 @@ class InputTest : public testing::Test {
 };
 
 TEST_F(InputTest, LinesAndEnd) {
-    Input input(reader());
+    Input input(reader(), nullptr);
     EXPECT_FALSE(input.wait(milliseconds(0)));
     type("one\n\ntw");
     EXPECT_TRUE(input.wait(std::chrono::microseconds::max()));
@@ -54,7 +54,7 @@ TEST_F(InputTest, LinesAndEnd) {
 }
 
 TEST_F(InputTest, RealClockWaitsAndIsInterrupted) {
-    Input input(reader());
+    Input input(reader(), nullptr);
     RealClock clock(std::chrono::seconds(5), input);
     const auto before = std::chrono::steady_clock::now();
     EXPECT_TRUE(clock.advance(milliseconds(30), true));

@@ -109,16 +109,6 @@ TEST(Messaging, Writing) {
               "<Result>Thread exited.</Result></order>");
 }
 
-TEST(Messaging, BaseElementKeepsWhatItReads) {
-    Serializable element("note", nullptr, 0, 1);
-    element.RegisterAttribute("id", 0, nullptr);
-    element.RegisterSubElement("a", 0, 1, "default");
-    const std::string changed = "<note id=\"7\"><a>x</a></note>";
-    EXPECT_EQ(agent::writeMessage(element), "<note><a>default</a></note>");
-    agent::readMessage(changed, element);
-    EXPECT_EQ(agent::writeMessage(element), changed);
-}
-
 TEST(Messaging, MessageOwnsItsElements) {
     {
         WebServiceMessage message;

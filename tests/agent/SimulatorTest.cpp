@@ -4,9 +4,12 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <pty.h>
 #include <string>
+#include <vector>
 
 #include <gtest/gtest.h>
+#include <poll.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -24,7 +27,7 @@ class SimulatorTest : public testing::Test {
 
     /// Runs the program in a directory of its own, with both outputs in one.
     Outcome simulate(const std::string& arguments, const std::string& scenario = {}) {
-        std::ofstream(directory_ / "scenario") << scenario;
+        write("scenario", scenario);
         const std::string command = "cd " + directory_.string() + " && " SIMULATOR " " + arguments + " 2>&1";
         std::FILE* pipe = ::popen(command.c_str(), "r");
         Outcome outcome;
@@ -36,6 +39,7 @@ class SimulatorTest : public testing::Test {
         outcome.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
         return outcome;
     }
+    void write(const char* file, const std::string& text) const { std::ofstream(directory_ / file) << text; }
     std::string contents(const char* file) const {
         std::ifstream stream(directory_ / file, std::ios::binary);
         return {std::istreambuf_iterator<char>(stream), {}};
@@ -47,7 +51,6 @@ class SimulatorTest : public testing::Test {
         return outcome.output;
     }
 
-  private:
     const std::filesystem::path directory_ =
         std::filesystem::path(testing::TempDir()) / ("simulator-" + std::to_string(::getpid()));
 };
@@ -132,6 +135,22 @@ TEST_F(SimulatorTest, FilesGetTheSimulatedTime) {
 {"t":60.000,"thread":"host","event":"call","verb":"audit stat -c %Y a/b","result":0}
 {"t":60.000,"thread":"host","event":"file","path":"a/b","text":null}
 )");
+}
+
+TEST_F(SimulatorTest, FilesThatAreOnlyMadeGetItToo) {
+    const std::string trace = replay(
+        "clock 2026-03-01T10:00:00Z\n60 start data-source left-open\n60 audit \"stat -c %Y left-open\"\n"
+        "90 start data-source left-open\n90 audit \"stat -c %Y left-open\"\n");
+    const std::size_t first = trace.find(R"("text":"1772359260\n")");
+    EXPECT_NE(first, std::string::npos) << trace;
+    EXPECT_NE(trace.find(R"("text":"1772359260\n")", first + 1), std::string::npos) << trace;
+}
+
+TEST_F(SimulatorTest, UnloadClosesWhatTheModuleOpened) {
+    const std::string count = "audit \"ls -l /proc/$PPID/fd | grep -c left-open$\"\n";
+    const std::string trace = replay("0 start data-source left-open\n0 " + count + "0 unload\n0 " + count);
+    EXPECT_NE(trace.find(R"("text":"1\n")"), std::string::npos) << trace;
+    EXPECT_NE(trace.find(R"("text":"0\n")"), std::string::npos) << trace;
 }
 
 TEST_F(SimulatorTest, EnterpriseThatTakesItsTime) {
@@ -234,6 +253,133 @@ TEST_F(SimulatorTest, RunTakesTypedVerbs) {
     EXPECT_EQ(typed.output.find("audit x"), std::string::npos) << typed.output;
 }
 
+TEST_F(SimulatorTest, HelpShowsForms) {
+    const Outcome typed =
+        simulate("run --module " FAKE_MODULE " <scenario", "help enterprise\nhelp x\nquit\n");
+    EXPECT_EQ(typed.status, 0);
+    EXPECT_EQ(typed.output,
+              "  enterprise accept|refuse                          how the enterprise answers a profile\n"
+              "  enterprise delay SECONDS                          how long it takes to answer\n"
+              "  enterprise thread on|off                          whether profiles are sent on a thread of "
+              "their own\n"
+              "  no verb begins with 'x'\n");
+}
+
+TEST_F(SimulatorTest, BriefTimeline) {
+    const Outcome brief = simulate("replay scenario --brief --module " FAKE_MODULE,
+                                   "0 start rsm null\n0 start logger 3\n1 fail thread-start\n"
+                                   "10 start logger 1\n10 command " +
+                                       std::string(80, 'x') + " null\n10 show " + std::string(54, 'y') +
+                                       "\xc3\xb6\xc3\xb6" + std::string(60, 'y') + "\n");
+    EXPECT_EQ(brief.status, 0);
+    EXPECT_EQ(brief.output,
+              "    0.000 00:00:00Z host         start rsm null -> 0\n"
+              "    0.000 00:00:00Z host         thread: Worker is started\n"
+              "    0.000 00:00:00Z host         start logger 3 -> 0\n"
+              "    1.000 00:00:01Z Worker       3 polls, the last at 3.000 s\n"
+              "    3.000 00:00:03Z Worker       thread: ends with 7\n"
+              "   10.000 00:00:10Z host         thread: Worker cannot be started\n"
+              "   10.000 00:00:10Z host         start logger 1 -> -1\n"
+              "   10.000 00:00:10Z host         command " +
+                  std::string(48, 'x') +
+                  "\u2026 -> 1\n"
+                  "   10.000 00:00:10Z host         file: " +
+                  std::string(54, 'y') + "\u00f6\u00f6" + std::string(24, 'y') + "\u2026\n");
+}
+
+TEST_F(SimulatorTest, StatusStandsAmongTheEvents) {
+    const std::string scenario = "0 status\n0 start rsm x\n0 start logger 9\n3 status\n";
+    const Outcome brief = simulate("replay scenario --brief --module " FAKE_MODULE, scenario);
+    EXPECT_TRUE(brief.output.starts_with("The agent has not started the module yet.\n")) << brief.output;
+    const std::size_t polls = brief.output.find("2 polls, the last at 2.000 s\n");
+    const std::size_t status = brief.output.find("  polls          2 made");
+    EXPECT_LT(polls, status) << brief.output;
+    EXPECT_NE(status, std::string::npos) << brief.output;
+    const Outcome trace = simulate("replay scenario --trace trace --module " FAKE_MODULE, scenario);
+    EXPECT_TRUE(trace.output.starts_with("The agent has not started the module yet.\n")) << trace.output;
+    EXPECT_EQ(contents("trace").find("status"), std::string::npos);
+}
+
+TEST_F(SimulatorTest, StrictTellsFailedStarts) {
+    const std::pair<const char*, int> cases[] = {
+        {"0 start rsm x\n0 stop rsm null\n", 0},
+        {"0 fail thread-start\n0 start logger 1\n0 start rsm x\n", 3},
+        {"0 fail thread-start\n0 start logger 1\n0 age none 1\n", 1}};
+    for (const auto& [scenario, status] : cases) {
+        EXPECT_EQ(simulate("replay scenario --strict --module " FAKE_MODULE, scenario).status, status)
+            << scenario;
+    }
+}
+
+/// A person at a terminal, who types and looks at what is there.
+class Person final {
+  public:
+    explicit Person(std::vector<const char*> words) {
+        child_ = ::forkpty(&terminal_, nullptr, nullptr, nullptr);
+        if (child_ == 0) {
+            ::setenv("TERM", "xterm", 1);
+            words.push_back(nullptr);
+            ::execv(words[0], const_cast<char* const*>(words.data()));
+            ::_exit(127);
+        }
+    }
+    Person(const Person&) = delete;
+    Person& operator=(const Person&) = delete;
+    ~Person() { ::close(terminal_); }
+
+    void type(std::string_view keys) {
+        ASSERT_EQ(::write(terminal_, keys.data(), keys.size()), ssize_t(keys.size()));
+    }
+    /// Waits until `text` is there, and forgets what came before.
+    bool sees(const std::string& text) {
+        for (std::size_t at = 0; (at = seen_.find(text)) == std::string::npos;) {
+            pollfd watched = {terminal_, POLLIN, 0};
+            std::array<char, 1024> buffer = {};
+            const ssize_t size =
+                ::poll(&watched, 1, 10'000) > 0 ? ::read(terminal_, buffer.data(), buffer.size()) : 0;
+            if (size <= 0) {
+                ADD_FAILURE() << "no '" << text << "' in: " << seen_;
+                return false;
+            }
+            seen_.append(buffer.data(), static_cast<std::size_t>(size));
+        }
+        seen_.erase(0, seen_.find(text) + text.size());
+        return true;
+    }
+    int exitStatus() const {
+        int status = -1;
+        ::waitpid(child_, &status, 0);
+        return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    }
+
+  private:
+    int terminal_ = -1;
+    pid_t child_ = -1;
+    std::string seen_;
+};
+
+TEST_F(SimulatorTest, KeyboardEditsCompletesAndStaysWhole) {
+    std::string scenario;
+    for (int i = 1; i < 200; ++i) {
+        scenario += std::to_string(i / 10) + "." + std::to_string(i % 10) + " show nowhere\n";
+    }
+    write("scenario", scenario);
+    const std::string path = (directory_ / "scenario").string();
+    Person person({SIMULATOR, "run", path.c_str(), "--module", FAKE_MODULE});
+    ASSERT_TRUE(person.sees("rsm> "));
+    person.type("stop web\t\n");
+    EXPECT_TRUE(person.sees("call: stop web-service -> -1"));
+    person.type("\x1b[A\x7f\x7f");  // the line before, without its last two letters
+    EXPECT_TRUE(person.sees("stop web-servi"));
+    person.type("\x15");
+    person.type("thread-destroy l\t");
+    EXPECT_TRUE(person.sees("eave "));
+    EXPECT_TRUE(person.sees("file: nowhere holds nothing"));
+    EXPECT_TRUE(person.sees("rsm> thread-destroy leave "));  // there again behind what was printed
+    person.type("\nquit\n");
+    EXPECT_EQ(person.exitStatus(), 0);
+}
+
 TEST_F(SimulatorTest, StatusAndMessage) {
     struct Case {
         const char* arguments;
@@ -250,6 +396,7 @@ TEST_F(SimulatorTest, StatusAndMessage) {
         {"replay a b", "", 2, "unexpected argument b"},
         {"run --trace", "", 2, "no value for option --trace"},
         {"run --fast", "", 2, "unknown option --fast"},
+        {"replay scenario --brief --trace x", "", 2, "--brief is for the timeline"},
         {"run --patience 0", "", 2, "'0' is no time in seconds"},
         {"replay missing", "", 1, "missing: No such file or directory"},
         {"replay scenario", "# x\n1 leap\n", 1, "scenario:2: unknown verb 'leap'"},
@@ -257,6 +404,10 @@ TEST_F(SimulatorTest, StatusAndMessage) {
         {"replay scenario --module ./none", "\n0 asset absent\n1 stop logger\n", 1,
          "scenario:3: cannot load the module: ./none"},
         {"replay scenario --module " NO_MODULE, "0 stop logger\n", 1, "does not export ZPRSMExtnStartup"},
+        {"replay scenario --module " FAKE_MODULE, "0 audit \"mkfifo f\"\n0 show f\n", 1,
+         "scenario:2: f: is no regular file"},
+        {"replay scenario --module " FAKE_MODULE, "0 audit \"mkfifo f\"\n0 write f x\n", 1,
+         "scenario:2: f: is no regular file"},
         {"replay scenario --trace none/trace", "0 end\n", 1, "none/trace: No such file or directory"},
         {"replay scenario --trace /dev/full", "0 show x\n", 1,
          "/dev/full: cannot write: No space left on device"},

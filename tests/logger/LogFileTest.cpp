@@ -6,6 +6,7 @@
 #include "logger/Interposed.h"
 #include "logger/Logs.h"
 #include "support/Child.h"
+#include "support/Rows.h"
 
 #include <array>
 #include <atomic>
@@ -49,25 +50,28 @@ class RenameErrors final : public agent::Observer {
     std::atomic<int> count{0};
 };
 
-class LogFileTest : public testing::Test {
-  protected:
-    ~LogFileTest() override { interposed::now = 0, interposed::write = nullptr; }
+/// A host with the library, its log file in a directory of its own, and what it saw.
+struct LoggingHost {
+    LoggingHost() = default;
+    LoggingHost(const LoggingHost&) = delete;
+    LoggingHost& operator=(const LoggingHost&) = delete;
+    ~LoggingHost() { interposed::now = 0, interposed::write = nullptr; }
 
     void start(const std::string& more = {}, const std::string& path = {}) const {
-        workspace_.write(
+        workspace.write(
             "config",
-            logs::configuration(logs::setting("LogFilePath", path.empty() ? log_.string() : path) + more));
-        ASSERT_EQ(CALL(ZPXRSMLoggerStatup)(workspace_.path("config").c_str()), 0);
+            logs::configuration(logs::setting("LogFilePath", path.empty() ? file.string() : path) + more));
+        ASSERT_EQ(CALL(ZPXRSMLoggerStatup)(workspace.path("config").c_str()), 0);
     }
     static void stop() { CALL(ZPXRSMLoggerShutdown)(); }
     static void log(const char* text) { CALL(ZPXRSMLoggerLog)(30, text); }
     std::string written(const std::string& name = "log/k.xml") const {
-        return logs::withoutStamps(workspace_.read(name));
+        return logs::withoutStamps(workspace.read(name));
     }
     /// Texts of all files of a folder, sorted.
     std::string contents(const std::string& folder) const {
         std::multiset<std::string> texts;
-        for (const auto& entry : fs::directory_iterator(workspace_.path(folder))) {
+        for (const auto& entry : fs::directory_iterator(workspace.path(folder))) {
             if (!entry.is_regular_file()) {
                 continue;
             }
@@ -80,24 +84,26 @@ class LogFileTest : public testing::Test {
         return std::regex_replace(all, std::regex("\n"), "/");
     }
 
-    const support::Workspace workspace_;
-    const fs::path log_ = workspace_.path("log/k.xml");
-    RenameErrors errors_;
-    agent::AgentHost host_{{.observer = &errors_}};
+    const support::Workspace workspace;
+    const fs::path file = workspace.path("log/k.xml");
+    RenameErrors errors;
+    agent::AgentHost agent{{.observer = &errors}};
 };
+
+class LogFileTest : public testing::Test, protected LoggingHost {};
 
 constexpr std::int64_t kSunday = 1772359200;  // 2026-03-01 10:00:00 UTC
 const std::string kEachEntryRotates = logs::setting("FileSize", "1");
 
 TEST_F(LogFileTest, CleanUpStaysInItsDirectory) {
-    const fs::path folder = workspace_.path("log");
+    const fs::path folder = workspace.path("log");
     const auto age = [](const fs::path& path, int days) {
         const timespec time{::time(nullptr) - days * 86400, 0};
         const std::array<timespec, 2> times{time, time};
         EXPECT_EQ(::utimensat(AT_FDCWD, path.c_str(), times.data(), AT_SYMLINK_NOFOLLOW), 0) << path;
     };
-    const auto file = [&](const fs::path& path, int days) {
-        workspace_.write(path.lexically_relative(workspace_.path("")).string(), "text");
+    const auto make = [&](const fs::path& path, int days) {
+        workspace.write(path.lexically_relative(workspace.path("")).string(), "text");
         age(path, days);
     };
     const auto link = [&](const char* target, const char* name, int days) {
@@ -105,163 +111,183 @@ TEST_F(LogFileTest, CleanUpStaysInItsDirectory) {
         age(folder / name, days);
     };
     const char* const escaping = R"(k.xml.d\..\..\victim\important.xml)";
-    file(folder / escaping, 99);
-    file(workspace_.path("victim/important.xml"), 99);
+    make(folder / escaping, 99);
+    make(workspace.path("victim/important.xml"), 99);
     fs::create_directory(folder / "k.xml.d");  // a way for the name above, were it a path
     age(folder / "k.xml.d", 99);
     ::mkfifo((folder / "k.xml.fifo").c_str(), 0600);
     age(folder / "k.xml.fifo", 99);
-    file(folder / "k.old.xml", 99);
-    file(folder / "k.young.xml", 1);
+    make(folder / "k.old.xml", 99);
+    make(folder / "k.young.xml", 1);
     link("../victim/important.xml", "k.link-old.xml", 99);
     link("../victim/important.xml", "k.link-young.xml", 1);
     link("nothing", "k.dangling.xml", 99);
     link("../victim", "k.link-to-directory.xml", 99);
     start();
     stop();
-    EXPECT_EQ(workspace_.list("log"), "k.link-young.xml k.xml k.xml.d k.xml.fifo k.young.xml");
-    EXPECT_TRUE(workspace_.exists("victim/important.xml"));
+    EXPECT_EQ(workspace.list("log"), "k.link-young.xml k.xml k.xml.d k.xml.fifo k.young.xml");
+    EXPECT_TRUE(workspace.exists("victim/important.xml"));
 }
 
-TEST_F(LogFileTest, WhatIsNoRegularFileStaysAsItIs) {
-    const struct {
-        const char* name;
-        std::function<void()> make;
-    } rows[] = {{"a directory", [&] { fs::create_directory(log_); }},
-                {"a FIFO", [&] { ::mkfifo(log_.c_str(), 0600); }},
-                {"a link to a device", [&] { fs::create_symlink("/dev/full", log_); }},
-                {"a link to a directory", [&] { fs::create_symlink("..", log_); }}};
-    for (const auto& row : rows) {
-        fs::remove_all(log_);
-        row.make();
+struct ThingRow {
+    support::RowName name;
+    void (*make)(const fs::path& file);
+};
+
+const support::Rows<ThingRow> thingRows(
+    "LogFile/WhatIsNoRegularFileStaysAsItIs",
+    {
+        {"a directory", [](auto& file) { fs::create_directory(file); }},
+        {"a FIFO", [](auto& file) { ::mkfifo(file.c_str(), 0600); }},
+        {"a link to a device", [](auto& file) { fs::create_symlink("/dev/full", file); }},
+        {"a link to a directory", [](auto& file) { fs::create_symlink("..", file); }},
+    },
+    [](const ThingRow& row) {
+        LoggingHost host;
+        row.make(host.file);
         struct stat before {};
-        ::lstat(log_.c_str(), &before);
-        errors_.count = 0;
+        ::lstat(host.file.c_str(), &before);
         for (const char* const limit : {"5000", "0"}) {
-            start(logs::setting("FileSize", limit));
-            log("a");
-            log("b");
-            stop();
+            host.start(logs::setting("FileSize", limit));
+            host.log("a");
+            host.log("b");
+            host.stop();
         }
         struct stat after {};
-        EXPECT_EQ(::lstat(log_.c_str(), &after), 0) << row.name;
-        EXPECT_EQ(after.st_ino, before.st_ino) << row.name;
-        EXPECT_EQ(workspace_.list("log"), "k.xml") << row.name;
-        EXPECT_EQ(errors_.count, 2) << row.name;
-    }
-}
+        EXPECT_EQ(::lstat(host.file.c_str(), &after), 0);
+        EXPECT_EQ(after.st_ino, before.st_ino);
+        EXPECT_EQ(host.workspace.list("log"), "k.xml");
+        EXPECT_EQ(host.errors.count, 2);
+    });
 
-TEST_F(LogFileTest, NoTextOfAnotherProcessIsCut) {
-    const auto other = [this] { std::ofstream(log_, std::ios::app) << "<other>"; };
-    const std::string torn(80, 't');
-    const struct {
-        const char* name;
-        bool behindTheShortWrite;
-        bool behindTheFailure;
-        std::string written;
-    } rows[] = {
+/// Of an entry 40 characters are not written; another process writes then, or when the rest fails.
+struct ShortWriteRow {
+    support::RowName name;
+    bool otherFollowsThePart;
+    bool otherFollowsTheFailure;
+    std::string written;
+};
+
+const std::string kHalf(40, 't');
+
+const support::Rows<ShortWriteRow> shortWriteRows(
+    "LogFile/NoTextOfAnotherProcessIsCut",
+    {
         {"alone", false, false, "|a|b"},
-        {"another write behind the part", true, false, "|a|" + torn.substr(0, 40) + "<other>|b"},
-        {"another write before the part is taken back", false, true,
-         "|a|" + torn.substr(0, 40) + "<other>|b"},
-    };
-    for (const auto& row : rows) {
-        fs::remove_all(log_);
-        start();
-        log("a");
+        {"another write behind the part", true, false, "|a|" + kHalf + "<other>|b"},
+        {"another write before the part is taken back", false, true, "|a|" + kHalf + "<other>|b"},
+    },
+    [](const ShortWriteRow& row) {
+        LoggingHost host;
+        host.start();
+        host.log("a");
         bool isFirst = true;
         interposed::write = [&](int descriptor, const void* data, std::size_t size) -> ssize_t {
             const std::string_view text(static_cast<const char*>(data), size);
             if (text.find("ttt") == text.npos) {
                 return ::syscall(SYS_write, descriptor, data, size);
             }
-            if (std::exchange(isFirst, false)) {
-                const ssize_t part = ::syscall(SYS_write, descriptor, data, size - 40);
-                row.behindTheShortWrite ? other() : void();
-                return part;
+            ssize_t result = -1;
+            const bool isPart = std::exchange(isFirst, false);
+            if (isPart) {
+                result = ::syscall(SYS_write, descriptor, data, size - kHalf.size());
             }
-            row.behindTheFailure ? other() : void();
+            if (isPart ? row.otherFollowsThePart : row.otherFollowsTheFailure) {
+                std::ofstream(host.file, std::ios::app) << "<other>";
+            }
             errno = ENOSPC;
-            return -1;
+            return result;
         };
-        log(torn.c_str());
+        host.log((kHalf + kHalf).c_str());
         interposed::write = nullptr;
-        log("b");
-        stop();
-        EXPECT_EQ(written(), row.written) << row.name;
-    }
-}
+        host.log("b");
+        host.stop();
+        EXPECT_EQ(host.written(), row.written);
+    });
 
-TEST_F(LogFileTest, RotatesOnFileSystemsThatCannotDoEverything) {
-    const struct {
-        const char* name;
-        std::vector<support::Refusal> refusals;
-    } rows[] = {
+struct FileSystemRow {
+    support::RowName name;
+    std::vector<support::Refusal> refusals;
+};
+
+const support::Rows<FileSystemRow> fileSystemRows(
+    "LogFile/RotatesOnFileSystemsThatCannotDoEverything",
+    {
         {"no rename without replacing", {{SYS_renameat2, EINVAL}}},
-        {"no second names either", {{SYS_renameat2, EINVAL}, {SYS_linkat, EPERM}, {SYS_link, EPERM}}},
-        {"old system", {{SYS_renameat2, ENOSYS}, {SYS_linkat, EOPNOTSUPP}, {SYS_link, EOPNOTSUPP}}},
-    };
-    const std::string archive = "log/k2026_3_1_10_0_0.xml";
-    for (const auto& row : rows) {
+        {"no second names either", {{SYS_renameat2, EINVAL}, {SYS_linkat, EPERM}}},
+        {"an old system", {{SYS_renameat2, ENOSYS}, {SYS_linkat, EOPNOTSUPP}}},
+    },
+    [](const FileSystemRow& row) {
         for (const bool nameTaken : {false, true}) {
-            fs::remove_all(workspace_.path("log"));
+            LoggingHost host;
             // A directory of that name cannot be opened as a file, but must not be lost either.
-            fs::create_directories(workspace_.path(nameTaken ? archive : "log"));
+            const fs::path archive = host.workspace.path("log/k2026_3_1_10_0_0.xml");
+            nameTaken ? fs::create_directory(archive) : false;
             support::inChild([&] {
                 support::refuse(row.refusals);
                 ::setenv("TZ", "UTC", 1);
                 interposed::now = kSunday;
-                start(kEachEntryRotates);
-                log("a");
-                log("b");
-                stop();
-                EXPECT_EQ(errors_.count, 0) << row.name;
+                host.start(kEachEntryRotates);
+                host.log("a");
+                host.log("b");
+                host.stop();
+                EXPECT_EQ(host.errors.count, 0);
             });
-            EXPECT_EQ(contents("log"), "[|a][|b/]") << row.name;
-            EXPECT_EQ(fs::is_directory(workspace_.path(archive)), nameTaken) << row.name;
+            EXPECT_EQ(host.contents("log"), "[|a][|b/]");
+            EXPECT_EQ(fs::is_directory(archive), nameTaken);
         }
-    }
-}
+    });
 
 TEST_F(LogFileTest, RotatesInTheDirectoryThatItHolds) {
     interposed::now = kSunday;
     start(kEachEntryRotates);
     log("a");
-    fs::rename(workspace_.path("log"), workspace_.path("old"));
-    fs::create_directory(workspace_.path("log"));
+    fs::rename(workspace.path("log"), workspace.path("old"));
+    fs::create_directory(workspace.path("log"));
     log("b");
     EXPECT_EQ(contents("old"), "[|a][|b/]");
     ++interposed::now;
     log("c");
     stop();
     EXPECT_EQ(contents("log"), "[|c]");
-    EXPECT_EQ(errors_.count, 0);
+    EXPECT_EQ(errors.count, 0);
 }
 
-TEST_F(LogFileTest, RelativePathStaysWhereItWasAtTheStart) {
-    for (const std::string path : {"log/k.xml", "k.xml", "./log/agent", "log/../k.xml"}) {
-        support::inChild([&] {
-            fs::current_path(workspace_.path(""));
-            interposed::now = kSunday;
-            start(kEachEntryRotates, path);
-            log("a");
-            fs::current_path("/");
-            log("b");
-            ++interposed::now;
-            log("c");
-            stop();
-            EXPECT_EQ(errors_.count, 0) << path;
-        });
-        EXPECT_EQ(written(path), "|c\n") << path;
-    }
-}
+struct PathRow {
+    support::RowName name;
+    const char* path;
+};
+
+const support::Rows<PathRow> pathRows("LogFile/RelativePathStaysWhereItWasAtTheStart",
+                                      {
+                                          {"with a directory", "log/k.xml"},
+                                          {"a name alone", "k.xml"},
+                                          {"archives in another directory", "./log/agent"},
+                                          {"there and back", "log/../k.xml"},
+                                      },
+                                      [](const PathRow& row) {
+                                          LoggingHost host;
+                                          support::inChild([&] {
+                                              fs::current_path(host.workspace.path(""));
+                                              interposed::now = kSunday;
+                                              host.start(kEachEntryRotates, row.path);
+                                              host.log("a");
+                                              fs::current_path("/");
+                                              host.log("b");
+                                              ++interposed::now;
+                                              host.log("c");
+                                              host.stop();
+                                              EXPECT_EQ(host.errors.count, 0);
+                                          });
+                                          EXPECT_EQ(host.written(row.path), "|c\n");
+                                      });
 
 TEST_F(LogFileTest, FileReplacedByOneOfTheSameSizeIsFoundInTheNextSecond) {
     interposed::now = kSunday;
     start();
     log("a");
-    fs::copy(log_, workspace_.path("copy"));
-    fs::rename(workspace_.path("copy"), log_);
+    fs::copy(file, workspace.path("copy"));
+    fs::rename(workspace.path("copy"), file);
     ++interposed::now;
     log("b");
     stop();
@@ -279,15 +305,15 @@ TEST_F(LogFileTest, TwoProcessesFillADisk) {
     constexpr int kEntries = 600;
     bool mounted = false;
     support::inChild([&] {
-        if (!mountSmallFileSystem(workspace_.path("log"))) {
+        if (!mountSmallFileSystem(workspace.path("log"))) {
             return;
         }
-        workspace_.write("mounted", "yes");
+        workspace.write("mounted", "yes");
         std::array<pid_t, 2> children{};
         for (std::size_t i = 0; i < children.size(); ++i) {
             children.at(i) = support::startChild([&, i] {
                 std::freopen("/dev/null", "w", stdout);
-                std::ofstream accepted(workspace_.path("accepted" + std::to_string(i)));
+                std::ofstream accepted(workspace.path("accepted" + std::to_string(i)));
                 interposed::write = [&](int descriptor, const void* data, std::size_t size) {
                     const ssize_t result = ::syscall(SYS_write, descriptor, data, size);
                     const std::string_view text(static_cast<const char*>(data), size);
@@ -323,19 +349,19 @@ TEST_F(LogFileTest, TwoProcessesFillADisk) {
         EXPECT_LT(found.size(), 2U * kEntries) << "the disk was to be full";
         EXPECT_GT(found.size(), 64U * 1024 / 150);
         for (const char* const name : {"accepted0", "accepted1"}) {
-            for (std::istringstream entries(workspace_.read(name)); entries >> one;) {
+            for (std::istringstream entries(workspace.read(name)); entries >> one;) {
                 EXPECT_EQ(found.count(one), 1U) << one;
             }
         }
-        for (const auto& entry : fs::directory_iterator(workspace_.path("log"))) {
-            entry.path() != log_ ? fs::remove(entry.path()) : false;
+        for (const auto& entry : fs::directory_iterator(workspace.path("log"))) {
+            entry.path() != file ? fs::remove(entry.path()) : false;
         }
         start();
         log("There is room again.");
         stop();
         EXPECT_NE(written().find("|There is room again."), std::string::npos);
     });
-    mounted = workspace_.exists("mounted");
+    mounted = workspace.exists("mounted");
     if (!mounted) {
         GTEST_SKIP() << "no file system can be mounted here: run it as root, or allow user namespaces";
     }

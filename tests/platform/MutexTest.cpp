@@ -17,17 +17,28 @@ void elsewhere(Function&& function) {
     std::thread(function).join();
 }
 
+/// Gives back what the calling thread does not hold.
+bool releaseNothing(Mutex& mutex) {
+#if defined(__SANITIZE_THREAD__)  // takes the attempt itself for a fault
+    static_cast<void>(mutex);
+    return false;
+#else
+    return mutex.release();
+#endif
+}
+
 TEST(Mutex, AdmitsItsOwnerAgainAndNobodyElse) {
     Mutex mutex;
-    EXPECT_FALSE(mutex.release());
+    EXPECT_FALSE(releaseNothing(mutex));
     EXPECT_EQ(mutex.wait(), Wait::Obtained);
     EXPECT_EQ(mutex.tryWait(), Wait::Obtained);
     for (const Wait seen : {Wait::Busy, Wait::Busy, Wait::Obtained}) {
         elsewhere([&] {
             EXPECT_EQ(mutex.tryWait(), seen);
-            EXPECT_EQ(mutex.release(), seen == Wait::Obtained);
+            EXPECT_EQ(seen == Wait::Obtained ? mutex.release() : releaseNothing(mutex),
+                      seen == Wait::Obtained);
         });
-        EXPECT_EQ(mutex.release(), seen == Wait::Busy);
+        EXPECT_EQ(seen == Wait::Busy ? mutex.release() : releaseNothing(mutex), seen == Wait::Busy);
     }
 }
 
@@ -37,10 +48,10 @@ TEST(Mutex, TellsOnceOfAnOwnerThatEnded) {
         elsewhere([&] { mutex.wait(), mutex.wait(); });
         const auto next = [&] { return tried ? mutex.tryWait() : mutex.wait(); };
         EXPECT_EQ(next(), Wait::Abandoned);
-        EXPECT_FALSE(mutex.release());
+        EXPECT_FALSE(releaseNothing(mutex));
         EXPECT_EQ(next(), Wait::Obtained);
         EXPECT_TRUE(mutex.release());
-        EXPECT_FALSE(mutex.release());
+        EXPECT_FALSE(releaseNothing(mutex));
     }
 }
 
@@ -52,7 +63,10 @@ TEST(Lock, TakesOverAndGivesBack) {
         EXPECT_TRUE(lock.isHeld());
         elsewhere([&] { EXPECT_EQ(mutex.tryWait(), Wait::Busy); });
     }
-    elsewhere([&] { EXPECT_EQ(mutex.tryWait(), Wait::Obtained), mutex.release(); });
+    elsewhere([&] {
+        EXPECT_EQ(mutex.tryWait(), Wait::Obtained);
+        EXPECT_TRUE(mutex.release());
+    });
 }
 
 }  // namespace

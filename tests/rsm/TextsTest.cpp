@@ -1,10 +1,12 @@
 // What only a caller of the classes themselves can see.
 #include "AgentHost.h"
+#include "FreeRuntime.h"
 #include "Observer.h"
 #include "ZephanRSMLogger.h"
 #include "controller/ZephanRSMSingleTon.h"
 #include "platform/agent/Messaging.h"
 #include "scheduling/ScheduleRSMHandler.h"
+#include "scheduling/GmtClock.h"
 #include "scheduling/TaggedText.h"
 #include "support/Workspace.h"
 #include "webservice/ConnectMessage.h"
@@ -15,6 +17,7 @@
 #include <chrono>
 #include <future>
 #include <memory>
+#include <thread>
 
 #include <gtest/gtest.h>
 
@@ -61,11 +64,12 @@ TEST(Schedule, NoLockIsHeldWhileTheAgentIsCalled) {
         void onLog(int /*level*/, std::string_view text) override {
             if (text.find("GOING TO PUT") != std::string_view::npos && !seen.exchange(true)) {
                 second = std::async(std::launch::async,
-                                    [this] { return handler->executeScheduleCommand(&input, nullptr); });
+                                    [this] { return handler->executeScheduleCommand(&input, nullptr, *controller); });
                 finished = second.wait_for(std::chrono::seconds(10)) == std::future_status::ready;
             }
         }
         ScheduleRSMHandler* handler = nullptr;
+        ZephanRSMSingleTon::Reference controller = ZephanRSMSingleTon::getInstance();
         PropList input{};
         std::atomic<bool> seen = false;
         std::future<std::int32_t> second;
@@ -80,7 +84,7 @@ TEST(Schedule, NoLockIsHeldWhileTheAgentIsCalled) {
                          {texts[2].data(), nullptr, nullptr, texts[3].data()}};
     observer.handler = &handler;
     observer.input = {properties, 2};
-    EXPECT_EQ(handler.executeScheduleCommand(&observer.input, nullptr), 1);
+    EXPECT_EQ(handler.executeScheduleCommand(&observer.input, nullptr, *observer.controller), 1);
     EXPECT_TRUE(observer.finished);
     EXPECT_FALSE(handler.isScheduleCurrent());
     EXPECT_NE(workspace.read("schedule.xml").find("<RSMEndTime>05:36:00</RSMEndTime>"), std::string::npos);
@@ -110,6 +114,28 @@ TEST(Controller, OneUntilItIsDestroyed) {
     EXPECT_EQ(controller->createThread(), -1);
     EXPECT_EQ(next->getRSMMode(), 0);
     ZephanRSMSingleTon::destroyInstance();
+}
+
+// An order may be half stored when the waiting thread looks: it sleeps before it looks again.
+TEST(Waiting, SleepsBetweenItsLooks) {
+    struct Sleeps final : agent::Observer {
+        void onSleep(unsigned int /*milliseconds*/) override { ++count; }
+        std::atomic<int> count = 0;
+    } sleeps;
+    agent::FreeRuntime runtime{1000};
+    agent::AgentHost host({&sleeps, nullptr, &runtime});
+    const auto controller = ZephanRSMSingleTon::getInstance();
+    controller->setServiceAgent(host.serviceAgent());
+    const auto start = scheduling::gmtNow() + 3600;
+    EXPECT_EQ(controller->scheduleDelayedProfile(30, start, start + 60, 1), 0);
+    controller->setGracePeriod(5.0);
+    for (const auto until = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+         sleeps.count < 10 && std::chrono::steady_clock::now() < until;) {
+        std::this_thread::yield();
+    }
+    EXPECT_GE(sleeps.count, 10);
+    ZephanRSMSingleTon::destroyInstance();
+    EXPECT_TRUE(host.endThreads());
 }
 
 TEST(Messages, SubElements) {

@@ -66,8 +66,12 @@ inline void refuse(std::vector<Refusal> refusals, unsigned int rest = SECCOMP_RE
     ASSERT_EQ(::prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &program), 0);
 }
 
+/// How many threads have vanished.
+inline std::atomic<int> vanished{0};
+
 /// The calling thread ends where it is: nothing is unwound, no lock given back.
 inline void vanish() {
+    ++vanished;
     ::syscall(SYS_exit, 0);
 }
 
@@ -81,7 +85,7 @@ inline void inVanishingThread(
         body();
     });
     meanwhile(thread);
-    while (id == 0 || std::filesystem::exists("/proc/self/task/" + std::to_string(id))) {
+    while (vanished == 0 || std::filesystem::exists("/proc/self/task/" + std::to_string(id))) {
         ::usleep(1000);
     }
     thread.detach();

@@ -62,6 +62,8 @@ AuditTexts readAuditTexts(const std::string& configurationFile) {
             texts.fileOpen = messagesOf(*files, "OpenMessage");
             texts.fileClose = messagesOf(*files, "CloseMessage");
         }
+        const agent::XmlElement* resume = childOf(root, "RSMResumeStatusFile");
+        texts.resumeFile = resume == nullptr ? "" : resume->text;
         texts.source = configurationFile;
     } catch (const std::runtime_error&) {
         // The module says what is wrong with it; a page without these texts is still worth having.

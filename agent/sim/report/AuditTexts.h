@@ -14,6 +14,7 @@ struct AuditTexts {
     std::string abort;
     std::vector<std::string> fileOpen;
     std::vector<std::string> fileClose;
+    std::string resumeFile;  ///< the configured path of the resume state file
 };
 
 AuditTexts readAuditTexts(const std::string& configurationFile);

@@ -97,6 +97,7 @@ std::size_t File::readStart(char* buffer, std::size_t size) const noexcept {
 }
 
 std::ptrdiff_t File::readAt(std::uint64_t position, char* buffer, std::size_t size) const noexcept {
+    const KeepThread keep;
     ssize_t count = -1;
     do {
         count = ::pread(descriptor_, buffer, size, static_cast<off_t>(position));

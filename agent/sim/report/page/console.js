@@ -1,1 +1,141 @@
-// ---- The live page.
+// ---- The live page: follows the session, and does what its forms say.
+
+class LiveConsole {
+    /// `hooks.refresh()` is called when there is something new to show.
+    constructor(model, picture, hooks) {
+        this.model = model;
+        this.picture = picture;
+        this.hooks = hooks;
+        this.shift = null;   // session time minus this page's clock
+        this.changed = false;
+        this.listen();
+        this.follow();
+        this.offerTexts();
+        setInterval(() => this.tick(), 1000);
+    }
+
+    follow() {
+        const source = new EventSource(`/events?after=${this.model.size}`);
+        source.onopen = () => this.tell('live', 'live');
+        source.onerror = () => this.tell('not connected', 'lost');
+        source.onmessage = message => {
+            // After a lost connection the browser asks from the last number on; before the first one it asks anew.
+            if (Number(message.lastEventId) !== this.model.size) {
+                return;
+            }
+            const event = JSON.parse(message.data);
+            this.model.addLive(event);
+            this.setTime(event.t * 1000);
+            this.refreshSoon();
+        };
+        source.addEventListener('now', message => {
+            const now = Number(message.data) * 1000;
+            if (now < this.model.end - 1000) {
+                location.reload();  // another session is served at this place now
+            }
+            this.setTime(now);
+        });
+        source.addEventListener('over', () => {
+            source.close();
+            this.isOver = true;
+            this.tell('the session is over', 'lost');
+            document.querySelectorAll('.console button').forEach(button => {
+                button.disabled = true;
+            });
+        });
+    }
+
+    tell(text, state) {
+        $('link').textContent = text;
+        $('link').dataset.state = state;
+    }
+
+    setTime(t) {
+        this.shift = Math.max(t - performance.now(), this.shift ?? -Infinity);
+    }
+
+    refreshSoon() {
+        if (!this.changed) {
+            this.changed = true;
+            setTimeout(() => {
+                this.changed = false;
+                this.tick();
+                this.hooks.refresh();
+                this.askStatus();
+            }, 100);
+        }
+    }
+
+    tick() {
+        if (this.shift === null || this.isOver) {
+            return;
+        }
+        const now = performance.now() + this.shift;
+        this.picture.now = now;
+        $('now').textContent = timeTexts(now)[0];
+        if (this.picture.view === null) {
+            this.picture.drawSoon();
+        }
+        if (!this.asked || performance.now() - this.asked > 5000) {
+            this.askStatus();
+        }
+    }
+
+    async askStatus() {
+        this.asked = performance.now();
+        const response = await fetch('/status').catch(() => null);
+        if (response?.ok) {
+            const status = await response.json();
+            $('state').textContent = status.sentence ?? '';
+        }
+    }
+
+    /// The audit texts that the configuration knows, to choose from.
+    offerTexts() {
+        const texts = this.model.texts;
+        for (const text of texts ? [...texts.tunnelOpen, ...texts.tunnelClose, texts.abort, ...texts.fileOpen, ...texts.fileClose] : []) {
+            const option = document.createElement('option');
+            option.value = text;
+            $('texts').append(option);
+        }
+    }
+
+    listen() {
+        for (const form of document.querySelectorAll('form[data-form]')) {
+            form.addEventListener('submit', event => {
+                event.preventDefault();
+                const values = Object.fromEntries(new FormData(form));
+                let name = form.dataset.form;
+                if (name === 'message') {
+                    name = values.level === 'audit-message' ? 'audit' : 'log';
+                    values.text += '\n';
+                }
+                this.order(name, values, event.submitter);
+            });
+        }
+        for (const button of document.querySelectorAll('button[data-do]')) {
+            const {do: name, ...values} = button.dataset;
+            button.addEventListener('click', () => this.order(name, values, button));
+        }
+    }
+
+    async order(name, values, button) {
+        const answer = $('answer');
+        if (button) {
+            button.disabled = true;
+        }
+        const response = await fetch(`/do/${name}`, {method: 'POST', body: JSON.stringify(values)}).catch(() => null);
+        const text = response === null ? 'there is no answer' : await response.text();
+        if (button) {
+            button.disabled = Boolean(this.isOver);
+        }
+        answer.classList.toggle('bad', !response?.ok);
+        if (!response?.ok) {
+            answer.textContent = text.trim();
+            return;
+        }
+        const calls = JSON.parse(text).calls;
+        answer.classList.toggle('bad', calls.some(call => call.result !== 0));
+        answer.textContent = calls.length > 0 ? calls.map(whatOf).join('; ') : `${name} ${Object.values(values).join(' ')}: done`;
+    }
+}

@@ -202,11 +202,15 @@ function summaryText() {
     if (kills > 0) {
         parts.push(`the agent was killed ${times(kills)}`);
     }
-    return `${parts.join(' \u00b7 ')} \u00b7 ${lengthText(model.end)} in all.`;
+    if (!page.isLive) {
+        parts.push(`${lengthText(model.end)} in all`);
+    }
+    return `${parts.join(' \u00b7 ')}.`;
 }
 
 function showStory() {
     const {model, story} = page;
+    picture.show(model, story);
     document.title = `${model.title} \u2013 RSM session`;
     $('title').textContent = model.title;
     $('note').textContent = model.note;
@@ -225,7 +229,7 @@ function showStory() {
             picture.look(session.from - margin, to + margin);
         });
         const length = document.createElement('span');
-        length.textContent = lengthText((session.to ?? picture.until) - session.from);
+        length.textContent = session.to === null ? 'goes on' : lengthText(session.to - session.from);
         const what = document.createElement('span');
         const facts = [session.causes.map(cause => oneLine(cause.text)).join(', then '), plural(session.polls, 'poll')];
         if (session.activity > 0) {
@@ -243,7 +247,6 @@ function showStory() {
         return item;
     }));
     $('sessions-card').hidden = story.sessions.length === 0;
-    picture.show(model, story);
     const source = model.texts ? `Tunnel and file transfer as the audit texts of ${model.texts.source} tell them.`
         : 'No configuration was found: tunnel and file transfer are told by the words of the audit messages.';
     $('foot').textContent = `${source}${model.clockIsGuessed ? ' The wall clock is that of the reports.' : ''}`;
@@ -270,4 +273,9 @@ const kLegend = [
 ];
 $('legend').innerHTML = kLegend.map(([shape, text]) => `<li><svg class="picture" aria-hidden="true">${shape}</svg>${text}</li>`).join('');
 
+page.isLive = typeof LiveConsole !== 'undefined';
+table.follow = page.isLive;
 refresh();
+if (page.isLive) {
+    page.console = new LiveConsole(page.model, picture, {refresh});
+}

@@ -370,35 +370,40 @@ class Picture {
     drawFlags(parent) {
         const lane = kLanes.orders;
         const height = 18;
-        const ends = [-Infinity, -Infinity, -Infinity];
+        const seen = this.story.flags.filter(flag => this.isSeen(flag.t, flag.t));
         const poles = this.add(parent, 'g', {});
-        let bare = -Infinity;
-        for (const flag of this.story.flags) {
-            if (!this.isSeen(flag.t, flag.t)) {
-                continue;
+        let last = -Infinity;
+        for (const flag of seen) {
+            const x = Math.round(this.x(flag.t)) + 0.5;
+            if (flag.type === 'kill' || x - last >= 2) {
+                last = x;
+                const end = kLanes.mode.y + (flag.type === 'kill' ? kLanes.mode.height : 7);
+                this.drawMark(poles, 'line', {class: `pole ${flag.type}`, x1: x, x2: x, y1: lane.y + 4, y2: end}, flag.number, this.flagTitle(flag));
             }
+        }
+        // Where there is no room for all names, those of starts and stops are the first to be left out.
+        const rank = {kill: 0, order: 1, restart: 2, stop: 3, start: 3};
+        const rows = [[], [], []];
+        for (const flag of [...seen].sort((one, other) => rank[one.type] - rank[other.type] || one.t - other.t).slice(0, 2000)) {
             const x = Math.round(this.x(flag.t)) + 0.5;
             const label = flag.label + (flag.failed ? ' \u2717' : '');
-            const width = label.length * 6.6 + 14;
+            const width = label.length * 6.8 + 14;
             // A flag at the right edge points back.
-            const back = x + width > kGutter + this.width;
-            const [left, right] = back ? [x - width, x] : [x, x + width];
-            const row = ends.findIndex(end => left > end + 4);
-            if (row < 0 && x - bare < 2) {
-                continue;
-            }
-            const y = lane.y + Math.max(row, 0) * (height + 3);
-            const title = `${this.timeText(flag.t)} ${flag.title ?? flag.label}`;
-            this.drawMark(poles, 'line', {class: `pole ${flag.type}`, x1: x, x2: x, y1: row < 0 ? lane.y + lane.height - 6 : y, y2: kLanes.mode.y + kLanes.mode.height}, flag.number, title);
+            const [left, right] = x + width > kGutter + this.width ? [x - width, x] : [x, x + width];
+            const row = rows.findIndex(taken => taken.every(([from, to]) => right + 4 < from || left > to + 4));
             if (row < 0) {
-                bare = x;
                 continue;
             }
-            ends[row] = right;
-            const group = this.drawMark(parent, 'g', {class: `flag ${flag.type}${flag.failed ? ' failed' : ''}`}, flag.number, title);
+            rows[row].push([left, right]);
+            const y = lane.y + row * (height + 3);
+            const group = this.drawMark(parent, 'g', {class: `flag ${flag.type}${flag.failed ? ' failed' : ''}`}, flag.number, this.flagTitle(flag));
             this.add(group, 'rect', {x: left, y, width, height, rx: 2});
             this.add(group, 'text', {x: left + 7, y: y + 13}, label);
         }
+    }
+
+    flagTitle(flag) {
+        return `${this.timeText(flag.t)} ${oneLine(flag.title ?? flag.label)}`;
     }
 
     /// The whole session in small, with the part that is shown.

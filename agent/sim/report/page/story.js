@@ -183,8 +183,10 @@ class Story {
             this.judgeEnd(first, second, t);
         }
         if (first === 'start') {
-            const type = this.killed ? 'restart' : 'start';
-            const label = this.killed ? 'agent is back' : 'agent starts';
+            // A kill while nothing ran shows only by a second start.
+            const isBack = this.killed || this.up.has(second);
+            const type = isBack ? 'restart' : 'start';
+            const label = this.killed ? 'agent is back' : isBack ? 'starts again' : 'agent starts';
             const last = this.flags[this.flags.length - 1];
             if (!done) {
                 this.flags.push({t, number, label: `${verb} fails`, type: 'kill'});

@@ -1,6 +1,7 @@
 #include "platform/agent/Messaging.h"
 
 #include <memory>
+#include <utility>
 
 namespace KRX::Messaging::Headers {
 
@@ -76,3 +77,66 @@ const char* SecurityContext::GetAuthenticationToken() const {
 }
 
 }  // namespace KRX::Messaging::Headers
+
+namespace KRX::Messaging {
+
+SerializableString::SerializableString(const char* elementName, const char* value)
+    : Serializable(elementName, nullptr, 0, 1) {
+    delanddup(value_, value);
+}
+
+SerializableString::~SerializableString() {
+    delete[] value_;
+}
+
+std::int8_t SerializableString::SetElementText(const char* text) {
+    return delanddup(value_, text);
+}
+
+const char* SerializableString::GetElementText(bool& release) {
+    release = false;
+    return value_;
+}
+
+bool SerializableString::HasElementText() {
+    return true;
+}
+
+void SerializableString::SetValue(const char* value) {
+    delanddup(value_, value);
+}
+
+const char* SerializableString::GetValue() const {
+    return value_;
+}
+
+SerializableArray::SerializableArray() = default;
+
+SerializableArray::~SerializableArray() = default;
+
+WebServiceMessage::WebServiceMessage() : context_("SecurityContext") {}
+
+WebServiceMessage::~WebServiceMessage() {
+    delete request_;
+    delete response_;
+    delete[] requestUri_;
+}
+
+std::int8_t WebServiceMessage::SetRequestUri(const char* uri) {
+    return delanddup(requestUri_, uri);
+}
+
+std::int8_t WebServiceMessage::SetIdempotent(int flag) {
+    idempotent_ = flag;
+    return 0;
+}
+
+Serializable* WebServiceMessage::SetRequestMsg(Serializable* request) {
+    return std::exchange(request_, request);
+}
+
+Serializable* WebServiceMessage::SetResponseMsg(Serializable* response) {
+    return std::exchange(response_, response);
+}
+
+}  // namespace KRX::Messaging

@@ -1,0 +1,32 @@
+// The timeline with less to read.
+#pragma once
+
+#include "Event.h"
+
+#include <cstddef>
+#include <string>
+
+namespace sim {
+
+/// Lines for a person, of no more than `width` columns: no log lines and their echo, no sleeps, polls that
+/// follow each other in one line, nothing twice.
+class BriefTimeline final {
+  public:
+    explicit BriefTimeline(std::size_t width) : width_(width) {}
+
+    /// The lines that are complete with this event.
+    std::string add(const Event& event);
+    /// What is left at the end.
+    std::string end();
+
+  private:
+    std::string fitted(std::string line) const;
+
+    std::size_t width_;
+    int polls_ = 0;
+    Event firstPoll_;
+    Event lastPoll_;
+    std::string previous_;
+};
+
+}  // namespace sim

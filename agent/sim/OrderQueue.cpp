@@ -1,0 +1,96 @@
+#include "OrderQueue.h"
+
+#include "EventFields.h"
+
+#include <cerrno>
+#include <stdexcept>
+#include <system_error>
+#include <utility>
+
+#include <sys/eventfd.h>
+#include <unistd.h>
+
+namespace sim {
+
+namespace {
+
+constexpr std::size_t kMostOrders = 1000;
+
+}  // namespace
+
+OrderQueue::OrderQueue() : descriptor_(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK | EFD_SEMAPHORE)) {
+    if (descriptor_ < 0) {
+        throw std::system_error(errno, std::generic_category(), "eventfd");
+    }
+}
+
+OrderQueue::~OrderQueue() {
+    ::close(descriptor_);
+}
+
+std::future<OrderQueue::Outcome> OrderQueue::submit(std::vector<std::string> lines) {
+    Order order{std::move(lines), {}};
+    std::future<Outcome> answer = order.answer.get_future();
+    const std::lock_guard lock(mutex_);
+    if (closed_) {
+        order.answer.set_value({{}, {}, true});
+    } else if (orders_.size() >= kMostOrders) {
+        order.answer.set_value({"too many orders wait already", {}, false});
+    } else {
+        orders_.push_back(std::move(order));
+        const std::uint64_t one = 1;
+        [[maybe_unused]] const ssize_t written = ::write(descriptor_, &one, sizeof one);
+    }
+    return answer;
+}
+
+void OrderQueue::close() {
+    const std::lock_guard lock(mutex_);
+    closed_ = true;
+    for (Order& order : std::exchange(orders_, {})) {
+        order.answer.set_value({{}, {}, true});
+    }
+}
+
+bool OrderQueue::hasOrder() const {
+    const std::lock_guard lock(mutex_);
+    return !orders_.empty();
+}
+
+void OrderQueue::perform(const std::function<void(const std::string&)>& performLine) {
+    Order order;
+    {
+        const std::lock_guard lock(mutex_);
+        order = std::move(orders_.front());
+        orders_.pop_front();
+    }
+    std::uint64_t count = 0;
+    [[maybe_unused]] const ssize_t size = ::read(descriptor_, &count, sizeof count);
+    calls_.clear();
+    Outcome outcome;
+    try {
+        for (const std::string& line : order.lines) {
+            performLine(line);
+        }
+    } catch (const std::runtime_error& error) {
+        outcome.error = error.what();
+    }
+    outcome.calls = std::exchange(calls_, {});
+    order.answer.set_value(std::move(outcome));
+}
+
+void OrderQueue::onEvent(const Event& event) noexcept {
+    if (event.name != "call") {
+        return;
+    }
+    Call call;
+    call.result = numberOf(event, "result");
+    call.stage = textOf(event, "stage").value_or("");
+    call.response = textOf(event, "response");
+    call.remark = event.remark;
+    call.json = asJson(event);
+    call.json.pop_back();
+    calls_.push_back(std::move(call));
+}
+
+}  // namespace sim

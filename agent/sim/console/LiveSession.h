@@ -1,0 +1,64 @@
+// A session that goes on, for clients to look at.
+#pragma once
+
+#include "Clock.h"
+#include "Enterprise.h"
+#include "EventListener.h"
+#include "report/SessionRecord.h"
+
+#include <condition_variable>
+#include <cstdint>
+#include <functional>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace sim {
+
+/// Collects events on the thread that has the turn and shows them to any thread.
+class LiveSession final : public EventListener {
+  public:
+    /// A profile that the enterprise has accepted.
+    struct Profile {
+        std::string member;
+        agent::NamedValues properties;
+    };
+    struct News {
+        std::vector<std::string> lines;  ///< of the trace, without their ends
+        bool isOver = false;
+    };
+
+    /// `now` tells the time of the session, on any thread.
+    LiveSession(SessionRecord& record, std::function<Instant()> now)
+        : record_(record), now_(std::move(now)) {}
+
+    void onEvent(const Event& event) noexcept override;
+    /// No more events will come.
+    void close();
+
+    /// The page as it is now.
+    std::string page() const;
+    /// Waits at most `time` for events from number `first` on.
+    News wait(std::uint64_t first, std::chrono::milliseconds time) const;
+    Instant now() const { return now_(); }
+    std::optional<Profile> profile() const;
+    /// The lines that start again what was started last; empty when nothing was.
+    std::vector<std::string> startLines() const;
+
+  private:
+    void noteStart(const std::string& verb);
+
+    SessionRecord& record_;
+    std::function<Instant()> now_;
+    mutable std::mutex mutex_;  ///< of everything below, and of the record
+    mutable std::condition_variable changed_;
+    bool over_ = false;
+    std::string member_;
+    std::optional<Profile> profile_;
+    std::vector<std::pair<std::string, std::string>>
+        starts_;  ///< family and line, in the order of their first start
+};
+
+}  // namespace sim

@@ -1,0 +1,33 @@
+#include "status/FileStatus.h"
+
+#include "config/XMLConfigData.h"
+#include "status/Moment.h"
+#include "status/StateFiles.h"
+#include "status/StatusJson.h"
+
+#include <stdexcept>
+
+namespace sim {
+
+std::string fileStatusText(const StateFiles& files, std::int64_t now) {
+    return files.startText(now) + "\n" +                      //
+           "  now            " + momentText(now) + "\n" +     //
+           "  last known     " + files.resumeText() + "\n" +  //
+           "  next schedule  " + files.scheduleText(now) + "\n";
+}
+
+std::string fileStatusJson(const StateFiles& files, std::int64_t now) {
+    nlohmann::ordered_json json = {{"sentence", files.startText(now)}, {"now", momentJson(now)}};
+    json.update(stateFilesJson(files, now));
+    return dumped(json);
+}
+
+std::string resumePathOf(const std::string& configurationFile) {
+    const auto configuration = loadConfiguration(configurationFile);
+    if (!configuration) {
+        throw std::runtime_error(configurationFile + ": there is no memory for it");
+    }
+    return configuration->getRSMResumeStatusFile();
+}
+
+}  // namespace sim

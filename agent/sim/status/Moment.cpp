@@ -1,0 +1,39 @@
+#include "status/Moment.h"
+
+#include <array>
+#include <ctime>
+
+namespace sim {
+
+namespace {
+
+std::string text(const std::tm& fields, const char* format) {
+    std::array<char, 80> written = {};
+    return std::strftime(written.data(), written.size(), format, &fields) > 0 ? written.data()
+                                                                              : "beyond the calendar";
+}
+
+}  // namespace
+
+std::string gmtText(std::int64_t moment) {
+    const std::time_t time = moment;
+    std::tm fields = {};
+    return ::gmtime_r(&time, &fields) == nullptr ? "beyond the calendar"
+                                                 : text(fields, "%Y-%m-%d %H:%M:%S GMT");
+}
+
+std::string localText(std::int64_t moment) {
+    const std::time_t time = moment;
+    std::tm fields = {};
+    return ::localtime_r(&time, &fields) == nullptr ? "beyond the calendar"
+                                                    : text(fields, "%Y-%m-%d %H:%M:%S %Z");
+}
+
+std::string momentText(std::int64_t moment) {
+    const std::string gmt = gmtText(moment);
+    const std::string local = localText(moment);
+    const bool isSame = gmt.substr(0, gmt.rfind(' ')) == local.substr(0, local.rfind(' '));
+    return isSame ? gmt : gmt + " (" + local + ")";
+}
+
+}  // namespace sim

@@ -1,0 +1,276 @@
+// Threads of the host and of the agent that end, wait or come late while they are inside the module.
+#include "AgentHost.h"
+#include "FreeRuntime.h"
+#include "Library.h"
+#include "Observer.h"
+#include "support/Child.h"
+
+#include <atomic>
+#include <condition_variable>
+#include <fstream>
+#include <functional>
+#include <mutex>
+#include <thread>
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <malloc.h>
+#include <pthread.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+namespace {
+
+using namespace std::chrono_literals;
+
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr bool kSanitized = true;
+#else
+constexpr bool kSanitized = false;
+#endif
+constexpr int kSpeed = 100;  // of all that the agent lets pass: a second takes 10 ms
+
+/// The agent's side: what it hears, and what its enterprise does with a record.
+class Agent final : public agent::Observer, public agent::Enterprise {
+  public:
+    void onLog(int level, std::string_view text) override {
+        const std::lock_guard lock(mutex_);
+        lines_ += std::to_string(level) + " " + std::string(text) + "|";
+        if (atLine) {
+            atLine(text);
+        }
+    }
+    void onForcePoll() override { count(polls_); }
+    void onSleep(unsigned int /*milliseconds*/) override { count(sleeps_); }
+    std::int8_t receive(const std::string& /*member*/, const agent::NamedValues& record) override {
+        if (atRecord) {
+            atRecord();
+        }
+        const std::lock_guard lock(mutex_);
+        mode_ = record.at(0).second.value();
+        changed_.notify_all();
+        return 0;
+    }
+
+    bool hasLogged(const std::string& line) const {
+        const std::lock_guard lock(mutex_);
+        return lines_.find(line) != std::string::npos;
+    }
+    /// The enterprise has heard of this mode last.
+    bool waitForMode(const std::string& mode) {
+        std::unique_lock lock(mutex_);
+        return changed_.wait_for(lock, 30s, [&] { return mode_ == mode; });
+    }
+    bool waitForPolls(int more) { return waitFor(polls_, more); }
+    bool waitForSleeps(int altogether) {
+        std::unique_lock lock(mutex_);
+        return changed_.wait_for(lock, 30s, [&] { return sleeps_ >= altogether; });
+    }
+
+    std::function<void(std::string_view)> atLine;
+    std::function<void()> atRecord;
+
+  private:
+    void count(int& counter) {
+        const std::lock_guard lock(mutex_);
+        ++counter;
+        changed_.notify_all();
+    }
+    bool waitFor(const int& counter, int more) {
+        std::unique_lock lock(mutex_);
+        const int until = counter + more;
+        return changed_.wait_for(lock, 30s, [&] { return counter >= until; });
+    }
+
+    mutable std::mutex mutex_;
+    std::condition_variable changed_;
+    std::string lines_;
+    std::string mode_;
+    int polls_ = 0;
+    int sleeps_ = 0;
+};
+
+/// 'S' for a thread of this process that sleeps in the system.
+char stateOf(pid_t thread) {
+    std::ifstream file("/proc/self/task/" + std::to_string(thread) + "/stat");
+    std::string text((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
+    const auto behindName = text.rfind(") ");
+    return behindName == std::string::npos ? '?' : text[behindName + 2];
+}
+
+class HostThreads : public testing::Test {
+  protected:
+    void start(const std::string& script = {}, const std::string& logging = {}) {
+        workspace_.write("config.xml",
+                         "<C>" + logging + "<TunnelMessags><OpenMessage><Message>opened</Message></OpenMessage>"
+                         "<CloseMessage><Message>closed</Message></CloseMessage></TunnelMessags>"
+                         "<ListnerSet><RDListner>on</RDListner><TunnelListner>on</TunnelListner>"
+                         "<FileListner>on</FileListner></ListnerSet><Script>" + script + "</Script>"
+                         "<RSMResumeStatusFile>state/resume.xml</RSMResumeStatusFile></C>");
+        for (const int family : {Families::dataSource, Families::logger, Families::rsm, Families::webService}) {
+            ASSERT_EQ(families_.start(family), 0);
+        }
+        service_ = families_.createService();
+    }
+    int connect(const char* rate = "60") { return Families::connect(service_, "10", rate); }
+    void stop() {
+        families_.destroyService(service_);
+        EXPECT_EQ(families_.stop(Families::logger), 0);
+        EXPECT_TRUE(host_.endThreads());
+    }
+
+    const support::Workspace workspace_;
+    agent::FreeRuntime runtime_{kSpeed};
+    Agent agent_;
+    agent::AgentHost host_{{&agent_, &agent_, &runtime_}};
+    const Library library_;
+    Families families_{library_, host_.serviceAgent(), workspace_};
+    ZPService* service_ = nullptr;
+};
+
+/// Ends a host thread in the middle of the report of a second connect.
+void endIn(Agent& agent, const std::function<void()>& call, const std::function<void()>& end) {
+    std::thread caller([&] {
+        const auto self = std::this_thread::get_id();
+        agent.atRecord = [&, self] {
+            if (std::this_thread::get_id() == self) {
+                end();
+            }
+        };
+        call();
+    });
+    caller.join();
+    agent.atRecord = nullptr;
+}
+
+TEST_F(HostThreads, OneThatIsUnwoundInAReportLeavesNothingHeld) {
+    start();
+    EXPECT_EQ(connect(), 0);
+    endIn(agent_, [&] { connect(); }, [] { ::pthread_exit(nullptr); });
+    EXPECT_EQ(connect(), 0);
+    stop();
+}
+
+TEST_F(HostThreads, OneThatIsEndedInAReportLeavesItsMutexWhichIsTold) {
+    if (kSanitized) {
+        GTEST_SKIP() << "a sanitizer has to know of the end of each thread";
+    }
+    start();
+    EXPECT_EQ(connect(), 0);
+    endIn(agent_, [&] { connect(); }, [] { ::syscall(SYS_exit, 0); });
+    EXPECT_EQ(connect(), -1);
+    EXPECT_TRUE(agent_.hasLogged("50 \n The thread got ownership of an abandoned logging mutex.|"));
+    EXPECT_EQ(connect(), 0);
+    stop();
+}
+
+TEST_F(HostThreads, RsmPollsAndAllOthersGoOnWhileTheScriptRuns) {
+    start("read line &lt; gate");
+    const std::string gate = workspace_.path("gate").string();
+    ASSERT_EQ(::mkfifo(gate.c_str(), 0600), 0);
+    EXPECT_EQ(connect("1"), 0);
+    std::atomic<bool> returned = false;
+    std::thread teller([&] {
+        host_.audit("opened");
+        returned = true;
+    });
+    EXPECT_TRUE(agent_.waitForMode("FORCE_POLL_ACTIVITY"));
+    EXPECT_TRUE(agent_.waitForPolls(2));
+    CALL(library_, ZPXRSMLoggerLog)(30, "a message");
+    host_.audit("closed");
+    host_.audit("opened");
+    EXPECT_TRUE(agent_.waitForPolls(2));
+    EXPECT_EQ(families_.stop(Families::logger), 0);
+    EXPECT_FALSE(returned);
+    for (int i = 0; i < 2 && !returned; ++i) {  // a second period is told by the first one's teller, unless all is over
+        std::ofstream(gate) << "\n";
+    }
+    teller.join();
+    families_.destroyService(service_);
+}
+
+TEST_F(HostThreads, AStopDoesNotWaitForAPoll) {
+    start();
+    host_.setPollDelay(1000s);  // ten seconds
+    EXPECT_EQ(connect("1"), 0);
+    EXPECT_TRUE(agent_.waitForPolls(1));
+    const auto before = std::chrono::steady_clock::now();
+    EXPECT_EQ(families_.stop(Families::logger), 0);
+    EXPECT_LT(std::chrono::steady_clock::now() - before, 9s);  // of which the stop waits 30 ms
+    EXPECT_TRUE(agent_.hasLogged("FORCEFULLY"));
+    families_.destroyService(service_);
+    EXPECT_TRUE(host_.endThreads());
+}
+
+TEST_F(HostThreads, AHostMayUseItsTextAnewAsSoonAsSomethingIsLogged) {
+    // No archive name is short enough, so the log file cannot be renamed, which is logged in the middle of the message.
+    start({}, "<FileLogging><LogFilePath>log/" + std::string(245, 'l') + ".xml</LogFilePath><FileSize>0</FileSize>"
+              "<LogLevel>trace</LogLevel></FileLogging>");
+    EXPECT_EQ(connect(), 0);
+    EXPECT_TRUE(agent_.waitForSleeps(1));  // its lines fail to rotate, too, and no line does while another one's is told
+    char text[] = "a tunnel is opened\n";
+    agent_.atLine = [&](std::string_view line) {
+        if (line.find("Error renaming file") != std::string_view::npos) {
+            std::fill(text, text + sizeof text - 1, '-');
+        }
+    };
+    testing::internal::CaptureStdout();
+    CALL(library_, ZPXRSMLoggerAudit)(text);
+    EXPECT_NE(testing::internal::GetCapturedStdout().find("a tunnel is opened"), std::string::npos);
+    EXPECT_EQ(text[0], '-');
+    EXPECT_TRUE(agent_.waitForMode("FORCE_POLL_ACTIVITY"));
+    agent_.atLine = nullptr;
+    stop();
+}
+
+TEST_F(HostThreads, AStopDoesNotWaitForStandardOutputThatNobodyReads) {
+    support::inChild([&] {
+        int ends[2];
+        ASSERT_EQ(::pipe(ends), 0);
+        ASSERT_EQ(::fcntl(ends[1], F_SETFL, O_NONBLOCK), 0);
+        while (::write(ends[1], "0123456789abcdef", 16) > 0) {
+        }
+        ::fcntl(ends[1], F_SETFL, 0);
+        start();
+        std::fflush(stdout);
+        ::dup2(ends[1], STDOUT_FILENO);
+        std::setvbuf(stdout, nullptr, _IONBF, 0);
+        std::atomic<pid_t> id = 0;
+        std::thread([&] {
+            id = ::gettid();
+            CALL(library_, ZPXRSMLoggerLog)(30, "nobody reads this");
+        }).detach();
+        while (stateOf(id) != 'S') {
+            std::this_thread::yield();
+        }
+        EXPECT_EQ(connect("1"), 0);
+        EXPECT_TRUE(agent_.waitForPolls(2));
+        EXPECT_EQ(families_.stop(Families::logger), 0);
+        ::_exit(HasFailure() ? 1 : 0);  // what is left to be flushed would wait for a reader
+    });
+}
+
+TEST(LateMessages, LeaveNothingBehindWhenTheLibraryGoes) {
+    if (kSanitized) {
+        GTEST_SKIP() << "a sanitizer keeps memory of its own, and tells of lost memory by itself";
+    }
+    const agent::AgentHost host;
+    const auto late = [] {
+        const Library library;
+        CALL(library, ZPXRSMLoggerLog)(30, "");
+    };
+    for (int i = 0; i < 3; ++i) {
+        late();
+    }
+    const auto before = ::mallinfo2().uordblks;
+    constexpr int kTimes = 20;
+    for (int i = 0; i < kTimes; ++i) {
+        late();
+    }
+    const auto after = ::mallinfo2().uordblks;
+    // The loader keeps up to 900 bytes of each load; a controller has more than 3000.
+    EXPECT_LT(after, before + kTimes * std::size_t{2000});
+}
+
+}  // namespace
