@@ -14,7 +14,7 @@ namespace {
 
 /// The module: in an installed tree or a build beside the program's directory, else where the loader finds it.
 std::string defaultModule() {
-    const std::string name = "libZephanRSMLogger.so.1";
+    std::string name = "libZephanRSMLogger.so.1";
     const auto tree = std::filesystem::read_symlink("/proc/self/exe").parent_path().parent_path();
     for (const char* directory : {SIM_LIBRARY_DIRECTORY, "lib"}) {
         if (const auto path = tree / directory / name; std::filesystem::exists(path)) {
@@ -62,7 +62,8 @@ in its state files, and what its next start does with it.
   --http PLACE    a live page of the session for browsers, at [ADDRESS:]PORT (127.0.0.1 when there is no address; port
                   0: any that is free); the session goes on until it is interrupted
   --config FILE   the configuration whose audit texts the page shows (default: the one that the session names)
-  --schedule FILE the schedule file that the agent's data source was started with
+  --schedule FILE
+                  the schedule file that the agent's data source was started with
   --json          writes the status as JSON
   --clock TIME    the wall clock at the trace's start, like 2026-03-01T10:00:00Z (default: as the reports show it)
   --help          prints this text

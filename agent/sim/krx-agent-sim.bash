@@ -4,21 +4,21 @@ _krx_agent_sim() {
     local cur prev words cword
     _init_completion || return
     case $prev in
-        --module | --trace | --report | --config | -o)
+        --module | --trace | --report | --config | --schedule | -o)
             _filedir
             return
             ;;
-        --patience | --clock)
+        --patience | --clock | --http)
             return
             ;;
     esac
     if [[ $cur == -* ]]; then
         COMPREPLY=($(compgen -W '$(_parse_help "$1")' -- "$cur"))
     elif ((cword == 1)); then
-        COMPREPLY=($(compgen -W 'replay run report' -- "$cur"))
+        COMPREPLY=($(compgen -W 'replay run report status' -- "$cur"))
     elif [[ ${words[1]} == report ]]; then
         _filedir jsonl
-    else
+    elif [[ ${words[1]} != status ]]; then
         _filedir scenario
     fi
 } && complete -F _krx_agent_sim krx-agent-sim
