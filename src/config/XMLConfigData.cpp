@@ -1,8 +1,7 @@
 #include "config/XMLConfigData.h"
 
-#include "platform/agent/Logging.h"
-
 #include "platform/Published.h"
+#include "platform/agent/Logging.h"
 
 #include <atomic>
 #include <utility>
@@ -25,7 +24,8 @@ struct AtUnload {
 std::shared_ptr<XMLConfigData> XMLConfigData::getInstance(const std::string& path) noexcept {
     try {
         const std::shared_ptr<XMLConfigData> present = published->get();
-        return std::shared_ptr<XMLConfigData>(present == nullptr ? new XMLConfigData(path) : new XMLConfigData(*present));
+        return std::shared_ptr<XMLConfigData>(present == nullptr ? new XMLConfigData(path)
+                                                                 : new XMLConfigData(*present));
     } catch (...) {
         return nullptr;  // memory ran out
     }

@@ -62,7 +62,8 @@ class XMLConfigData final : public ConfigData {
     static constexpr std::int32_t kDefaultLogLevel = 80;
 
     explicit XMLConfigData(const std::string& path) : configFilePath_(path) {}
-    XMLConfigData(const XMLConfigData& other) : configFilePath_(other.configFilePath_), settings_(other.settings_) {}
+    XMLConfigData(const XMLConfigData& other)
+        : configFilePath_(other.configFilePath_), settings_(other.settings_) {}
 
     // Reading of the file (XMLConfigReader.cpp)
     void readDocument(const xercesc::DOMElement& root);

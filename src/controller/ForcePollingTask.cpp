@@ -31,7 +31,8 @@ int ForcePollingTask::DataPollingTask(void* argument) {
     if (argument == nullptr) {
         KRXLog(level::kError, "DataPollingTask(): Invalid Ext Handle");
     } else if (!isTheirs()) {
-        KRXLog(level::kError, "Failed to get RSMSingleton pointer in convertDelayedToNormal(mode). Returning... \n");
+        KRXLog(level::kError,
+               "Failed to get RSMSingleton pointer in convertDelayedToNormal(mode). Returning... \n");
     } else {
         try {
             ForcePollingTask(number, *static_cast<KRX::ServiceAgentNS::ServiceAgent*>(argument)).run();
@@ -118,7 +119,9 @@ bool ForcePollingTask::pollUntilOver(KRX::ServiceAgentNS::VirtualAsset* asset) {
     }
     for (;;) {
         bool over = false;
-        if (!lookAtState([&](RsmState& state, std::int64_t now) { over = state.endWhenOver(asset != nullptr, now); })) {
+        if (!lookAtState([&](RsmState& state, std::int64_t now) {
+                over = state.endWhenOver(asset != nullptr, now);
+            })) {
             return false;
         }
         if (over) {

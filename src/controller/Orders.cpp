@@ -8,7 +8,8 @@
 #include <limits>
 
 std::int8_t ZephanRSMSingleTon::createThread() {
-    return thread_.createThread(&ForcePollingTask::DataPollingTask, getServiceAgent(), [this] { UpdateProperty(); });
+    return thread_.createThread(&ForcePollingTask::DataPollingTask, getServiceAgent(),
+                                [this] { UpdateProperty(); });
 }
 
 std::int8_t ZephanRSMSingleTon::ForcePoll(std::int32_t minutes, std::int32_t pollingRateSeconds,
@@ -18,7 +19,8 @@ std::int8_t ZephanRSMSingleTon::ForcePoll(std::int32_t minutes, std::int32_t pol
     if (auto* const asset = profile_->findAsset()) {
         currentPollInterval = asset->GetAssetProfile().GetCurrentPollInterval();
     }
-    changeState([&](RsmState& state, std::int64_t now) { state.forcePoll(minutes, pollingRateSeconds, now); });
+    changeState(
+        [&](RsmState& state, std::int64_t now) { state.forcePoll(minutes, pollingRateSeconds, now); });
     KRXLog(level::kWarn, " Web Service Extension is going to force poll.\n");
     KRXLog(level::kWarn, " Polling Rate = %d seconds \n", pollingRateSeconds);
     KRXLog(level::kWarn, " Polling Duration = %d min \n", minutes);
@@ -28,7 +30,8 @@ std::int8_t ZephanRSMSingleTon::ForcePoll(std::int32_t minutes, std::int32_t pol
     return result;
 }
 
-std::int8_t ZephanRSMSingleTon::Disconnect(const char* /*memberName*/, KRX::Messaging::SerializableString& result) {
+std::int8_t ZephanRSMSingleTon::Disconnect(const char* /*memberName*/,
+                                           KRX::Messaging::SerializableString& result) {
     const auto answer = [&result](const char* line, const char* text) {
         result.SetValue(text);
         KRXLog(level::kWarn, "%s", line);
@@ -42,10 +45,12 @@ std::int8_t ZephanRSMSingleTon::Disconnect(const char* /*memberName*/, KRX::Mess
             answer("Disconnect : Agent is not in force poll mode. \n", "Agent is not in force poll mode.");
             break;
         case rsm::kForcePollActivity:
-            answer("Disconnect : Can not disconnect as agent is in activity mode. \n", "Agent is in activity mode.");
+            answer("Disconnect : Can not disconnect as agent is in activity mode. \n",
+                   "Agent is in activity mode.");
             break;
         case rsm::kForcePollGrace:
-            answer("Disconnect : Going to exit force polling after next poll. \n", "Thread exited successfully.");
+            answer("Disconnect : Going to exit force polling after next poll. \n",
+                   "Thread exited successfully.");
             break;
         default:
             break;
@@ -75,7 +80,8 @@ std::int8_t ZephanRSMSingleTon::scheduleDelayedProfile(std::int32_t pollingRateS
 }
 
 void ZephanRSMSingleTon::setRemoteActivity(bool active) {
-    if (changeState([&](RsmState& state, std::int64_t now) { return state.setRemoteActivity(active, now); })) {
+    if (changeState(
+            [&](RsmState& state, std::int64_t now) { return state.setRemoteActivity(active, now); })) {
         UpdateProperty();
     }
 }

@@ -138,14 +138,18 @@ std::int8_t PollingThread::generateThread(KRXThreadEntry entry, void* argument) 
         }
     }
     if (refused) {
-        KRXLog(level::kError, "\n generateThread --- The extension is being stopped, no Force Polling thread is started.");
+        KRXLog(level::kError,
+               "\n generateThread --- The extension is being stopped, no Force Polling thread is started.");
         return -1;
     }
     if (!announced) {
-        KRXLog(level::kError, "\n generateThread --- A Force Polling thread that was started before has yet to begin, none is started.");
+        KRXLog(
+            level::kError,
+            "\n generateThread --- A Force Polling thread that was started before has yet to begin, none is started.");
         return -1;
     }
-    if (KRXThreadStart(&object->thread, "Data Polling", priority, 0, kThreadStackSize, entry, argument) != 0) {
+    if (KRXThreadStart(&object->thread, "Data Polling", priority, 0, kThreadStackSize, entry, argument) !=
+        0) {
         KRXLog(level::kForce, "\n generateThread --- Failed to start Force Polling thread.");
         return -1;
     }
@@ -160,7 +164,8 @@ std::int8_t PollingThread::generateThread(KRXThreadEntry entry, void* argument) 
     KRXWaitForThread(&object->thread, nullptr, kThreadEndTimeout);
     forget(start.number);
     object.reset();
-    KRXLog(level::kError, "\n generateThread --- The extension is being stopped, no Force Polling thread is started.");
+    KRXLog(level::kError,
+           "\n generateThread --- The extension is being stopped, no Force Polling thread is started.");
     return -1;
 }
 

@@ -190,7 +190,10 @@ void ProfileReport::LogRSMProfile(const RsmState& state) {
     logDate(state.modeStartTime, " RSM_MODE_START_TIME = %s \n", " RSM_MODE_START_TIME = 0\n");
     KRXLog(level::kForce, " RSM_GRACE_PERIOD = %s \n", numberText(state.gracePeriod).data());
     KRXLog(level::kForce, " RSM_FORCED_POLLING_RATE = %d \n", state.pollingRate);
-    logDate(state.delayedStartTime, " RSM_DELAY_PROFILE_START_TIME = %s \n", " RSM_DELAY_PROFILE_START_TIME = 0\n");
-    KRXLog(level::kForce, " RSM_DELAY_PROFILE_FORCED_POLLING_RATE = %s \n", numberText(state.delayedPollingRate).data());
-    KRXLog(level::kForce, " RSM_DELAY_PROFILE_GRACE_PERIOD = %s \n", numberText(state.delayedGracePeriod).data());
+    logDate(state.delayedStartTime, " RSM_DELAY_PROFILE_START_TIME = %s \n",
+            " RSM_DELAY_PROFILE_START_TIME = 0\n");
+    KRXLog(level::kForce, " RSM_DELAY_PROFILE_FORCED_POLLING_RATE = %s \n",
+           numberText(state.delayedPollingRate).data());
+    KRXLog(level::kForce, " RSM_DELAY_PROFILE_GRACE_PERIOD = %s \n",
+           numberText(state.delayedGracePeriod).data());
 }

@@ -83,7 +83,8 @@ std::optional<ZephanRSMSingleTon::SavedRsm> ZephanRSMSingleTon::readResumeState(
     if (*date == '\0' || *time == '\0' || *rate == '\0' || *grace == '\0') {
         return std::nullopt;  // memory ran out: the record is kept for a start that can read it
     }
-    const SavedRsm saved{scheduling::stringToTime(date, time), platform::readNumber(rate), platform::readNumber(grace)};
+    const SavedRsm saved{scheduling::stringToTime(date, time), platform::readNumber(rate),
+                         platform::readNumber(grace)};
     if (saved.gracePeriod * kSecondsPerMinute <= scheduling::gmtNow() - saved.savedAt) {
         const platform::Lock lock(resumeFileLock_);
         // Not when it was saved anew since it was read.

@@ -30,8 +30,9 @@ std::int32_t RsmState::wholeMinutes() const noexcept {
 
 bool RsmState::isSameProfile(const RsmState& one, const RsmState& other) noexcept {
     const auto told = [](const RsmState& state) {
-        return std::tie(state.rsmMode, state.rsmStartTime, state.modeStartTime, state.gracePeriod, state.pollingRate,
-                        state.delayedStartTime, state.delayedPollingRate, state.delayedGracePeriod);
+        return std::tie(state.rsmMode, state.rsmStartTime, state.modeStartTime, state.gracePeriod,
+                        state.pollingRate, state.delayedStartTime, state.delayedPollingRate,
+                        state.delayedGracePeriod);
     };
     return told(one) == told(other);
 }

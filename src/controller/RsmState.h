@@ -104,10 +104,10 @@ struct RsmState {
     Effects takeOverDueProfileAfterActivity(std::int64_t now) noexcept;
     Effects countPoll(std::int64_t now) noexcept;
 
-    static constexpr Step kAfterPoll[] = {&RsmState::takeUpActivity,     &RsmState::endActivity,
-                                          &RsmState::holdForActivity,    &RsmState::markLastPoll,
-                                          &RsmState::takeOverDueProfile, &RsmState::takeOverDueProfileAfterActivity,
-                                          &RsmState::countPoll};
+    static constexpr Step kAfterPoll[] = {
+        &RsmState::takeUpActivity, &RsmState::endActivity,        &RsmState::holdForActivity,
+        &RsmState::markLastPoll,   &RsmState::takeOverDueProfile, &RsmState::takeOverDueProfileAfterActivity,
+        &RsmState::countPoll};
 
     /// The enterprise would be told the same of both.
     static bool isSameProfile(const RsmState& one, const RsmState& other) noexcept;

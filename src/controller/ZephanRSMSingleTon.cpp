@@ -100,7 +100,8 @@ ZephanRSMSingleTon::ZephanRSMSingleTon()
 ZephanRSMSingleTon::~ZephanRSMSingleTon() = default;
 
 int ZephanRSMSingleTon::creationError() const noexcept {
-    for (const int error : {thread_.creationError(), stateLock_.creationError(), resumeFileLock_.creationError()}) {
+    for (const int error :
+         {thread_.creationError(), stateLock_.creationError(), resumeFileLock_.creationError()}) {
         if (error != 0) {
             return error;
         }

@@ -48,8 +48,12 @@ class ZephanRSMSingleTon final {
     static void dropIdleInstance();
 
     /// Keeps the host's service agent (not owned) unless one is held. A null agent changes nothing.
-    void setServiceAgent(KRX::ServiceAgentNS::ServiceAgent* serviceAgent) { profile_->setServiceAgent(serviceAgent); }
-    KRX::ServiceAgentNS::ServiceAgent* getServiceAgent() const noexcept { return profile_->getServiceAgent(); }
+    void setServiceAgent(KRX::ServiceAgentNS::ServiceAgent* serviceAgent) {
+        profile_->setServiceAgent(serviceAgent);
+    }
+    KRX::ServiceAgentNS::ServiceAgent* getServiceAgent() const noexcept {
+        return profile_->getServiceAgent();
+    }
     /// Makes the schedule handler unless there is one or the path is null; true when it was made by this call, whose caller
     /// then lets it report. One caller at a time.
     bool createScheduleHandler(const char* scheduleFilePath);
@@ -69,7 +73,8 @@ class ZephanRSMSingleTon final {
     /// Starts force polling or, while it runs, starts it afresh with the new values. `currentPollInterval`
     /// receives the asset's own poll interval in seconds, all bits set without an asset. 0 when a thread
     /// polls, -1 when none could be started (the values stay set).
-    std::int8_t ForcePoll(std::int32_t minutes, std::int32_t pollingRateSeconds, std::uint32_t& currentPollInterval);
+    std::int8_t ForcePoll(std::int32_t minutes, std::int32_t pollingRateSeconds,
+                          std::uint32_t& currentPollInterval);
     /// Ends force polling after the next poll unless remote activity is going on; the outcome is put into
     /// `result`. Always 0.
     std::int8_t Disconnect(const char* memberName, KRX::Messaging::SerializableString& result);
@@ -107,9 +112,9 @@ class ZephanRSMSingleTon final {
     const char* saveRSMState();
     /// What a record says of a force polling that ran when it was written.
     struct SavedRsm {
-        std::int64_t savedAt = 0;       ///< GMT clock value
-        std::int32_t pollingRate = 0;   ///< seconds
-        std::int32_t gracePeriod = 0;   ///< minutes
+        std::int64_t savedAt = 0;      ///< GMT clock value
+        std::int32_t pollingRate = 0;  ///< seconds
+        std::int32_t gracePeriod = 0;  ///< minutes
     };
     /// Reads it; nothing when no time is left, which removes the file, or when there is no readable record.
     std::optional<SavedRsm> readResumeState(const std::string& path);
@@ -135,8 +140,9 @@ class ZephanRSMSingleTon final {
     std::uint64_t reportsBegun_ = 0;
     RsmState newestReport_;  ///< what the last one that was begun tells
 
-    mutable platform::Mutex resumeFileLock_;  ///< of the path and the file itself; no agent is called under it
-    std::string resumeFilePath_;              ///< of the last save or read
+    mutable platform::Mutex
+        resumeFileLock_;          ///< of the path and the file itself; no agent is called under it
+    std::string resumeFilePath_;  ///< of the last save or read
 
     PollingThread thread_;
     std::shared_ptr<ProfileReport> profile_;

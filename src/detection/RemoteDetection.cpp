@@ -30,7 +30,8 @@ void RemoteDetection::updateStatus(const RDMessageHandler* handler) {
 void RemoteDetection::UpdateRemoteActivity() {
     const auto controller = controller_.lock();
     if (controller == nullptr) {
-        KRXLog(level::kForce, "Received NULL ZephanRSMSingleTon pointer in RemoteDetection's UpdateRemoteActivity");
+        KRXLog(level::kForce,
+               "Received NULL ZephanRSMSingleTon pointer in RemoteDetection's UpdateRemoteActivity");
         return;
     }
     if (!subject_->isFileActive() && !subject_->isTunnelActive()) {

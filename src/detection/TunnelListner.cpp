@@ -38,7 +38,8 @@ void TunnelListner::updateStatus(const RDMessageHandler* handler) {
 void TunnelListner::ExecuteModalityScript() {
     const auto configuration = XMLConfigData::instance();
     if (configuration == nullptr) {
-        KRXLog(level::kForce, "Received NULL XMLConfigData pointer in TunnelListner's ExecuteModalityScript.");
+        KRXLog(level::kForce,
+               "Received NULL XMLConfigData pointer in TunnelListner's ExecuteModalityScript.");
         return;
     }
     if (configuration->getScript().empty()) {

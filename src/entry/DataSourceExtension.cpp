@@ -48,7 +48,9 @@ std::int32_t exitRSM(ZephanRSMSingleTon& controller, PropList** response) {
 std::int32_t execute(const char* command, const PropList* input, PropList** response) {
     const auto controller = ZephanRSMSingleTon::getInstance();
     if (controller == nullptr) {
-        KRXLog(level::kError, "RSM Singleton pointer null in KRXRSMExecuteCommandDSExecute. Need to ave the same initialized correctly in WSEStartup. Returning... \n");
+        KRXLog(
+            level::kError,
+            "RSM Singleton pointer null in KRXRSMExecuteCommandDSExecute. Need to ave the same initialized correctly in WSEStartup. Returning... \n");
         return kFailed;
     }
     ScheduleRSMHandler* const handler = controller->getScheduleHandler();
@@ -107,9 +109,7 @@ int32_t ZPXRSMDSSet(void) {
 
 int32_t ZPXRSMDSExectue(void* /*reserved1*/, void* /*reserved2*/, const char* command, const PropList* input,
                         PropList** response) {
-    return entry::guarded(kFailed, [&] {
-        return execute(command, input, response);
-    });
+    return entry::guarded(kFailed, [&] { return execute(command, input, response); });
 }
 
 int8_t ZPXRSMDSDestoryResponse(void) {

@@ -17,7 +17,8 @@ class Lifecycle final {
     explicit Lifecycle(Kind kind) noexcept {
         const std::chrono::milliseconds patience(kind == Kind::Start ? 4000 : 100);
         platform::Mutex::Wait outcome = mutex().waitFor(patience);
-        while (outcome == platform::Mutex::Wait::Abandoned) {  // left behind by a thread that ended in its start or stop
+        while (outcome ==
+               platform::Mutex::Wait::Abandoned) {  // left behind by a thread that ended in its start or stop
             outcome = mutex().waitFor(patience);
         }
         held_ = outcome == platform::Mutex::Wait::Obtained;

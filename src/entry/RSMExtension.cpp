@@ -87,7 +87,8 @@ std::int8_t shutDown(const void* handle) {
         controller->getScheduleHandler()->performCleanUp(*controller);
     }
     if (controller == nullptr || controller->getConfigHandler() == nullptr) {
-        KRXLog(level::kError, "Error in getting ConfigHandler pointer. %s startup aborted.\n", "RSM Logger Extension");
+        KRXLog(level::kError, "Error in getting ConfigHandler pointer. %s startup aborted.\n",
+               "RSM Logger Extension");
         return entry::kFailure;
     }
     if (!controller->getConfigHandler()->isLoggerStarted()) {

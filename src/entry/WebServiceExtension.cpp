@@ -50,7 +50,9 @@ int8_t ZPXRSMWSCreateService(void* handle, ZPService** service) {
         return entry::kFailure;
     }
     if (handle == nullptr) {
-        KRXLog(level::kError, "RSM Singleton Object is not there. Can't Continue. RSM Singleton should have been initialized in WSEStartup\n");
+        KRXLog(
+            level::kError,
+            "RSM Singleton Object is not there. Can't Continue. RSM Singleton should have been initialized in WSEStartup\n");
         return entry::kFailure;
     }
     using KRX::Services::ZephanServicesNS::ZephanServicesServiceImpl;

@@ -179,7 +179,8 @@ std::string_view LogFileWriter::entryOf(const char* message, bool lineEnd) noexc
 /// The report of a failed rotation comes back as an entry, which would fail to rotate and be reported in turn, without
 /// end. It may come later, too, from a queue of the agent's, and with words of the agent before it.
 bool LogFileWriter::mayRotate(const char* message) const noexcept {
-    constexpr std::string_view kReport(kRenameFailed + 2);  // without its line end and blank, which the agent may take off
+    constexpr std::string_view kReport(kRenameFailed +
+                                       2);  // without its line end and blank, which the agent may take off
     std::string_view text(message);
     text = text.substr(0, text.find_last_not_of(" \r\n") + 1);
     return reportingIn != entry_.second && !text.ends_with(kReport);

@@ -100,7 +100,8 @@ void LogManager::audit(const char* message) {
         }
         if (configuration != nullptr && rdMessageHandler_ != nullptr && message != nullptr) {
             // The stored copy: the host may use its own text for the next message already.
-            const char* const text = messageHandler_ != nullptr ? messageHandler_->getMessage().c_str() : message;
+            const char* const text =
+                messageHandler_ != nullptr ? messageHandler_->getMessage().c_str() : message;
             UpdateTunnelCount(*configuration, text);
             UpdateFileCount(*configuration, text);
         }
@@ -108,8 +109,10 @@ void LogManager::audit(const char* message) {
     }
     LogFileWriter::report(notices);
     if (configuration == nullptr) {
-        KRXLog(level::kForce, "\n Failed to get pointer for XMLConfigData. UpdateTunnelCount failed in LogManager.");
-        KRXLog(level::kForce, "\n Failed to get pointer for XMLConfigData. UpdateFileCount failed in LogManager.");
+        KRXLog(level::kForce,
+               "\n Failed to get pointer for XMLConfigData. UpdateTunnelCount failed in LogManager.");
+        KRXLog(level::kForce,
+               "\n Failed to get pointer for XMLConfigData. UpdateFileCount failed in LogManager.");
     }
     if (changed) {
         tellChanges();
@@ -117,8 +120,8 @@ void LogManager::audit(const char* message) {
 }
 
 void LogManager::UpdateTunnelCount(const XMLConfigData& configuration, const char* message) {
-    std::int32_t count = counted(message, configuration.getTunnelOpenMessages(), configuration.getTunnelCloseMessages(),
-                                 tunnelCount_);
+    std::int32_t count = counted(message, configuration.getTunnelOpenMessages(),
+                                 configuration.getTunnelCloseMessages(), tunnelCount_);
     const std::string& abort = configuration.getAbortMessage();
     if (count > 0 && !abort.empty() && std::strstr(message, abort.c_str()) != nullptr) {
         count = 0;
@@ -130,8 +133,8 @@ void LogManager::UpdateTunnelCount(const XMLConfigData& configuration, const cha
 }
 
 void LogManager::UpdateFileCount(const XMLConfigData& configuration, const char* message) {
-    const std::int32_t count =
-        counted(message, configuration.getFileOpenMessages(), configuration.getFileCloseMessages(), fileCount_);
+    const std::int32_t count = counted(message, configuration.getFileOpenMessages(),
+                                       configuration.getFileCloseMessages(), fileCount_);
     if (count != fileCount_) {
         changes_.push_back({&RDMessageHandler::setFileActive, count >= 1});
         fileCount_ = count;
@@ -160,7 +163,8 @@ void LogManager::tellChanges() {
             case platform::Mutex::Wait::Obtained:
                 break;
             case platform::Mutex::Wait::Abandoned:
-                tellingThread_.compare_exchange_strong(before, std::thread::id());  // it has ended, and its id may come again
+                tellingThread_.compare_exchange_strong(
+                    before, std::thread::id());  // it has ended, and its id may come again
                 continue;
             default:
                 return;

@@ -53,7 +53,8 @@ class LogManager final {
     void tellChanges();
     bool takeChange(Change& change);
 
-    platform::Mutex delivery_;  ///< of counts and changes, and of what the handlers say; nothing is called under it
+    platform::Mutex
+        delivery_;  ///< of counts and changes, and of what the handlers say; nothing is called under it
     std::unique_ptr<MessageHandler> messageHandler_;
     std::unique_ptr<RDMessageHandler> rdMessageHandler_;
     // Listeners detach themselves from the handlers above when they go, so they go first.

@@ -93,8 +93,8 @@ void ScheduleRSMHandler::handOver(const scheduling::Schedule& schedule, ZephanRS
     const std::int64_t minutesLeft = (schedule.endTimeValue - now) / scheduling::kSecondsPerMinute;
     std::uint32_t pollInterval = 0;
     controller.ForcePoll(static_cast<std::int32_t>(
-                              std::min<std::int64_t>(minutesLeft, std::numeric_limits<std::int32_t>::max())),
-                          rate, pollInterval);
+                             std::min<std::int64_t>(minutesLeft, std::numeric_limits<std::int32_t>::max())),
+                         rate, pollInterval);
 }
 
 bool ScheduleRSMHandler::isFileOpen() const {

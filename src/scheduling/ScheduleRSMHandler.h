@@ -27,7 +27,8 @@ class ScheduleRSMHandler final {
 
     /// Runs the command. `response` may be null; otherwise it receives a new list for the caller. 0 when the
     /// period was scheduled, 1 when the command failed.
-    std::int32_t executeScheduleCommand(const PropList* input, PropList** response, ZephanRSMSingleTon& controller);
+    std::int32_t executeScheduleCommand(const PropList* input, PropList** response,
+                                        ZephanRSMSingleTon& controller);
 
     /// True while the schedule's end lies in the future.
     bool isScheduleCurrent() const;

@@ -34,15 +34,18 @@ a stop beside a link | 1 thread-destroy STEP; 1 enterprise delay 10; 1 enterpris
 )";
 
 /// What a thread that is ended at once was about to report is not heard.
-const Table stopsAtOnce("HarshAgent", __LINE__ - 10, std::regex_replace(kStopsBesideReports, std::regex("%s"), ""),
+const Table stopsAtOnce("HarshAgent", __LINE__ - 10,
+                        std::regex_replace(kStopsBesideReports, std::regex("%s"), ""),
                         {"anywhere", "unwind"});
 const Table stopsLater("HarshAgent", __LINE__ - 12,
-                       std::regex_replace(kStopsBesideReports, std::regex("%s"), "15 grace, "), {"sleep", "leave"});
+                       std::regex_replace(kStopsBesideReports, std::regex("%s"), "15 grace, "),
+                       {"sleep", "leave"});
 
 const Table stopsAsleep("HarshAgent", __LINE__, R"(
 a stop beside a sleep | 1 thread-destroy STEP; 5 connect 10 30; 6 stop logger; 40 start logger config.xml;
     40 start rsm config.xml; 41 connect 1 30 | 70..130/30 | 5 grace, 40 grace, 41 grace, 130 off
     | "t":9.000,"thread":"host","event":"call","verb":"stop logger","result":0
-)", {"sleep", "anywhere", "unwind", "leave"});
+)",
+                        {"sleep", "anywhere", "unwind", "leave"});
 
 }  // namespace

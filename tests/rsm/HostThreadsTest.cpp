@@ -1,7 +1,7 @@
 // Threads of the host and of the agent that end, wait or come late while they are inside the module.
+#include "Library.h"
 #include "lib/AgentHost.h"
 #include "lib/FreeRuntime.h"
-#include "Library.h"
 #include "lib/Observer.h"
 #include "support/Child.h"
 
@@ -9,12 +9,12 @@
 #include <condition_variable>
 #include <fstream>
 #include <functional>
+#include <malloc.h>
 #include <mutex>
 #include <thread>
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <malloc.h>
 #include <pthread.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
@@ -103,12 +103,16 @@ class HostThreads : public testing::Test {
   protected:
     void start(const std::string& script = {}, const std::string& logging = {}) {
         workspace_.write("config.xml",
-                         "<C>" + logging + "<TunnelMessags><OpenMessage><Message>opened</Message></OpenMessage>"
-                         "<CloseMessage><Message>closed</Message></CloseMessage></TunnelMessags>"
-                         "<ListnerSet><RDListner>on</RDListner><TunnelListner>on</TunnelListner>"
-                         "<FileListner>on</FileListner></ListnerSet><Script>" + script + "</Script>"
-                         "<RSMResumeStatusFile>state/resume.xml</RSMResumeStatusFile></C>");
-        for (const int family : {Families::dataSource, Families::logger, Families::rsm, Families::webService}) {
+                         "<C>" + logging +
+                             "<TunnelMessags><OpenMessage><Message>opened</Message></OpenMessage>"
+                             "<CloseMessage><Message>closed</Message></CloseMessage></TunnelMessags>"
+                             "<ListnerSet><RDListner>on</RDListner><TunnelListner>on</TunnelListner>"
+                             "<FileListner>on</FileListner></ListnerSet><Script>" +
+                             script +
+                             "</Script>"
+                             "<RSMResumeStatusFile>state/resume.xml</RSMResumeStatusFile></C>");
+        for (const int family :
+             {Families::dataSource, Families::logger, Families::rsm, Families::webService}) {
             ASSERT_EQ(families_.start(family), 0);
         }
         service_ = families_.createService();
@@ -147,7 +151,8 @@ void endIn(Agent& agent, const std::function<void()>& call, const std::function<
 TEST_F(HostThreads, OneThatIsUnwoundInAReportLeavesNothingHeld) {
     start();
     EXPECT_EQ(connect(), 0);
-    endIn(agent_, [&] { connect(); }, [] { ::pthread_exit(nullptr); });
+    endIn(
+        agent_, [&] { connect(); }, [] { ::pthread_exit(nullptr); });
     EXPECT_EQ(connect(), 0);
     stop();
 }
@@ -158,7 +163,8 @@ TEST_F(HostThreads, OneThatIsEndedInAReportLeavesItsMutexWhichIsTold) {
     }
     start();
     EXPECT_EQ(connect(), 0);
-    endIn(agent_, [&] { connect(); }, [] { ::syscall(SYS_exit, 0); });
+    endIn(
+        agent_, [&] { connect(); }, [] { ::syscall(SYS_exit, 0); });
     EXPECT_EQ(connect(), -1);
     EXPECT_TRUE(agent_.hasLogged("50 \n The thread got ownership of an abandoned logging mutex.|"));
     EXPECT_EQ(connect(), 0);
@@ -183,7 +189,8 @@ TEST_F(HostThreads, RsmPollsAndAllOthersGoOnWhileTheScriptRuns) {
     EXPECT_TRUE(agent_.waitForPolls(2));
     EXPECT_EQ(families_.stop(Families::logger), 0);
     EXPECT_FALSE(returned);
-    for (int i = 0; i < 2 && !returned; ++i) {  // a second period is told by the first one's teller, unless all is over
+    for (int i = 0; i < 2 && !returned;
+         ++i) {  // a second period is told by the first one's teller, unless all is over
         std::ofstream(gate) << "\n";
     }
     teller.join();
@@ -205,10 +212,12 @@ TEST_F(HostThreads, AStopDoesNotWaitForAPoll) {
 
 TEST_F(HostThreads, AHostMayUseItsTextAnewAsSoonAsSomethingIsLogged) {
     // No archive name is short enough, so the log file cannot be renamed, which is logged in the middle of the message.
-    start({}, "<FileLogging><LogFilePath>log/" + std::string(245, 'l') + ".xml</LogFilePath><FileSize>0</FileSize>"
-              "<LogLevel>trace</LogLevel></FileLogging>");
+    start({}, "<FileLogging><LogFilePath>log/" + std::string(245, 'l') +
+                  ".xml</LogFilePath><FileSize>0</FileSize>"
+                  "<LogLevel>trace</LogLevel></FileLogging>");
     EXPECT_EQ(connect(), 0);
-    EXPECT_TRUE(agent_.waitForSleeps(1));  // its lines fail to rotate, too, and no line does while another one's is told
+    EXPECT_TRUE(agent_.waitForSleeps(
+        1));  // its lines fail to rotate, too, and no line does while another one's is told
     char text[] = "a tunnel is opened\n";
     agent_.atLine = [&](std::string_view line) {
         if (line.find("Error renaming file") != std::string_view::npos) {

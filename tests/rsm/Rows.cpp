@@ -147,10 +147,10 @@ Table::Table(const std::string& name, int line, const std::string& rows,
     for (const auto& [at, text] : found) {
         for (const std::string& step : steps) {
             const auto row = split(std::regex_replace(text, std::regex("STEP"), step), '|');
-            const std::string suffix = step.empty()                        ? ""
-                                       : step.starts_with('-')             ? " back " + step
+            const std::string suffix = step.empty()                                 ? ""
+                                       : step.starts_with('-')                      ? " back " + step
                                        : step.front() >= '0' && step.front() <= '9' ? " forward " + step
-                                                                           : " " + step;
+                                                                                    : " " + step;
             support::registerRow(name, {row[0] + suffix, file, at}, [row] { check(row); });
         }
     }
