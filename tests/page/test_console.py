@@ -239,7 +239,7 @@ class StatusTest(unittest.TestCase):
             status = live.status()
             self.assertEqual((status["polls"]["made"], status["polls"]["to_come"], status["polls"]["rate"]), (0, 20, 30))
             self.assertRegex(status["sentence"], r"^RSM runs until about \d{4}-\d\d-\d\d \d\d:\d\d:\d\d GMT, one poll every 30 s: 0 polls made, 20 to come\.$")
-            self.assertEqual(status["start_now"]["does"], "resumes")
+            wait_until(lambda: live.status()["start_now"]["does"] == "resumes")  # written once the report is answered
             live.do("audit", text="Remote tunnel opened by operator-7")
             status = live.status()
             self.assertIn("as long as the remote activity", status["sentence"])
