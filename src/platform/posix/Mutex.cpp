@@ -1,8 +1,10 @@
 #include "platform/Mutex.h"
 
+#include "platform/ThreadEnd.h"
+
 #include <cerrno>
-#include <ctime>
 #include <new>
+#include <thread>
 
 #include <pthread.h>
 
@@ -18,7 +20,6 @@ Mutex::Wait outcomeOf(int result, pthread_mutex_t* mutex) noexcept {
         case 0:
             return Mutex::Wait::Obtained;
         case EBUSY:
-        case ETIMEDOUT:
             return Mutex::Wait::Busy;
         case EOWNERDEAD:
             pthread_mutex_consistent(mutex);
@@ -58,18 +59,17 @@ Mutex::Wait Mutex::wait() noexcept {
     return outcomeOf(pthread_mutex_lock(mutex), mutex);
 }
 
+// Looking again each millisecond, since a wait by the steady clock is not known to the thread sanitizer, and one by the wall
+// clock depends on how that is set.
 Mutex::Wait Mutex::waitFor(std::chrono::milliseconds time) noexcept {
-    if (creationError_ != 0) {
-        return Wait::Failed;
+    const KeepThread keep;
+    const auto due = std::chrono::steady_clock::now() + time;
+    Wait outcome = tryWait();
+    while (outcome == Wait::Busy && std::chrono::steady_clock::now() < due) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        outcome = tryWait();
     }
-    timespec until{};
-    ::clock_gettime(CLOCK_MONOTONIC, &until);
-    const auto due = std::chrono::seconds(until.tv_sec) + std::chrono::nanoseconds(until.tv_nsec) + time;
-    const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(due);
-    until.tv_sec = seconds.count();
-    until.tv_nsec = std::chrono::nanoseconds(due - seconds).count();
-    auto* const mutex = systemMutex(storage_.data());
-    return outcomeOf(pthread_mutex_clocklock(mutex, CLOCK_MONOTONIC, &until), mutex);
+    return outcome;
 }
 
 Mutex::Wait Mutex::tryWait() noexcept {
