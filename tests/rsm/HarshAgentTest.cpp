@@ -2,8 +2,6 @@
 // waits for them that need not, and what the enterprise hears last is true.
 #include "Rows.h"
 
-#include <regex>
-
 namespace {
 
 const Table harsh("HarshAgent", __LINE__, R"(
@@ -34,12 +32,10 @@ a stop beside a link | 1 thread-destroy STEP; 1 enterprise delay 10; 1 enterpris
 )";
 
 /// What a thread that is ended at once was about to report is not heard.
-const Table stopsAtOnce("HarshAgent", __LINE__ - 10,
-                        std::regex_replace(kStopsBesideReports, std::regex("%s"), ""),
+const Table stopsAtOnce("HarshAgent", __LINE__ - 10, support::replaced(kStopsBesideReports, "%s", ""),
                         {"anywhere", "unwind"});
 const Table stopsLater("HarshAgent", __LINE__ - 12,
-                       std::regex_replace(kStopsBesideReports, std::regex("%s"), "15 grace, "),
-                       {"sleep", "leave"});
+                       support::replaced(kStopsBesideReports, "%s", "15 grace, "), {"sleep", "leave"});
 
 const Table stopsAsleep("HarshAgent", __LINE__, R"(
 a stop beside a sleep | 1 thread-destroy STEP; 5 connect 10 30; 6 stop logger; 40 start logger config.xml;

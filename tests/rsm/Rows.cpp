@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <map>
-#include <regex>
 #include <sstream>
 #include <vector>
 
@@ -146,7 +145,7 @@ Table::Table(const std::string& name, int line, const std::string& rows,
     }
     for (const auto& [at, text] : found) {
         for (const std::string& step : steps) {
-            const auto row = split(std::regex_replace(text, std::regex("STEP"), step), '|');
+            const auto row = split(support::replaced(text, "STEP", step), '|');
             const std::string suffix = step.empty()                                 ? ""
                                        : step.starts_with('-')                      ? " back " + step
                                        : step.front() >= '0' && step.front() <= '9' ? " forward " + step

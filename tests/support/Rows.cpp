@@ -8,6 +8,13 @@
 #include <gtest/gtest.h>
 
 namespace support {
+
+std::string replaced(std::string text, const std::string& what, const std::string& with) {
+    for (auto at = text.find(what); at != std::string::npos; at = text.find(what, at + with.size())) {
+        text.replace(at, what.size(), with);
+    }
+    return text;
+}
 namespace {
 
 class RowTest final : public testing::Test {

@@ -20,6 +20,9 @@ class RowName final {
     int line;
 };
 
+/// A text with each `what` replaced. (Expressions are slow before main, where each test of a table pays for all of them.)
+std::string replaced(std::string text, const std::string& what, const std::string& with);
+
 /// Makes the test SUITE.NAME, with "_" for whatever is neither letter nor digit. Before main only. Ends the
 /// program when there is a test of that name.
 void registerRow(const std::string& suite, const RowName& name, std::function<void()> body);
