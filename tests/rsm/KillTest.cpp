@@ -73,7 +73,10 @@ class Agent final : public agent::Observer, public agent::Enterprise {
     std::int8_t receive(const std::string& /*member*/, const agent::NamedValues& record) override {
         const auto value = [&](std::size_t i) { return record.at(i).second.value(); };
         minutes_ = value(0) == "FORCE_POLL_GRACE" && value(4) == kRunningRate ? std::stoi(value(3)) : -1;
-        scheduled_ = std::stoi(value(6));
+        // The report of the resumed thread may arrive behind the one of the schedule, and does not know it yet.
+        if (const int rate = std::stoi(value(6)); rate != 0) {
+            scheduled_ = rate;
+        }
         return 0;
     }
 
