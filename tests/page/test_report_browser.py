@@ -104,7 +104,8 @@ class ReportPageTest(unittest.TestCase):
             self.assertEqual({mark.tag_name for mark in self.find("#picture .accepted")}, {"circle"})
 
     def rows(self):
-        return [row.text for row in self.find("#table .body .row")]
+        # In one step: the page may draw its rows anew between two.
+        return self.ask("[...document.querySelectorAll('#table .body .row')].map(row => row.innerText)")
 
     def press(self, kind):
         self.find(f"[data-kind={kind}]")[0].click()
