@@ -230,12 +230,14 @@ TEST_F(SimulatorTest, HangsAreTold) {
         {"0 command reports null\n0 command spin null\n", "host waits in command spin null"},
     };
     for (const auto& [scenario, message] : cases) {
-        const Outcome outcome = simulate(
-            "replay scenario --patience 0.2 --trace trace --module '" FAKE_MODULE "'", start + scenario);
+        const Outcome outcome =
+            simulate("replay scenario --patience 0.2 --trace trace --report page --module '" FAKE_MODULE "'",
+                     start + scenario);
         EXPECT_EQ(outcome.status, 1) << scenario;
         EXPECT_TRUE(outcome.output.starts_with(std::string("the module hangs: ") + message))
             << outcome.output;
         EXPECT_TRUE(contents("trace").ends_with("}\n"));
+        EXPECT_NE(contents("page").find("</html>"), std::string::npos);
     }
 }
 

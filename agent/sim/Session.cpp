@@ -1,0 +1,138 @@
+#include "sim/Session.h"
+
+#include "sim/Options.h"
+#include "sim/RealClock.h"
+#include "sim/report/SessionPage.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <iostream>
+#include <stdexcept>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace sim {
+
+namespace {
+
+constexpr std::chrono::seconds kVirtualStart(1767225600);  // 2026-01-01T00:00:00Z
+
+/// Where the events go, opened before standard output is redirected: the path may lead there, too.
+int openEvents(const std::optional<std::string>& path) {
+    const int descriptor = path && *path != "-"
+                               ? ::open(path->c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666)
+                               : ::fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+    if (descriptor < 0) {
+        throw std::runtime_error(path.value_or("standard output") + ": " + std::strerror(errno));
+    }
+    return descriptor;
+}
+
+TraceFile::Form formOf(const Options& options) {
+    return options.trace   ? TraceFile::Form::json
+           : options.brief ? TraceFile::Form::brief
+                           : TraceFile::Form::timeline;
+}
+
+std::chrono::microseconds realTime() {
+    return std::chrono::duration_cast<std::chrono::microseconds>(
+        std::chrono::system_clock::now().time_since_epoch());
+}
+
+}  // namespace
+
+// The page's file is opened before anything runs, so that a wrong path is told.
+Session::Session(const Options& options)
+    : real_(options.mode == Options::Mode::run),
+      scenario_(options.scenario ? readScenarioFile(*options.scenario) : Scenario()),
+      page_(options.report ? std::optional<PageFile>(std::in_place, *options.report) : std::nullopt),
+      terminal_(real_ ? Terminal::open() : nullptr),
+      trace_(formOf(options), openEvents(options.trace), options.trace.value_or("standard output"), real_),
+      input_(real_ ? std::make_unique<Input>(STDIN_FILENO, terminal_.get()) : nullptr),
+      clock_(makeClock()),
+      recorder_(*clock_, capture_, trace_),
+      record_(options.scenario ? std::filesystem::path(*options.scenario).stem().string() : "session"),
+      live_(record_, present_),
+      scheduler_(
+          *clock_, [this](const std::string& who) { tellHang(who); }, options.patience),
+      shownTime_(*clock_),
+      agent_(options.module, *clock_, scheduler_, recorder_),
+      simulation_(scenario_, *clock_, scheduler_, agent_, trace_, input_.get()) {
+    if (terminal_ != nullptr) {
+        trace_.share(*terminal_);
+    }
+    if (options.scenario) {
+        record_.setNote(leadingComment(*options.scenario));
+    }
+    if (options.configuration) {
+        record_.useConfiguration(*options.configuration);
+    }
+    recorder_.tell(status_);
+    agent_.onStatus([this] { trace_.tell(status_.text(now())); });
+    if (options.http) {
+        serve(*options.http);
+    } else if (page_) {
+        recorder_.tell(record_);
+    }
+}
+
+bool Session::run() {
+    try {
+        const bool usable = simulation_.run();
+        console_.reset();
+        writePage();
+        return usable;
+    } catch (const std::exception&) {
+        writePage();  // Most of all a session that went wrong is to be looked at.
+        throw;
+    }
+}
+
+std::unique_ptr<Clock> Session::makeClock() {
+    if (!real_) {
+        return std::make_unique<Clock>(scenario_.clock.value_or(kVirtualStart));
+    }
+    auto clock = std::make_unique<RealClock>(scenario_.clock ? *scenario_.clock : realTime(), *input_);
+    present_ = [&shown = *clock] { return shown.elapsed(); };
+    return clock;
+}
+
+void Session::serve(const std::string& place) {
+    recorder_.tell(live_);
+    recorder_.tell(orders_);
+    input_->alsoWatch(orders_.descriptor());
+    simulation_.takeOrdersFrom(orders_);
+    console_.emplace(parsePlace(place), live_, orders_, [this] { return status_.json(now()); });
+    const Terminal::Hidden hidden(terminal_.get());
+    std::cerr << "krx-agent-sim: the session is at " << console_->url() << std::endl;
+}
+
+std::int64_t Session::now() const {
+    return std::chrono::floor<std::chrono::seconds>(clock_->wall()).count();
+}
+
+void Session::writePage() {
+    if (page_) {
+        page_->write(sessionPage(record_, false));
+    }
+}
+
+void Session::tellHang(const std::string& whoWaitsWhere) {
+    if (terminal_ != nullptr) {
+        terminal_->close();
+    }
+    std::fprintf(stderr, "the module hangs: %s\n", whoWaitsWhere.c_str());
+    trace_.flush();
+    try {
+        writePage();
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "%s\n", error.what());
+    }
+    std::_Exit(EXIT_FAILURE);  // What waits for ever cannot be ended in order.
+}
+
+}  // namespace sim

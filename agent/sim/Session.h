@@ -1,0 +1,80 @@
+// A simulation from the command line's options to its end.
+#pragma once
+
+#include "sim/Input.h"
+#include "sim/OrderQueue.h"
+#include "sim/ProcessTime.h"
+#include "sim/Recorder.h"
+#include "sim/Scenario.h"
+#include "sim/Scheduler.h"
+#include "sim/SimulatedAgent.h"
+#include "sim/Simulation.h"
+#include "sim/StdoutCapture.h"
+#include "sim/Terminal.h"
+#include "sim/TraceFile.h"
+#include "sim/console/Console.h"
+#include "sim/console/LiveSession.h"
+#include "sim/report/PageFile.h"
+#include "sim/report/SessionRecord.h"
+#include "sim/status/SessionStatus.h"
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace sim {
+
+struct Options;
+
+/// Makes the parts of a simulation, in the order in which they need each other, and lets it run. On the host thread.
+class Session final {
+  public:
+    /// Throws std::runtime_error with the reason when something that the options name cannot be used.
+    explicit Session(const Options& options);
+    Session(const Session&) = delete;
+    Session& operator=(const Session&) = delete;
+
+    /// As `Simulation::run`. When the module hangs, the process ends with status 1.
+    bool run();
+    /// Whether the start of a family failed.
+    bool startFailed() const { return agent_.startFailed(); }
+
+  private:
+    /// The module's time comes from the clock as long as this lives.
+    class ShownTime final {
+      public:
+        explicit ShownTime(const Clock& clock) { showTimeOf(&clock); }
+        ShownTime(const ShownTime&) = delete;
+        ShownTime& operator=(const ShownTime&) = delete;
+        ~ShownTime() { showTimeOf(nullptr); }
+    };
+
+    std::unique_ptr<Clock> makeClock();
+    void serve(const std::string& place);
+    std::int64_t now() const;
+    void writePage();
+    [[noreturn]] void tellHang(const std::string& whoWaitsWhere);
+
+    const bool real_;
+    const Scenario scenario_;
+    std::optional<PageFile> page_;
+    const std::unique_ptr<Terminal> terminal_;
+    TraceFile trace_;
+    StdoutCapture capture_;
+    const std::unique_ptr<Input> input_;
+    std::function<Instant()> present_;  ///< the real clock's, on any thread
+    const std::unique_ptr<Clock> clock_;
+    Recorder recorder_;
+    SessionRecord record_;
+    LiveSession live_;
+    OrderQueue orders_;
+    SessionStatus status_;
+    Scheduler scheduler_;
+    const ShownTime shownTime_;
+    SimulatedAgent agent_;
+    Simulation simulation_;
+    std::optional<Console> console_;
+};
+
+}  // namespace sim
