@@ -9,7 +9,7 @@
 namespace {
 
 platform::Immortal<platform::Published<XMLConfigData>> published;
-std::atomic<std::uint64_t> changes{0};
+std::atomic<std::uint64_t> changes;
 
 /// An object that no stop took away goes with the library.
 struct AtUnload {

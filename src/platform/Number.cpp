@@ -15,8 +15,8 @@ std::int32_t readNumber(std::string_view text) noexcept {
     if (negative || text.front() == '+') {
         text.remove_prefix(1);
     }
-    if (text.empty() || text.front() < '0' || text.front() > '9') {
-        return 0;
+    if (text.starts_with('-')) {
+        return 0;  // a second sign, which from_chars would take
     }
     std::int32_t value = 0;
     // from_chars leaves the value alone when it does not fit.

@@ -59,6 +59,19 @@ TEST_F(ScheduleFault, WhatCouldNotBeReadStays) {
     }
 }
 
+// A session that is not resumed for want of memory is resumed by a later start.
+TEST_F(ScheduleFault, ASessionThatCouldNotBeReadStays) {
+    for (int allocation = 1; allocation <= 40; ++allocation) {
+        const std::string fault = "memory:" + std::to_string(allocation) + ":1:12";
+        plan(fault);
+        const auto seen = replay(
+            "0 write state/resume.xml \"<ResumeRSM><RSMStartDate>2026:03:01</RSMStartDate>"
+            "<RSMStartTime>09:58:00</RSMStartTime><PollingRate>30</PollingRate><GracePeriod>10</GracePeriod>"
+            "</ResumeRSM>\"\n0 start rsm config.xml\n0 show state/resume.xml\n");
+        EXPECT_NE(seen.bytes().find("\"text\":\"<ResumeRSM>"), std::string::npos) << fault;
+    }
+}
+
 TEST_F(ScheduleFault, WhatCouldNotBeStoredIsTold) {
     const std::string told = R"( | 5 command ScheduleRSM GracePeriod=1 | 65 | 5 grace, 65 off
         | "level":250,"text":"\n GOING TO PUT IN A FILE = <RSMExecuteCommand>
@@ -81,6 +94,10 @@ TEST_F(ScheduleFault, OrdersAreOnTheDiskWithTheirFilesName) {
                                  "UTC");
     EXPECT_NE(workspace.read("faults.report").find("\nfsync 2\n"), std::string::npos)
         << workspace.read("faults.report");
+    const support::Replay session(
+        workspace, "0 start rsm config.xml\n0 start web-service\n1 connect 1 30\n2 end\n", "UTC");
+    EXPECT_NE(workspace.read("faults.report").find("\nfsync 2\n"), std::string::npos)
+        << "a session: " << workspace.read("faults.report");
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 #include "lib/AgentHost.h"
 #include "lib/FreeRuntime.h"
 #include "lib/Observer.h"
+#include "platform/Number.h"
 #include "platform/agent/Messaging.h"
 #include "scheduling/GmtClock.h"
 #include "scheduling/ScheduleRSMHandler.h"
@@ -16,6 +17,7 @@
 #include <atomic>
 #include <chrono>
 #include <future>
+#include <limits>
 #include <memory>
 #include <thread>
 
@@ -101,6 +103,56 @@ TEST(Texts, TaggedValues) {
     EXPECT_EQ(value("</Grace>", 7), "30");
     EXPECT_EQ(value("</Grace>", 9), "string found but before the first string");
     EXPECT_EQ(value("</Rate>", 7), "str not found");
+}
+
+TEST(Texts, Numbers) {
+    constexpr struct {
+        std::string_view text;
+        std::int32_t number;
+    } rows[] = {
+        {"", 0},
+        {"  ", 0},
+        {"12", 12},
+        {" \t\n\v\f\r7", 7},
+        {"-12 minutes", -12},
+        {"+5", 5},
+        {"-", 0},
+        {"--5", 0},
+        {"+-5", 0},
+        {"- 5", 0},
+        {"/5", 0},
+        {":5", 0},
+        {"5:6", 5},
+        {"0x10", 0},
+        {"005", 5},
+        {"5.9", 5},
+        {"2147483647", 2147483647},
+        {"2147483648", std::numeric_limits<std::int32_t>::max()},
+        {"-2147483649", std::numeric_limits<std::int32_t>::min()},
+    };
+    for (const auto& row : rows) {
+        EXPECT_EQ(platform::readNumber(row.text), row.number) << row.text;
+    }
+    EXPECT_EQ(platform::readNumber("2026:03", 5, 2), 3);
+    EXPECT_EQ(platform::readNumber("2026:03", 3, 1), 6);
+    EXPECT_EQ(platform::readNumber("2026", 4, 2), 0);
+    EXPECT_EQ(platform::readNumber("2026", 9, 2), 0);
+}
+
+// Seconds from 1970 on in GMT; each field has its place and its length, whatever stands between them.
+TEST(Texts, Moments) {
+    constexpr struct {
+        const char* date;
+        const char* time;
+        std::int64_t moment;
+    } rows[] = {
+        {"1970:01:01", "00:00:00", 0},          {"2026:03:01", "10:20:30", 1772360430},
+        {"2026-03-01", "10.20.30", 1772360430}, {"20261031011", "101201301", 1772360430},
+        {"2024:02:29", "23:59:59", 1709251199}, {"2026:12:32", "24:60:60", 1798851660},
+    };
+    for (const auto& row : rows) {
+        EXPECT_EQ(scheduling::stringToTime(row.date, row.time), row.moment) << row.date << " " << row.time;
+    }
 }
 
 TEST(Controller, OneUntilItIsDestroyed) {
