@@ -15,11 +15,10 @@ struct Element {
     enum class First : std::uint8_t { nothing, text, section, comment, instruction, entity, element };
 
     std::string name;
-    std::string
-        text;        ///< of the first child node, a comment's or an instruction's too: what the module takes
-    Position end;    ///< just behind the start tag
-    Position rest;   ///< of text behind the first child node; line 0 when there is none
-    Position stray;  ///< of the first text between the child elements; line 0 when there is none
+    std::string text;  ///< of the first child node, be it a comment's or an instruction's: the module's text
+    Position end;      ///< just behind the start tag
+    Position rest;     ///< of text behind the first child node; line 0 when there is none
+    Position stray;    ///< of the first text between the child elements; line 0 when there is none
     Element* parent = nullptr;
     Element* firstChild = nullptr;
     Element* lastChild = nullptr;
@@ -47,5 +46,6 @@ Document readDocument(const std::string& bytes, const SourceText& source, bool k
 
 /// From here on the module does not read a file.
 constexpr std::size_t kLargestFile = std::size_t{1} << 20U;
+constexpr char kTooMuch[] = "reading this document takes more memory than the module allows a configuration";
 
 }  // namespace check

@@ -25,7 +25,6 @@ constexpr std::size_t kTotalMemory = std::size_t{256} << 20U;
 // More text than this never fits into the module's tree.
 constexpr std::size_t kMostCharacters = kLiveMemory / sizeof(XMLCh);
 constexpr std::size_t kMostAttributes = 1000;  // kept for findings
-const char* const kTooMuch = "reading this document takes more memory than the module allows a configuration";
 
 struct Refused {};
 

@@ -35,11 +35,7 @@ std::string readFile(const std::string& path, std::string& unreadable) {
 
 /// Why the module refuses a document that is well-formed and within all bounds that can be told from outside.
 Finding refusalOf(const SourceText& source) {
-    Finding finding{Severity::error,
-                    {1, 1},
-                    "too-much",
-                    "reading this document takes more memory than the module allows a configuration",
-                    {}};
+    Finding finding{Severity::error, {1, 1}, "too-much", kTooMuch, {}};
     static const std::regex declaration("^<\\?xml\\s+version\\s*=\\s*([\"'])(.*?)\\1");
     std::string start;
     std::size_t mark = 0;

@@ -1,4 +1,5 @@
 #include "Rules.h"
+#include "platform/agent/Logging.h"
 
 #include <algorithm>
 #include <array>
@@ -9,12 +10,12 @@ namespace {
 
 constexpr std::size_t kLongestShown = 60;
 constexpr std::array<Level, 7> kLevels{{
-    {"trace", 20, "every message"},
-    {"info", 30, "every message but those of level trace"},
-    {"warn", 40, "messages of the levels warn, error and force, and no audit message"},
-    {"error", 50, "messages of the levels error and force, and no audit message"},
-    {"force", 250, "messages of level force only"},
-    {"audit", 254, "nothing at all"},
+    {"trace", level::kTrace, "every message"},
+    {"info", level::kInfo, "every message but those of level trace"},
+    {"warn", level::kWarn, "messages of the levels warn, error and force, and no audit message"},
+    {"error", level::kError, "messages of the levels error and force, and no audit message"},
+    {"force", level::kForce, "messages of level force only"},
+    {"audit", level::kAudit, "nothing at all"},
     {"", 80, "messages of level force only"},
 }};
 

@@ -78,9 +78,9 @@ void checkFileListener(const Inspection& in, Position listeners) {
         in.warning(in.tagOf(*logging), "no-level",
                    "without a 'LogLevel' the log file holds messages of level force only");
     } else if (in.settings.logLevel == levelNamed("audit")->number) {
-        in.warning(in.textPositionOf(*in.selection[Setting::LogLevel]), "writes-nothing",
-                   "at level 'audit' nothing is written to the log file, not even audit messages; 'info' "
-                   "holds them");
+        in.warning(
+            in.textPositionOf(*in.selection[Setting::LogLevel]), "writes-nothing",
+            "at level 'audit' nothing is written to the log file, not even audit messages; 'info' holds them");
     }
 }
 
@@ -117,16 +117,15 @@ void checkListeners(const Inspection& in) {
     if (!in.detects()) {
         if (texts) {
             const Position first = in.tagOf(Setting::TunnelOpen, in.tagOf(Setting::FileOpen, listeners));
-            in.warning(first, "no-effect",
-                       "texts that mark remote activity have no effect: neither 'RDListner' nor "
-                       "'TunnelListner' is on");
+            in.warning(
+                first, "no-effect",
+                "texts that mark remote activity have no effect: neither 'RDListner' nor 'TunnelListner' is on");
         }
     } else if (!texts) {
-        in.error(in.tagOf(settings.rdListner ? Setting::RDListner : Setting::TunnelListner, listeners),
-                 "no-texts",
-                 std::string(settings.rdListner ? "'RDListner'" : "'TunnelListner'") +
-                     " is on, and no 'OpenMessage' names a text that begins remote activity: it never "
-                     "notices any");
+        in.error(
+            in.tagOf(settings.rdListner ? Setting::RDListner : Setting::TunnelListner, listeners), "no-texts",
+            std::string(settings.rdListner ? "'RDListner'" : "'TunnelListner'") +
+                " is on, and no 'OpenMessage' names a text that begins remote activity: it never notices any");
     }
     for (const Activity& activity : activities) {
         if (in.detects()) {

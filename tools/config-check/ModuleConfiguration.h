@@ -1,5 +1,4 @@
-// The module's own reading of a configuration: the only place of this program that knows the module's
-// classes.
+// The module's own reading of a configuration: nothing else in this program knows the module's classes.
 #pragma once
 
 #include "config/TagNames.h"

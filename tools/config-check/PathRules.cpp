@@ -86,9 +86,7 @@ class PathCheck final {
         Finding& finding = in_.error(target_.position, kind, text);
         if (isRelative(target_.path)) {
             finding.notes.push_back(
-                {target_.position, name_ +
-                                       " is relative to the agent's working directory; from here "
-                                       "it is " +
+                {target_.position, name_ + " is relative to the agent's working directory; from here it is " +
                                        shown(fromHere(target_.path).string())});
         }
     }

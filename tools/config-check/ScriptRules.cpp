@@ -58,10 +58,8 @@ bool isAssignment(const std::string& word) {
 bool isOfTheShell(std::string_view word) {
     static constexpr std::string_view kWords =
         " . : [ { alias bg break case cd command continue do echo eval exec exit export false fg for getopts "
-        "hash if "
-        "jobs kill local printf pwd read readonly return set shift test then times trap true type ulimit "
-        "umask "
-        "unalias unset until wait while ";
+        "hash if jobs kill local printf pwd read readonly return set shift test then times trap true type "
+        "ulimit umask unalias unset until wait while ";
     return kWords.find(" " + std::string(word) + " ") != std::string_view::npos;
 }
 

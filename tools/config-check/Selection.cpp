@@ -1,5 +1,7 @@
 #include "Selection.h"
 
+#include "platform/Text.h"
+
 namespace check {
 namespace {
 
@@ -52,11 +54,7 @@ const std::array<SettingPlace, kSettingCount>& settingPlaces() {
 }
 
 std::string textOf(const Element& element) {
-    const std::size_t start = element.text.find_first_not_of(" \t");
-    if (start == std::string::npos) {
-        return {};
-    }
-    return element.text.substr(start, element.text.find_last_not_of(" \t") - start + 1);
+    return std::string(platform::trimmed(element.text));
 }
 
 std::vector<const Element*> messagesOf(const Element& list, const KnownElements& known) {

@@ -7,7 +7,7 @@
 
 namespace check {
 
-/// What the module works with, in the order of its element names, and after it what comes of that.
+/// What the module works with, in the order of `settingPlaces`.
 std::vector<SettingInForce> settingsInForce(const Inspection& inspection);
 
 }  // namespace check

@@ -14,8 +14,7 @@ class SourceText final {
     /// `bytes` in UTF-8, UTF-16 or another encoding that agrees with ASCII.
     explicit SourceText(const std::string& bytes);
 
-    /// The start of the tag, or of the reference to an entity, that ends at `end`; `end` itself when neither
-    /// ends there.
+    /// The start of the tag or entity reference that ends at `end`; `end` itself when neither ends there.
     Position startOfTag(Position end) const;
     /// The first place from `start` on that is neither a blank nor a line break.
     Position afterBlanks(Position start) const;

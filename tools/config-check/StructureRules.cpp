@@ -5,10 +5,6 @@
 namespace check {
 namespace {
 
-std::string quoted(const std::string& text) {
-    return shown(text);
-}
-
 /// The innermost element around this one that has a name of the module's.
 std::optional<Tag> sectionAround(const Element& element, const Inspection& in) {
     for (const Element* around = element.parent; around != nullptr && around->parent != nullptr;
@@ -73,10 +69,10 @@ class StructureCheck final {
     void checkRoot() {
         const Element& root = in_.root();
         if (in_.known.find(root.name)) {
-            in_.error(in_.tagOf(root), "root",
-                      quoted(root.name) +
-                          " is the root element here, whose name is not read; an element of any "
-                          "other name belongs around it");
+            in_.error(
+                in_.tagOf(root), "root",
+                shown(root.name) +
+                    " is the root element here, whose name is not read; an element of any other name belongs around it");
         }
         checkStray(root, "it is not read");
     }
@@ -85,7 +81,7 @@ class StructureCheck final {
         if (element.stray.line != 0) {
             const Position start =
                 in_.findings.full() ? element.stray : in_.source.afterBlanks(element.stray);
-            in_.error(start, "stray-text", "text directly in " + quoted(element.name) + ": " + consequence);
+            in_.error(start, "stray-text", "text directly in " + shown(element.name) + ": " + consequence);
         }
     }
 
@@ -101,7 +97,7 @@ class StructureCheck final {
             const Element*& earlier = sections_[tag];
             if (earlier != nullptr) {
                 in_.warning(in_.tagOf(element), "repeated",
-                            "a second " + quoted(element.name) + ": what both set is taken from this one")
+                            "a second " + shown(element.name) + ": what both set is taken from this one")
                     .notes.push_back({in_.tagOf(*earlier), "the first one"});
             }
             earlier = &element;
@@ -114,15 +110,15 @@ class StructureCheck final {
         if (element.fromEntity) {
             in_.error(
                 position, "entity",
-                quoted(element.name) + " comes out of an entity; it is read only where it is written itself");
+                shown(element.name) + " comes out of an entity; it is read only where it is written itself");
         } else if (const Element* const instead = takenInstead(element, tag, in_)) {
             in_.error(position, "duplicate",
-                      "a second " + quoted(element.name) +
+                      "a second " + shown(element.name) +
                           " in the same section is not read; the first one counts")
                 .notes.push_back({in_.tagOf(*instead), "the first one"});
         } else {
             in_.error(position, "misplaced",
-                      quoted(element.name) + " is not read in " + quoted(element.parent->name) +
+                      shown(element.name) + " is not read in " + shown(element.parent->name) +
                           "; it is read " + place);
         }
     }
@@ -132,12 +128,11 @@ class StructureCheck final {
         if (const std::optional<Tag> meant = in_.known.meantBy(element.name, section)) {
             silent_.insert(&element);
             in_.error(in_.tagOf(element), "unknown-element",
-                      "unknown element " + quoted(element.name) + "; did you mean " +
-                          quoted(in_.name(*meant)) + "?" +
-                          (KnownElements::of(*meant).oddlySpelled ? " The spelling is meant." : ""));
+                      "unknown element " + shown(element.name) + "; did you mean " + shown(in_.name(*meant)) +
+                          "?" + (KnownElements::of(*meant).oddlySpelled ? " The spelling is meant." : ""));
         } else if (element.parent == &in_.root() || in_.known.find(element.parent->name)) {
             in_.warning(in_.tagOf(element), "unknown-element",
-                        "unknown element " + quoted(element.name) + ": the module does not read it");
+                        "unknown element " + shown(element.name) + ": the module does not read it");
         }
     }
 
@@ -149,7 +144,7 @@ class StructureCheck final {
                 continue;
             }
             in_.warning(in_.tagOf(*attribute.element), "attribute",
-                        "the attribute " + quoted(name) + " of " + quoted(attribute.element->name) +
+                        "the attribute " + shown(name) + " of " + shown(attribute.element->name) +
                             " has no effect: only element names and texts are read");
         }
     }
