@@ -20,8 +20,8 @@ constexpr char kClassName[] = "ZephanRSMSingleTon";
 constexpr double kFirstTwoDigitGrace = 10.0;  // minutes; below, a "0" is put before the number
 constexpr std::size_t kRecordSize = 1000;
 constexpr std::size_t kReadSize = 1024;
-constexpr std::int64_t kSecondsPerMinute = 60;
 
+using scheduling::kSecondsPerMinute;
 using Value = char[scheduling::kValueSize];
 
 }  // namespace

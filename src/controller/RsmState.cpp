@@ -1,5 +1,7 @@
 #include "controller/RsmState.h"
 
+#include "scheduling/GmtClock.h"
+
 #include <algorithm>
 #include <limits>
 #include <tuple>
@@ -7,7 +9,6 @@
 namespace {
 
 constexpr std::int32_t kDefaultActivityGracePeriod = 30;  // minutes
-constexpr std::int32_t kSecondsPerMinute = 60;
 
 std::int32_t withoutFraction(double value) noexcept {
     using Limits = std::numeric_limits<std::int32_t>;
@@ -17,7 +18,7 @@ std::int32_t withoutFraction(double value) noexcept {
 }  // namespace
 
 std::uint32_t RsmState::pollsPerMinute() const noexcept {
-    return pollingRate < 1 ? 0U : static_cast<std::uint32_t>(kSecondsPerMinute / pollingRate);
+    return pollingRate < 1 ? 0U : static_cast<std::uint32_t>(scheduling::kSecondsPerMinute / pollingRate);
 }
 
 double RsmState::pollLimit() const noexcept {
@@ -73,7 +74,7 @@ void RsmState::scheduleDelayedProfile(std::int32_t rate, std::int64_t start, std
     delayedEndTime = end;
     delayedActivityGracePeriod = activityGraceMinutes;
     delayedProfilePending = true;
-    delayedGracePeriod = static_cast<double>(end - start) / kSecondsPerMinute;
+    delayedGracePeriod = static_cast<double>(end - start) / scheduling::kSecondsPerMinute;
     delayedPollingRate = rate;
 }
 

@@ -70,7 +70,7 @@ std::int32_t execute(const char* command, const PropList* input, PropList** resp
 
 extern "C" {
 
-int8_t ZPXRSMDSStartup(void** handle, const char* scheduleFilePath) {
+std::int8_t ZPXRSMDSStartup(void** handle, const char* scheduleFilePath) {
     return entry::guarded(entry::kFailure, [&] {
         ZephanRSMSingleTon::Reference controller;
         bool made = false;
@@ -94,29 +94,29 @@ int8_t ZPXRSMDSStartup(void** handle, const char* scheduleFilePath) {
     });
 }
 
-int8_t ZPXRSMDSShutdown(void) {
+std::int8_t ZPXRSMDSShutdown(void) {
     KRXLog(level::kForce, "Custom HVK Extension: %s shutdown complete.\n", kExtension);
     return entry::kSuccess;
 }
 
-int32_t ZPXRSMDSGet(void) {
+std::int32_t ZPXRSMDSGet(void) {
     return kNotRecognised;
 }
 
-int32_t ZPXRSMDSSet(void) {
+std::int32_t ZPXRSMDSSet(void) {
     return kNotRecognised;
 }
 
-int32_t ZPXRSMDSExectue(void* /*reserved1*/, void* /*reserved2*/, const char* command, const PropList* input,
-                        PropList** response) {
+std::int32_t ZPXRSMDSExectue(void* /*reserved1*/, void* /*reserved2*/, const char* command,
+                             const PropList* input, PropList** response) {
     return entry::guarded(kFailed, [&] { return execute(command, input, response); });
 }
 
-int8_t ZPXRSMDSDestoryResponse(void) {
+std::int8_t ZPXRSMDSDestoryResponse(void) {
     return entry::kFailure;
 }
 
-int8_t ZPXRSMDSDestroyPropList(void* /*reserved1*/, void* /*reserved2*/, PropList* list) {
+std::int8_t ZPXRSMDSDestroyPropList(void* /*reserved1*/, void* /*reserved2*/, PropList* list) {
     if (list == nullptr) {
         KRXLog(level::kError, "ZPXRSMDSDestroyPropList: null property list, nothing to destroy?!\n");
         return entry::kSuccess;

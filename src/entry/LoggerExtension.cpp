@@ -69,11 +69,11 @@ std::int8_t take(const char* message, Delivery&& deliver) {
 
 extern "C" {
 
-int8_t ZPXRSMLoggerStatup(const char* initParam) {
+std::int8_t ZPXRSMLoggerStatup(const char* initParam) {
     return entry::guarded(entry::kFailure, [&] { return startUp(initParam); });
 }
 
-int8_t ZPXRSMLoggerShutdown(void) {
+std::int8_t ZPXRSMLoggerShutdown(void) {
     return entry::guarded(entry::kSuccess, [] {
         const entry::Lifecycle lifecycle(entry::Lifecycle::Kind::Stop);
         ZephanRSMSingleTon::destroyInstance();
@@ -85,11 +85,11 @@ int8_t ZPXRSMLoggerShutdown(void) {
     });
 }
 
-int8_t ZPXRSMLoggerLog(uint8_t level, const char* message) {
+std::int8_t ZPXRSMLoggerLog(std::uint8_t level, const char* message) {
     return take(message, [&](LogManager& manager, const char* text) { manager.log(level, text); });
 }
 
-int8_t ZPXRSMLoggerAudit(const char* message) {
+std::int8_t ZPXRSMLoggerAudit(const char* message) {
     return take(message, [](LogManager& manager, const char* text) { manager.audit(text); });
 }
 }

@@ -5,6 +5,7 @@
 #include "entry/Guard.h"
 #include "entry/Lifecycle.h"
 #include "logging/ConfigHandler.h"
+#include "platform/Text.h"
 #include "platform/agent/Logging.h"
 #include "scheduling/ScheduleRSMHandler.h"
 
@@ -15,22 +16,12 @@ namespace {
 
 constexpr char kExtension[] = "RSM Extension";
 
-std::string trimmed(const char* text) {
-    const std::string whole = text == nullptr ? "" : text;
-    const auto end = whole.find_last_not_of(" \t");
-    if (end == std::string::npos) {
-        return {};
-    }
-    const auto start = whole.find_first_not_of(" \t");
-    return whole.substr(start, end - start + 1);
-}
-
 /// Loads the configuration unless there is one. False, with a log line, when it cannot be loaded.
 bool ensureConfiguration(const char* initParam) {
     if (XMLConfigData::instance() != nullptr) {
         return true;
     }
-    const std::string path = trimmed(initParam);
+    const std::string path(platform::trimmed(initParam == nullptr ? "" : initParam));
     if (path.empty()) {
         KRXLog(level::kError, "RSM Extension: InitParam is not defined in Agent Config file");
         return false;
@@ -103,11 +94,11 @@ std::int8_t shutDown(const void* handle) {
 
 extern "C" {
 
-int8_t ZPRSMExtnStartup(void** handle, ZPServiceAgent* serviceAgent, const char* initParam) {
+std::int8_t ZPRSMExtnStartup(void** handle, ZPServiceAgent* serviceAgent, const char* initParam) {
     return entry::guarded(entry::kFailure, [&] { return startUp(handle, serviceAgent, initParam); });
 }
 
-int8_t ZPRSMExtnShutdown(void* handle) {
+std::int8_t ZPRSMExtnShutdown(void* handle) {
     return entry::guarded(entry::kFailure, [&] { return shutDown(handle); });
 }
 }

@@ -14,7 +14,7 @@ constexpr char kExtension[] = "RSM WebService Extension";
 
 extern "C" {
 
-int8_t ZPXRSMWSStartup(void** handle, ZPServiceAgent* serviceAgent) {
+std::int8_t ZPXRSMWSStartup(void** handle, ZPServiceAgent* serviceAgent) {
     if (handle == nullptr) {
         KRXLog(level::kError, "\nRSMWSExtnStartup: ZephanServices Invalid (null) handle\n");
         return entry::kFailure;
@@ -35,7 +35,7 @@ int8_t ZPXRSMWSStartup(void** handle, ZPServiceAgent* serviceAgent) {
     });
 }
 
-int8_t ZPXRSMWSShutdown(void* handle) {
+std::int8_t ZPXRSMWSShutdown(void* handle) {
     if (handle == nullptr) {
         KRXLog(level::kError, "RSMWSExtnShutdown: null ph\n");
         return entry::kFailure;
@@ -44,7 +44,7 @@ int8_t ZPXRSMWSShutdown(void* handle) {
     return entry::kSuccess;
 }
 
-int8_t ZPXRSMWSCreateService(void* handle, ZPService** service) {
+std::int8_t ZPXRSMWSCreateService(void* handle, ZPService** service) {
     if (service == nullptr) {
         KRXLog(level::kError, "ZephanServices Invalid (null) ppSvc\n");
         return entry::kFailure;
@@ -61,7 +61,7 @@ int8_t ZPXRSMWSCreateService(void* handle, ZPService** service) {
     return entry::kSuccess;
 }
 
-int8_t ZPXRSMWSDestroyService(void* /*handle*/, ZPService* service) {
+std::int8_t ZPXRSMWSDestroyService(void* /*handle*/, ZPService* service) {
     delete service;
     KRXLog(level::kForce, "Custom HVK Extension: %s DestroyService complete.\n", kExtension);
     return entry::kSuccess;

@@ -14,7 +14,7 @@ Service::~Service() {
     delete[] serviceNamespace_;
 }
 
-int8_t Service::Cleanup(Messaging::WebServiceMessage* /*message*/) {
+std::int8_t Service::Cleanup(Messaging::WebServiceMessage* /*message*/) {
     return 0;
 }
 

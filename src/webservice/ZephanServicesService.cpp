@@ -14,8 +14,9 @@ namespace KRX::Services::ZephanServicesNS {
 ZephanServicesService::ZephanServicesService()
     : Service("ZephanServices", "urn:corvane-krx:urn:corvane-krx:ZephanServices_v1_0") {}
 
-int8_t ZephanServicesService::CreateMessage(const char* operation, Messaging::WebServiceMessage* message) {
-    int8_t result = -1;
+std::int8_t ZephanServicesService::CreateMessage(const char* operation,
+                                                 Messaging::WebServiceMessage* message) {
+    std::int8_t result = -1;
     try {
         ZephanServicesMessages messages(serviceName(), "", serviceNamespace());
         result = messages.CreateMessage(operation, *message);
@@ -31,7 +32,7 @@ int8_t ZephanServicesService::CreateMessage(const char* operation, Messaging::We
     return 0;
 }
 
-int8_t ZephanServicesService::Execute(Messaging::WebServiceMessage* message) {
+std::int8_t ZephanServicesService::Execute(Messaging::WebServiceMessage* message) {
     try {
         switch (operationNamed(message->GetRequestHeader().GetOperation())) {
             case Operation::Connect:
@@ -47,20 +48,20 @@ int8_t ZephanServicesService::Execute(Messaging::WebServiceMessage* message) {
     return -1;
 }
 
-int8_t ZephanServicesService::executeConnect(Messaging::WebServiceMessage& message) {
+std::int8_t ZephanServicesService::executeConnect(Messaging::WebServiceMessage& message) {
     const auto* const request = dynamic_cast<const ConnectMessage*>(message.GetRequestMsg());
     auto* const response = dynamic_cast<ConnectResponseMessage*>(message.GetResponseMsg());
     if (request == nullptr || response == nullptr) {
         return -1;
     }
-    int32_t currentPollingRate = 0;
-    const int8_t result =
+    std::int32_t currentPollingRate = 0;
+    const std::int8_t result =
         Connect(request->pollDuration(), request->pollingRate(), currentPollingRate, message.GetContext());
     response->setCurrentPollingRate(currentPollingRate);
     return result;
 }
 
-int8_t ZephanServicesService::executeDisconnect(Messaging::WebServiceMessage& message) {
+std::int8_t ZephanServicesService::executeDisconnect(Messaging::WebServiceMessage& message) {
     const auto* const request = dynamic_cast<const DisconnectMessage*>(message.GetRequestMsg());
     const auto* const response = dynamic_cast<const DisconnectResponseMessage*>(message.GetResponseMsg());
     if (request == nullptr || response == nullptr || response->result() == nullptr) {
@@ -69,7 +70,7 @@ int8_t ZephanServicesService::executeDisconnect(Messaging::WebServiceMessage& me
     return Disconnect(request->memberName(), *response->result(), message.GetContext());
 }
 
-int8_t ZephanServicesService::Cleanup(Messaging::WebServiceMessage* message) {
+std::int8_t ZephanServicesService::Cleanup(Messaging::WebServiceMessage* message) {
     if (ZephanServicesMessages::Cleanup(*message) != 0) {
         const char* const operation = message->GetRequestHeader().GetOperation();
         KRXLog(level::kError, "ZephanServicesService::Cleanup Unable to clean-up message for %s operation.\n",

@@ -6,13 +6,13 @@
 namespace KRX::Services::ZephanServicesNS {
 namespace {
 
-constexpr int32_t kUnknownPollingRate = 300;  // seconds, answered without a controller
+constexpr std::int32_t kUnknownPollingRate = 300;  // seconds, answered without a controller
 
 }  // namespace
 
-int8_t ZephanServicesServiceImpl::Connect(int32_t pollDuration, int32_t pollingRate,
-                                          int32_t& currentPollingRate,
-                                          Messaging::Headers::SecurityContext& /*context*/) {
+std::int8_t ZephanServicesServiceImpl::Connect(std::int32_t pollDuration, std::int32_t pollingRate,
+                                               std::int32_t& currentPollingRate,
+                                               Messaging::Headers::SecurityContext& /*context*/) {
     currentPollingRate = kUnknownPollingRate;
     const auto controller = ZephanRSMSingleTon::getInstance();
     if (controller == nullptr) {
@@ -22,13 +22,14 @@ int8_t ZephanServicesServiceImpl::Connect(int32_t pollDuration, int32_t pollingR
     }
     // Both are stored by the order itself, in one step: a running thread must not meet one of them alone.
     std::uint32_t currentPollInterval = 0;
-    const int8_t result = controller->ForcePoll(pollDuration, pollingRate, currentPollInterval);
-    currentPollingRate = static_cast<int32_t>(currentPollInterval);
+    const std::int8_t result = controller->ForcePoll(pollDuration, pollingRate, currentPollInterval);
+    currentPollingRate = static_cast<std::int32_t>(currentPollInterval);
     return result;
 }
 
-int8_t ZephanServicesServiceImpl::Disconnect(const char* memberName, Messaging::SerializableString& result,
-                                             Messaging::Headers::SecurityContext& /*context*/) {
+std::int8_t ZephanServicesServiceImpl::Disconnect(const char* memberName,
+                                                  Messaging::SerializableString& result,
+                                                  Messaging::Headers::SecurityContext& /*context*/) {
     const auto controller = ZephanRSMSingleTon::getInstance();
     if (controller == nullptr) {
         KRXLog(level::kError,
