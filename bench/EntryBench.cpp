@@ -28,15 +28,10 @@ constexpr int kCheapOperations = 5000;  // likewise, where no system call is mad
 
 const std::string kMessage =
     "Poll of the enterprise server ended after 1234 ms, 3 packages received, next poll in 60 s.\n";
-// The beginnings of the configured texts occur in it again and again, as they would in such a message; it
-// matches none.
+// Full of beginnings of the configured texts, as such a message would be; it matches none.
 const std::string kAuditMessage =
     "Service user operator-7 opened a Session from 10.20.30.40, Remote file /var/opt/agent/settings.xml "
-    "Uploaded, "
-    "File size 48211 bytes, transfer rate 1.2 MB/s, success\n";
-
-constexpr std::uint8_t kInfo = 30;
-constexpr std::uint8_t kTrace = 20;
+    "Uploaded, File size 48211 bytes, transfer rate 1.2 MB/s, success\n";
 
 struct Fixture {
     explicit Fixture(int texts = 4, const std::string& logLevel = "info")
@@ -52,19 +47,21 @@ template <typename Against>
 void entry(benchmark::State& state, int threads, Against&& against, Bar bar) {
     for (auto _ : state) {
         Fixture fixture;
-        report(state,
-               compare(roundOf([&] { fixture.module.log(kInfo, kMessage.c_str()); }, kEntries, threads),
-                       roundOf([&] { against(fixture); }, kEntries, threads), kRounds),
-               bar);
+        report(
+            state,
+            compare(roundOf([&] { fixture.module.log(ZP_LEVEL_INFO, kMessage.c_str()); }, kEntries, threads),
+                    roundOf([&] { against(fixture); }, kEntries, threads), kRounds),
+            bar);
     }
 }
 
 void rejected(benchmark::State& state) {
     for (auto _ : state) {
         Fixture fixture;
-        report(state,
-               compare(roundOf([&] { fixture.module.log(kTrace, kMessage.c_str()); }, kCheapOperations),
-                       roundOf([&] { std::fputs(kMessage.c_str(), stdout); }, kCheapOperations), kRounds));
+        report(
+            state,
+            compare(roundOf([&] { fixture.module.log(ZP_LEVEL_TRACE, kMessage.c_str()); }, kCheapOperations),
+                    roundOf([&] { std::fputs(kMessage.c_str(), stdout); }, kCheapOperations), kRounds));
     }
 }
 
@@ -77,7 +74,8 @@ void audit(benchmark::State& state, int texts, double bar) {
         fixture.module.audit("Remote tunnel opened 0, File transfer started 2");
         report(state,
                compare(roundOf([&] { fixture.module.audit(kAuditMessage.c_str()); }, kCheapOperations),
-                       roundOf([&] { fixture.module.log(kInfo, kAuditMessage.c_str()); }, kCheapOperations),
+                       roundOf([&] { fixture.module.log(ZP_LEVEL_INFO, kAuditMessage.c_str()); },
+                               kCheapOperations),
                        kRounds),
                {{}, bar});
     }
@@ -87,11 +85,11 @@ std::atomic<std::uint64_t> allocations{0};
 
 std::uint64_t allocationsOfEntries(const Fixture& fixture) {
     const std::string message(1024, 'm');
-    fixture.module.log(
-        kInfo, message.c_str());  // the C library's one-time work: time zone, buffer of standard output
+    // First the C library's one-time work: time zone, buffer of standard output.
+    fixture.module.log(ZP_LEVEL_INFO, message.c_str());
     const std::uint64_t before = allocations.load();
     for (int i = 0; i < kEntries; ++i) {
-        fixture.module.log(kInfo, message.c_str());
+        fixture.module.log(ZP_LEVEL_INFO, message.c_str());
         fixture.module.audit(message.c_str());
     }
     return allocations.load() - before;
@@ -113,7 +111,7 @@ bool rejectedWithoutSystemCall(const Fixture& fixture) {
         ::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0);
         if (::prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &program) == 0) {
             for (int i = 0; i < kEntries; ++i) {
-                fixture.module.log(kTrace, kMessage.c_str());
+                fixture.module.log(ZP_LEVEL_TRACE, kMessage.c_str());
             }
             ::syscall(SYS_exit, 0);
         }

@@ -20,8 +20,8 @@ struct Bar {
 void report(benchmark::State& state, const Comparison& comparison, Bar bar = {});
 
 /// Sends standard output to /dev/null, where the module's echo is to go, and prints the table to where it
-/// went before: the settings first, then what Google Benchmark was told to run. The process's exit status: 3 when a filter
-/// names none of the benchmarks.
+/// went before: the settings first, then what Google Benchmark was told to run. The process's exit status: 3
+/// when a filter names none of the benchmarks.
 int run(int argumentCount, char** arguments, std::string (*settings)());
 
 }  // namespace bench

@@ -29,8 +29,7 @@ inline bool isFull(const std::string& path) {
     return size >= static_cast<off_t>(kFullSize);
 }
 
-/// The work that an entry cannot do without, as directly as it can be asked for: the size check, one write,
-/// the echo.
+/// What no entry can do without, asked for as directly as can be: the size check, one write, the echo.
 class Floor final {
   public:
     Floor(std::string path, const std::string& message)

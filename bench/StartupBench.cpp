@@ -1,5 +1,4 @@
-// What loading and starting the module costs, each time in a process of its own, and what it holds while it
-// is idle.
+// What loading and starting the module costs, each time in a process of its own, and what it holds when idle.
 #include "Module.h"
 #include "Report.h"
 

@@ -1,5 +1,5 @@
-// What other threads wait for while the agent is busy: the longest log call beside a report, a script and a start that take
-// ten seconds, and how long a stop takes beside each of them.
+// What other threads wait for while the agent is busy: the longest log call beside a report, a script and a
+// start that take ten seconds, and how long a stop takes beside each of them.
 #include "Module.h"
 #include "platform/agent/Logging.h"
 #include "sim/ServiceCall.h"
@@ -65,7 +65,9 @@ class Session final {
         const PropList list{properties, 2};
         module_.ZPXRSMDSExectue(nullptr, nullptr, "ScheduleRSM", &list, nullptr);
     }
-    void log() { module_.ZPXRSMLoggerLog(30, "Poll of the enterprise server ended after 1234 ms.\n"); }
+    void log() {
+        module_.ZPXRSMLoggerLog(ZP_LEVEL_INFO, "Poll of the enterprise server ended after 1234 ms.\n");
+    }
     agent::AgentHost& host() { return host_; }
 
     double longestLogCall() {

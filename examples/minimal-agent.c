@@ -6,8 +6,6 @@
 #include <stdio.h>
 #include <string.h>
 
-enum { levelInfo = 30 };
-
 /* Says what went wrong and answers 1, or 0 when nothing did. */
 static int failed(const char* call, int result) {
     if (result == 0) {
@@ -58,7 +56,7 @@ int main(int argc, char** argv) {
     failures += failed("ZPXRSMDSStartup", ZPXRSMDSStartup(&dataSource, argv[2]));
     failures += failed("ZPXRSMLoggerStatup", ZPXRSMLoggerStatup(argv[1]));
     if (failures == 0) {
-        failures += failed("ZPXRSMLoggerLog", ZPXRSMLoggerLog(levelInfo, "A log message\n"));
+        failures += failed("ZPXRSMLoggerLog", ZPXRSMLoggerLog(ZP_LEVEL_INFO, "A log message\n"));
         failures += failed("ZPXRSMLoggerAudit", ZPXRSMLoggerAudit("An audit message\n"));
         failures += orderRSM();
     }

@@ -1,5 +1,6 @@
-// The smallest agent: loads the library, uses each of its families once and goes. It looks at every result; the reason of a
-// failure is in the agent's log. An integrator's own agent does the same with its own libraries in place of the stand-in's.
+// The smallest agent: loads the library, uses each of its families once and goes. It looks at every result;
+// the reason of a failure is in the agent's log. An integrator's own agent does the same with its own
+// libraries in place of the stand-in's.
 #include "ZephanRSMLogger.h"
 #include "lib/AgentHost.h"
 #include "lib/Observer.h"

@@ -11,8 +11,6 @@ namespace KRX::Messaging {
 
 namespace {
 
-constexpr int kInformation = 30;  // log level
-
 /// A record on its way; whoever of sender and link thread is left keeps it.
 struct Record {
     std::string member;
@@ -32,7 +30,7 @@ std::int8_t ask(agent::Enterprise* enterprise, const Record& record) {
 
 /// The work of a link thread: what an agent tells of a record that it sends, and the sending.
 int send(agent::Enterprise* enterprise, Record& record) {
-    KRXLog(kInformation, "Registration: sending the record of %s\n", record.member.c_str());
+    KRXLog(level::kInfo, "Registration: sending the record of %s\n", record.member.c_str());
     const std::int8_t answer = ask(enterprise, record);
     agent::callAuditHook(("Registration: the record of " + record.member + " was answered\n").c_str());
     agent::runtime().change([&record, answer] {

@@ -3,6 +3,7 @@
 #include "sim/Clock.h"
 
 #include <atomic>
+
 namespace sim {
 
 namespace {

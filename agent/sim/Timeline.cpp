@@ -1,6 +1,6 @@
 #include "sim/Timeline.h"
 
-#include "sim/Event.h"
+#include "sim/EventFields.h"
 
 #include <algorithm>
 #include <array>
@@ -48,12 +48,7 @@ class Fields final {
   private:
     template <typename Kind>
     const Kind* find(std::string_view key) const {
-        for (const auto& [name, value] : event_.fields) {
-            if (name == key) {
-                return std::get_if<Kind>(&value);
-            }
-        }
-        return nullptr;
+        return fieldOf<Kind>(event_, key);
     }
 
     const Event& event_;

@@ -1,5 +1,7 @@
 #include "sim/Verbs.h"
 
+#include "platform/agent/Logging.h"
+
 #include <algorithm>
 #include <array>
 #include <charconv>
@@ -13,8 +15,12 @@ namespace sim {
 
 namespace {
 
-constexpr std::array<std::pair<std::string_view, std::uint8_t>, 6> kLevels = {
-    {{"trace", 20}, {"info", 30}, {"warn", 40}, {"error", 50}, {"force", 250}, {"audit", 254}}};
+constexpr std::array<std::pair<std::string_view, std::uint8_t>, 6> kLevels = {{{"trace", level::kTrace},
+                                                                               {"info", level::kInfo},
+                                                                               {"warn", level::kWarn},
+                                                                               {"error", level::kError},
+                                                                               {"force", level::kForce},
+                                                                               {"audit", level::kAudit}}};
 
 constexpr unsigned int kMost = std::numeric_limits<unsigned int>::max();
 

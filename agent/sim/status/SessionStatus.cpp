@@ -1,5 +1,6 @@
 #include "sim/status/SessionStatus.h"
 
+#include "platform/Number.h"
 #include "sim/EventFields.h"
 #include "sim/report/AuditTexts.h"
 #include "sim/status/Moment.h"
@@ -7,7 +8,6 @@
 #include "sim/status/StatusJson.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <ctime>
 
 namespace sim {
@@ -28,10 +28,6 @@ std::string property(const agent::NamedValues& list, std::string_view name) {
         }
     }
     return "";
-}
-
-int numberIn(const std::string& text) {
-    return std::atoi(text.c_str());
 }
 
 /// A profile's date, "2026-01-03 GMT 10:00:05" with the day before the month; none for "0".
@@ -103,13 +99,13 @@ void SessionStatus::noteReport(const Event& event, std::int64_t at) {
     }
     schedule_.reset();
     if (const auto start = profileMoment(property(list, "RSM_DELAY_PROFILE_START_TIME"))) {
-        schedule_ = Schedule{*start, numberIn(property(list, "RSM_DELAY_PROFILE_GRACE_PERIOD")),
-                             numberIn(property(list, "RSM_DELAY_PROFILE_FORCED_POLLING_RATE"))};
+        schedule_ = Schedule{*start, platform::readNumber(property(list, "RSM_DELAY_PROFILE_GRACE_PERIOD")),
+                             platform::readNumber(property(list, "RSM_DELAY_PROFILE_FORCED_POLLING_RATE"))};
     }
     Stretch next{property(list, "RSM_MODE"),
                  at,
-                 numberIn(property(list, "RSM_GRACE_PERIOD")),
-                 numberIn(property(list, "RSM_FORCED_POLLING_RATE")),
+                 platform::readNumber(property(list, "RSM_GRACE_PERIOD")),
+                 platform::readNumber(property(list, "RSM_FORCED_POLLING_RATE")),
                  0,
                  0};
     if (next.mode == stretch_.mode && next.minutes == stretch_.minutes && next.rate == stretch_.rate &&
