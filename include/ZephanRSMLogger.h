@@ -51,8 +51,7 @@
 //     end of the process    RSM is in the state files
 //
 // A handle holds until the stop that ends everything; a service object longer, until it is
-// destroyed: its calls find what runs then. "Logger started" means: since the last stop that ended
-// everything.
+// destroyed: its calls find what runs then. "Started" means: since the last such stop.
 //
 //
 // ---- A start that fails -------------------------------------------------------------------------
@@ -60,12 +59,11 @@
 // A start that answers -1 leaves what ran before as it was. When the configuration file could not
 // be read, a configuration is there all the same, with what earlier loads had read or else with the
 // defaults, and with the path of the first load:
-// - ZPXRSMLoggerStatup, called again, reads that file again, whatever path it is given. Nothing was
-//   attached before.
+// - ZPXRSMLoggerStatup, called again, reads that file again, whatever path it is given; before,
+//   nothing of the logger was attached.
 // - ZPRSMExtnStartup, called again, finds a configuration and answers 0 with the defaults: no
 //   resume file, no script.
-// - To try another path, or RSM with the settings of the file: ZPXRSMLoggerShutdown, then all
-//   starts.
+// - For another path, or RSM with the settings of the file: ZPXRSMLoggerShutdown, then all starts.
 //
 //
 // ---- What the module calls ----------------------------------------------------------------------
@@ -86,16 +84,14 @@
 //                                                                      reads a full pipe
 //
 // "Data Polling" is the module's only thread, there while RSM runs or awaits its start. Log lines
-// of the module come back through the log hook into ZPXRSMLoggerLog on the same thread, which is
-// expected.
+// of the module come back through the log hook into ZPXRSMLoggerLog on the same thread.
 //
 // The host holds no lock
 // - across a start, a stop, "connect", "disconnect" or a command, that another thread may need in
 //   the agent's log, in sending to the enterprise, in ForcePoll or in the thread functions: one
 //   order waits for another one that is being reported;
 // - across ZPXRSMLoggerAudit, that sending to the enterprise needs.
-// The agent's log may hold a lock of its own around its hook, if the thread that holds it may take
-// it again.
+// The agent's log may hold a lock of its own around its hook, one that its holder may take again.
 //
 // The host calls no start and no stop from within a function that the module has called.
 //
@@ -143,8 +139,7 @@ typedef struct ZPService ZPService;
 #endif
 
 /// The level scale of log messages. The configured "LogLevel" lets itself and all above it into the
-/// log file, but for "audit", which lets nothing in. Without a "LogLevel" only ZP_LEVEL_FORCE
-/// passes.
+/// log file; "audit" lets nothing in. Without a "LogLevel" only ZP_LEVEL_FORCE passes.
 enum {
     ZP_LEVEL_TRACE = 20,
     ZP_LEVEL_INFO = 30,
@@ -250,8 +245,7 @@ ZP_EXPORT int8_t ZPXRSMLoggerStatup(const char* initParam);
 ZP_EXPORT int8_t ZPXRSMLoggerShutdown(void);
 
 /// Takes one log message: written to the log file when it passes the configured level, and echoed
-/// to standard output. The text is copied. May be re-entered on the same thread. 0, or -1 for a
-/// null message.
+/// to standard output. The text is copied. May be re-entered on the same thread. 0, or -1 for null.
 ZP_EXPORT int8_t ZPXRSMLoggerLog(uint8_t level, const char* message);
 
 /// Takes one audit message: as above, and searched for the configured texts of remote activity. The

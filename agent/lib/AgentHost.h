@@ -42,8 +42,7 @@ class KRX_API AgentHost final {
     /// The service agent for the start-up exports; valid as long as the host.
     KRX::ServiceAgentNS::ServiceAgent* serviceAgent();
 
-    /// Whether the service agent has an asset 0 (at first it has). Asset pointers handed out before stay
-    /// valid.
+    /// Whether the service agent has an asset 0 (at first it has). Asset pointers handed out stay valid.
     void setAssetPresent(bool present);
     /// The asset's current poll interval in seconds (60 at first).
     void setPollInterval(unsigned int seconds);
@@ -56,8 +55,7 @@ class KRX_API AgentHost final {
     /// Whether a record is sent on a link thread, which hands the agent's log one line and one audit message
     /// before it answers, while the caller waits (at first it is sent on the caller's).
     void setLinkThread(bool on);
-    /// Whether `KRXLog` holds one re-entrant lock of the agent while it formats and calls the hook (at first
-    /// not).
+    /// Whether `KRXLog` holds a re-entrant lock while it formats and calls the hook (at first not).
     void setLogLock(bool on);
     /// What `KRXThreadDestroy` does to a thread that still runs (`sleep` at first).
     void setThreadDestroy(ThreadDestroy how);

@@ -10,7 +10,7 @@ namespace agent {
 
 class KRX_API FreeRuntime final : public Runtime {
   public:
-    /// All times that the module and the host set pass `speed` times as fast; for tests of what takes seconds.
+    /// All times that module and host set pass `speed` times as fast; for tests of what takes seconds.
     explicit FreeRuntime(int speed = 1) : speed_(speed) {}
     Thread* construct(Thread::Kind kind) override;
     bool start(Thread& thread) override;

@@ -12,8 +12,7 @@ class OCM final {
     OCM(const OCM&) = delete;
     OCM& operator=(const OCM&) = delete;
 
-    /// Delivers a record, on the calling thread or on a link thread for which it waits: the enterprise's
-    /// answer.
+    /// Delivers a record, on the calling thread or a link thread that it waits for: the enterprise's answer.
     std::int8_t deliver(const std::string& member, const agent::NamedValues& properties);
 
   private:

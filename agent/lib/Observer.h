@@ -10,8 +10,7 @@
 namespace agent {
 
 /// Told of what happens in the agent's libraries, on the thread that does it (`Thread::current()`), without
-/// any lock of the libraries held. Several threads may call at once. Calls must not throw: they stand between
-/// module frames.
+/// any lock of the libraries held. Several threads may call at once. No call may throw through the module.
 class Observer {
   public:
     virtual ~Observer() = default;

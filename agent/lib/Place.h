@@ -33,8 +33,7 @@ class KRX_API Place final {
     static Whereabouts& here();
     /// Whether that thread runs code of the module.
     static bool isInModule(const Whereabouts& thread);
-    /// The places from the outermost on, as "stop rsm, KRXWaitForThread". To be asked only of a thread that
-    /// stands still.
+    /// The places from the outermost on, as "stop rsm, KRXWaitForThread"; only of a thread that stands still.
     static std::string describe(const Whereabouts& thread);
 
   private:

@@ -9,8 +9,7 @@ namespace KRX::Messaging {
 
 namespace {
 
-/// Appends a text so that a reader gets it back unchanged. Control characters that XML cannot carry become
-/// "?".
+/// Appends a text so that a reader gets it back; control characters that XML cannot carry become "?".
 void appendEscaped(std::string& target, std::string_view text, bool inAttribute) {
     for (const char c : text) {
         const bool control = static_cast<unsigned char>(c) < 0x20;

@@ -7,8 +7,7 @@
 
 namespace agent {
 
-/// What `KRXThreadDestroy` does to a thread that still runs. It never waits for the thread longer than a
-/// moment.
+/// What `KRXThreadDestroy` does to a thread that still runs. It waits for it for a moment at most.
 enum class ThreadDestroy : std::uint8_t {
     sleep,     ///< stops it for good at its sleep, at the next one if it does not sleep now; its frames are
                ///< dropped

@@ -29,8 +29,7 @@ class Clock {
     /// Lets the wall clock jump.
     void step(std::chrono::microseconds by) { wallOffset_ += by.count(); }
 
-    /// Moves to `due`, which is not in the past. False when something came in before (only if
-    /// `interruptible`).
+    /// Moves to `due`, which is not past. False when something came in before (only if `interruptible`).
     virtual bool advance(Instant due, bool /*interruptible*/) {
         if (due == kNever) {
             return false;  // Nothing will ever be due again.

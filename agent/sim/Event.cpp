@@ -8,16 +8,14 @@ namespace sim {
 
 namespace {
 
-/// How long the UTF-8 character is that `text` begins with, of those beyond ASCII; 0 when it begins with
-/// none.
+/// Length of the UTF-8 character beyond ASCII that `text` begins with; 0 when it begins with none.
 std::size_t characterLength(std::string_view text) {
     const auto byte = [text](std::size_t at) { return static_cast<unsigned char>(text[at]); };
     const std::size_t length = byte(0) >= 0xF0 ? 4 : byte(0) >= 0xE0 ? 3 : 2;
     if (byte(0) < 0xC2 || byte(0) > 0xF4 || text.size() < length) {
         return 0;
     }
-    // What the second byte may be keeps out surrogates, and what is longer than need be or beyond the last
-    // character.
+    // The bounds of the second byte keep out surrogates, overlong forms and what is no character.
     const unsigned char least = byte(0) == 0xE0 ? 0xA0 : byte(0) == 0xF0 ? 0x90 : 0x80;
     const unsigned char most = byte(0) == 0xED ? 0x9F : byte(0) == 0xF4 ? 0x8F : 0xBF;
     bool valid = byte(1) >= least && byte(1) <= most;

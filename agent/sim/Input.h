@@ -22,8 +22,7 @@ class Input final {
     /// Lets `wait` come back when `descriptor`, which stays the caller's, can be read.
     void alsoWatch(int descriptor) { other_ = descriptor; }
 
-    /// Waits at most `time` for something to happen; true when a line is there or the state below has
-    /// changed.
+    /// Waits at most `time`; true when a line is there or the state below has changed.
     bool wait(std::chrono::microseconds time);
 
     /// Whether lines are there or may still come.

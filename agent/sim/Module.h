@@ -12,8 +12,7 @@ class Module final : public agent::Module {
     explicit Module(const std::string& path);
     Module(const Module&) = delete;
     Module& operator=(const Module&) = delete;
-    /// Leaves the module loaded: what it still owns at the end of the process is its business, and in its
-    /// reach.
+    /// Leaves the module loaded: what it still owns when the process ends is its business, and in its reach.
     ~Module();
 
     /// Takes the module out of the process, with what it opened. Throws std::runtime_error when it stays.

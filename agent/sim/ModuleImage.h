@@ -28,8 +28,8 @@ class ModuleImage final {
     std::uintptr_t base_ = 0;
     std::uintptr_t begin_ = UINTPTR_MAX;
     std::uintptr_t end_ = 0;
-    std::vector<std::pair<std::uintptr_t, std::uintptr_t>>
-        data_;  ///< beginnings and ends of the writable parts
+    /// Beginnings and ends of the writable parts.
+    std::vector<std::pair<std::uintptr_t, std::uintptr_t>> data_;
 };
 
 }  // namespace sim

@@ -2,11 +2,11 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <charconv>
 #include <cstring>
 #include <ctime>
 #include <fstream>
 #include <stdexcept>
-
 namespace sim {
 
 namespace {

@@ -27,7 +27,7 @@ namespace sim {
 
 struct Options;
 
-/// Makes the parts of a simulation, in the order in which they need each other, and lets it run. On the host thread.
+/// Makes the parts of a simulation, in the order of their needs, and runs it. On the host thread.
 class Session final {
   public:
     /// Throws std::runtime_error with the reason when something that the options name cannot be used.

@@ -116,8 +116,8 @@ bool Terminal::read(std::deque<std::string>& lines) {
     receiver = &lines;
     rl_callback_read_char();
     if (lines.size() > before) {
-        rl_callback_handler_install(kPrompt,
-                                    takeLine);  // A finished line leaves the terminal as it was found.
+        // A finished line leaves the terminal as it was found.
+        rl_callback_handler_install(kPrompt, takeLine);
     }
     return !inputOver;
 }

@@ -1,5 +1,6 @@
 #include "sim/Timeline.h"
 
+#include "sim/Event.h"
 #include "sim/EventFields.h"
 
 #include <algorithm>

@@ -7,8 +7,7 @@ namespace sim {
 
 struct Event;
 
-/// One event as a line: instant, clock, who, and what happened in words. Texts keep their line ends as
-/// escapes.
+/// One event as a line: instant, clock, who, and in words what happened. Line ends in texts are escaped.
 std::string asTimeline(const Event& event);
 /// The same in fewer columns, and without what only a developer wants to know. `what` stands for what
 /// happened, if it is not empty.

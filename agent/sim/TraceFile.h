@@ -23,13 +23,11 @@ class TraceFile final {
     TraceFile& operator=(const TraceFile&) = delete;
     ~TraceFile();
 
-    /// From now on what is printed leaves the line that is being typed whole. `terminal` must outlive the
-    /// file.
+    /// From now on a line that is being typed stays whole. `terminal` must outlive this.
     void share(Terminal& terminal) { terminal_ = &terminal; }
     /// Any thread, as `flush`.
     void write(const Event& event);
-    /// Text for a person who follows the session, in lines: among the events, if they are for one, too, or on
-    /// standard error.
+    /// Lines for who follows the session: among the events if those are for a person, else on standard error.
     void tell(const std::string& lines);
     /// Sends on what was collected.
     void flush();

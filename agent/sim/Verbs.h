@@ -19,12 +19,11 @@ struct Action;
 struct Verb {
     std::string_view words;
     /// The arguments as a person is told of them, which says what they may be:
-    /// - FILE, CONTENTS: a text; OPERATION: one that is not empty; LEVEL: a level by number or name; COUNT: a
-    /// whole number;
-    ///   SECONDS: none below zero; OFFSET, DAYS: any number; A|B: one of these words
+    /// - FILE, CONTENTS: a text; OPERATION: one that is not empty; LEVEL: a level by number or name;
+    ///   COUNT: a whole number; SECONDS: none below zero; OFFSET, DAYS: any number; A|B: one of these words
     /// - anything else: a text or null
-    /// - [X]: may be left out; [null]: nothing but null; [NAME=VALUE...]: any number of them; with |null: or
-    /// null instead
+    /// - [X]: may be left out; [null]: nothing but null; [NAME=VALUE...]: any number of them;
+    ///   with |null: or null instead
     std::string_view form;
     std::string_view about;
     void (*perform)(SimulatedAgent& agent, const Action& action);  ///< null: the scenario ends
@@ -53,12 +52,10 @@ struct Action {
     const std::string& word(std::size_t index) const { return arguments.at(index).text; }
 };
 
-/// The action in `words`, without time and place. Throws std::runtime_error with the reason when there is
-/// none.
+/// The action in `words`, without time and place. Throws std::runtime_error saying why when there is none.
 Action parseAction(const std::vector<Word>& words);
 
-/// A number of seconds or days with an optional sign and fraction, in millionths of its unit; none for
-/// anything else.
+/// A number of seconds or days, with an optional sign and fraction, in millionths of its unit; else none.
 std::optional<std::int64_t> parseDecimal(const std::string& text);
 /// A whole number from 0 to `maximum`.
 std::optional<unsigned int> parseCount(const std::string& text, unsigned int maximum);

@@ -24,8 +24,7 @@ struct Assignment {
     std::optional<std::string> value;  ///< none for a bare `null`
 };
 
-/// The words of a line, without its comment. Throws std::runtime_error for quotes that do not end or escape
-/// nothing known.
+/// The words of a line, without its comment. Throws std::runtime_error for open quotes and unknown escapes.
 std::vector<Word> splitWords(std::string_view line);
 /// The assignment that a word stands for, or none when it has no "=".
 std::optional<Assignment> asAssignment(const Word& word);

@@ -5,8 +5,7 @@
 
 #include <xercesc/util/XercesDefs.hpp>
 
-/// The element names of the configuration file in the XML toolkit's 16-bit form. There without
-/// the toolkit, too.
+/// The element names of the configuration file in the XML toolkit's 16-bit form; no toolkit needs to run.
 class TagNames final {
   public:
     enum Tag : std::size_t {

@@ -14,14 +14,14 @@ XERCES_CPP_NAMESPACE_END
 /// The one configuration object, filled from an XML file.
 class XMLConfigData final : public ConfigData {
   public:
-    /// The object that a load is to fill: a copy of the present one, or a new one with the path of its file (later paths
-    /// are ignored). Nobody else sees it before it is published. Null when it cannot be had.
+    /// The object that a load is to fill: a copy of the present one, or a new one with the path of its file
+    /// (later paths are ignored). Nobody else sees it before it is published. Null when it cannot be had.
     static std::shared_ptr<XMLConfigData> getInstance(const std::string& path) noexcept;
     /// Puts a filled object into the place of the present one, whole.
     static void publish(std::shared_ptr<XMLConfigData> filled) noexcept;
-    /// The present object, or null; who has it may go on reading it after it was replaced or destroyed. Any thread.
+    /// The present object, or null; who has it may read on after it was replaced or destroyed. Any thread.
     static std::shared_ptr<const XMLConfigData> instance() noexcept;
-    /// Changes with each object that is published or taken away; for those who keep one and want to know. Any thread.
+    /// Changes with each object that is published or taken away, for those who keep one. Any thread.
     static std::uint64_t age() noexcept;
     /// Takes the present object away; it goes with its last reader. Any thread.
     static void destroyInstance() noexcept;
@@ -97,7 +97,8 @@ class XMLConfigData final : public ConfigData {
     Settings settings_;
 };
 
-/// Loads the configuration: starts the XML toolkit, reads the file of the first load into a copy of the present object,
-/// publishes that, stops the toolkit. Null when the object cannot be had. Throws std::runtime_error when the file cannot be
-/// read; what was read before is published all the same. One load at a time.
+/// Loads the configuration: starts the XML toolkit, reads the file of the first load into a copy of the
+/// present object, publishes that, stops the toolkit. Null when the object cannot be had. Throws
+/// std::runtime_error when the file cannot be read; what was read before is published all the same. One load
+/// at a time.
 std::shared_ptr<const XMLConfigData> loadConfiguration(const std::string& path);

@@ -27,8 +27,7 @@ using xercesc::XMLString;
 namespace {
 
 constexpr std::size_t kLargestFile = std::size_t{1} << 20U;
-// What a parse may take: held at a time, and handed out in all (each expansion of an entity is paid for
-// in the latter).
+// What a parse may take: at a time, and in all (where each expansion of an entity counts).
 constexpr std::size_t kLiveMemory = std::size_t{13} << 20U;
 constexpr std::size_t kTotalMemory = std::size_t{256} << 20U;
 
@@ -118,8 +117,7 @@ void XMLConfigData::parseConfigFile() {
     }
     try {
         std::string contents = readFile(configFilePath_);
-        contents +=
-            '\r';  // a character that is cut off at the end would pass, with a byte behind it does not
+        contents += '\r';  // a cut character at the end would pass; with a byte behind it, it does not
         ToolkitMemory memory(kLiveMemory, kTotalMemory);
         LimitedDOMParser parser(&memory);
         const xercesc::MemBufInputSource source(reinterpret_cast<const XMLByte*>(contents.data()),

@@ -38,8 +38,8 @@ int ForcePollingTask::DataPollingTask(void* argument) {
             ForcePollingTask(number, *static_cast<KRX::ServiceAgentNS::ServiceAgent*>(argument)).run();
             result = 0;
         } catch (const std::exception&) {
-            // Memory ran out. The next order finds that the thread has ended. What is no error passes: an agent may unwind its
-            // threads with an exception of its own.
+            // Memory ran out. The next order finds that the thread has ended. What is no error passes: an
+            // agent may unwind its threads with an exception of its own.
         }
     }
     if (const auto controller = ZephanRSMSingleTon::existing()) {

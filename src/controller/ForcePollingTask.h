@@ -9,12 +9,12 @@ class ServiceAgent;
 class VirtualAsset;
 }  // namespace KRX::ServiceAgentNS
 
-/// What the force-polling thread does from its start to its end. It holds nothing over a sleep, and no controller while
-/// the agent polls or reports: at each look it asks anew for the controller that it belongs to, and ends when there is
-/// none any more. It is not told to stop: until a stop drops it, it goes on.
+/// What the force-polling thread does from its start to its end. It holds nothing over a sleep, and no
+/// controller while the agent polls or reports: at each look it asks anew for the controller that it belongs
+/// to, and ends when there is none any more. It is not told to stop: until a stop drops it, it goes on.
 class ForcePollingTask final {
   public:
-    /// The thread's entry function; the argument is the service agent. 0 at a normal end, 1 when it cannot run.
+    /// The thread's entry function. 0 at a normal end, 1 when it cannot run.
     static int DataPollingTask(void* serviceAgent);
 
   private:

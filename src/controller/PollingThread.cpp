@@ -14,8 +14,8 @@ constexpr unsigned int kThreadEndTimeout = 3000;  // milliseconds
 constexpr unsigned int kThreadStackSize = 4096;
 
 std::atomic<PollingThread::Number> lastNumber{0};
-/// The thread that was started and has yet to begin. What the agent hands to a thread is the service agent, so the number waits
-/// here; one thread at a time begins in this process.
+/// The thread that was started and has yet to begin. What the agent hands to a thread is the service agent,
+/// so the number waits here; one thread at a time begins in this process.
 struct Beginning {
     platform::Mutex lock;
     PollingThread::Number number = 0;
@@ -111,8 +111,8 @@ std::int8_t PollingThread::generateThread(KRXThreadEntry entry, void* argument) 
     }
     object->constructed = true;
 
-    /// The number of the start under way. When the start is left without a thread to hold, however that comes, nobody has
-    /// the number any more.
+    /// The number of the start under way. When the start is left without a thread to hold, however that
+    /// comes, nobody has the number any more.
     struct Start {
         explicit Start(PollingThread& ofThread) : thread(ofThread) {}
         Start(const Start&) = delete;
@@ -258,7 +258,8 @@ void PollingThread::stop() {
         number = number_;
     }
     if (object == nullptr) {
-        // Nothing to wait for. A number that nobody starts a thread for any more was left by a thread that ended in its start.
+        // Nothing to wait for. A number that nobody starts a thread for any more was left by a thread that
+        // ended in its start.
         const auto starting = threadMutex_.tryWait();
         if (starting != platform::Mutex::Wait::Busy) {
             forgetStart();

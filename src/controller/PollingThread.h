@@ -5,10 +5,10 @@
 //   Leaving   past that look: an order given now would be missed, so it gets a thread of its own
 //   Ended     its entry function is about to return; the object stays until the next start or the stop
 //
-// The thread object is counted: whoever asks the agent about it keeps it, and it is destroyed once, by its last holder.
-// The thread itself holds nothing over a sleep and nothing of this class at all: it is known by a number, and at each
-// look it asks whether the controller still has that number. So the agent may stop it in its sleep, end it wherever it
-// is, unwind it, or let it run on after a stop.
+// The thread object is counted: whoever asks the agent about it keeps it, and it is destroyed once, by its
+// last holder. The thread itself holds nothing over a sleep and nothing of this class at all: it is known by
+// a number, and at each look it asks whether the controller still has that number. So the agent may stop it
+// in its sleep, end it wherever it is, unwind it, or let it run on after a stop.
 #pragma once
 
 #include "platform/Mutex.h"
@@ -32,8 +32,9 @@ class PollingThread final {
 
     // ---- For orders, on any thread
 
-    /// Starts `entry(argument)` on a thread unless there is one that will still see the caller's order; in that case
-    /// `alreadyThere` is called. One caller at a time, as long as `alreadyThere` takes. 0, or -1 with a log line.
+    /// Starts `entry(argument)` on a thread unless there is one that will still see the caller's order; in
+    /// that case `alreadyThere` is called. One caller at a time, as long as `alreadyThere` takes. 0, or -1
+    /// with a log line.
     std::int8_t createThread(KRXThreadEntry entry, void* argument, const std::function<void()>& alreadyThere);
     /// Releases the object of a thread that no longer runs.
     void releaseFinished();
@@ -44,14 +45,15 @@ class PollingThread final {
 
     // ---- For the stop
 
-    /// Starts no thread any more, waits at most 3000 ms for the one there is, and drops it. Never waits for a caller of
-    /// `createThread`: a thread that is being started meanwhile is ended by its starter.
+    /// Starts no thread any more, waits at most 3000 ms for the one there is, and drops it. Never waits for a
+    /// caller of `createThread`: a thread that is being started meanwhile is ended by its starter.
     void stop();
     bool isClosing() const;
 
     // ---- For the thread itself
 
-    /// The number of the thread that has just begun with this argument, to be asked for once by each; 0 when none was to.
+    /// The number of the thread that has just begun with this argument, to be asked for once by each; 0 when
+    /// none was to.
     static Number enter(const void* argument);
     bool has(Number number) const;
     void setLeaving(Number number);

@@ -171,7 +171,7 @@ bool ProfileReport::send(const RsmState& state) {
             return true;
         }
     } catch (const std::exception&) {
-        // Memory ran out in the agent's objects: as when the enterprise refuses. The next report sends all again.
+        // Memory ran out in the agent's objects: as a refusal by the enterprise. The next report sends all.
     }
     KRXLog(level::kWarn, "\n Failed to Update Properties...... \n");
     return false;

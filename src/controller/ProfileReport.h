@@ -12,28 +12,28 @@ class ServiceAgent;
 class VirtualAsset;
 }  // namespace KRX::ServiceAgentNS
 
-/// The way to the enterprise: sends the RSM profile, eight properties of the agent's asset 0, and writes it to the log.
-/// Shared by the controller and whoever is sending, so a report that takes long outlives the controller. Any thread,
-/// several at once.
+/// The way to the enterprise: sends the RSM profile, eight properties of the agent's asset 0, and writes it
+/// to the log. Shared by the controller and whoever is sending, so a report that takes long outlives the
+/// controller. Any thread, several at once.
 class ProfileReport final {
   public:
     ProfileReport() = default;
     ProfileReport(const ProfileReport&) = delete;
     ProfileReport& operator=(const ProfileReport&) = delete;
 
-    /// Keeps the host's service agent (not owned) if none is held yet, and gives its asset's channel and credentials to
-    /// the proxy. A null agent changes nothing.
+    /// Keeps the host's service agent (not owned) if none is held yet, and gives its asset's channel and
+    /// credentials to the proxy. A null agent changes nothing.
     void setServiceAgent(KRX::ServiceAgentNS::ServiceAgent* serviceAgent);
     KRX::ServiceAgentNS::ServiceAgent* getServiceAgent() const noexcept { return serviceAgent_; }
 
     /// Asset 0, or null.
     KRX::ServiceAgentNS::VirtualAsset* findAsset() const;
-    /// Sees to a proxy with the asset's channel and credentials: the asset may have appeared after the start. Without
-    /// memory for it nothing is done, and the next call tries again.
+    /// Sees to a proxy with the asset's channel and credentials: the asset may have appeared after the start.
+    /// Without memory for it nothing is done, and the next call tries again.
     void introduce(KRX::ServiceAgentNS::VirtualAsset& asset) { clientOf(asset); }
 
-    /// Sends the profile of `state` and logs it when the enterprise took it. Blocks until the enterprise answers. False,
-    /// with a log line, when it was not taken.
+    /// Sends the profile of `state` and logs it when the enterprise took it. Blocks until the enterprise
+    /// answers. False, with a log line, when it was not taken.
     bool send(const RsmState& state);
 
     /// Profile date text, "2007-30-09 GMT 05:06:00"; room for 40 characters.

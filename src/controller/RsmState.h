@@ -1,5 +1,5 @@
-// The RSM state and all of its transitions. A plain value: no lock, clock, thread, file or agent is in it, and the
-// present (a GMT clock value) is an argument, so a whole session can be walked through in microseconds.
+// The RSM state and all of its transitions. A plain value: no lock, clock, thread, file or agent is in it,
+// and the present (a GMT clock value) is an argument, so a whole session takes microseconds in a test.
 //
 //   State                 mode  thread         what else holds
 //   Idle                  0     none or ended  grace period 0, rate 0
@@ -23,8 +23,8 @@
 //   Grace                 Grace, period 0       markLastPoll
 //   Grace, Ending         Idle or Waiting       endWhenOver
 //
-// Orders come from host threads at any time; the operations of the polling loop are called by the one polling thread.
-// Whoever shares a state among threads calls each operation under one lock.
+// Orders come from host threads at any time; the operations of the polling loop are called by the one polling
+// thread. Whoever shares a state among threads calls each operation under one lock.
 #pragma once
 
 #include <cstdint>
@@ -64,12 +64,12 @@ struct RsmState {
     /// An RSM that is to start later replaces one that still waits.
     void scheduleDelayedProfile(std::int32_t rate, std::int64_t start, std::int64_t end,
                                 std::int32_t activityGraceMinutes) noexcept;
-    /// Remote activity begins or has ended. True when activity mode was entered by it, which is to be reported.
+    /// Remote activity begins or has ended. True when that entered activity mode, to be reported.
     bool setRemoteActivity(bool active, std::int64_t now) noexcept;
     void enterRemoteActivityMode(std::int64_t now) noexcept;
 
-    /// The delayed profile becomes the active one; the mode stays, or becomes `mode` (anything but 1 and 2 counts as 0)
-    /// with the scheduled start as start of RSM.
+    /// The delayed profile becomes the active one; the mode stays, or becomes `mode` (anything but 1 and 2
+    /// counts as 0) with the scheduled start as start of RSM.
     void convertDelayedToNormal(std::int64_t now) noexcept;
     void convertDelayedToNormal(std::int32_t mode, std::int64_t now) noexcept;
 

@@ -21,8 +21,8 @@ struct AtUnload {
     ~AtUnload() { ZephanRSMSingleTon::dropIdleInstance(); }
 } const atUnload;
 
-/// Logs that no controller can be made, unless that is just being logged: the line may come back as a message that needs
-/// one.
+/// Logs that no controller can be made, unless that is just being logged: the line may come back as a message
+/// that needs one.
 void logCreationError(int error) {
     static std::atomic<bool> logging{false};
     if (logging.exchange(true)) {
@@ -68,7 +68,7 @@ void ZephanRSMSingleTon::destroyInstance() {
     if (present == nullptr) {
         return;
     }
-    // Also when the stopping thread is unwound while it waits or logs: a controller that starts nothing must not stay.
+    // Also when the stopping thread is unwound while it waits or logs: one that starts nothing must not stay.
     struct Removal {
         const Reference& controller;
         ~Removal() {

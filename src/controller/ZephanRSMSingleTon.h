@@ -19,12 +19,13 @@ namespace KRX::Messaging {
 class SerializableString;
 }
 
-/// The RSM controller: shares the RSM state among the threads, runs the force-polling thread, changes state on behalf of
-/// all callers, reports the profile to the enterprise and keeps the resume state file. One a process.
+/// The RSM controller, of which there is one: shares the RSM state among the threads, runs the force-polling
+/// thread, changes state on behalf of all callers, reports the profile to the enterprise and keeps the resume
+/// state file.
 ///
-/// Threads: all operations may be called from any thread by whoever holds a reference; the controller goes with its last
-/// one. No lock is held while the host or the agent is called, but for `createThread`, which lets one caller at a time
-/// start the thread or report that there is one.
+/// Threads: all operations may be called from any thread by whoever holds a reference; the controller goes
+/// with its last one. No lock is held while the host or the agent is called, but for `createThread`, which
+/// lets one caller at a time start the thread or report that there is one.
 class ZephanRSMSingleTon final {
   public:
     using Reference = std::shared_ptr<ZephanRSMSingleTon>;
@@ -39,8 +40,8 @@ class ZephanRSMSingleTon final {
     static Reference getInstance();
     /// The controller, or null; never makes one.
     static Reference existing() noexcept;
-    /// Starts no polling thread any more, ends the one there is (waits at most 3000 ms, then drops it), and takes the
-    /// controller away from newcomers. What it owns goes with its last user.
+    /// Starts no polling thread any more, ends the one there is (waits at most 3000 ms, then drops it), and
+    /// takes the controller away from newcomers. What it owns goes with its last user.
     static void destroyInstance();
     /// A stop of this controller has begun.
     bool isStopping() const { return thread_.isClosing(); }
@@ -54,8 +55,8 @@ class ZephanRSMSingleTon final {
     KRX::ServiceAgentNS::ServiceAgent* getServiceAgent() const noexcept {
         return profile_->getServiceAgent();
     }
-    /// Makes the schedule handler unless there is one or the path is null; true when it was made by this call, whose caller
-    /// then lets it report. One caller at a time.
+    /// Makes the schedule handler unless there is one or the path is null; true when it was made by this
+    /// call, whose caller then lets it report. One caller at a time.
     bool createScheduleHandler(const char* scheduleFilePath);
     ScheduleRSMHandler* getScheduleHandler() const noexcept { return scheduleHandler_; }
     /// Null only when its memory could not be had.
@@ -84,14 +85,14 @@ class ZephanRSMSingleTon final {
                                        std::int32_t activityGraceMinutes);
     /// Tells that remote activity begins or has ended. Blocks while the enterprise is told that it begins.
     void setRemoteActivity(bool active);
-    /// Starts the polling thread unless there is one, in which case the profile is reported. 0 when one runs, else -1.
+    /// Starts the polling thread, or reports the profile when there is one. 0 when one runs, else -1.
     std::int8_t createThread();
 
     // ---- Profile
 
-    /// Sends the RSM profile to the enterprise; blocks until it answers. Reports that overlap may reach it in any order, so
-    /// one that is answered after another, different one was begun is followed by one more: the enterprise ends with what
-    /// is true.
+    /// Sends the RSM profile to the enterprise; blocks until it answers. Reports that overlap may reach it in
+    /// any order, so one that is answered after another, different one was begun is followed by one more: the
+    /// enterprise ends with what is true.
     void UpdateProperty();
     /// Reports that one call sends at the most; an agent whose reports cause changes would keep it for ever.
     static constexpr int kMostReports = 4;
@@ -108,7 +109,7 @@ class ZephanRSMSingleTon final {
 
     // ---- Resume state file (ResumeState.cpp)
 
-    /// Writes the resume state file anew. Null, or the line to be logged at level 250 when it could not be written.
+    /// Writes the resume state file anew. Null, or the line to be logged at `level::kForce` if it failed.
     const char* saveRSMState();
     /// What a record says of a force polling that ran when it was written.
     struct SavedRsm {
@@ -140,9 +141,8 @@ class ZephanRSMSingleTon final {
     std::uint64_t reportsBegun_ = 0;
     RsmState newestReport_;  ///< what the last one that was begun tells
 
-    mutable platform::Mutex
-        resumeFileLock_;          ///< of the path and the file itself; no agent is called under it
-    std::string resumeFilePath_;  ///< of the last save or read
+    mutable platform::Mutex resumeFileLock_;  ///< of path and file; no agent is called under it
+    std::string resumeFilePath_;              ///< of the last save or read
 
     PollingThread thread_;
     std::shared_ptr<ProfileReport> profile_;

@@ -6,8 +6,7 @@
 
 class ZephanRSMSingleTon;
 
-/// Observer that tells the controller when remote activity (an open tunnel or a file transfer) begins and has
-/// ended.
+/// Observer that tells the controller when remote activity (open tunnel, file transfer) begins and has ended.
 class RemoteDetection final : public virtual RDObserver {
   public:
     /// Attaches itself to the handler, which must outlive it; a null handler leaves it inert.

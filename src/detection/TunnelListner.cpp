@@ -28,8 +28,7 @@ void TunnelListner::updateStatus(const RDMessageHandler* handler) {
     if (!subject_->isFileActive() && !subject_->isTunnelActive()) {
         idle_ = true;
     } else if (idle_) {
-        // Cleared first: a message of this period that comes back in while the script runs must not start it
-        // again.
+        // Cleared first: a message of this period that comes in while the script runs must not start another.
         idle_ = false;
         ExecuteModalityScript();
     }

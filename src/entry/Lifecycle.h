@@ -7,9 +7,10 @@
 
 namespace entry {
 
-/// One start or stop at a time: each waits for the one under way, but none without end. A start may be held up by the host, in
-/// its log or at standard output, so a stop waits only a moment for it; a start waits as long as a stop takes. What they do
-/// harms nobody when they overlap after all: the objects are counted, and each removes only what it found.
+/// One start or stop at a time: each waits for the one under way, but none without end. A start may be held
+/// up by the host, in its log or at standard output, so a stop waits only a moment for it; a start waits as
+/// long as a stop takes. What they do harms nobody when they overlap after all: the objects are counted, and
+/// each removes only what it found.
 class Lifecycle final {
   public:
     enum class Kind { Start, Stop };
@@ -17,8 +18,8 @@ class Lifecycle final {
     explicit Lifecycle(Kind kind) noexcept {
         const std::chrono::milliseconds patience(kind == Kind::Start ? 4000 : 100);
         platform::Mutex::Wait outcome = mutex().waitFor(patience);
-        while (outcome ==
-               platform::Mutex::Wait::Abandoned) {  // left behind by a thread that ended in its start or stop
+        // Left behind by a thread that ended in its start or stop.
+        while (outcome == platform::Mutex::Wait::Abandoned) {
             outcome = mutex().waitFor(patience);
         }
         held_ = outcome == platform::Mutex::Wait::Obtained;
@@ -31,8 +32,8 @@ class Lifecycle final {
         }
     }
 
-    /// The controller for a start. When no stop can be under way, one that is being stopped was left so by a thread that ended
-    /// in its stop, and makes room.
+    /// The controller for a start. When no stop can be under way, one that is being stopped was left so by a
+    /// thread that ended in its stop, and makes room.
     ZephanRSMSingleTon::Reference controllerForStart() const {
         const auto present = ZephanRSMSingleTon::existing();
         if (held_ && present != nullptr && present->isStopping()) {

@@ -7,8 +7,8 @@
 
 namespace entry {
 
-/// A copy of a text that takes no memory while the text is of usual length. Without memory for a long one it is the text
-/// itself.
+/// A copy of a text that takes no memory while the text is of usual length. Without memory for a long one it
+/// is the text itself.
 class TextCopy final {
   public:
     explicit TextCopy(const char* text) noexcept : text_(text) {

@@ -23,8 +23,7 @@ class LogFile final {
     /// The length of what stands at the path now, 0 when that cannot be opened for reading. An open file of
     /// another length than `append` left is looked for afresh.
     std::int64_t size() noexcept;
-    /// To be called now and then: finds out that directory or file were replaced, also by a file of the same
-    /// length.
+    /// To be called now and then: finds a directory or file that was replaced, be it by one of equal length.
     void lookAgain() noexcept;
     /// Writes an entry at the end, or nothing: when the file is closed, or there is no room.
     void append(std::string_view entry) noexcept;

@@ -176,11 +176,11 @@ std::string_view LogFileWriter::entryOf(const char* message, bool lineEnd) noexc
     return {entry_.text.data(), entry_.stampLength + length};
 }
 
-/// The report of a failed rotation comes back as an entry, which would fail to rotate and be reported in turn, without
-/// end. It may come later, too, from a queue of the agent's, and with words of the agent before it.
+/// The report of a failed rotation comes back as an entry, which would fail to rotate and be reported in
+/// turn, without end. It may also come later, from a queue, and with words of the agent before it.
 bool LogFileWriter::mayRotate(const char* message) const noexcept {
-    constexpr std::string_view kReport(kRenameFailed +
-                                       2);  // without its line end and blank, which the agent may take off
+    // Without its line end and blank, which the agent may take off.
+    constexpr std::string_view kReport(kRenameFailed + 2);
     std::string_view text(message);
     text = text.substr(0, text.find_last_not_of(" \r\n") + 1);
     return reportingIn != entry_.second && !text.ends_with(kReport);
@@ -189,8 +189,7 @@ bool LogFileWriter::mayRotate(const char* message) const noexcept {
 void LogFileWriter::rotate(const char* message) {
     file_->close();
     const bool moved = moveToArchive();
-    // Appending is right in both cases: after the move there is nothing to empty, and without it nothing may
-    // be lost.
+    // Appending is right in both cases: after the move there is nothing to empty, without it nothing to lose.
     file_->reopen();
     file_->append(entryOf(message, true));
     if (!moved) {

@@ -25,8 +25,7 @@ class LogFileWriter final {
     LogFileWriter& operator=(const LogFileWriter&) = delete;
     ~LogFileWriter() = default;
 
-    /// The writer, created when there is none, which deletes old log files and opens the log file. Null
-    /// without memory.
+    /// The writer; making it deletes old log files and opens the log file. Null without memory.
     static std::shared_ptr<LogFileWriter> getInstance();
     /// Takes the writer away from newcomers; it goes with its last user.
     static void destroyInstance() noexcept;

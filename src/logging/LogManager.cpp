@@ -163,8 +163,8 @@ void LogManager::tellChanges() {
             case platform::Mutex::Wait::Obtained:
                 break;
             case platform::Mutex::Wait::Abandoned:
-                tellingThread_.compare_exchange_strong(
-                    before, std::thread::id());  // it has ended, and its id may come again
+                // It has ended, and its id may come again.
+                tellingThread_.compare_exchange_strong(before, std::thread::id());
                 continue;
             default:
                 return;

@@ -18,10 +18,10 @@ class XMLConfigData;
 /// Routes every log and audit message of the agent: to the file logger, and audit messages also to the
 /// counters that drive remote detection. Any thread.
 ///
-/// A delivery is storing, writing and counting, under the delivery lock. What comes of the counting, reports to the
-/// enterprise and the modality script, follows outside it, in the order of the changes: the thread whose change came first
-/// tells its own and those that come in meanwhile, while all others go on. So no message waits for a report or a script,
-/// but that which began it.
+/// A delivery is storing, writing and counting, under the delivery lock. What comes of the counting, reports
+/// to the enterprise and the modality script, follows outside it, in the order of the changes: the thread
+/// whose change came first tells its own and those that come in meanwhile, while all others go on. So no
+/// message waits for a report or a script, but that which began it.
 class LogManager final {
   public:
     LogManager() noexcept;
@@ -53,8 +53,8 @@ class LogManager final {
     void tellChanges();
     bool takeChange(Change& change);
 
-    platform::Mutex
-        delivery_;  ///< of counts and changes, and of what the handlers say; nothing is called under it
+    /// Of counts and changes, and of what the handlers say; nothing is called under it.
+    platform::Mutex delivery_;
     std::unique_ptr<MessageHandler> messageHandler_;
     std::unique_ptr<RDMessageHandler> rdMessageHandler_;
     // Listeners detach themselves from the handlers above when they go, so they go first.
@@ -65,8 +65,8 @@ class LogManager final {
     std::int32_t tunnelCount_ = 0;
     std::vector<Change> changes_;  ///< not told yet
 
-    /// The role of the thread that tells. It is never waited for, only tried; when its holder ends while it tells, the
-    /// next change finds it free.
+    /// The role of the thread that tells. It is never waited for, only tried; when its holder ends while it
+    /// tells, the next change finds it free.
     platform::Mutex teller_;
     std::atomic<std::thread::id> tellingThread_{};  ///< the role's holder, which admits itself again
     std::atomic<bool> closed_{false};

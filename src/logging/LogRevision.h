@@ -17,8 +17,7 @@ class LogRevision final {
     LogRevision(const LogRevision&) = delete;
     LogRevision& operator=(const LogRevision&) = delete;
 
-    /// Takes hold of a directory and appends the names of all its entries. 0, or the error number, which is
-    /// logged.
+    /// Takes hold of a directory and appends its entries' names. 0, or the error number, which is logged.
     static int listDirectory(const std::string& path, platform::Directory& directory,
                              std::vector<std::string>& names);
     /// Whole days since the entry's last modification, 0 when that cannot be told.

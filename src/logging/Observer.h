@@ -6,8 +6,8 @@
 
 class MessageHandler;
 
-/// Base of what receives the log and audit messages of a `MessageHandler`. Called with the delivery lock held, so nothing
-/// is logged or printed by an observer: what it has to tell of its own work it keeps for `takeNotices`.
+/// Base of what receives the log and audit messages of a `MessageHandler`. Called with the delivery lock
+/// held, so an observer logs and prints nothing: what it has to tell of its work it keeps for `takeNotices`.
 class Observer {
   public:
     Observer() = default;

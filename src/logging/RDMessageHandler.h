@@ -5,8 +5,9 @@
 
 class RDObserver;
 
-/// Holds the remote-detection state and tells its observers of it, also when a value was set again. Observers may be
-/// attached by any thread; the state is changed, and told, by one thread at a time: the `LogManager` sees to that.
+/// Holds the remote-detection state and tells its observers of it, also when a value was set again. Observers
+/// may be attached by any thread; the state is changed, and told, by one thread at a time: the `LogManager`
+/// sees to that.
 class RDMessageHandler final {
   public:
     /// The lock guards the list of observers and must outlive the handler.

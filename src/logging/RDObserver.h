@@ -2,7 +2,7 @@
 
 class RDMessageHandler;
 
-/// Base of what is told of changes of the remote-detection state. Called by one thread at a time, with no lock held.
+/// Told of changes of the remote-detection state, by one thread at a time that holds no lock.
 class RDObserver {
   public:
     RDObserver() = default;

@@ -5,12 +5,10 @@
 
 namespace platform {
 
-/// The present: seconds since 1970-01-01 00:00:00 UTC. The only place where the module reads the time. Any
-/// thread.
+/// The present: seconds since 1970-01-01 00:00:00 UTC. Nowhere else does the module read it. Any thread.
 std::int64_t now() noexcept;
 
-/// A moment's fields in local time and in UTC. A moment that has no fields (beyond the calendar) counts as
-/// second 0.
+/// A moment's fields in local time and in UTC. A moment beyond the calendar counts as second 0.
 std::tm localFields(std::int64_t moment) noexcept;
 std::tm utcFields(std::int64_t moment) noexcept;
 

@@ -40,8 +40,8 @@ class File final {
     /// Reads up to `size` bytes from a position on; the number of bytes read, 0 at the end, -1 when the file
     /// cannot be read.
     std::ptrdiff_t readAt(std::uint64_t position, char* buffer, std::size_t size) const noexcept;
-    /// The whole contents, but at most their first `limit` bytes; nothing when they cannot be read. Throws only when memory
-    /// runs out.
+    /// The whole contents, but at most their first `limit` bytes; nothing when they cannot be read. Throws
+    /// only when memory runs out.
     std::optional<std::string> readWhole(std::size_t limit) const;
     /// Writes all of `text` at the end (mode `Append`). A write that only part of fits is taken back, so that
     /// no torn text stays behind, unless another process has written behind it: nobody else's text is cut.

@@ -9,8 +9,8 @@
 
 namespace platform {
 
-/// The one object of its kind that all threads use while others may replace it. It is handed out counted: who has it
-/// keeps it, a replaced object goes with its last user, and nobody waits for anybody. Any thread.
+/// The one object of its kind that all threads use while others may replace it. It is handed out counted: who
+/// has it keeps it, a replaced object goes with its last user, and nobody waits for anybody. Any thread.
 template <typename T>
 class Published final {
   public:
@@ -51,7 +51,7 @@ class Published final {
     std::shared_ptr<T> object_;
 };
 
-/// Static storage for a value that is never destroyed, so that threads may still use it while the process ends.
+/// Storage for a value that is never destroyed: threads may still use it while the process ends.
 template <typename T>
 class Immortal final {
   public:

@@ -11,8 +11,8 @@ class ZephanRSMSingleTon;
 struct PropList;
 
 /// Keeps the current RSM schedule in its fields and in the schedule file, takes in the "ScheduleRSM" command
-/// and hands a stored schedule to the controller that owns it, which the caller names. Any thread; its lock stands
-/// around fields and file only and is never held while the controller or the agent is called.
+/// and hands a stored schedule to the controller that owns it, which the caller names. Any thread; its lock
+/// stands around fields and file only and is never held while the controller or the agent is called.
 class ScheduleRSMHandler final {
   public:
     /// Opens the schedule file, creating it when missing, and loads the record it holds. Without a file the
@@ -32,8 +32,7 @@ class ScheduleRSMHandler final {
 
     /// True while the schedule's end lies in the future.
     bool isScheduleCurrent() const;
-    /// Hands the schedule to the controller: as a delayed profile, or as a force poll when its
-    /// start has passed.
+    /// Hands the schedule to the controller: as a delayed profile, or as a force poll when it has begun.
     void scheduleRSM(ZephanRSMSingleTon& controller) const;
     /// Closes the schedule file, and deletes it when the controller's delayed RSM is over or there was none.
     /// A file whose record could not be read stays, since nobody knows what was ordered.
@@ -55,8 +54,7 @@ class ScheduleRSMHandler final {
     Load load();
     scheduling::Schedule schedule() const;
     bool isFileOpen() const;
-    /// Puts a schedule into the fields; with its record, into the file, too. False when it is not
-    /// in the file.
+    /// Puts a schedule into the fields; with its record, into the file, too: false when it is not there.
     void keep(const scheduling::Schedule& schedule);
     bool keep(const scheduling::Schedule& schedule, const scheduling::Schedule::Record& record);
     void store(const scheduling::Schedule& schedule);

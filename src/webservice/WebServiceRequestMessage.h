@@ -4,8 +4,7 @@
 
 namespace KRX::Messaging {
 
-/// Base of the module's requests and responses: one element with the service's namespace as
-/// its "xmlns" attribute.
+/// Base of the module's requests and responses: an element with the service's namespace as its "xmlns".
 class WebServiceRequestMessage : public Serializable {
   public:
     WebServiceRequestMessage(const char* elementName, const char* elementNamespace);

@@ -17,8 +17,7 @@ class ZephanServicesMessages final : public ServiceMessages {
   public:
     using ServiceMessages::ServiceMessages;
 
-    /// 0, or -1 (nothing built) for an unknown operation. Throws std::bad_alloc, leaving no
-    /// half-built pair behind.
+    /// 0, or -1 for an unknown operation. Throws std::bad_alloc. Builds both messages or none.
     std::int8_t CreateMessage(const char* operation, Messaging::WebServiceMessage& message);
     std::int8_t CreateConnectMessage(Messaging::WebServiceMessage& message, std::int32_t pollDuration,
                                      std::int32_t pollingRate, std::int32_t currentPollingRate);

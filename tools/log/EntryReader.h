@@ -30,8 +30,7 @@ class EntryReader final {
 
     /// The next entry whose end is known. False when the source has no more.
     bool next(Entry& entry);
-    /// The same when nothing more is to come: the end of the bytes ends an entry. False when all is given
-    /// out.
+    /// The same when nothing more is to come: the bytes' end ends an entry. False when all is given out.
     bool rest(Entry& entry);
 
   private:

@@ -10,8 +10,7 @@ namespace {
 
 constexpr std::string_view kIndent = "    ";  // no line of a message can pass for the beginning of an entry
 
-/// The last `count` digits of a number. (The C library's formatting would take a third of the program's
-/// time.)
+/// The last `count` digits of a number. (The C library's would take a third of the program's time.)
 void appendDigits(std::string& target, int count, int number) {
     target.append(static_cast<std::size_t>(count), '0');
     for (auto digit = target.rbegin(); count > 0; --count, number /= 10) {

@@ -14,8 +14,7 @@ class EntryWriter final {
   public:
     EntryWriter(bool json, TimeZone zone) : json_(json), zone_(std::move(zone)) {}
 
-    /// Appends the entry of the file `path` with a line end behind it. No moment: text that belongs to no
-    /// entry.
+    /// Appends the entry of the file `path` and a line end. No moment: text that belongs to no entry.
     void append(std::string& target, const Entry& entry, std::optional<std::chrono::sys_seconds> moment,
                 const std::string& path);
 

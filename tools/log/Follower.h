@@ -12,8 +12,7 @@ namespace logreader {
 /// still the log file or an archive by then.
 class Follower final {
   public:
-    /// `file` is the log file, closed when there is none yet. `listing` must stay there as long as this
-    /// lives.
+    /// `file` is the log file, closed when there is none yet. `listing` must outlive this.
     Follower(std::string path, platform::File file, Listing& listing);
 
     /// Prints what was written since the last look. What stands at the end of the file waits for one more

@@ -57,8 +57,8 @@ class LiveSession final : public EventListener {
     bool over_ = false;
     std::string member_;
     std::optional<Profile> profile_;
-    std::vector<std::pair<std::string, std::string>>
-        starts_;  ///< family and line, in the order of their first start
+    /// Family and line, in the order of their first start.
+    std::vector<std::pair<std::string, std::string>> starts_;
 };
 
 }  // namespace sim

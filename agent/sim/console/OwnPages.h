@@ -6,8 +6,7 @@
 
 namespace sim {
 
-/// Tells requests of the console's own pages, and of programs, from those that a page of another site makes a
-/// browser send.
+/// Tells requests of the console's own pages, and of programs, from those that other sites' pages make.
 class OwnPages final {
   public:
     OwnPages(std::string address, int port) : address_(std::move(address)), port_(port) {}

@@ -8,8 +8,7 @@ namespace sim {
 
 class PageFile final {
   public:
-    /// Creates the file, or opens it and leaves it as it is. Throws std::runtime_error naming path and
-    /// reason.
+    /// Creates the file or opens it as it is. Throws std::runtime_error naming path and reason.
     explicit PageFile(std::string path);
 
     /// Puts `page` in place of what the file holds. Throws as the constructor does.

@@ -54,8 +54,7 @@ class Guard final {
     bool wasPending_ = false;
 };
 
-/// For a stream whose lock the caller holds: whether a text would stay in its buffer, which takes no system
-/// call.
+/// For a stream whose lock the caller holds: whether a text fits its buffer, which takes no system call.
 bool fitsBuffer(std::string_view text, std::FILE* stream) noexcept {
     return text.size() < __fbufsize(stream) - __fpending(stream) && __flbf(stream) == 0;
 }

@@ -59,8 +59,8 @@ Mutex::Wait Mutex::wait() noexcept {
     return outcomeOf(pthread_mutex_lock(mutex), mutex);
 }
 
-// Looking again each millisecond, since a wait by the steady clock is not known to the thread sanitizer, and one by the wall
-// clock depends on how that is set.
+// Looking again each millisecond, since a wait by the steady clock is not known to the thread sanitizer, and
+// one by the wall clock depends on how that is set.
 Mutex::Wait Mutex::waitFor(std::chrono::milliseconds time) noexcept {
     const KeepThread keep;
     const auto due = std::chrono::steady_clock::now() + time;

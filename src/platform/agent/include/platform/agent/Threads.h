@@ -24,8 +24,7 @@ KRX_API int KRXThreadGetPriority(KRXThreadHandle thread);
 
 /// Prepares a thread object. 0, or another value when it cannot be had (the caller then releases the memory).
 KRX_API std::int8_t KRXThreadConstruct(KRXThread* thread);
-/// Starts `entry(argument)` on a new thread. 0 when it runs; after any other value the object must be
-/// destroyed.
+/// Starts `entry(argument)` on a new thread. 0 when it runs; else the object must be destroyed.
 KRX_API std::int8_t KRXThreadStart(KRXThread* thread, const char* name, int priority, int flags,
                                    unsigned int stackSize, KRXThreadEntry entry, void* argument);
 /// Non-zero while the thread runs.
