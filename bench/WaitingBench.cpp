@@ -5,11 +5,9 @@
 #include "sim/ServiceCall.h"
 
 #include <algorithm>
-#include <atomic>
 #include <chrono>
 #include <cstdio>
 #include <fstream>
-#include <functional>
 #include <string>
 #include <thread>
 

@@ -5,7 +5,6 @@
 #include "lib/Runtime.h"
 #include "lib/Thread.h"
 
-#include <memory>
 #include <new>
 #include <string>
 

@@ -10,7 +10,7 @@
 #include "sim/ServiceCall.h"
 
 #include <limits>
-#include <stdexcept>
+#include <optional>
 #include <utility>
 
 namespace sim {

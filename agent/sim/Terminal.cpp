@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <cstring>
 #include <editline/readline.h>
-#include <utility>
 #include <vector>
 
 #include <fcntl.h>

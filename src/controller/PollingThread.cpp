@@ -57,6 +57,22 @@ struct PollingThread::Object {
     bool constructed = false;
 };
 
+/// The number of the start under way. When the start is left without a thread to hold, however that comes,
+/// nobody has the number any more.
+struct PollingThread::Start {
+    explicit Start(PollingThread& ofThread) : thread(ofThread) {}
+    Start(const Start&) = delete;
+    Start& operator=(const Start&) = delete;
+    ~Start() {
+        if (!held) {
+            thread.forget(number);
+        }
+    }
+    PollingThread& thread;
+    const Number number = ++lastNumber;
+    bool held = false;
+};
+
 int PollingThread::creationError() const noexcept {
     return threadMutex_.creationError() != 0 ? threadMutex_.creationError() : lock_.creationError();
 }
@@ -110,22 +126,7 @@ std::int8_t PollingThread::generateThread(KRXThreadEntry entry, void* argument) 
         return -1;
     }
     object->constructed = true;
-
-    /// The number of the start under way. When the start is left without a thread to hold, however that
-    /// comes, nobody has the number any more.
-    struct Start {
-        explicit Start(PollingThread& ofThread) : thread(ofThread) {}
-        Start(const Start&) = delete;
-        Start& operator=(const Start&) = delete;
-        ~Start() {
-            if (!held) {
-                thread.forget(number);
-            }
-        }
-        PollingThread& thread;
-        const Number number = ++lastNumber;
-        bool held = false;
-    } start(*this);
+    Start start(*this);
     // Before the start: the thread may run, and be over, before the agent's call returns.
     const bool announced = announce(start.number, argument);
     bool refused = false;

@@ -48,6 +48,7 @@ class PollingThread final {
     /// Starts no thread any more, waits at most 3000 ms for the one there is, and drops it. Never waits for a
     /// caller of `createThread`: a thread that is being started meanwhile is ended by its starter.
     void stop();
+    /// `stop` was called.
     bool isClosing() const;
 
     // ---- For the thread itself
@@ -55,13 +56,16 @@ class PollingThread final {
     /// The number of the thread that has just begun with this argument, to be asked for once by each; 0 when
     /// none was to.
     static Number enter(const void* argument);
+    /// The thread of this number was not dropped. Nothing but it may act for one that was.
     bool has(Number number) const;
+    /// Phases of the thread of this number; of one that was dropped they change nothing.
     void setLeaving(Number number);
     void setEnded(Number number);
 
   private:
     enum class Phase { None, Running, Leaving, Ended };
     struct Object;
+    struct Start;
     using Held = std::shared_ptr<Object>;
 
     std::int8_t generateThread(KRXThreadEntry entry, void* argument);

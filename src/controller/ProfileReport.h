@@ -5,6 +5,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <memory>
 
 struct RsmState;
 namespace KRX::ServiceAgentNS {
@@ -40,16 +41,17 @@ class ProfileReport final {
     static void dateToString(std::int64_t gmtClockValue, char* text);
 
   private:
-    static void LogRSMProfile(const RsmState& state);
-
-    std::atomic<KRX::ServiceAgentNS::ServiceAgent*> serviceAgent_{nullptr};
     /// A proxy and whose channel and credentials it has. Not changed any more once others may use it.
     struct Client {
         explicit Client(KRX::ServiceAgentNS::VirtualAsset& ofAsset);
         KRX::ServiceAgentNS::VirtualAsset* asset;
         KRX::Services::RegistrationNS::RegistrationProxy proxy;
     };
-    std::shared_ptr<Client> clientOf(KRX::ServiceAgentNS::VirtualAsset& asset);
 
+    /// Null without memory for it.
+    std::shared_ptr<Client> clientOf(KRX::ServiceAgentNS::VirtualAsset& asset);
+    static void LogRSMProfile(const RsmState& state);
+
+    std::atomic<KRX::ServiceAgentNS::ServiceAgent*> serviceAgent_{nullptr};
     platform::Published<Client> client_;
 };

@@ -103,6 +103,7 @@ class ZephanRSMSingleTon final {
         RsmState state;
         std::uint64_t number = 0;
     };
+    /// A report of the state as it is now, to be sent through its `profile`.
     Report beginReport();
     /// A different report was begun since this one.
     bool isOutdated(const Report& report) const;

@@ -34,8 +34,9 @@ class LogManager final {
 
     /// Attaches the listeners that the configuration names; those attached before stay. One thread at a time.
     void initialize();
+    /// Delivers a log message.
     void log(std::uint32_t level, const char* message);
-    /// Returns when what it began, a report or the script, has ended.
+    /// Delivers an audit message. Returns when what it began, a report or the script, has ended.
     void audit(const char* message);
     /// The controller is gone: changes of the remote-detection state are told to nobody any more.
     void close() noexcept;

@@ -17,10 +17,13 @@ class MessageHandler final {
     MessageHandler(const MessageHandler&) = delete;
     MessageHandler& operator=(const MessageHandler&) = delete;
 
-    // Each answers what the observers have to tell of it, for `LogFileWriter::report`.
+    // Each answers what the observers have to tell of it, for `LogFileWriter::report`. A null message is logged
+    // as an error and not delivered. Throws std::bad_alloc for a message too long to be kept.
     Notices log(std::uint32_t level, const char* message);
     Notices audit(const char* message);
+    /// Hands the kept message to the observers. The caller holds the delivery lock.
     Notices notify(std::uint32_t level) const;
+    /// Observers are not owned. One that was attached twice is told twice.
     void attach(Observer* observer);
     void detach(const Observer* observer);
 

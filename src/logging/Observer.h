@@ -14,7 +14,9 @@ class Observer {
     Observer(const Observer&) = delete;
     Observer& operator=(const Observer&) = delete;
     virtual ~Observer() = default;
+    /// A log message of this level is at the handler's `getMessage`.
     virtual void updateLog(std::uint32_t /*level*/, const MessageHandler* /*handler*/) {}
+    /// An audit message likewise.
     virtual void UpdateAuditLog(const MessageHandler* /*handler*/) {}
     /// What there is to tell since the last call.
     virtual Notices takeNotices() noexcept { return {}; }

@@ -15,11 +15,14 @@ class RDMessageHandler final {
     RDMessageHandler(const RDMessageHandler&) = delete;
     RDMessageHandler& operator=(const RDMessageHandler&) = delete;
 
+    /// Each sets and tells.
     void setTunnelActive(bool active);
     void setFileActive(bool active);
     bool isTunnelActive() const noexcept { return tunnelActive_; }
     bool isFileActive() const noexcept { return fileActive_; }
+    /// Calls the observers in the order in which they were attached, with no lock held.
     void notify() const;
+    /// Observers are not owned.
     void attach(RDObserver* observer);
     void detach(const RDObserver* observer);
 

@@ -9,5 +9,6 @@ class RDObserver {
     RDObserver(const RDObserver&) = delete;
     RDObserver& operator=(const RDObserver&) = delete;
     virtual ~RDObserver() = default;
+    /// The state is at the handler, and may be the one of before.
     virtual void updateStatus(const RDMessageHandler* /*handler*/) {}
 };

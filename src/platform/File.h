@@ -50,8 +50,9 @@ class File final {
     /// Writes `record` over the start of the file in one piece: a process killed at any instant leaves the
     /// old bytes or the new ones. When the write fails, the old bytes are put back. At most 1024 bytes.
     bool overwriteStart(std::string_view record) noexcept;
+    /// Cuts the file to this length. False when it fails.
     bool truncate(std::int64_t size) noexcept;
-    /// Waits until the contents are on the disk.
+    /// Waits until the contents are on the disk. False when it fails.
     bool sync() noexcept;
 
     /// True when both are open on the same file.

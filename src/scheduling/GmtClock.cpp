@@ -3,10 +3,8 @@
 #include "platform/Clock.h"
 #include "platform/Number.h"
 
-#include <algorithm>
 #include <array>
 #include <cstdio>
-#include <limits>
 #include <string_view>
 
 namespace scheduling {

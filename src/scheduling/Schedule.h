@@ -19,10 +19,13 @@ struct Schedule {
     char pollingRateText[kValueSize] = "0";  ///< seconds
     char gracePeriodText[kValueSize] = "0";  ///< minutes
 
+    /// Its end lies after `now`, a GMT clock value.
     bool isCurrent(std::int64_t now) const noexcept { return endTimeValue > now; }
 
     using Record = std::array<char, 1000>;
+    /// The text of the schedule file, ended by a NUL.
     Record record() const noexcept;
+    /// A file's contents begin as a record does.
     static bool isRecord(const std::string& contents) noexcept;
     /// Takes the values of a record. False when memory ran out for one of them.
     bool readRecord(const std::string& contents);

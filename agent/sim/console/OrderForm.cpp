@@ -3,7 +3,6 @@
 #include "sim/Verbs.h"
 #include "sim/Words.h"
 
-#include <algorithm>
 #include <map>
 #include <nlohmann/json.hpp>
 #include <stdexcept>

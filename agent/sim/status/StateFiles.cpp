@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <ctime>
 #include <limits>
+#include <optional>
 
 namespace sim {
 
