@@ -56,7 +56,7 @@ class PollingThread final {
     /// The number of the thread that has just begun with this argument, to be asked for once by each; 0 when
     /// none was to.
     static Number enter(const void* argument);
-    /// The thread of this number was not dropped. Nothing but it may act for one that was.
+    /// The thread of this number was not dropped.
     bool has(Number number) const;
     /// Phases of the thread of this number; of one that was dropped they change nothing.
     void setLeaving(Number number);

@@ -17,8 +17,8 @@ class MessageHandler final {
     MessageHandler(const MessageHandler&) = delete;
     MessageHandler& operator=(const MessageHandler&) = delete;
 
-    // Each answers what the observers have to tell of it, for `LogFileWriter::report`. A null message is logged
-    // as an error and not delivered. Throws std::bad_alloc for a message too long to be kept.
+    // Each answers what the observers have to tell of it, for `LogFileWriter::report`. A null message is
+    // logged as an error and not delivered. Throws std::bad_alloc for a message too long to be kept.
     Notices log(std::uint32_t level, const char* message);
     Notices audit(const char* message);
     /// Hands the kept message to the observers. The caller holds the delivery lock.
