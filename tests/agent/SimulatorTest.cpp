@@ -1,9 +1,9 @@
 // The program as its users start it, with a small module.
+#include "support/Shell.h"
+
+#include <algorithm>
 #include <array>
-#include <cstdio>
 #include <cstdlib>
-#include <filesystem>
-#include <fstream>
 #include <pty.h>
 #include <string>
 #include <vector>
@@ -15,206 +15,16 @@
 
 namespace {
 
-struct Outcome {
-    int status = -1;
-    std::string output;
-};
-
 class SimulatorTest : public testing::Test {
   protected:
-    SimulatorTest() { std::filesystem::create_directories(directory_); }
-    ~SimulatorTest() override { std::filesystem::remove_all(directory_); }
-
-    /// Runs the program in a directory of its own, with both outputs in one.
-    Outcome simulate(const std::string& arguments, const std::string& scenario = {}) {
-        write("scenario", scenario);
-        const std::string command =
-            "cd '" + directory_.string() + "' && '" SIMULATOR "' " + arguments + " 2>&1";
-        std::FILE* pipe = ::popen(command.c_str(), "r");
-        Outcome outcome;
-        std::array<char, 4096> buffer = {};
-        for (std::size_t size = 0; (size = std::fread(buffer.data(), 1, buffer.size(), pipe)) > 0;) {
-            outcome.output.append(buffer.data(), size);
-        }
-        const int status = ::pclose(pipe);
-        outcome.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-        return outcome;
-    }
-    void write(const char* file, const std::string& text) const { std::ofstream(directory_ / file) << text; }
-    std::string contents(const char* file) const {
-        std::ifstream stream(directory_ / file, std::ios::binary);
-        return {std::istreambuf_iterator<char>(stream), {}};
-    }
-    /// The trace of a scenario that must run to its end.
-    std::string replay(const std::string& scenario) {
-        const Outcome outcome = simulate("replay scenario --module '" FAKE_MODULE "' --trace -", scenario);
-        EXPECT_EQ(outcome.status, 0);
-        return outcome.output;
+    /// Runs the program in a directory of its own.
+    support::Run simulate(const std::string& arguments, const std::string& scenario = {}) {
+        workspace_.write("scenario", scenario);
+        return support::shell(workspace_, "'" SIMULATOR "' " + arguments);
     }
 
-    const std::filesystem::path directory_ =
-        std::filesystem::path(testing::TempDir()) / ("simulator-" + std::to_string(::getpid()));
+    const support::Workspace workspace_;
 };
-
-TEST_F(SimulatorTest, ThreadsOnTheVirtualClock) {
-    EXPECT_EQ(replay("clock 2026-03-01T10:00:00Z\n"
-                     "1 start rsm \"a b\"\n1 start logger 2\n2.5 log warn \"x\\n\"\n3 stop logger\n"),
-              R"({"t":1.000,"thread":"host","event":"log","level":40,"text":"start 1 at 1772359201 with a b"}
-{"t":1.000,"thread":"host","event":"call","verb":"start rsm a b","result":0}
-{"t":1.000,"thread":"host","event":"thread-start","name":"Worker","result":0}
-{"t":1.000,"thread":"host","event":"call","verb":"start logger 2","result":0}
-{"t":1.000,"thread":"Worker","event":"sleep","ms":1000}
-{"t":2.000,"thread":"Worker","event":"force-poll"}
-{"t":2.000,"thread":"Worker","event":"stdout","text":"tick"}
-{"t":2.000,"thread":"Worker","event":"sleep","ms":1000}
-{"t":2.500,"thread":"host","event":"stdout","text":"<40 x\n>"}
-{"t":2.500,"thread":"host","event":"call","verb":"log warn x\n","result":0}
-{"t":3.000,"thread":"Worker","event":"force-poll"}
-{"t":3.000,"thread":"Worker","event":"stdout","text":"tick"}
-{"t":3.000,"thread":"Worker","event":"thread-end","result":7}
-{"t":3.000,"thread":"host","event":"call","verb":"stop logger","result":0}
-)");
-}
-
-TEST_F(SimulatorTest, UnloadEndsThreadsAndLoadsAfresh) {
-    EXPECT_EQ(
-        replay("0 start rsm null\n0 start logger 100\n0 route off\n2 unload\n3 stop rsm\n3 start rsm null\n"
-               "3 stop rsm\n3 stop rsm null\n3 fail thread-start\n3 start logger 1\n"),
-        R"({"t":0.000,"thread":"host","event":"log","level":40,"text":"start 1 at 1767225600 with null"}
-{"t":0.000,"thread":"host","event":"call","verb":"start rsm null","result":0}
-{"t":0.000,"thread":"host","event":"thread-start","name":"Worker","result":0}
-{"t":0.000,"thread":"host","event":"call","verb":"start logger 100","result":0}
-{"t":0.000,"thread":"Worker","event":"sleep","ms":1000}
-{"t":1.000,"thread":"Worker","event":"force-poll"}
-{"t":1.000,"thread":"Worker","event":"stdout","text":"tick"}
-{"t":1.000,"thread":"Worker","event":"sleep","ms":1000}
-{"t":2.000,"thread":"Worker","event":"thread-destroyed"}
-{"t":3.000,"thread":"host","event":"call","verb":"stop rsm","result":-1}
-{"t":3.000,"thread":"host","event":"log","level":40,"text":"start 1 at 1767225603 with null"}
-{"t":3.000,"thread":"host","event":"call","verb":"start rsm null","result":0}
-{"t":3.000,"thread":"host","event":"call","verb":"stop rsm","result":0}
-{"t":3.000,"thread":"host","event":"call","verb":"stop rsm null","result":-1}
-{"t":3.000,"thread":"host","event":"thread-start","name":"Worker","result":-1}
-{"t":3.000,"thread":"host","event":"call","verb":"start logger 1","result":-1}
-)");
-}
-
-TEST_F(SimulatorTest, ServiceAndCommandCalls) {
-    EXPECT_EQ(
-        replay("0 call echo\n0 start web-service\n0 call echo text=\"a<b\"\n0 call echo text=null\n"
-               "0 call echo other=1\n0 call shout text=1\n0 service destroy\n0 service destroy\n"
-               "0 command X a=1 b=null\n0 command X null\n0 audit \"echo from a child\"\n"),
-        R"({"t":0.000,"thread":"host","event":"call","verb":"call echo","result":-1,"stage":"service","response":null}
-{"t":0.000,"thread":"host","event":"call","verb":"start web-service","result":0}
-{"t":0.000,"thread":"host","event":"log","level":30,"text":"cleaned up"}
-{"t":0.000,"thread":"host","event":"call","verb":"call echo text=a<b","result":5,"stage":"cleanup","response":"<echoResponse><text>a&lt;b</text></echoResponse>"}
-{"t":0.000,"thread":"host","event":"log","level":30,"text":"cleaned up"}
-{"t":0.000,"thread":"host","event":"call","verb":"call echo text=null","result":-1,"stage":"cleanup","response":"<echoResponse/>"}
-{"t":0.000,"thread":"host","event":"log","level":30,"text":"cleaned up"}
-{"t":0.000,"thread":"host","event":"call","verb":"call echo other=1","result":-1,"stage":"create","response":null}
-{"t":0.000,"thread":"host","event":"call","verb":"call shout text=1","result":-1,"stage":"create","response":null}
-{"t":0.000,"thread":"host","event":"call","verb":"service destroy","result":0}
-{"t":0.000,"thread":"host","event":"call","verb":"service destroy","result":1}
-{"t":0.000,"thread":"host","event":"call","verb":"command X a=1 b=null","result":2,"answer":[["count",null]]}
-{"t":0.000,"thread":"host","event":"call","verb":"command X null","result":1,"answer":null}
-{"t":0.000,"thread":"host","event":"stdout","text":"from a child\n"}
-{"t":0.000,"thread":"host","event":"call","verb":"audit echo from a child","result":0}
-)");
-}
-
-TEST_F(SimulatorTest, FilesGetTheSimulatedTime) {
-    EXPECT_EQ(replay("clock 2026-03-01T10:00:00Z\n0 show x\n0 write \"a\\\\b\" \"1\\n\"\n0 show a/b\n60 "
-                     "clock-step 60\n"
-                     "60 start data-source a/c\n60 audit \"stat -c '%n %Y' a/b a/c\"\n60 age a/b 0.5\n"
-                     "60 audit \"stat -c %Y a/b\"\n60 remove a\n60 remove a\n60 show a/b\n"),
-              R"({"t":0.000,"thread":"host","event":"file","path":"x","text":null}
-{"t":0.000,"thread":"host","event":"file","path":"a/b","text":"1\n"}
-{"t":60.000,"thread":"host","event":"call","verb":"start data-source a/c","result":0}
-{"t":60.000,"thread":"host","event":"stdout","text":"a/b 1772359200\na/c 1772359320\n"}
-{"t":60.000,"thread":"host","event":"call","verb":"audit stat -c '%n %Y' a/b a/c","result":0}
-{"t":60.000,"thread":"host","event":"stdout","text":"1772316120\n"}
-{"t":60.000,"thread":"host","event":"call","verb":"audit stat -c %Y a/b","result":0}
-{"t":60.000,"thread":"host","event":"file","path":"a/b","text":null}
-)");
-}
-
-TEST_F(SimulatorTest, FilesThatAreOnlyMadeGetItToo) {
-    const std::string trace = replay(
-        "clock 2026-03-01T10:00:00Z\n60 start data-source left-open\n60 audit \"stat -c %Y left-open\"\n"
-        "90 start data-source left-open\n90 audit \"stat -c %Y left-open\"\n");
-    const std::size_t first = trace.find(R"("text":"1772359260\n")");
-    EXPECT_NE(first, std::string::npos) << trace;
-    EXPECT_NE(trace.find(R"("text":"1772359260\n")", first + 1), std::string::npos) << trace;
-}
-
-TEST_F(SimulatorTest, UnloadClosesWhatTheModuleOpened) {
-    const std::string count = "audit \"ls -l /proc/$PPID/fd | grep -c left-open$\"\n";
-    const std::string trace = replay("0 start data-source left-open\n0 " + count + "0 unload\n0 " + count);
-    EXPECT_NE(trace.find(R"("text":"1\n")"), std::string::npos) << trace;
-    EXPECT_NE(trace.find(R"("text":"0\n")"), std::string::npos) << trace;
-}
-
-TEST_F(SimulatorTest, EnterpriseThatTakesItsTime) {
-    const std::string record = R"("result":0,"properties":[["MODEL","KRX-7"],["SERIAL","0042"]]})";
-    const std::string credentials = R"(,"thread":"host","event":"credentials","member":null})";
-    EXPECT_EQ(
-        replay("0 start rsm null\n0 start logger 1\n0 enterprise delay 2.5\n0 log-lock on\n0 command report\n"
-               "10 enterprise thread on\n10 command report\n10 log info x\n"),
-        R"({"t":0.000,"thread":"host","event":"log","level":40,"text":"start 1 at 1767225600 with null"}
-{"t":0.000,"thread":"host","event":"call","verb":"start rsm null","result":0}
-{"t":0.000,"thread":"host","event":"thread-start","name":"Worker","result":0}
-{"t":0.000,"thread":"host","event":"call","verb":"start logger 1","result":0}
-{"t":0.000,"thread":"Worker","event":"sleep","ms":1000}
-{"t":0.000)" +
-            credentials + R"(
-{"t":1.000,"thread":"Worker","event":"force-poll"}
-{"t":1.000,"thread":"Worker","event":"stdout","text":"tick"}
-{"t":1.000,"thread":"Worker","event":"thread-end","result":7}
-{"t":2.500,"thread":"host","event":"update-asset",)" +
-            record + R"(
-{"t":2.500,"thread":"host","event":"call","verb":"command report","result":0,"answer":null}
-{"t":10.000)" +
-            credentials + R"(
-{"t":10.000,"thread":"Link","event":"log","level":30,"text":"Registration: sending the record of device-0042\n"}
-{"t":12.500,"thread":"host","event":"update-asset",)" +
-            record + R"(
-{"t":12.500,"thread":"host","event":"stdout","text":"<30 Registration: sending the record of device-0042\n>"}
-{"t":12.500,"thread":"host","event":"call","verb":"command report","result":0,"answer":null}
-{"t":12.500,"thread":"host","event":"stdout","text":"<30 x>"}
-{"t":12.500,"thread":"host","event":"call","verb":"log info x","result":0}
-)");
-}
-
-TEST_F(SimulatorTest, ThreadDestroyedInTheMiddleOfAReport) {
-    // The worker reports from 1 to 11 seconds; from 2 to 5 the host waits for its end.
-    const std::string scenario =
-        "0 start rsm null\n0 start logger 2\n0 enterprise delay 10\n0 command reports null\n2 stop "
-        "logger\n20 end\n";
-    const std::string stopped = R"({"t":5.000,"thread":"Worker","event":"thread-destroyed"}
-{"t":5.000,"thread":"host","event":"stdout","text":"tick"}
-{"t":5.000,"thread":"host","event":"call","verb":"stop logger","result":-1}
-)";
-    const std::string reported =
-        R"({"t":11.000,"thread":"Worker","event":"update-asset","result":0,"properties":[["MODEL","KRX-7"],["SERIAL","0042"]]}
-{"t":11.000,"thread":"Worker","event":"log","level":30,"text":"unwound"}
-)";
-    const std::pair<const char*, std::string> cases[] = {
-        {"sleep", stopped + reported},
-        {"anywhere", stopped},
-        {"unwind", R"({"t":5.000,"thread":"Worker","event":"log","level":30,"text":"unwound"}
-)" + stopped},
-        {"leave", stopped + reported + R"({"t":11.000,"thread":"Worker","event":"sleep","ms":1000}
-{"t":12.000,"thread":"Worker","event":"force-poll"}
-{"t":12.000,"thread":"Worker","event":"credentials","member":null}
-)"},
-    };
-    for (const auto& [how, expected] : cases) {
-        const std::string trace =
-            replay(std::string("0 thread-destroy ") + how + "\n0 route off\n" + scenario);
-        const std::size_t end = trace.find("{\"t\":5.000");
-        EXPECT_EQ(trace.substr(std::min(end, trace.size())), expected) << how;
-    }
-}
 
 TEST_F(SimulatorTest, HangsAreTold) {
     const std::string start = "0 start rsm null\n0 start logger 9\n";
@@ -230,14 +40,14 @@ TEST_F(SimulatorTest, HangsAreTold) {
         {"0 command reports null\n0 command spin null\n", "host waits in command spin null"},
     };
     for (const auto& [scenario, message] : cases) {
-        const Outcome outcome =
+        const support::Run outcome =
             simulate("replay scenario --patience 0.2 --trace trace --report page --module '" FAKE_MODULE "'",
                      start + scenario);
         EXPECT_EQ(outcome.status, 1) << scenario;
-        EXPECT_TRUE(outcome.output.starts_with(std::string("the module hangs: ") + message))
-            << outcome.output;
-        EXPECT_TRUE(contents("trace").ends_with("}\n"));
-        EXPECT_NE(contents("page").find("</html>"), std::string::npos);
+        EXPECT_TRUE(outcome.printed.starts_with(std::string("the module hangs: ") + message))
+            << outcome.printed;
+        EXPECT_TRUE(workspace_.read("trace").ends_with("}\n"));
+        EXPECT_NE(workspace_.read("page").find("</html>"), std::string::npos);
     }
 }
 
@@ -248,19 +58,19 @@ TEST_F(SimulatorTest, WaitingForAProgramIsNoHang) {
 }
 
 TEST_F(SimulatorTest, RunTakesTypedVerbs) {
-    const Outcome typed = simulate("run --module '" FAKE_MODULE "' --trace - <scenario",
-                                   "start rsm null\nnonsense\nstop rsm\nend\naudit x\n");
+    const support::Run typed = simulate("run --module '" FAKE_MODULE "' --trace - <scenario",
+                                        "start rsm null\nnonsense\nstop rsm\nend\naudit x\n");
     EXPECT_EQ(typed.status, 1);
-    EXPECT_NE(typed.output.find("<stdin>:2: unknown verb 'nonsense'"), std::string::npos) << typed.output;
-    EXPECT_NE(typed.output.find(R"("verb":"stop rsm","result":0)"), std::string::npos) << typed.output;
-    EXPECT_EQ(typed.output.find("audit x"), std::string::npos) << typed.output;
+    EXPECT_NE(typed.printed.find("<stdin>:2: unknown verb 'nonsense'"), std::string::npos) << typed.printed;
+    EXPECT_NE(typed.printed.find(R"("verb":"stop rsm","result":0)"), std::string::npos) << typed.printed;
+    EXPECT_EQ(typed.printed.find("audit x"), std::string::npos) << typed.printed;
 }
 
 TEST_F(SimulatorTest, HelpShowsForms) {
-    const Outcome typed =
+    const support::Run typed =
         simulate("run --module '" FAKE_MODULE "' <scenario", "help enterprise\nhelp x\nquit\n");
     EXPECT_EQ(typed.status, 0);
-    EXPECT_EQ(typed.output,
+    EXPECT_EQ(typed.printed,
               "  enterprise accept|refuse                          how the enterprise answers a profile\n"
               "  enterprise delay SECONDS                          how long it takes to answer\n"
               "  enterprise thread on|off                          whether profiles are sent on a thread of "
@@ -269,13 +79,13 @@ TEST_F(SimulatorTest, HelpShowsForms) {
 }
 
 TEST_F(SimulatorTest, BriefTimeline) {
-    const Outcome brief = simulate("replay scenario --brief --module '" FAKE_MODULE "'",
-                                   "0 start rsm null\n0 start logger 3\n1 fail thread-start\n"
-                                   "10 start logger 1\n10 command " +
-                                       std::string(80, 'x') + " null\n10 show " + std::string(54, 'y') +
-                                       "\xc3\xb6\xc3\xb6" + std::string(60, 'y') + "\n");
+    const support::Run brief = simulate("replay scenario --brief --module '" FAKE_MODULE "'",
+                                        "0 start rsm null\n0 start logger 3\n1 fail thread-start\n"
+                                        "10 start logger 1\n10 command " +
+                                            std::string(80, 'x') + " null\n10 show " + std::string(54, 'y') +
+                                            "\xc3\xb6\xc3\xb6" + std::string(60, 'y') + "\n");
     EXPECT_EQ(brief.status, 0);
-    EXPECT_EQ(brief.output,
+    EXPECT_EQ(brief.printed,
               "    0.000 00:00:00Z host         start rsm null -> 0\n"
               "    0.000 00:00:00Z host         thread: Worker is started\n"
               "    0.000 00:00:00Z host         start logger 3 -> 0\n"
@@ -292,15 +102,15 @@ TEST_F(SimulatorTest, BriefTimeline) {
 
 TEST_F(SimulatorTest, StatusStandsAmongTheEvents) {
     const std::string scenario = "0 status\n0 start rsm x\n0 start logger 9\n3 status\n";
-    const Outcome brief = simulate("replay scenario --brief --module '" FAKE_MODULE "'", scenario);
-    EXPECT_TRUE(brief.output.starts_with("The agent has not started the module yet.\n")) << brief.output;
-    const std::size_t polls = brief.output.find("2 polls, the last at 2.000 s\n");
-    const std::size_t status = brief.output.find("  polls          2 made");
-    EXPECT_LT(polls, status) << brief.output;
-    EXPECT_NE(status, std::string::npos) << brief.output;
-    const Outcome trace = simulate("replay scenario --trace trace --module '" FAKE_MODULE "'", scenario);
-    EXPECT_TRUE(trace.output.starts_with("The agent has not started the module yet.\n")) << trace.output;
-    EXPECT_EQ(contents("trace").find("status"), std::string::npos);
+    const support::Run brief = simulate("replay scenario --brief --module '" FAKE_MODULE "'", scenario);
+    EXPECT_TRUE(brief.printed.starts_with("The agent has not started the module yet.\n")) << brief.printed;
+    const std::size_t polls = brief.printed.find("2 polls, the last at 2.000 s\n");
+    const std::size_t status = brief.printed.find("  polls          2 made");
+    EXPECT_LT(polls, status) << brief.printed;
+    EXPECT_NE(status, std::string::npos) << brief.printed;
+    const support::Run trace = simulate("replay scenario --trace trace --module '" FAKE_MODULE "'", scenario);
+    EXPECT_TRUE(trace.printed.starts_with("The agent has not started the module yet.\n")) << trace.printed;
+    EXPECT_EQ(workspace_.read("trace").find("status"), std::string::npos);
 }
 
 TEST_F(SimulatorTest, StrictTellsFailedStarts) {
@@ -366,8 +176,8 @@ TEST_F(SimulatorTest, KeyboardEditsCompletesAndStaysWhole) {
     for (int i = 1; i < 200; ++i) {
         scenario += std::to_string(i / 10) + "." + std::to_string(i % 10) + " show nowhere\n";
     }
-    write("scenario", scenario);
-    const std::string path = (directory_ / "scenario").string();
+    workspace_.write("scenario", scenario);
+    const std::string path = workspace_.path("scenario").string();
     Person person({SIMULATOR, "run", path.c_str(), "--module", FAKE_MODULE});
     ASSERT_TRUE(person.sees("rsm> "));
     person.type("stop web\t\n");
@@ -420,10 +230,10 @@ TEST_F(SimulatorTest, StatusAndMessage) {
          "\"event\":\"file\",\"path\":\"x\",\"text\":null"},
     };
     for (const Case& each : cases) {
-        const Outcome outcome = simulate(each.arguments, each.scenario);
+        const support::Run outcome = simulate(each.arguments, each.scenario);
         EXPECT_EQ(outcome.status, each.status) << each.arguments;
-        EXPECT_NE(outcome.output.find(each.message), std::string::npos) << each.arguments << "\n"
-                                                                        << outcome.output;
+        EXPECT_NE(outcome.printed.find(each.message), std::string::npos) << each.arguments << "\n"
+                                                                         << outcome.printed;
     }
 }
 

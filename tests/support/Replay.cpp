@@ -1,11 +1,9 @@
 #include "support/Replay.h"
 
-#include <array>
-#include <cmath>
-#include <cstdio>
-#include <sstream>
+#include "support/Shell.h"
 
-#include <sys/wait.h>
+#include <cmath>
+#include <sstream>
 
 namespace support {
 namespace {
@@ -18,21 +16,14 @@ std::string shortTime(const nlohmann::json& event) {
 
 }  // namespace
 
-Replay::Replay(const Workspace& workspace, const std::string& scenario, const std::string& zone) {
+Replay::Replay(const Workspace& workspace, const std::string& scenario, const std::string& zone,
+               const std::string& options) {
     workspace.write("test.scenario", scenario);
-    const std::string command = "cd '" + workspace.path("").string() + "' && TZ='" + zone +
-                                "' '" KRX_AGENT_SIM "' replay test.scenario --trace test.trace 2>&1";
-    FILE* const output = ::popen(command.c_str(), "r");
-    std::array<char, 4096> buffer{};
-    while (output != nullptr) {
-        const std::size_t length = std::fread(buffer.data(), 1, buffer.size(), output);
-        if (length == 0) {
-            break;
-        }
-        printed_.append(buffer.data(), length);
-    }
-    const int status = output == nullptr ? -1 : ::pclose(output);
-    exitStatus_ = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    const Run run =
+        shell(workspace,
+              "TZ='" + zone + "' '" KRX_AGENT_SIM "' replay test.scenario --trace test.trace " + options);
+    exitStatus_ = run.status;
+    printed_ = run.printed;
     bytes_ = workspace.read("test.trace");
     std::istringstream lines(bytes_);
     for (std::string line; std::getline(lines, line);) {

@@ -11,8 +11,9 @@ namespace support {
 /// What a replay of a scenario by the agent simulator left: its trace, its exit status and what it printed.
 class Replay final {
   public:
-    /// Runs the scenario in the workspace's directory, in time zone `zone`.
-    Replay(const Workspace& workspace, const std::string& scenario, const std::string& zone = "UTC");
+    /// Runs the scenario in the workspace's directory, in time zone `zone`, with further options.
+    Replay(const Workspace& workspace, const std::string& scenario, const std::string& zone = "UTC",
+           const std::string& options = {});
 
     int exitStatus() const { return exitStatus_; }
     const std::string& printed() const { return printed_; }
