@@ -2,6 +2,7 @@
 #include "config/XMLConfigData.h"
 #include "support/Rows.h"
 #include "support/Workspace.h"
+#include "support/Xml.h"
 
 #include <array>
 #include <malloc.h>
@@ -16,6 +17,11 @@
 #include <unistd.h>
 
 namespace {
+
+using support::in;
+using support::laughs;
+using support::repeated;
+using support::typed;
 
 const std::string kRefused =
     " Error Parsing the File: FILE !!! \n  Check the File Location & Format if the file is present \n ";
@@ -90,32 +96,6 @@ class Configuration {
 
 class ConfigurationTest : public testing::Test, protected Configuration {};
 
-std::string repeated(const std::string& text, int count) {
-    std::string all;
-    while (count-- > 0) {
-        all += text;
-    }
-    return all;
-}
-
-/// Entities a0 to a12, each of ten times the one before; `type` is "" or "% ", `reference` "&" or
-/// an escaped "%".
-std::string laughs(const std::string& type, const std::string& reference, const std::string& first) {
-    std::string text = "<!ENTITY " + type + "a0 \"" + first + "\">";
-    for (int i = 1; i <= 12; ++i) {
-        text += "<!ENTITY " + type + "a" + std::to_string(i) + " \"" +
-                repeated(reference + "a" + std::to_string(i - 1) + ";", 10) + "\">";
-    }
-    return text;
-}
-
-std::string typed(const std::string& declarations, const std::string& root) {
-    return "<!DOCTYPE z [" + declarations + "]>" + root;
-}
-
-std::string in(const std::string& name, const std::string& inside) {
-    return "<" + name + ">" + inside + "</" + name + ">";
-}
 std::string logging(const std::string& inside) {
     return in("FileLogging", inside);
 }
@@ -173,8 +153,8 @@ const support::Rows<ElementRow> elementRows(
          "file close=[c]"},
         {"Script in a section", logging("<Script>s</Script>"), ""},
         {"other spellings of Script", "<script>s</script><Scripts>s</Scripts>", ""},
-        {"a comment first", "<Script><!--c--> s</Script>",
-         "script=c"},  // the first node's value counts, whatever it is
+        // The first node's value counts, whatever it is.
+        {"a comment first", "<Script><!--c--> s</Script>", "script=c"},
         {"an element first", "<Script><b/>s</Script>", ""},
         {"references", "<Script> a &lt;&#65;&amp; b<b/>c</Script>", "script=a <A& b"},
         {"CDATA", "<Script><![CDATA[<x>]]></Script>", "script=<x>"},

@@ -1,11 +1,15 @@
 // What the checker says about configurations, and where.
 #include "ConfigChecks.h"
+#include "support/Rows.h"
 
 #include <array>
 #include <filesystem>
-#include <iterator>
+#include <fstream>
+#include <map>
 #include <nlohmann/json.hpp>
 #include <regex>
+#include <string>
+#include <vector>
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -18,7 +22,6 @@ namespace {
 
 using checks::check;
 using checks::document;
-using checks::in;
 
 /// The findings of a run as "LINE:COLUMN error KIND; ...".
 std::string findings(const std::string& printed) {
@@ -35,41 +38,60 @@ const std::string kFileListener = "<ListnerSet><FileListner>on</FileListner></Li
 const std::string kDetection = "<ListnerSet><RDListner>on</RDListner></ListnerSet>";
 const std::string kTexts = checks::messages("TunnelMessags", "opened", "closed");
 
-/// A file logger with `more` in column 3 of line 4, and its listener.
-std::string logging(const std::string& more) {
-    return "<FileLogging>\n<LogFilePath>log/a.xml</LogFilePath><LogLevel>info</LogLevel>\n  " + more +
-           "\n</FileLogging>" + kFileListener;
-}
-/// A file logger with this level or path at the start of line 3.
-std::string level(const std::string& text) {
-    return "<FileLogging>\n" + in("LogLevel", text) + "\n<LogFilePath>log/a.xml</LogFilePath></FileLogging>" +
-           kFileListener;
-}
-std::string path(const std::string& text) {
-    return "<FileLogging>\n" + in("LogFilePath", text) + "\n<LogLevel>info</LogLevel></FileLogging>" +
-           kFileListener;
-}
-/// Listeners in line 2, with texts to look for behind.
-std::string listeners(const std::string& inside) {
-    return in("ListnerSet", inside) + kTexts;
-}
-/// Tunnel texts from line 3 on, with a listener for them.
-std::string tunnel(const std::string& inside) {
-    return "<TunnelMessags>\n" + inside + "\n</TunnelMessags>" + kDetection;
-}
-std::string script(const std::string& text) {
-    return in("Script", text) + listeners("<TunnelListner>on</TunnelListner>");
-}
-std::string resume(const std::string& text) {
-    return in("RSMResumeStatusFile", text) + listeners("<RDListner>on</RDListner>");
+/// A part of a document by its name, with the text at its "@".
+std::string part(const std::string& name, const std::string& text = {}) {
+    static const std::map<std::string, std::string> parts = {
+        {"detection", kDetection},
+        {"texts", kTexts},
+        {"files", kFileListener},
+        {"logging",
+         "<FileLogging>\n<LogFilePath>log/a.xml</LogFilePath><LogLevel>info</LogLevel>\n  @\n</FileLogging>" +
+             kFileListener},
+        {"level",
+         "<FileLogging>\n<LogLevel>@</LogLevel>\n<LogFilePath>log/a.xml</LogFilePath></FileLogging>" +
+             kFileListener},
+        {"path", "<FileLogging>\n<LogFilePath>@</LogFilePath>\n<LogLevel>info</LogLevel></FileLogging>" +
+                     kFileListener},
+        {"listeners", "<ListnerSet>@</ListnerSet>" + kTexts},
+        {"tunnel", "<TunnelMessags>\n@\n</TunnelMessags>" + kDetection},
+        {"script", "<Script>@</Script><ListnerSet><TunnelListner>on</TunnelListner></ListnerSet>" + kTexts},
+        {"resume", "<RSMResumeStatusFile>@</RSMResumeStatusFile>" + kDetection + kTexts}};
+    return support::replaced(parts.at(name), "@", text);
 }
 
-struct Row {
+struct Case {
+    int line;
     std::string document;
-    const char* expected;     ///< the findings
-    const char* says;         ///< what is printed somewhere
+    std::string findings = {};
+    std::string says = {};    ///< what is printed somewhere
     bool schemaFinds = true;  ///< the schema finds fault, too
 };
+
+/// The cases of the file beside this one, whose head says how they are written.
+std::vector<Case> cases() {
+    static const std::regex named(R"(\{(\w+)(?::([^}]*))?\})");
+    std::vector<Case> all;
+    std::ifstream file(CASES);
+    int number = 1;
+    for (std::string line; std::getline(file, line); ++number) {
+        std::string text = support::replaced(line, "|", "\n");
+        if (!text.starts_with("    ")) {
+            if (text.empty() || text.starts_with('#')) {
+                continue;
+            }
+            for (std::smatch found; std::regex_search(text, found, named);) {
+                text = found.prefix().str() + part(found[1], found[2]) + found.suffix().str();
+            }
+            all.push_back({number, text.starts_with("whole: ") ? text.substr(7) : document(text)});
+        } else if (Case& last = all.back(); last.findings.empty()) {
+            last.schemaFinds = !text.ends_with(" (valid)");
+            last.findings = text.substr(4, text.find(" (valid)") - 4);
+        } else {
+            last.says = text.substr(4);
+        }
+    }
+    return all;
+}
 
 class ConfigCheckTest : public testing::Test {
   protected:
@@ -84,207 +106,42 @@ class ConfigCheckTest : public testing::Test {
         workspace_.write("config.xml", text);
         return check(workspace_, options + " config.xml");
     }
-    template <std::size_t count>
-    void expect(const Row (&rows)[count]) const {
-        std::string names;
-        for (std::size_t i = 0; i < count; ++i) {
-            const Row& row = rows[i];
-            const checks::Run found = run(row.document);
-            EXPECT_EQ(findings(found.printed), row.expected) << row.document << found.printed;
-            EXPECT_NE(found.printed.find(row.says), std::string::npos) << row.says << "\n" << found.printed;
-            EXPECT_EQ(found.status, *row.expected == '\0' ? 0 : 1) << row.document;
-            workspace_.write(std::to_string(i) + ".xml", row.document);
-            names += " " + std::to_string(i) + ".xml";
-        }
-        const std::string valid = "\n" + checks::validate(workspace_, names);
-        for (std::size_t i = 0; i < count; ++i) {
-            const bool found = valid.find("\n" + std::to_string(i) + ".xml validates") == std::string::npos;
-            EXPECT_EQ(found, rows[i].schemaFinds) << rows[i].document;
-        }
-    }
 
     const support::Workspace workspace_;
 };
 
-TEST_F(ConfigCheckTest, NamesAndPlaces) {
-    const Row rows[] = {
-        {document(logging("<FileLoger>on</FileLoger>")), "4:3 error unknown-element",
-         "did you mean 'FileLogger'?"},
-        {document(logging("<MaxFileSize>5000</MaxFileSize>")), "4:3 error unknown-element",
-         "did you mean 'FileSize'?"},
-        {document(logging("<Colour>red</Colour>")), "4:3 warning unknown-element",
-         "the module does not read it"},
-        {document(logging("<Script>echo</Script>")), "4:3 error misplaced",
-         "'Script' is not read in 'FileLogging'; it is read directly in the root element"},
-        {document(logging("<filesize>5000</filesize>")), "4:3 error unknown-element",
-         "did you mean 'FileSize'?"},
-        {document(logging("<LogLevel>warn</LogLevel>")), "4:3 error duplicate",
-         "config.xml:3:37: note: the first"},
-        {document(logging("<x>\n<FileSize>5000</FileSize></x>")), "4:3 warning unknown-element", ""},
-        {document(logging("on")), "4:3 error stray-text", "text directly in 'FileLogging'"},
-        {document(logging("<FileSize unit='B' other='c'>5000</FileSize>")),
-         "4:3 warning attribute; 4:3 warning attribute", "the attribute 'unit' of 'FileSize' has no effect"},
-        {document("<ListenerSet>\n<RDListener>on</RDListener></ListenerSet>"),
-         "2:1 error unknown-element; 2:1 error no-listener",
-         "did you mean 'ListnerSet'? The spelling is meant."},
-        {document(in("ListnerSet", "<FileListener>on</FileListener>") + logging("")),
-         "2:13 error unknown-element; 5:15 warning repeated",
-         "did you mean 'FileListner'? The spelling is meant."},
-        {document("<TunnelMessages/>" + logging("")), "2:1 error unknown-element",
-         "did you mean 'TunnelMessags'? The spelling is meant."},
-        {document("<Settings>\n <Script>echo</Script></Settings>" + logging("")),
-         "2:1 warning unknown-element; 3:2 error misplaced",
-         "'Script' is not read in 'Settings'; it is read directly in the root element"},
-        {"<FileLogging>\n" + in("LogLevel", "info") + "</FileLogging>\n",
-         "1:1 error root; 1:1 error no-listener; 2:1 error misplaced",
-         "an element of any other name belongs around it"},
-        {"<z:ZephanConfiguration xmlns:z='z'>\n<z:ListnerSet/>\n</z:ZephanConfiguration>",
-         "2:1 error unknown-element; 2:1 error no-listener", "did you mean 'ListnerSet'?"},
-        {document("<AbortMessage>gone</AbortMessage>" + logging("")), "2:1 error misplaced",
-         "it is read in 'TunnelMessags'"},
-        {document(logging("") + "\n" + logging("<FileSize>5000</FileSize>")),
-         "6:1 warning repeated; 9:15 warning repeated", "config.xml:2:1: note: the first one"},
-        {document(tunnel("<OpenMessage>opened</OpenMessage>")), "3:14 error stray-text; 4:29 error no-texts",
-         "each text stands in a 'Message' of its own"},
-        {document(tunnel("<Message>opened</Message>")), "3:1 error misplaced; 4:29 error no-texts",
-         "'Message' is not read in 'TunnelMessags'; it is read directly in 'OpenMessage' or 'CloseMessage'"},
-        {document(tunnel("<OpenMessage><Message>a</Message></OpenMessage>\n<OpenMessage><Message>b</Message>"
-                         "</OpenMessage><AbortMessage>c</AbortMessage>")),
-         "4:1 error duplicate", "a second 'OpenMessage' in the same section is not read"},
-        {"<!DOCTYPE z [<!ENTITY e '<Script>echo</Script>'>]>\n" + document("&e;" + logging("")),
-         "3:1 error entity", "comes out of an entity"},
-    };
-    expect(rows);
-}
-
-TEST_F(ConfigCheckTest, Texts) {
-    const Row rows[] = {
-        {document(level("Info")), "3:11 warning level", "'Info' is no level and is read as 'info'"},
-        {document(level("warning")), "3:11 error level", "did you mean 'warn'?"},
-        {document(level("debug")), "3:11 error level",
-         "levels are trace, info, warn, error, force and audit"},
-        {document(level("30")), "3:11 error level", "'30' is no level and is read as 'info'"},
-        {document(level("audit")), "3:11 warning writes-nothing", "nothing is written", false},
-        {document(level("\nerror")), "3:1 error line-break", "it is read as 'info'"},
-        {document(level("error\n")), "3:1 error line-break", "ends with a line break"},
-        {document(level("<!-- error or warn --> error")), "3:11 error comment-first", "it is read as 'info'",
-         false},
-        {document(level("")), "2:1 warning no-level; 3:1 warning empty", "leaves the setting as it was"},
-        {document(logging("<FileSize>5 MB</FileSize>")), "4:13 error size",
-         "'5 MB' is read as 5 bytes: an archive for every entry"},
-        {document(logging("<FileSize> 5000000B</FileSize>")), "4:14 error size",
-         "only digits are read, and no unit"},
-        {document(logging("<FileSize>unlimited</FileSize>")), "4:13 error size", "is read as 0 bytes"},
-        {document(logging("<FileSize>0</FileSize>")), "4:13 error size", "an archive for every entry"},
-        {document(logging("<FileSize>-1</FileSize>")), "4:13 error size", "an archive for every entry"},
-        {document(logging("<FileSize>5000000000</FileSize>")), "4:13 warning size", "is read as 2147483647"},
-        {document(logging("<FileSize>100</FileSize>")), "4:13 warning size", "every few entries", false},
-        {document(logging("<FileSize>\n5000\n</FileSize>")), "4:3 warning line-break", "it is read as 5000"},
-        {document(logging("<LogRevisionDays>30 days</LogRevisionDays>")), "4:20 error days",
-         "'30 days' is read as 30 days; only digits are read"},
-        {document(logging("<LogRevisionDays>0</LogRevisionDays>")), "4:20 warning days", "older than a day"},
-        {document(logging("<LogRevisionDays>-30</LogRevisionDays>")), "4:20 error days",
-         "the log itself included"},
-        {document(logging("<FileLogger>off</FileLogger>")), "4:15 error flag",
-         "it cannot be switched off here: leave 'FileListner' empty instead"},
-        {document(logging("<FileLogger/>")), "4:3 warning empty", "leaves it on"},
-        {document(listeners("<RDListner>false</RDListner>")), "2:24 error flag",
-         "'RDListner' is switched on by 'false', as by any text; leave it empty to switch it off"},
-        {document(listeners("<RDListner>No</RDListner>")), "2:24 error flag", "switched on by 'No'"},
-        {document(listeners("<RDListner> 0 </RDListner>")), "2:25 error flag", "switched on by '0'"},
-        {document(listeners("<RDListner>on</RDListner><FileListner><!-- off --></FileListner>")),
-         "2:38 error missing-directory; 2:38 warning no-file-logger; 2:51 error comment-first",
-         "any text switches this on", false},
-        {document(script("<b/>echo")),
-         "2:9 error no-text; 2:9 warning unknown-element; 2:38 warning no-script", "begins with an element"},
-        {document(script("<?shell echo?>")), "2:9 error comment-first",
-         "an instruction comes first in 'Script'"},
-        {document(script("echo <!-- all --> done")), "2:27 error cut-text", "it is read as 'echo'", false},
-        {"<!DOCTYPE z [<!ENTITY e 'echo'>]>\n" + document(script("&e;")),
-         "3:9 error entity; 3:33 warning no-script", "which the module reads as no text"},
-        {document(tunnel("<OpenMessage/>")), "3:1 error empty; 4:29 error no-texts", "holds no 'Message'"},
-        {document(tunnel("<OpenMessage><Message>a</Message>\n<Message> </Message></OpenMessage>"
-                         "<AbortMessage>c</AbortMessage>")),
-         "4:1 warning empty", "an empty 'Message' is left out of the list"},
-        {document(tunnel("<OpenMessage><Message>\na</Message></OpenMessage><AbortMessage>c</AbortMessage>")),
-         "3:14 error line-break", "it is read as '\\na'"},
-    };
-    expect(rows);
-}
-
-TEST_F(ConfigCheckTest, ListenersPathsAndScript) {
-    const std::string both = listeners("<TunnelListner>on</TunnelListner>");
-    const Row rows[] = {
-        {document(""), "1:1 error no-listener", "there is no 'ListnerSet'", false},
-        {document("<ListnerSet><RDListner/></ListnerSet>"), "2:1 error no-listener",
-         "'ListnerSet' switches no listener on", false},
-        {document(kFileListener), "2:13 error missing-directory; 2:13 warning no-file-logger",
-         "the log is '..\\log\\kelp-logs.xml' and holds messages of level force only", false},
-        {document("<FileLogging>\n<LogFilePath>log/a.xml</LogFilePath></FileLogging>" + kFileListener),
-         "2:1 warning no-level", "", false},
-        {document("<FileLogging/>" + kDetection + kTexts), "2:1 warning no-effect", "'FileListner' is not on",
-         false},
-        {document(kDetection), "2:13 error no-texts", "it never notices any", false},
-        {document(kTexts + logging("")), "2:16 warning no-effect", "neither 'RDListner' nor 'TunnelListner'",
-         false},
-        {document(tunnel("<OpenMessage><Message>a</Message></OpenMessage>")), "3:1 warning never-ends",
-         "once begun, the activity does not end", false},
-        {document(tunnel("<CloseMessage><Message>a</Message></CloseMessage>")),
-         "3:1 warning no-effect; 4:29 error no-texts", "none opens it", false},
-        {document(checks::messages("FileMessages", "Transfer opened", "opened") + kDetection),
-         "3:1 error overlap", "such a message opens and closes at once", false},
-        {document(both), "2:13 warning no-script", "there is no 'Script' for it to run", false},
-        {document("<Script>echo</Script>" + listeners("<RDListner>1</RDListner>")), "2:1 warning no-effect",
-         "the script is never run", false},
-        {document(script("bin/run.sh --fast")), "", "", false},
-        {document(script("A=b sh bin/no-run.sh &amp;&amp; $X")), "", "", false},
-        {document(script("bin/gone.sh")), "2:9 error script", "there is no script 'bin/gone.sh'", false},
-        {document(script("'bin/no-run.sh' now")), "2:9 error script", "is not executable", false},
-        {document(script("bin")), "2:9 error script", "there is no command 'bin' on the PATH", false},
-        {document(script("./bin")), "2:9 error script", "is no regular file", false},
-        {document(script("sh bin/gone.sh")), "2:9 error script", "there is no script 'bin/gone.sh'", false},
-        {document(script("bin\\run.sh")), "2:9 error script", "looks for 'binrun.sh'; write '/'", false},
-        {document(path("gone/a.xml")), "3:14 error missing-directory",
-         "note: 'gone/a.xml' is relative to the agent's working directory; from here it is '/", false},
-        {document(path("a-file\\a.xml")), "3:14 error missing-directory", "'a-file' is a file", false},
-        {document(path("log")), "3:14 error path-is-directory", "", false},
-        {document(path("log/")), "3:14 error path-is-directory", "", false},
-        {document(path("/dev/null")), "3:14 error not-a-file", "", false},
-        {document(path("log/agent.log")), "3:14 warning archives", "its archives are never deleted", false},
-        {document(path("a.xml")), "3:14 warning archives", "write './a.xml'", false},
-        {document(path("./log/agent")), "3:14 warning archives", "archives are named '2026_", false},
-        {document(path("~/a.xml")), "3:14 error missing-directory; 3:14 warning path", "", false},
-        {document(path("$HOME/a.xml")), "3:14 error missing-directory; 3:14 warning path",
-         "neither '~' nor variables are replaced", false},
-        {document(resume("state")), "2:22 error path-is-directory", "", false},
-        {document(resume("gone/r.xml")), "2:22 error missing-directory", "for the resume file", false},
-        {document(in("RSMResumeStatusFile", "./log/a.xml") + logging("")), "3:14 error same-file",
-         "the log file and the resume file are the same file", false},
-        {document(in("RSMResumeStatusFile", "log/data.xml") + logging("")), "3:14 warning clean-up",
-         "so the resume file 'log/data.xml' too", false},
-        {document(resume("config.xml")), "2:22 error same-file",
-         "the resume file and the configuration are the same file", false},
-    };
-    expect(rows);
+TEST_F(ConfigCheckTest, Cases) {
+    const std::vector<Case> all = cases();
+    ASSERT_GT(all.size(), 80U);
+    std::string names;
+    for (const Case& one : all) {
+        const testing::ScopedTrace where(CASES, one.line, "a case");
+        const checks::Run found = run(one.document);
+        const std::string printed = findings(found.printed);
+        EXPECT_EQ(printed.empty() ? "nothing" : printed, one.findings) << one.document << found.printed;
+        EXPECT_NE(found.printed.find(one.says), std::string::npos) << one.says << "\n" << found.printed;
+        EXPECT_EQ(found.status, printed.empty() ? 0 : 1);
+        const std::string name = std::to_string(one.line) + ".xml";
+        workspace_.write(name, one.document);
+        names += " " + name;
+    }
+    const std::string valid = "\n" + checks::validate(workspace_, names);
+    for (const Case& one : all) {
+        const bool found =
+            valid.find("\n" + std::to_string(one.line) + ".xml validates") == std::string::npos;
+        EXPECT_EQ(found, one.schemaFinds) << one.document;
+    }
 }
 
 TEST_F(ConfigCheckTest, Refused) {
     workspace_.write("secret", "top secret");
     const int watch = ::inotify_init1(IN_NONBLOCK | IN_CLOEXEC);
     ASSERT_GE(::inotify_add_watch(watch, workspace_.path("secret").c_str(), IN_OPEN), 0);
-    std::string deep;
-    for (int i = 0; i < 257; ++i) {
-        deep += "<a>";
-    }
-    std::string laughs = "<!DOCTYPE z [<!ENTITY a0 'ha'>\n";
-    for (int i = 1; i <= 12; ++i) {
-        std::string ten;
-        for (int j = 0; j < 10; ++j) {
-            ten += "&a" + std::to_string(i - 1) + ";";
-        }
-        laughs += "<!ENTITY a" + std::to_string(i) + " '" + ten + "'>\n";
-    }
-    const Row rows[] = {
+    const struct {
+        std::string document;
+        const char* expected;
+        const char* says;
+    } rows[] = {
         {"<z>\n <FileSize>5</FileSise>\n</z>", "2:15 error not-well-formed",
          "config.xml:2:2: note: 'FileSize' is open; it was opened here"},
         {"<z>\n  <Script>\n", "3:1 error not-well-formed", "config.xml:2:3: note: 'Script' is open"},
@@ -303,12 +160,12 @@ TEST_F(ConfigCheckTest, Refused) {
          "opens nothing"},
         {"<!DOCTYPE z [<!NOTATION n SYSTEM 'n'>\n<!ENTITY e SYSTEM 'secret' NDATA n>]><z/>",
          "2:1 error external-name", "'secret'"},
-        {"<b>\n" + deep, "2:766 error too-deep", "nested deeper than 256"},
+        {"<b>\n" + support::repeated("<a>", 257), "2:766 error too-deep", "nested deeper than 256"},
         {"<z>" + std::string(1U << 20U, ' ') + "</z>", "1:1 error too-large", "larger than 1048576 bytes"},
-        {laughs + "]>\n<z><Script>&a12;</Script></z>", "1:1 error too-much",
-         "more memory than the module allows"},
+        {support::typed(support::laughs("", "&", "ha"), "\n<z><Script>&a12;</Script></z>"),
+         "1:1 error too-much", "more memory than the module allows"},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         const checks::Run found = run(row.document, "");
         const std::string start = row.document.substr(0, 200);
         EXPECT_EQ(findings(found.printed), row.expected) << start << found.printed;
@@ -420,7 +277,7 @@ TEST_F(ConfigCheckTest, HostileFilesTakeLittleMemory) {
 #endif
 
 TEST_F(ConfigCheckTest, NotWritable) {
-    workspace_.write("config.xml", document(resume("locked/r.xml") + logging("")));
+    workspace_.write("config.xml", document(part("resume", "locked/r.xml") + part("logging")));
     workspace_.write("log/a.xml", "");
     workspace_.write("locked/other", "");
     using std::filesystem::perms;
@@ -455,7 +312,7 @@ TEST_F(ConfigCheckTest, ScheduleFile) {
                 {"./state/resume.xml", "2:22 error same-file"}};
     for (const auto& row : rows) {
         const checks::Run found =
-            run(document(resume("state/resume.xml")), std::string("-q --schedule=") + row.path);
+            run(document(part("resume", "state/resume.xml")), std::string("-q --schedule=") + row.path);
         EXPECT_EQ(findings(found.printed), row.expected) << row.path << found.printed;
     }
 }
@@ -463,7 +320,7 @@ TEST_F(ConfigCheckTest, ScheduleFile) {
 TEST_F(ConfigCheckTest, JsonHoldsAllOfIt) {
     std::filesystem::copy_file(EXAMPLE, workspace_.path("good.xml"));
     workspace_.write("bad.xml", "<z>");
-    workspace_.write("config.xml", document(script("\xc3\xa4") + "<B\xc3\xa4/>"));
+    workspace_.write("config.xml", document(part("script", "\xc3\xa4") + "<B\xc3\xa4/>"));
     const checks::Run found = check(workspace_, "--json good.xml bad.xml config.xml gone.xml 2>/dev/null");
     EXPECT_EQ(found.status, 2);
     const auto files = nlohmann::json::parse(found.printed).at("files");

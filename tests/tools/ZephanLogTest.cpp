@@ -1,8 +1,8 @@
 // The program itself, on logs that the module wrote.
+#include "logger/Logs.h"
 #include "support/Replay.h"
-#include "support/Workspace.h"
+#include "support/Shell.h"
 
-#include <array>
 #include <cstdio>
 #include <fstream>
 #include <nlohmann/json.hpp>
@@ -16,30 +16,19 @@
 
 namespace {
 
-std::string configuration(const std::string& path, const std::string& size) {
-    return "<z><FileLogging><LogLevel>trace</LogLevel><LogFilePath>" + path + "</LogFilePath><FileSize>" +
-           size + "</FileSize></FileLogging><ListnerSet><FileListner>1</FileListner></ListnerSet></z>";
-}
-
 class ZephanLogTest : public testing::Test {
   protected:
     /// Runs the program in the workspace's directory: its standard output, and behind it "status N" with what
     /// it said to standard error unless N is 0.
     std::string run(const std::string& arguments) const {
-        return output("cd '" + workspace.path("").string() + "' && TZ=UTC '" ZEPHAN_LOG "' " + arguments +
-                      " 2>said </dev/null");
+        return output("TZ=UTC '" ZEPHAN_LOG "' " + arguments + " 2>said </dev/null");
     }
 
     std::string output(const std::string& command) const {
-        std::FILE* const stream = ::popen(command.c_str(), "r");
-        std::string text;
-        std::array<char, 4096> buffer{};
-        for (std::size_t length = 1; length > 0;) {
-            length = std::fread(buffer.data(), 1, buffer.size(), stream);
-            text.append(buffer.data(), length);
-        }
-        const int status = WEXITSTATUS(::pclose(stream));
-        return status == 0 ? text : text + "status " + std::to_string(status) + " " + workspace.read("said");
+        const support::Run done = support::shell(workspace, command);
+        return done.status == 0
+                   ? done.printed
+                   : done.printed + "status " + std::to_string(done.status) + " " + workspace.read("said");
     }
 
     static std::vector<std::string> linesOf(const std::string& text) {
@@ -60,7 +49,8 @@ TEST_F(ZephanLogTest, ReadsBackWhatTheModuleWrote) {
     for (const char* const path : {"log/k.xml", "log/agentlog", "../log/agentlog", ".\\log\\k.5.xml"}) {
         for (const char* const size : {"0", "1", "100", "5000000"}) {
             const support::Workspace fresh;
-            fresh.write("here/config", configuration(path, size));
+            fresh.write("here/config", logs::configuration(logs::setting("LogFilePath", path) +
+                                                           logs::setting("FileSize", size)));
             fresh.write("here/log/keep", "");
             std::string scenario = "clock 2026-03-01T09:00:00Z\n0 start logger config\n";
             std::vector<std::string> expected;
