@@ -2,23 +2,16 @@
 #include "detection/RemoteDetection.h"
 #include "detection/TunnelListner.h"
 #include "lib/AgentHost.h"
-#include "lib/Observer.h"
 #include "logging/FileLogger.h"
 #include "logging/LogManager.h"
 #include "logging/MessageHandler.h"
 #include "logging/RDMessageHandler.h"
+#include "support/Lines.h"
 #include "support/Rows.h"
 
 #include <gtest/gtest.h>
 
 namespace {
-
-struct Lines final : agent::Observer {
-    void onLog(int level, std::string_view text) override {
-        all += std::to_string(level) + " " + std::string(text) + "|";
-    }
-    std::string all;
-};
 
 struct AbsentRow {
     support::RowName name;
@@ -74,7 +67,7 @@ const support::Rows<AbsentRow> absentRows(
          "250 \n Failed to get pointer for XMLConfigData, Not able to attach listners.|"},
     },
     [](const AbsentRow& row) {
-        Lines lines;
+        support::Lines lines;
         const agent::AgentHost host({&lines, nullptr, nullptr});
         row.use();
         EXPECT_EQ(lines.all, row.lines);

@@ -1,7 +1,6 @@
 // The built library in a host of this process: many threads, and an environment that goes wrong under it.
-#include "lib/AgentHost.h"
-#include "lib/Module.h"
-#include "logger/Logs.h"
+#include "logger/LoggingHost.h"
+#include "support/Child.h"
 #include "support/Rows.h"
 
 #include <algorithm>
@@ -31,52 +30,20 @@ constexpr int kThreads = 8;
 
 namespace fs = std::filesystem;
 
-/// The library, to the end of the process.
-const agent::Module& module() {
-    static const auto& loaded = *new agent::Module(MODULE);
-    return loaded;
-}
-#define CALL(name) (*module().name)
+using logs::LoggingHost;
 
-class HostileHost {
-  public:
-    void configure(const std::string& more = {}) const {
-        workspace_.write("config", logs::configuration(logs::setting("LogFilePath", log_.string()) + more));
-    }
-    void start() const { ASSERT_EQ(CALL(ZPXRSMLoggerStatup)(workspace_.path("config").c_str()), 0); }
-    static void stop() { CALL(ZPXRSMLoggerShutdown)(); }
-    static void log(const char* text) { CALL(ZPXRSMLoggerLog)(30, text); }
-    /// Runs the body in a process of its own, which must end by itself.
-    static void inChild(const std::function<void()>& body) {
-        const pid_t child = ::fork();
-        if (child == 0) {
-            body();
-            std::fflush(nullptr);
-            ::_exit(0);
-        }
-        int status = -1;
-        ASSERT_EQ(::waitpid(child, &status, 0), child);
-        ASSERT_EQ(status, 0);
-    }
-    std::string written() const { return logs::withoutStamps(workspace_.read("log/k.xml")); }
-
-    const support::Workspace workspace_;
-    const fs::path log_ = workspace_.path("log/k.xml");
-    agent::AgentHost host_;
-};
-
-class HostileHostTest : public testing::Test, protected HostileHost {};
+class HostileHostTest : public testing::Test, protected LoggingHost {};
 
 TEST_F(HostileHostTest, EveryEntryOfManyThreadsStandsOnce) {
-    configure(logs::setting("FileSize", "65536"));
-    start();
+    start(logs::setting("FileSize", "65536"));
     testing::internal::CaptureStdout();
     std::vector<std::thread> threads;
     for (int thread = 0; thread < kThreads; ++thread) {
         threads.emplace_back([thread] {
             for (int i = 0; i < kMessagesPerThread; ++i) {
                 const std::string text = std::to_string(thread * kMessagesPerThread + i) + "\n";
-                i % 2 == 0 ? log(text.c_str()) : static_cast<void>(CALL(ZPXRSMLoggerAudit)(text.c_str()));
+                i % 2 == 0 ? log(text.c_str())
+                           : static_cast<void>(logs::module().ZPXRSMLoggerAudit(text.c_str()));
             }
         });
     }
@@ -87,10 +54,10 @@ TEST_F(HostileHostTest, EveryEntryOfManyThreadsStandsOnce) {
     testing::internal::GetCapturedStdout();
     std::vector<int> seen(kThreads * kMessagesPerThread, 0);
     std::size_t files = 0;
-    for (const auto& entry : fs::directory_iterator(workspace_.path("log"))) {
+    for (const auto& entry : fs::directory_iterator(workspace.path("log"))) {
         ++files;
         std::istringstream lines(
-            logs::withoutStamps(workspace_.read("log/" + entry.path().filename().string())));
+            logs::withoutStamps(workspace.read("log/" + entry.path().filename().string())));
         for (std::string line; std::getline(lines, line);) {
             if (!line.empty()) {  // the line end behind the first entry of a file
                 ASSERT_EQ(line.find_first_not_of("|0123456789"), std::string::npos) << line;
@@ -134,43 +101,40 @@ const support::Rows<FileRow> fileRows(
          [](auto& log) { fs::create_directory(log.parent_path()); }, "|c"},
     },
     [](const FileRow& row) {
-        HostileHost host;
-        host.configure();
-        host.workspace_.write("other", "other");
+        LoggingHost host;
+        host.workspace.write("other", "other");
         testing::internal::CaptureStdout();
         host.start();
-        HostileHost::log("a");
-        row.fault(host.log_, host.workspace_.path("other"));
-        HostileHost::log("b");
-        row.repair(host.log_);
-        HostileHost::log("c");
-        HostileHost::stop();
+        host.log("a");
+        row.fault(host.file, host.workspace.path("other"));
+        host.log("b");
+        row.repair(host.file);
+        host.log("c");
+        host.stop();
         EXPECT_EQ(testing::internal::GetCapturedStdout(), "abc");
         EXPECT_EQ(host.written(), row.written);
     });
 
 TEST_F(HostileHostTest, FileThatCannotBeOpenedAtTheStartComesWithARotation) {
-    configure(logs::setting("FileSize", "1"));
-    ::mkfifo(log_.c_str(), 0600);
-    start();
+    ::mkfifo(file.c_str(), 0600);
+    start(logs::setting("FileSize", "1"));
     log("a");
-    fs::remove(log_);
+    fs::remove(file);
     log("b");
-    workspace_.write("log/k.xml", "old");
+    workspace.write("log/k.xml", "old");
     log("c");
     stop();
     EXPECT_EQ(written(), "|c\n");
 }
 
 TEST_F(HostileHostTest, FullDiskTearsNoEntry) {
-    configure();
-    inChild([this] {
+    support::inChild([this] {
         std::signal(SIGXFSZ, SIG_IGN);
         start();
         log("a");
         rlimit limit = {};
         ::getrlimit(RLIMIT_FSIZE, &limit);
-        const rlimit full = {fs::file_size(log_) + 40, limit.rlim_max};
+        const rlimit full = {fs::file_size(file) + 40, limit.rlim_max};
         ::setrlimit(RLIMIT_FSIZE, &full);
         log("this text does not fit");
         log("b");
@@ -181,13 +145,12 @@ TEST_F(HostileHostTest, FullDiskTearsNoEntry) {
 }
 
 TEST_F(HostileHostTest, OutputOfAHostWithoutStandardDescriptorsLandsInNoFile) {
-    configure("<RSMResumeStatusFile>" + workspace_.path("state/resume.xml").string() +
-              "</RSMResumeStatusFile>");
-    inChild([this] {
+    support::inChild([this] {
         ::close(0), ::close(1), ::close(2);
         void* handle = nullptr;
-        CALL(ZPXRSMDSStartup)(&handle, workspace_.path("state/schedule.xml").c_str());
-        start();
+        logs::module().ZPXRSMDSStartup(&handle, workspace.path("state/schedule.xml").c_str());
+        start("<RSMResumeStatusFile>" + workspace.path("state/resume.xml").string() +
+              "</RSMResumeStatusFile>");
         for (const char* text : {"a", "b", "c"}) {
             log(text);
             std::fflush(stdout);
@@ -196,8 +159,8 @@ TEST_F(HostileHostTest, OutputOfAHostWithoutStandardDescriptorsLandsInNoFile) {
         stop();
     });
     EXPECT_EQ(written(), "|a|b|c");
-    EXPECT_EQ(workspace_.read("state/schedule.xml"), "");
-    EXPECT_EQ(fs::status(log_).permissions() & fs::perms(0111), fs::perms::none);
+    EXPECT_EQ(workspace.read("state/schedule.xml"), "");
+    EXPECT_EQ(fs::status(file).permissions() & fs::perms(0111), fs::perms::none);
 }
 
 }  // namespace

@@ -1,20 +1,17 @@
-// The built library and its log file in an environment that goes wrong: other processes, other file systems,
-// other things at the file's place.
-#include "lib/AgentHost.h"
-#include "lib/Module.h"
-#include "lib/Observer.h"
-#include "logger/Interposed.h"
-#include "logger/Logs.h"
+// The built library and its log file in an environment that goes wrong: other processes, other file systems, other things at
+// the file's place.
+#include "logger/LoggingHost.h"
 #include "support/Child.h"
 #include "support/Rows.h"
 
 #include <array>
-#include <atomic>
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
 #include <fstream>
 #include <functional>
+#include <numeric>
+#include <regex>
 #include <sched.h>
 #include <set>
 #include <sstream>
@@ -32,61 +29,18 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// The library, to the end of the process.
-const agent::Module& module() {
-    static const auto& loaded = *new agent::Module(MODULE);
-    return loaded;
+using logs::LoggingHost;
+
+/// Texts of all files of a folder, sorted.
+std::string contents(const LoggingHost& host, const std::string& folder) {
+    std::multiset<std::string> texts;
+    for (const auto& entry : fs::directory_iterator(host.workspace.path(folder))) {
+        if (entry.is_regular_file()) {
+            texts.insert("[" + host.written(folder + "/" + entry.path().filename().string()) + "]");
+        }
+    }
+    return support::replaced(std::accumulate(texts.begin(), texts.end(), std::string()), "\n", "/");
 }
-#define CALL(name) (*module().name)
-
-/// Counts the lines that tell of a rotation that failed.
-class RenameErrors final : public agent::Observer {
-  public:
-    void onLog(int /*level*/, std::string_view text) override {
-        count += text == "\n Error renaming file" ? 1 : 0;
-    }
-    std::atomic<int> count{0};
-};
-
-/// A host with the library, its log file in a directory of its own, and what it saw.
-struct LoggingHost {
-    LoggingHost() = default;
-    LoggingHost(const LoggingHost&) = delete;
-    LoggingHost& operator=(const LoggingHost&) = delete;
-    ~LoggingHost() { interposed::now = 0, interposed::write = nullptr; }
-
-    void start(const std::string& more = {}, const std::string& path = {}) const {
-        workspace.write(
-            "config",
-            logs::configuration(logs::setting("LogFilePath", path.empty() ? file.string() : path) + more));
-        ASSERT_EQ(CALL(ZPXRSMLoggerStatup)(workspace.path("config").c_str()), 0);
-    }
-    static void stop() { CALL(ZPXRSMLoggerShutdown)(); }
-    static void log(const char* text) { CALL(ZPXRSMLoggerLog)(30, text); }
-    std::string written(const std::string& name = "log/k.xml") const {
-        return logs::withoutStamps(workspace.read(name));
-    }
-    /// Texts of all files of a folder, sorted.
-    std::string contents(const std::string& folder) const {
-        std::multiset<std::string> texts;
-        for (const auto& entry : fs::directory_iterator(workspace.path(folder))) {
-            if (!entry.is_regular_file()) {
-                continue;
-            }
-            texts.insert(written(folder + "/" + entry.path().filename().string()));
-        }
-        std::string all;
-        for (const std::string& text : texts) {
-            all += "[" + text + "]";
-        }
-        return std::regex_replace(all, std::regex("\n"), "/");
-    }
-
-    const support::Workspace workspace;
-    const fs::path file = workspace.path("log/k.xml");
-    RenameErrors errors;
-    agent::AgentHost agent{{.observer = &errors}};
-};
 
 class LogFileTest : public testing::Test, protected LoggingHost {};
 
@@ -231,7 +185,7 @@ const support::Rows<FileSystemRow> fileSystemRows(
                 host.stop();
                 EXPECT_EQ(host.errors.count, 0);
             });
-            EXPECT_EQ(host.contents("log"), "[|a][|b/]");
+            EXPECT_EQ(contents(host, "log"), "[|a][|b/]");
             EXPECT_EQ(fs::is_directory(archive), nameTaken);
         }
     });
@@ -243,11 +197,11 @@ TEST_F(LogFileTest, RotatesInTheDirectoryThatItHolds) {
     fs::rename(workspace.path("log"), workspace.path("old"));
     fs::create_directory(workspace.path("log"));
     log("b");
-    EXPECT_EQ(contents("old"), "[|a][|b/]");
+    EXPECT_EQ(contents(*this, "old"), "[|a][|b/]");
     ++interposed::now;
     log("c");
     stop();
-    EXPECT_EQ(contents("log"), "[|c]");
+    EXPECT_EQ(contents(*this, "log"), "[|c]");
     EXPECT_EQ(errors.count, 0);
 }
 
@@ -334,7 +288,7 @@ TEST_F(LogFileTest, TwoProcessesFillADisk) {
         for (const pid_t child : children) {
             support::expectGoodEnd(child);
         }
-        std::string all = contents("log");
+        const std::string all = contents(*this, "log");
         std::set<std::string> found;
         std::string one;
         for (std::istringstream entries(std::regex_replace(all, std::regex(R"([\[\]/])"), ""));

@@ -2,7 +2,7 @@
 // toolkit's own; each case has a process of its own, since there is no way back.
 #include "config/XMLConfigData.h"
 #include "lib/AgentHost.h"
-#include "lib/Observer.h"
+#include "support/Lines.h"
 #include "support/Workspace.h"
 
 #include <cstdlib>
@@ -49,19 +49,12 @@ XERCES_CPP_NAMESPACE_END
 
 namespace {
 
-struct Lines final : agent::Observer {
-    void onLog(int level, std::string_view text) override {
-        all += std::to_string(level) + " " + std::string(text) + "|";
-    }
-    std::string all;
-};
-
 /// Loads `times` times: the lines that are logged, and how each load ends.
 std::string loads(int times) {
     const support::Workspace workspace;
     workspace.write("config.xml", "<z><Script>s</Script></z>");
     const std::string path = workspace.path("config.xml").string();
-    Lines lines;
+    support::Lines lines;
     const agent::AgentHost host({&lines, nullptr, nullptr});
     while (times-- > 0) {
         try {

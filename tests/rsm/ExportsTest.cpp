@@ -1,9 +1,9 @@
 // The exports as such: which there are, what they do with nulls and odd lists, that the library goes.
 #include "Library.h"
 #include "lib/AgentHost.h"
-#include "lib/Observer.h"
 #include "sim/Clock.h"
 #include "sim/Scheduler.h"
+#include "support/Lines.h"
 
 #include <array>
 #include <cstdio>
@@ -14,15 +14,6 @@
 #include <gtest/gtest.h>
 
 namespace {
-
-/// The lines that were logged since the last look. Only one thread runs at a time here.
-struct Lines final : agent::Observer {
-    void onLog(int level, std::string_view text) override {
-        all += std::to_string(level) + " " + std::string(text) + "|";
-    }
-    std::string take() { return std::exchange(all, ""); }
-    std::string all;
-};
 
 char* newText(const char* text) {
     return std::strcpy(new char[std::strlen(text) + 1], text);
@@ -64,30 +55,29 @@ TEST(Exports, TheseAndNoOthers) {
 
 TEST(Exports, NullsAndOddLists) {
     const support::Workspace workspace;
-    Lines lines;
+    support::Lines lines;
     sim::Clock clock{std::chrono::microseconds(0)};
     sim::Scheduler scheduler(clock);
     agent::AgentHost host({&lines, nullptr, &scheduler});
     {
         const Library library;
         Families families(library, host.serviceAgent(), workspace);
-        EXPECT_EQ(CALL(library, ZPXRSMWSStartup)(nullptr, host.serviceAgent()), -1);
+        EXPECT_EQ(library.ZPXRSMWSStartup(nullptr, host.serviceAgent()), -1);
         EXPECT_EQ(lines.take(), "50 \nRSMWSExtnStartup: ZephanServices Invalid (null) handle\n|");
-        EXPECT_EQ(CALL(library, ZPXRSMWSCreateService)(nullptr, nullptr), -1);
+        EXPECT_EQ(library.ZPXRSMWSCreateService(nullptr, nullptr), -1);
         EXPECT_EQ(lines.take(), "50 ZephanServices Invalid (null) ppSvc\n|");
-        EXPECT_EQ(CALL(library, ZPXRSMWSDestroyService)(nullptr, nullptr), 0);
+        EXPECT_EQ(library.ZPXRSMWSDestroyService(nullptr, nullptr), 0);
         EXPECT_EQ(lines.take(),
                   "250 Custom HVK Extension: RSM WebService Extension DestroyService complete.\n|");
-        EXPECT_EQ(CALL(library, ZPXRSMDSGet)(), 2);
-        EXPECT_EQ(CALL(library, ZPXRSMDSSet)(), 2);
-        EXPECT_EQ(CALL(library, ZPXRSMDSDestoryResponse)(), -1);
-        EXPECT_EQ(CALL(library, ZPXRSMLoggerLog)(50, nullptr), -1);
-        EXPECT_EQ(CALL(library, ZPXRSMLoggerAudit)(nullptr), -1);
+        EXPECT_EQ(library.ZPXRSMDSGet(), 2);
+        EXPECT_EQ(library.ZPXRSMDSSet(), 2);
+        EXPECT_EQ(library.ZPXRSMDSDestoryResponse(), -1);
+        EXPECT_EQ(library.ZPXRSMLoggerLog(50, nullptr), -1);
+        EXPECT_EQ(library.ZPXRSMLoggerAudit(nullptr), -1);
 
         const auto destroy = [&](PropList* list) {
             lines.take();
-            return CALL(library, ZPXRSMDSDestroyPropList)(nullptr, nullptr, list) == 0 ? lines.take()
-                                                                                       : "failed";
+            return library.ZPXRSMDSDestroyPropList(nullptr, nullptr, list) == 0 ? lines.take() : "failed";
         };
         const std::string deleting = "50 \n ZPXRSMDSDestroyPropList: deleting properties.... \n|";
         EXPECT_EQ(destroy(nullptr),
@@ -101,8 +91,7 @@ TEST(Exports, NullsAndOddLists) {
         ASSERT_EQ(families.start(Families::webService) + families.start(Families::dataSource), 0);
         const auto schedule = [&](PropList* list, PropList** response) {
             lines.take();
-            const int result =
-                CALL(library, ZPXRSMDSExectue)(nullptr, nullptr, "ScheduleRSM", list, response);
+            const int result = library.ZPXRSMDSExectue(nullptr, nullptr, "ScheduleRSM", list, response);
             EXPECT_EQ(lines.all.find("Error in Scheduling"), std::string::npos);
             EXPECT_EQ(destroy(list), deleting);
             return result;
@@ -121,11 +110,11 @@ TEST(Exports, NullsAndOddLists) {
         // Without a place for the answer: the same result, but no line for what is rejected.
         EXPECT_EQ(schedule(newList({{"PollingRate", "0"}}), nullptr), 1);
 
-        EXPECT_EQ(CALL(library, ZPXRSMDSExectue)(nullptr, nullptr, "ExitRSM", nullptr, nullptr), 1);
+        EXPECT_EQ(library.ZPXRSMDSExectue(nullptr, nullptr, "ExitRSM", nullptr, nullptr), 1);
         const PropList negative{nullptr, -1};
-        EXPECT_EQ(CALL(library, ZPXRSMDSExectue)(nullptr, nullptr, "ScheduleRSM", &negative, nullptr), 0);
-        EXPECT_EQ(CALL(library, ZPXRSMDSExectue)(nullptr, nullptr, "ExitRSM", nullptr, nullptr), 0);
-        EXPECT_EQ(CALL(library, ZPRSMExtnStartup)(nullptr, nullptr, "config.xml"), 0);
+        EXPECT_EQ(library.ZPXRSMDSExectue(nullptr, nullptr, "ScheduleRSM", &negative, nullptr), 0);
+        EXPECT_EQ(library.ZPXRSMDSExectue(nullptr, nullptr, "ExitRSM", nullptr, nullptr), 0);
+        EXPECT_EQ(library.ZPRSMExtnStartup(nullptr, nullptr, "config.xml"), 0);
         EXPECT_EQ(families.stop(Families::rsm), 0);
     }
     EXPECT_FALSE(Library::isLoaded());

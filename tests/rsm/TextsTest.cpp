@@ -9,6 +9,7 @@
 #include "scheduling/GmtClock.h"
 #include "scheduling/ScheduleRSMHandler.h"
 #include "scheduling/TaggedText.h"
+#include "support/Lines.h"
 #include "support/Workspace.h"
 #include "webservice/ConnectMessage.h"
 #include "webservice/DisconnectMessage.h"
@@ -28,13 +29,6 @@ namespace {
 using namespace KRX::Services::ZephanServicesNS;
 using KRX::Messaging::Serializable;
 
-struct Lines final : agent::Observer {
-    void onLog(int level, std::string_view text) override {
-        all += std::to_string(level) + " " + std::string(text) + "|";
-    }
-    std::string all;
-};
-
 /// What the library would write for a sub-element.
 std::string textOf(Serializable& message, const char* name) {
     bool release = true;
@@ -47,7 +41,7 @@ std::string textOf(Serializable& message, const char* name) {
 }
 
 TEST(Texts, NullBuffers) {
-    Lines lines;
+    support::Lines lines;
     const agent::AgentHost host({&lines, nullptr, nullptr});
     char text[40] = "untouched";
     ScheduleRSMHandler::dateToString(0, nullptr, text);
@@ -217,7 +211,7 @@ TEST(Messages, SubElements) {
 }
 
 TEST(Messages, UnknownOperations) {
-    Lines lines;
+    support::Lines lines;
     const agent::AgentHost host({&lines, nullptr, nullptr});
     ZephanServicesServiceImpl service;
     KRX::Messaging::WebServiceMessage message;
