@@ -85,13 +85,9 @@ TEST(Concurrency, MessagesAndCommandsWhileFamiliesStartAndStop) {
                 host.audit(i % 2 == 0 ? "opened" : "closed");
                 std::this_thread::sleep_for(std::chrono::milliseconds(1));
             }),
-            repeat([&](int /*i*/) {
-                CALL(library, ZPXRSMLoggerLog)
-                (250, "");
-            }),
-            repeat([&](int /*i*/) {
-                CALL(library, ZPXRSMDSExectue)(nullptr, nullptr, "ExitRSM", nullptr, nullptr);
-            }),
+            repeat([&](int /*i*/) { library.ZPXRSMLoggerLog(250, ""); }),
+            repeat(
+                [&](int /*i*/) { library.ZPXRSMDSExectue(nullptr, nullptr, "ExitRSM", nullptr, nullptr); }),
         };
         for (int round = 0; round < 60; ++round) {
             for (int i = 0; i < 4; ++i) {

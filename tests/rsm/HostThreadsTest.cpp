@@ -183,7 +183,7 @@ TEST_F(HostThreads, RsmPollsAndAllOthersGoOnWhileTheScriptRuns) {
     });
     EXPECT_TRUE(agent_.waitForMode("FORCE_POLL_ACTIVITY"));
     EXPECT_TRUE(agent_.waitForPolls(2));
-    CALL(library_, ZPXRSMLoggerLog)(30, "a message");
+    library_.ZPXRSMLoggerLog(30, "a message");
     host_.audit("closed");
     host_.audit("opened");
     EXPECT_TRUE(agent_.waitForPolls(2));
@@ -225,7 +225,7 @@ TEST_F(HostThreads, AHostMayUseItsTextAnewAsSoonAsSomethingIsLogged) {
         }
     };
     testing::internal::CaptureStdout();
-    CALL(library_, ZPXRSMLoggerAudit)(text);
+    library_.ZPXRSMLoggerAudit(text);
     EXPECT_NE(testing::internal::GetCapturedStdout().find("a tunnel is opened"), std::string::npos);
     EXPECT_EQ(text[0], '-');
     EXPECT_TRUE(agent_.waitForMode("FORCE_POLL_ACTIVITY"));
@@ -251,7 +251,7 @@ TEST_F(HostThreads, AStopDoesNotWaitForStandardOutputThatNobodyReads) {
         std::atomic<pid_t> id = 0;
         std::thread([&] {
             id = ::gettid();
-            CALL(library_, ZPXRSMLoggerLog)(30, "nobody reads this");
+            library_.ZPXRSMLoggerLog(30, "nobody reads this");
         }).detach();
         while (stateOf(id) != 'S') {
             std::this_thread::yield();
@@ -270,7 +270,7 @@ TEST(LateMessages, LeaveNothingBehindWhenTheLibraryGoes) {
     const agent::AgentHost host;
     const auto late = [] {
         const Library library;
-        CALL(library, ZPXRSMLoggerLog)(30, "");
+        library.ZPXRSMLoggerLog(30, "");
     };
     for (int i = 0; i < 3; ++i) {
         late();

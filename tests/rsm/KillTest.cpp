@@ -54,7 +54,7 @@ class Agent final : public agent::Observer, public agent::Enterprise {
                                  {date.data(), nullptr, nullptr, day.data()},
                                  {time.data(), nullptr, nullptr, hour.data()}};
             const PropList list{properties, 3};
-            if (CALL(library_, ZPXRSMDSExectue)(nullptr, nullptr, "ScheduleRSM", &list, nullptr) != 0) {
+            if (library_.ZPXRSMDSExectue(nullptr, nullptr, "ScheduleRSM", &list, nullptr) != 0) {
                 std::abort();
             }
             tell({Message::ordered, rate});

@@ -12,7 +12,6 @@ class Library final : public agent::Module {
 
     static bool isLoaded() { return Module::isLoaded(ZEPHAN_MODULE); }
 };
-#define CALL(library, name) (*(library).name)
 
 /// The four families by their numbers, in a workspace that becomes the working directory.
 class Families final {
@@ -28,38 +27,38 @@ class Families final {
     int start(int family, const std::string& scheduleFile = "state/schedule.xml") {
         switch (family) {
             case dataSource:
-                return CALL(library_, ZPXRSMDSStartup)(&handle_, scheduleFile.c_str());
+                return library_.ZPXRSMDSStartup(&handle_, scheduleFile.c_str());
             case logger:
-                if (CALL(library_, ZPXRSMLoggerStatup)("config.xml") != 0) {
+                if (library_.ZPXRSMLoggerStatup("config.xml") != 0) {
                     return -1;
                 }
-                KRXLogSetFunc(&CALL(library_, ZPXRSMLoggerLog));
-                KRXLogSetAuditFunc(&CALL(library_, ZPXRSMLoggerAudit));
+                KRXLogSetFunc(library_.ZPXRSMLoggerLog);
+                KRXLogSetAuditFunc(library_.ZPXRSMLoggerAudit);
                 return 0;
             case rsm:
-                return CALL(library_, ZPRSMExtnStartup)(&handle_, agent_, "config.xml");
+                return library_.ZPRSMExtnStartup(&handle_, agent_, "config.xml");
             default:
-                return CALL(library_, ZPXRSMWSStartup)(&handle_, agent_);
+                return library_.ZPXRSMWSStartup(&handle_, agent_);
         }
     }
     int stop(int family) {
         switch (family) {
             case dataSource:
-                return CALL(library_, ZPXRSMDSShutdown)();
+                return library_.ZPXRSMDSShutdown();
             case logger:
-                return CALL(library_, ZPXRSMLoggerShutdown)();
+                return library_.ZPXRSMLoggerShutdown();
             case rsm:
-                return CALL(library_, ZPRSMExtnShutdown)(handle_);
+                return library_.ZPRSMExtnShutdown(handle_);
             default:
-                return CALL(library_, ZPXRSMWSShutdown)(handle_);
+                return library_.ZPXRSMWSShutdown(handle_);
         }
     }
     ZPService* createService() {
         ZPService* service = nullptr;
-        CALL(library_, ZPXRSMWSCreateService)(handle_, &service);
+        library_.ZPXRSMWSCreateService(handle_, &service);
         return service;
     }
-    void destroyService(ZPService* service) { CALL(library_, ZPXRSMWSDestroyService)(handle_, service); }
+    void destroyService(ZPService* service) { library_.ZPXRSMWSDestroyService(handle_, service); }
     static int connect(ZPService* service, const std::string& minutes, const std::string& rate) {
         return sim::callService(*service, "connect", {{"pollDuration", minutes}, {"pollingRate", rate}})
             .result;

@@ -5,16 +5,6 @@
 
 namespace {
 
-TEST(ResumeFile, Saved) {
-    const auto result = replay("clock 2007-09-30T05:06:00Z\n" + kStart +
-                               "0 connect 10 30\n1 show state\\resume.xml\n2 end\n");
-    const std::string text = result.shown("state\\resume.xml");
-    EXPECT_EQ(text,
-              "<ResumeRSM><RSMStartDate>2007:09:30</RSMStartDate><RSMStartTime>05:06:00</RSMStartTime>"
-              "<PollingRate>30</PollingRate><GracePeriod>10</GracePeriod></ResumeRSM>");
-    EXPECT_EQ(text.size(), 157U);
-}
-
 const Table saved("ResumeFile/Saved", __LINE__, R"(
 below 10 | 9 connect 5 60; 10 show-saved; 11 end | | 9 grace | saved 2026:03:01 10:00:09 60 05
 a shorter record after a restart | 9 connect 1000 30; 40 connect 9 7; 71 show-saved; 72 end | 39 69 | 9 grace, 40 grace

@@ -1,5 +1,6 @@
 // The RSM state by itself: whole sessions as rows, without a thread or a clock.
 #include "controller/RsmState.h"
+#include "support/Rows.h"
 
 #include <sstream>
 #include <string>
@@ -96,49 +97,42 @@ class Walk final {
 };
 
 struct Row {
-    const char* name;
+    support::RowName name;
     const char* session;
     const char* written;
 };
 
-void PrintTo(const Row& row, std::ostream* stream) {
-    *stream << row.session;
-}
-
-class RsmStateTest : public testing::TestWithParam<Row> {};
-
-TEST_P(RsmStateTest, Session) {
-    EXPECT_EQ(Walk().through(GetParam().session), GetParam().written);
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Sessions, RsmStateTest,
-    testing::Values(
-        Row{"RunsOut", "connect:1,10 begin all", "s......[0 0 0]!"},
-        Row{"RateThatDividesNoMinute", "connect:2,45 begin all", "s..[0 0 0]!"},
-        Row{"RateAboveAMinute", "connect:10,90 begin all", "[0 0 0]!"},
-        Row{"RateBelowOne", "connect:10,0 begin all", "[0 0 0]!"},
-        Row{"NegativePeriod", "connect:-1,10 begin all", "[0 0 0]!"},
-        Row{"SecondConnectCountsAfresh", "connect:1,20 begin 2 connect:1,20 all", "s..s...[0 0 0]!"},
-        Row{"ConnectAfterTheLastPoll", "connect:1,20 begin 3 connect:1,30 all", "s...s..[0 0 0]!"},
-        Row{"DisconnectPollsOnce", "connect:1,20 begin 1 disconnect all", "s.1[0 0 0]!"},
-        Row{"DisconnectInIdle", "disconnect", "0"},
-        Row{"DisconnectInActivity", "connect:1,20 begin 1 on disconnect 1", "s.[2 1 20]2.s"},
-        Row{"ActivityHoldsAndIsFollowedByItsGrace", "connect:1,20 begin 1 on 9 off all",
-            "s.[2 1 20].s.........[1 1 20]s..[0 0 0]!"},
-        Row{"ActivityTwiceIsEnteredOnce", "connect:1,20 begin on on", "[2 1 20]"},
-        Row{"ActivityInIdleChangesNoMode", "on connect:1,20 begin 5 off all", "s......[1 1 20]s..[0 0 0]!"},
-        Row{"ActivityAfterTheLastPollPollsOnInGrace", "connect:1,20 begin 3 on 2 off all", "s.....[0 0 0]!"},
-        Row{"ConnectInActivityKeepsTheMode", "connect:1,20 begin 1 on 1 connect:2,30 1 off all",
-            "s.[2 1 20].ss..[1 2 30]s...[0 0 0]!"},
-        Row{"ScheduleWaitsForItsTime", "schedule:20,1100,1160,7 wait t=1099 wait t=1100 wait begin all",
-            "[1 1 20]s...[0 0 0]!"},
-        Row{"DueScheduleGoesBeforeAConnect", "schedule:20,1100,1160,7 connect:5,10 t=1101 wait", "[1 1 20]"},
-        Row{"ScheduleTakesOverAConnect", "connect:1,20 schedule:30,1030,1090,7 begin all",
-            "s..[1 1 30]s.[0 0 0]!"},
-        Row{"ScheduleAfterAConnectIsWaitedFor", "connect:1,20 schedule:30,2000,2060,7 begin all",
-            "s...[0 0 0]w"}),
-    [](const testing::TestParamInfo<Row>& row) { return row.param.name; });
+const support::Rows<Row> rows(
+    "RsmState/Sessions",
+    {
+        {"runs out", "connect:1,10 begin all", "s......[0 0 0]!"},
+        {"rate that divides no minute", "connect:2,45 begin all", "s..[0 0 0]!"},
+        {"rate above a minute", "connect:10,90 begin all", "[0 0 0]!"},
+        {"rate below one", "connect:10,0 begin all", "[0 0 0]!"},
+        {"negative period", "connect:-1,10 begin all", "[0 0 0]!"},
+        {"second connect counts afresh", "connect:1,20 begin 2 connect:1,20 all", "s..s...[0 0 0]!"},
+        {"connect after the last poll", "connect:1,20 begin 3 connect:1,30 all", "s...s..[0 0 0]!"},
+        {"disconnect polls once", "connect:1,20 begin 1 disconnect all", "s.1[0 0 0]!"},
+        {"disconnect in idle", "disconnect", "0"},
+        {"disconnect in activity", "connect:1,20 begin 1 on disconnect 1", "s.[2 1 20]2.s"},
+        {"activity holds and is followed by its grace", "connect:1,20 begin 1 on 9 off all",
+         "s.[2 1 20].s.........[1 1 20]s..[0 0 0]!"},
+        {"activity twice is entered once", "connect:1,20 begin on on", "[2 1 20]"},
+        {"activity in idle changes no mode", "on connect:1,20 begin 5 off all", "s......[1 1 20]s..[0 0 0]!"},
+        {"activity after the last poll polls on in grace", "connect:1,20 begin 3 on 2 off all",
+         "s.....[0 0 0]!"},
+        {"connect in activity keeps the mode", "connect:1,20 begin 1 on 1 connect:2,30 1 off all",
+         "s.[2 1 20].ss..[1 2 30]s...[0 0 0]!"},
+        {"schedule waits for its time", "schedule:20,1100,1160,7 wait t=1099 wait t=1100 wait begin all",
+         "[1 1 20]s...[0 0 0]!"},
+        {"due schedule goes before a connect", "schedule:20,1100,1160,7 connect:5,10 t=1101 wait",
+         "[1 1 20]"},
+        {"schedule takes over a connect", "connect:1,20 schedule:30,1030,1090,7 begin all",
+         "s..[1 1 30]s.[0 0 0]!"},
+        {"schedule after a connect is waited for", "connect:1,20 schedule:30,2000,2060,7 begin all",
+         "s...[0 0 0]w"},
+    },
+    [](const Row& row) { EXPECT_EQ(Walk().through(row.session), row.written) << row.session; });
 
 TEST(RsmState, TakesOverWithAMode) {
     RsmState state;

@@ -69,7 +69,7 @@ class Stress final {
         std::mt19937 random(seed);
         void* handle = &self;  // any will do for what only asks whether there is one
         ZPService* service = nullptr;
-        CALL(library_, ZPXRSMWSCreateService)(handle, &service);
+        library_.ZPXRSMWSCreateService(handle, &service);
         const auto number = [&random](int below) {
             return static_cast<int>(random() % static_cast<unsigned int>(below));
         };
@@ -79,11 +79,7 @@ class Stress final {
             std::function<void()> make;
         };
         const Call calls[] = {
-            {"log", 40,
-             [&] {
-                 CALL(library_, ZPXRSMLoggerLog)
-                 (static_cast<std::uint8_t>(number(255)), "");
-             }},
+            {"log", 40, [&] { library_.ZPXRSMLoggerLog(static_cast<std::uint8_t>(number(255)), ""); }},
             {"audit", 20, [&] { host_.audit(number(2) == 0 ? "opened" : "closed"); }},
             {"KRXLog", 20, [&] { KRXLog(level::kForce, "%s", ""); }},
             {"connect", 10, [&] { Families::connect(service, "1", std::to_string(number(3))); }},
@@ -94,38 +90,22 @@ class Stress final {
             {"ScheduleRSM", 3, [&] { schedule(); }},
             {"ExitRSM", 3, [&] { command("ExitRSM", nullptr); }},
             {"other command", 1, [&] { command("Reboot", nullptr); }},
-            {"get and set", 1,
-             [&] {
-                 CALL(library_, ZPXRSMDSGet)
-                 (), CALL(library_, ZPXRSMDSSet)();
-             }},
-            {"response", 1,
-             [&] {
-                 CALL(library_, ZPXRSMDSDestoryResponse)
-                 ();
-             }},
+            {"get and set", 1, [&] { library_.ZPXRSMDSGet(), library_.ZPXRSMDSSet(); }},
+            {"response", 1, [&] { library_.ZPXRSMDSDestoryResponse(); }},
             {"service", 2,
              [&] {
-                 CALL(library_, ZPXRSMWSDestroyService)(handle, service);
-                 CALL(library_, ZPXRSMWSCreateService)(handle, &service);
+                 library_.ZPXRSMWSDestroyService(handle, service);
+                 library_.ZPXRSMWSCreateService(handle, &service);
              }},
             {"asset", 1, [&] { host_.setAssetPresent(number(2) == 0); }},
-            {"start data source", 2, [&] { families.start(Families::dataSource); }},
-            {"start logger", 2, [&] { families.start(Families::logger); }},
-            {"start RSM", 2, [&] { families.start(Families::rsm); }},
-            {"start web service", 2, [&] { families.start(Families::webService); }},
-            {"stop data source", 1, [&] { families.stop(Families::dataSource); }},
-            {"stop logger", 1, [&] { families.stop(Families::logger); }},
-            {"stop RSM", 1,
-             [&] {
-                 CALL(library_, ZPRSMExtnShutdown)
-                 (handle);
-             }},
-            {"stop web service", 1,
-             [&] {
-                 CALL(library_, ZPXRSMWSShutdown)
-                 (handle);
-             }},
+            {"start data source", 2, [&] { EXPECT_EQ(families.start(Families::dataSource), 0); }},
+            {"start logger", 2, [&] { EXPECT_EQ(families.start(Families::logger), 0); }},
+            {"start RSM", 2, [&] { EXPECT_EQ(families.start(Families::rsm), 0); }},
+            {"start web service", 2, [&] { EXPECT_EQ(families.start(Families::webService), 0); }},
+            {"stop data source", 1, [&] { EXPECT_EQ(families.stop(Families::dataSource), 0); }},
+            {"stop logger", 1, [&] { EXPECT_EQ(families.stop(Families::logger), 0); }},
+            {"stop RSM", 1, [&] { EXPECT_EQ(library_.ZPRSMExtnShutdown(handle), 0); }},
+            {"stop web service", 1, [&] { EXPECT_EQ(library_.ZPXRSMWSShutdown(handle), 0); }},
         };
         std::vector<int> weights;
         for (const Call& one : calls) {
@@ -138,7 +118,7 @@ class Stress final {
             one.make();
             ++self.calls;
         }
-        CALL(library_, ZPXRSMWSDestroyService)(handle, service);
+        library_.ZPXRSMWSDestroyService(handle, service);
         self.doing = "nothing";
     }
 
@@ -152,8 +132,8 @@ class Stress final {
 
     void command(const char* name, const PropList* list) const {
         PropList* answer = nullptr;
-        CALL(library_, ZPXRSMDSExectue)(nullptr, nullptr, name, list, &answer);
-        CALL(library_, ZPXRSMDSDestroyPropList)(nullptr, nullptr, answer);
+        library_.ZPXRSMDSExectue(nullptr, nullptr, name, list, &answer);
+        library_.ZPXRSMDSDestroyPropList(nullptr, nullptr, answer);
     }
 
     void watch() {
@@ -190,21 +170,19 @@ class Stress final {
     std::atomic<bool> joined_ = false;
 };
 
-class StressTest : public testing::TestWithParam<agent::ThreadDestroy> {};
+struct AgentRow {
+    support::RowName name;
+    agent::ThreadDestroy how;
+};
 
-TEST_P(StressTest, EveryExportAtRandom) {
-    Stress(GetParam()).run();
-    EXPECT_FALSE(Library::isLoaded());
-}
-
-std::string nameOf(const testing::TestParamInfo<agent::ThreadDestroy>& kind) {
-    static const char* const kNames[] = {"sleep", "anywhere", "unwind", "leave"};
-    return kNames[static_cast<std::size_t>(kind.param)];
-}
-
-INSTANTIATE_TEST_SUITE_P(Agents, StressTest,
-                         testing::Values(agent::ThreadDestroy::sleep, agent::ThreadDestroy::anywhere,
-                                         agent::ThreadDestroy::unwind, agent::ThreadDestroy::leave),
-                         &nameOf);
+const support::Rows<AgentRow> agentRows("Stress/EveryExportAtRandom",
+                                        {{"sleep", agent::ThreadDestroy::sleep},
+                                         {"anywhere", agent::ThreadDestroy::anywhere},
+                                         {"unwind", agent::ThreadDestroy::unwind},
+                                         {"leave", agent::ThreadDestroy::leave}},
+                                        [](const AgentRow& row) {
+                                            Stress(row.how).run();
+                                            EXPECT_FALSE(Library::isLoaded());
+                                        });
 
 }  // namespace
