@@ -17,22 +17,15 @@
 namespace faults {
 namespace {
 
-constexpr std::array<const char*, KindCount> kNames{
-    "memory",     "toolkit-memory", "agent-memory",  "open",         "openat",   "fcntl",
-    "close",      "lseek",          "fstat",         "pread",        "pwrite",   "write",
-    "ftruncate",  "fsync",          "renameat2",     "renameat",     "linkat",   "unlinkat",
-    "unlink",     "fstatat",        "fdopendir",     "readdir",      "closedir", "mutexattr-init",
-    "mutex-init", "mutex-lock",     "mutex-trylock", "mutex-unlock", "system",   "fwrite"};
-
 struct Plan {
-    std::size_t kind = KindCount;
+    std::size_t kind = kKinds.size();
     long first = 0;
     long count = 0;
     int error = kNone;
 };
 
 std::array<Plan, 4> plans{};
-std::array<std::atomic<long>, KindCount> calls{};
+std::array<std::atomic<long>, kKinds.size()> calls{};
 std::atomic<long> made{0};
 long planned = 0;  // faults in all; 0 to count only
 bool memoryPlanned = false;
@@ -139,12 +132,12 @@ void readPlans(char* text) {
             4) {
             continue;
         }
-        for (std::size_t i = 0; i < KindCount; ++i) {
-            plan.kind = std::strcmp(kNames[i], kind.data()) == 0 ? i : plan.kind;
+        for (std::size_t i = 0; i < kKinds.size(); ++i) {
+            plan.kind = std::strcmp(kKinds[i], kind.data()) == 0 ? i : plan.kind;
         }
         plan.error = std::strcmp(error.data(), "short") == 0 ? kShort : std::atoi(error.data());
         planned += plan.count;
-        memoryPlanned |= plan.kind <= AgentMemory;
+        memoryPlanned |= plan.kind <= numberOf("agent-memory");
         plans[next++] = plan;
     }
 }
@@ -169,8 +162,8 @@ __attribute__((destructor)) void report() {
     }
     if (std::FILE* const file = std::fopen(reportPath, "w")) {
         std::fprintf(file, "made %ld\n", made.load());
-        for (std::size_t i = 0; i < KindCount; ++i) {
-            std::fprintf(file, "%s %ld\n", kNames[i], calls[i].load());
+        for (std::size_t i = 0; i < kKinds.size(); ++i) {
+            std::fprintf(file, "%s %ld\n", kKinds[i], calls[i].load());
         }
         std::fclose(file);
     }
@@ -178,7 +171,7 @@ __attribute__((destructor)) void report() {
 
 }  // namespace
 
-int faultOf(Kind kind) noexcept {
+int faultOf(std::size_t kind) noexcept {
     return look(false).module ? count(kind) : kNone;
 }
 
@@ -191,7 +184,9 @@ bool memoryFails() noexcept {
     if (!stack.module || (stack.toolkit && isToolkitsStop(stack.toolkitEntry))) {
         return false;
     }
-    return count(stack.toolkit ? ToolkitMemory : stack.agent ? AgentMemory : ModuleMemory) != kNone;
+    return count(stack.toolkit ? numberOf("toolkit-memory")
+                 : stack.agent ? numberOf("agent-memory")
+                               : numberOf("memory")) != kNone;
 }
 
 bool isModules() noexcept {

@@ -1,14 +1,13 @@
-// The library that makes calls of the module fail: put before a program with LD_PRELOAD, it counts the
-// module's calls of each kind and fails the ones that it is told to.
+// The library that makes calls of the module fail: put before a program with LD_PRELOAD, it counts the module's calls of each kind
+// and fails the ones that it is told to.
 //
-//     KRX_FAULTS=KIND:FIRST:COUNT:ERROR[,...]  fails COUNT calls of that kind from the FIRST on with that
-//     error number;
-//                                              "short" for ERROR writes or reads the half of what was asked
-//                                              for
-//     KRX_FAULTS_REPORT=FILE                   gets "made NUMBER" and "KIND NUMBER" lines when the process
-//     exits KRX_FAULTS_JOURNAL=FILE                  gets what the module wrote into its files
+//     KRX_FAULTS=KIND:FIRST:COUNT:ERROR[,...]  fails COUNT calls of that kind from the FIRST on with that error number; "short"
+//                                              for ERROR writes or reads the half of what was asked for
+//     KRX_FAULTS_REPORT=FILE                   gets "made NUMBER" and "KIND NUMBER" lines when the process exits
+//     KRX_FAULTS_JOURNAL=FILE                  gets what the module wrote into its files
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <string_view>
 
@@ -17,47 +16,27 @@
 namespace faults {
 
 /// What can fail. Memory is told apart by who asks for it on the module's behalf.
-enum Kind : std::size_t {
-    ModuleMemory,
-    ToolkitMemory,
-    AgentMemory,
-    Open,
-    OpenAt,
-    Fcntl,
-    Close,
-    Seek,
-    Status,
-    Read,
-    PositionedWrite,
-    Write,
-    Truncate,
-    Sync,
-    Rename,
-    PlainRename,
-    Link,
-    UnlinkAt,
-    Unlink,
-    StatusAt,
-    OpenDirectory,
-    ReadDirectory,
-    CloseDirectory,
-    MutexAttributes,
-    MutexInit,
-    MutexLock,
-    MutexTryLock,
-    MutexUnlock,
-    Command,
-    Echo,
-    KindCount
-};
+constexpr std::array kKinds = {"memory",     "toolkit-memory", "agent-memory", "open",           "openat",
+                               "fcntl",      "close",          "lseek",        "fstat",          "pread",
+                               "pwrite",     "write",          "ftruncate",    "fsync",          "renameat2",
+                               "renameat",   "linkat",         "unlinkat",     "unlink",         "fstatat",
+                               "fdopendir",  "readdir",        "closedir",     "mutexattr-init", "mutex-init",
+                               "mutex-lock", "mutex-trylock",  "mutex-unlock", "system",         "fwrite"};
+
+/// A kind's number.
+consteval std::size_t numberOf(std::string_view name) {
+    std::size_t number = 0;
+    while (name != kKinds.at(number)) {
+        ++number;
+    }
+    return number;
+}
 
 constexpr int kNone = 0;
 constexpr int kShort = -1;
 
-/// The error that a call of this kind has to end with, or `kNone`, which it is also when the call is not the
-/// module's own: `depth` frames lie between the caller and this library's function (the simulator's own
-/// functions of that name).
-int faultOf(Kind kind) noexcept;
+/// The error that a call of this kind has to end with, or `kNone`, which it is also when the call is not the module's own.
+int faultOf(std::size_t kind) noexcept;
 /// The same for memory, whose kind depends on the way that leads to the module.
 bool memoryFails() noexcept;
 /// True when the last call that was looked at came from the module.

@@ -44,16 +44,16 @@ bool isRobust(const pthread_mutex_t& mutex) noexcept {
     }())
 
 /// A function that either fails with `failure` or calls on.
-#define FAILING(result, name, kind, failure, parameters, ...)                             \
+#define FAILING(result, name, failure, parameters, ...)                                   \
     INTERPOSED result name parameters {                                                   \
-        const int fault = faultOf(faults::kind);                                          \
+        const int fault = faultOf(faults::numberOf(#name));                               \
         return fault != kNone ? failed<result>(fault, failure) : NEXT(name, __VA_ARGS__); \
     }
 
 /// The same for functions that answer the error.
 #define ANSWERING(name, kind, parameters, ...)                   \
     INTERPOSED int name parameters noexcept {                    \
-        const int fault = faultOf(faults::kind);                 \
+        const int fault = faultOf(faults::numberOf(kind));       \
         return fault != kNone ? fault : NEXT(name, __VA_ARGS__); \
     }
 
@@ -62,7 +62,7 @@ bool isRobust(const pthread_mutex_t& mutex) noexcept {
 extern "C" {
 
 INTERPOSED int open(const char* path, int flags, ...) {
-    const int fault = faultOf(faults::Open);
+    const int fault = faultOf(faults::numberOf("open"));
     std::va_list arguments;
     va_start(arguments, flags);
     const mode_t mode = (flags & (O_CREAT | O_TMPFILE)) != 0 ? va_arg(arguments, mode_t) : 0;
@@ -71,7 +71,7 @@ INTERPOSED int open(const char* path, int flags, ...) {
 }
 
 INTERPOSED int openat(int directory, const char* path, int flags, ...) {
-    const int fault = faultOf(faults::OpenAt);
+    const int fault = faultOf(faults::numberOf("openat"));
     std::va_list arguments;
     va_start(arguments, flags);
     const mode_t mode = (flags & (O_CREAT | O_TMPFILE)) != 0 ? va_arg(arguments, mode_t) : 0;
@@ -80,7 +80,7 @@ INTERPOSED int openat(int directory, const char* path, int flags, ...) {
 }
 
 INTERPOSED int fcntl(int descriptor, int command, ...) {
-    const int fault = faultOf(faults::Fcntl);
+    const int fault = faultOf(faults::numberOf("fcntl"));
     std::va_list arguments;
     va_start(arguments, command);
     void* const argument = va_arg(arguments, void*);
@@ -89,35 +89,31 @@ INTERPOSED int fcntl(int descriptor, int command, ...) {
 }
 
 INTERPOSED int close(int descriptor) {
-    const int fault = faultOf(faults::Close);
+    const int fault = faultOf(faults::numberOf("close"));
     const int result = NEXT(close, descriptor);
     return fault != kNone ? failed(fault, -1) : result;
 }
 
-FAILING(off_t, lseek, Seek, -1, (int descriptor, off_t offset, int whence) noexcept, descriptor, offset,
-        whence)
-FAILING(int, fstat, Status, -1, (int descriptor, struct stat* status) noexcept, descriptor, status)
-FAILING(int, fsync, Sync, -1, (int descriptor), descriptor)
-FAILING(int, renameat2, Rename, -1,
+FAILING(off_t, lseek, -1, (int descriptor, off_t offset, int whence) noexcept, descriptor, offset, whence)
+FAILING(int, fstat, -1, (int descriptor, struct stat* status) noexcept, descriptor, status)
+FAILING(int, fsync, -1, (int descriptor), descriptor)
+FAILING(int, renameat2, -1,
         (int fromDirectory, const char* from, int toDirectory, const char* to, unsigned int flags) noexcept,
         fromDirectory, from, toDirectory, to, flags)
-FAILING(int, renameat, PlainRename, -1,
-        (int fromDirectory, const char* from, int toDirectory, const char* to) noexcept, fromDirectory, from,
-        toDirectory, to)
-FAILING(int, linkat, Link, -1,
+FAILING(int, renameat, -1, (int fromDirectory, const char* from, int toDirectory, const char* to) noexcept,
+        fromDirectory, from, toDirectory, to)
+FAILING(int, linkat, -1,
         (int fromDirectory, const char* from, int toDirectory, const char* to, int flags) noexcept,
         fromDirectory, from, toDirectory, to, flags)
-FAILING(int, unlinkat, UnlinkAt, -1, (int directory, const char* name, int flags) noexcept, directory, name,
-        flags)
-FAILING(int, fstatat, StatusAt, -1,
-        (int directory, const char* name, struct stat* status, int flags) noexcept, directory, name, status,
-        flags)
-FAILING(DIR*, fdopendir, OpenDirectory, nullptr, (int descriptor), descriptor)
-FAILING(dirent*, readdir, ReadDirectory, nullptr, (DIR * stream), stream)
-FAILING(int, system, Command, -1, (const char* command), command)
+FAILING(int, unlinkat, -1, (int directory, const char* name, int flags) noexcept, directory, name, flags)
+FAILING(int, fstatat, -1, (int directory, const char* name, struct stat* status, int flags) noexcept,
+        directory, name, status, flags)
+FAILING(DIR*, fdopendir, nullptr, (int descriptor), descriptor)
+FAILING(dirent*, readdir, nullptr, (DIR * stream), stream)
+FAILING(int, system, -1, (const char* command), command)
 
 INTERPOSED std::size_t fwrite_unlocked(const void* text, std::size_t size, std::size_t count, FILE* stream) {
-    const int fault = faultOf(faults::Echo);
+    const int fault = faultOf(faults::numberOf("fwrite"));
     if (faults::isModules()) {
         faults::note('E', {static_cast<const char*>(text), size * count});
     }
@@ -125,13 +121,13 @@ INTERPOSED std::size_t fwrite_unlocked(const void* text, std::size_t size, std::
 }
 
 INTERPOSED int closedir(DIR* stream) {
-    const int fault = faultOf(faults::CloseDirectory);
+    const int fault = faultOf(faults::numberOf("closedir"));
     const int result = NEXT(closedir, stream);
     return fault != kNone ? failed(fault, -1) : result;
 }
 
 INTERPOSED int unlink(const char* path) noexcept {
-    const int fault = faultOf(faults::Unlink);
+    const int fault = faultOf(faults::numberOf("unlink"));
     const bool noted = faults::isModules();
     const int result = fault != kNone ? failed(fault, -1) : NEXT(unlink, path);
     if (noted && result == 0) {
@@ -141,13 +137,13 @@ INTERPOSED int unlink(const char* path) noexcept {
 }
 
 INTERPOSED ssize_t pread(int descriptor, void* data, std::size_t size, off_t offset) {
-    const int fault = faultOf(faults::Read);
+    const int fault = faultOf(faults::numberOf("pread"));
     return fault > 0 ? failed<ssize_t>(fault, -1)
                      : NEXT(pread, descriptor, data, shortened(size, fault), offset);
 }
 
 INTERPOSED ssize_t pwrite(int descriptor, const void* data, std::size_t size, off_t offset) {
-    const int fault = faultOf(faults::PositionedWrite);
+    const int fault = faultOf(faults::numberOf("pwrite"));
     const bool noted = faults::isModules() && offset == 0;
     const ssize_t written = fault > 0 ? failed<ssize_t>(fault, -1)
                                       : NEXT(pwrite, descriptor, data, shortened(size, fault), offset);
@@ -159,7 +155,7 @@ INTERPOSED ssize_t pwrite(int descriptor, const void* data, std::size_t size, of
 }
 
 INTERPOSED ssize_t write(int descriptor, const void* data, std::size_t size) {
-    const int fault = faultOf(faults::Write);
+    const int fault = faultOf(faults::numberOf("write"));
     const bool noted = faults::isModules();
     const ssize_t written =
         fault > 0 ? failed<ssize_t>(fault, -1) : NEXT(write, descriptor, data, shortened(size, fault));
@@ -170,7 +166,7 @@ INTERPOSED ssize_t write(int descriptor, const void* data, std::size_t size) {
 }
 
 INTERPOSED int ftruncate(int descriptor, off_t size) noexcept {
-    const int fault = faultOf(faults::Truncate);
+    const int fault = faultOf(faults::numberOf("ftruncate"));
     const bool noted = faults::isModules() && (::syscall(SYS_fcntl, descriptor, F_GETFL) & O_APPEND) != 0;
     const int result = fault != kNone ? failed(fault, -1) : NEXT(ftruncate, descriptor, size);
     if (noted && result == 0) {
@@ -179,13 +175,13 @@ INTERPOSED int ftruncate(int descriptor, off_t size) noexcept {
     return result;
 }
 
-ANSWERING(pthread_mutexattr_init, MutexAttributes, (pthread_mutexattr_t * attributes), attributes)
-ANSWERING(pthread_mutex_init, MutexInit, (pthread_mutex_t * mutex, const pthread_mutexattr_t* attributes),
+ANSWERING(pthread_mutexattr_init, "mutexattr-init", (pthread_mutexattr_t * attributes), attributes)
+ANSWERING(pthread_mutex_init, "mutex-init", (pthread_mutex_t * mutex, const pthread_mutexattr_t* attributes),
           mutex, attributes)
 
 INTERPOSED int pthread_mutex_lock(pthread_mutex_t* mutex) noexcept {
     const bool robust = isRobust(*mutex);
-    const int fault = robust ? faultOf(faults::MutexLock) : kNone;
+    const int fault = robust ? faultOf(faults::numberOf("mutex-lock")) : kNone;
     if (fault != kNone && fault != EOWNERDEAD) {
         return fault;
     }
@@ -195,7 +191,7 @@ INTERPOSED int pthread_mutex_lock(pthread_mutex_t* mutex) noexcept {
 
 INTERPOSED int pthread_mutex_trylock(pthread_mutex_t* mutex) noexcept {
     const bool robust = isRobust(*mutex);
-    const int fault = robust ? faultOf(faults::MutexTryLock) : kNone;
+    const int fault = robust ? faultOf(faults::numberOf("mutex-trylock")) : kNone;
     if (fault != kNone && fault != EOWNERDEAD) {
         return fault;
     }
@@ -205,7 +201,7 @@ INTERPOSED int pthread_mutex_trylock(pthread_mutex_t* mutex) noexcept {
 
 INTERPOSED int pthread_mutex_unlock(pthread_mutex_t* mutex) noexcept {
     const bool robust = isRobust(*mutex);
-    const int fault = robust ? faultOf(faults::MutexUnlock) : kNone;
+    const int fault = robust ? faultOf(faults::numberOf("mutex-unlock")) : kNone;
     const int result = NEXT(pthread_mutex_unlock, mutex);
     return result == 0 ? fault : result;
 }

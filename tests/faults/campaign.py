@@ -61,53 +61,9 @@ TOOLKIT_LOST = "XML toolkit "
 NEED_CONFIGURATION = {"start logger rotation-config.xml", "start rsm rotation-config.xml", "start logger zephan-config.xml",
                       "start rsm zephan-config.xml", "stop rsm"}
 
-# Lines that have to be seen at least once over the whole campaign: a kind of call, and what its failure leads to.
-EXPECTED = [
-    ("memory", "new Failed in  generateThread of ZephanRSMSingleTon. \n"),
-    ("memory", "new Failed in LogManager of LogManager. \n"),
-    ("memory", "new Failed in initialize of LogManager. \n"),
-    ("memory", "new Failed in handleElement of XMLConfigData. \n"),
-    ("memory", "new Failed in ScheduleRSMHandler of ScheduleRSMHandler. \n"),
-    ("memory", "new Failed in getStringBuffer of ScheduleRSMHandler. \n"),
-    ("memory", "new Failed in getStringBuffer of ZephanRSMSingleTon. \n"),
-    ("memory", "ZPRSMExtStartup: Failed to create a new ZephanRSMSingleTon object."),
-    ("memory", "RSMDSExtn ERROR: Failed to create ScheduleRSMHandler object."),
-    ("memory", "RSM Singleton pointer null in KRXRSMExecuteCommandDSExecute. Need to ave the same initialized correctly "
-               "in WSEStartup. Returning... \n"),
-    ("memory", "Error in getting ConfigHandler pointer. RSM Logger Extension startup aborted.\n"),
-    ("memory", "\n Error in getting ZephanRSMSingleTon pointer in RSM WebService Extension"),
-    ("memory", "Couldn't make force poll in ZephanServicesServiceImpl::Connect as RSMSingleton was null\n"),
-    ("memory", "Unable to save RSM state. Unable to retrive file. \n"),
-    ("memory", "CreateMutex error: 12\n"),
-    ("memory", "ZephanServicesService::CreateMessage Unable to create message for connect operation.\n"),
-    ("memory", "Error Parsing the File: rotation-config.xml"),
-    ("memory", "XML toolkit initialization error: "),
-    ("memory", "XML toolkit teardown error: "),
-    ("memory", "\n Failed to get pointer for XMLConfigData, Not able to attach listners."),
-    ("memory", "Received NULL MessageHandler pointer in FileLogger constructor"),
-    ("memory", "Received NULL RDMessageHandler pointer in RemoteDetection constructor"),
-    ("memory", "Received NULL RDMessageHandler pointer in TunnelListner's constructor."),
-    ("memory", "RSMDSExtnExecute: Error in getting RSM Handler.\n"),
-    ("memory", "Unable to get Handler for ScheduleRSMHandler in ZPRSMExtStartup.\n"),
-    ("toolkit-memory", "XML toolkit initialization error: "),
-    ("toolkit-memory", "Error Parsing the File: rotation-config.xml"),
-    ("toolkit-memory", " Error while parsing file: rotation-config.xml"),
-    ("agent-memory", "\n Failed to Update Properties...... \n"),
-    ("openat", "Error Parsing the File: rotation-config.xml"),
-    ("openat", "Unable to save RSM state. Unable to retrive file. \n"),
-    ("openat", '\n "Error(" 24 ") opening " log \n'),
-    ("lseek", "\n Unable to read the schedule in file = state/schedule.xml"),
-    ("pread", "\n Unable to read the schedule in file = state/schedule.xml"),
-    ("pwrite", "\n Unable to put the schedule in file = state/schedule.xml"),
-    ("fsync", "\n Unable to put the schedule in file = state/schedule.xml"),
-    ("fdopendir", '\n "Error(" 24 ") opening " log \n'),
-    ("renameat2", "\n Error renaming file"),
-    ("unlinkat", "\n Error deleting file...."),
-    ("mutex-init", "CreateMutex error: 11\n"),
-    ("mutex-lock", "\n The thread got ownership of an abandoned logging mutex."),
-    ("mutex-unlock", "\n error while releasing logging mutex."),
-    ("system", "Error while running script."),
-]
+# What has to be seen at least once over the whole campaign: a kind of call, and a line that its failure leads to.
+EXPECTED = [(kind, json.loads(line)) for kind, line in
+            (row.split(None, 1) for row in (HERE / "expected-lines").read_text().splitlines() if not row.startswith("#"))]
 
 STATE_FILES = {"state/resume.xml": "<ResumeRSM>", "state/schedule.xml": "<RSMExecuteCommand>"}
 ECHO_MAY_BE_LOST = {"fwrite", "memory", "agent-memory", "toolkit-memory"}
