@@ -39,17 +39,11 @@ void KRXLog(int level, const char* format, ...) {
         hook(static_cast<std::uint8_t>(level), text);
     }
 }
-void KRXLogSetFunc(KRXLogHook hook) {
-    logHook = hook;
-}
+void KRXLogSetFunc(KRXLogHook hook) { logHook = hook; }
 void KRXLogSetAuditFunc(KRXLogAuditHook /*hook*/) {}
 
-KRXThreadHandle KRXThreadGetHandleSelf() {
-    return nullptr;
-}
-int KRXThreadGetPriority(KRXThreadHandle /*thread*/) {
-    return 0;
-}
+KRXThreadHandle KRXThreadGetHandleSelf() { return nullptr; }
+int KRXThreadGetPriority(KRXThreadHandle /*thread*/) { return 0; }
 std::int8_t KRXThreadConstruct(KRXThread* thread) {
     thread->state = nullptr;
     return 0;
@@ -91,9 +85,7 @@ std::int8_t delanddup(char*& target, const char* text) {
 
 namespace KRX::Utils {
 
-VoidArray::~VoidArray() {
-    delete[] entries_;
-}
+VoidArray::~VoidArray() { delete[] entries_; }
 std::int8_t VoidArray::AddEntry(void* entry) {
     if (entries_ == nullptr) {
         entries_ = new void*[capacity_ = 20];  // the module reports eight properties
@@ -120,42 +112,20 @@ struct Serializable::Implementation {
 };
 Serializable::Serializable(const char* elementName, const char* /*text*/, int /*required*/, int /*flag*/)
     : implementation_(new Implementation{elementName}) {}
-Serializable::~Serializable() {
-    delete implementation_;
-}
-std::int8_t Serializable::Serialize(Serializer& /*serializer*/, unsigned int /*flags*/) {
-    return -1;
-}
-std::int8_t Serializable::Deserialize(Serializer& /*serializer*/) {
-    return -1;
-}
-std::int8_t Serializable::GetSubElement(const char* /*name*/, SubElementDef*& /*subElement*/) {
-    return -1;
-}
-std::int8_t Serializable::SetAttributeText(const char* /*name*/, const char* /*text*/) {
-    return -1;
-}
-std::int8_t Serializable::SetElementText(const char* /*text*/) {
-    return -1;
-}
-std::int8_t Serializable::SetSubElementText(const char* /*name*/, const char* /*text*/) {
-    return -1;
-}
-const char* Serializable::GetAttributeText(const char* /*name*/, bool& /*release*/) {
-    return nullptr;
-}
-const char* Serializable::GetElementText(bool& /*release*/) {
-    return nullptr;
-}
+Serializable::~Serializable() { delete implementation_; }
+std::int8_t Serializable::Serialize(Serializer& /*serializer*/, unsigned int /*flags*/) { return -1; }
+std::int8_t Serializable::Deserialize(Serializer& /*serializer*/) { return -1; }
+std::int8_t Serializable::GetSubElement(const char* /*name*/, SubElementDef*& /*subElement*/) { return -1; }
+std::int8_t Serializable::SetAttributeText(const char* /*name*/, const char* /*text*/) { return -1; }
+std::int8_t Serializable::SetElementText(const char* /*text*/) { return -1; }
+std::int8_t Serializable::SetSubElementText(const char* /*name*/, const char* /*text*/) { return -1; }
+const char* Serializable::GetAttributeText(const char* /*name*/, bool& /*release*/) { return nullptr; }
+const char* Serializable::GetElementText(bool& /*release*/) { return nullptr; }
 const char* Serializable::GetSubElementText(const char* /*name*/, bool& /*release*/, unsigned int /*index*/) {
     return nullptr;
 }
-std::int8_t Serializable::PreDeserialize() {
-    return 0;
-}
-bool Serializable::HasElementText() {
-    return false;
-}
+std::int8_t Serializable::PreDeserialize() { return 0; }
+bool Serializable::HasElementText() { return false; }
 std::int8_t Serializable::RegisterAttribute(const char* /*name*/, int /*flag*/, const char* /*text*/) {
     return 0;
 }
@@ -167,35 +137,19 @@ std::int8_t Serializable::RegisterSubElement(const char* /*name*/, Serializable*
                                              const char* /*text*/) {
     return 0;
 }
-void Serializable::SetElementName(const char* name) {
-    implementation_->name = name;
-}
-const char* Serializable::GetElementName() const {
-    return implementation_->name.c_str();
-}
+void Serializable::SetElementName(const char* name) { implementation_->name = name; }
+const char* Serializable::GetElementName() const { return implementation_->name.c_str(); }
 
 SerializableString::SerializableString(const char* elementName, const char* value)
     : Serializable(elementName, nullptr, 0, 1) {
     SetValue(value);
 }
-SerializableString::~SerializableString() {
-    delete[] value_;
-}
-std::int8_t SerializableString::SetElementText(const char* text) {
-    return delanddup(value_, text);
-}
-const char* SerializableString::GetElementText(bool& /*release*/) {
-    return value_;
-}
-bool SerializableString::HasElementText() {
-    return true;
-}
-void SerializableString::SetValue(const char* value) {
-    delanddup(value_, value);
-}
-const char* SerializableString::GetValue() const {
-    return value_;
-}
+SerializableString::~SerializableString() { delete[] value_; }
+std::int8_t SerializableString::SetElementText(const char* text) { return delanddup(value_, text); }
+const char* SerializableString::GetElementText(bool& /*release*/) { return value_; }
+bool SerializableString::HasElementText() { return true; }
+void SerializableString::SetValue(const char* value) { delanddup(value_, value); }
+const char* SerializableString::GetValue() const { return value_; }
 SerializableArray::SerializableArray() = default;
 SerializableArray::~SerializableArray() = default;
 
@@ -206,24 +160,16 @@ RequestHeader::~RequestHeader() {
     delete[] serviceName_;
     delete[] operation_;
 }
-void RequestHeader::SetServiceName(const char* name) {
-    delanddup(serviceName_, name);
-}
-void RequestHeader::SetOperation(const char* operation) {
-    delanddup(operation_, operation);
-}
-const char* RequestHeader::GetOperation() const {
-    return operation_;
-}
+void RequestHeader::SetServiceName(const char* name) { delanddup(serviceName_, name); }
+void RequestHeader::SetOperation(const char* operation) { delanddup(operation_, operation); }
+const char* RequestHeader::GetOperation() const { return operation_; }
 Credentials::Credentials(const char* elementName) : Serializable(elementName, nullptr, 0, 1) {}
 Credentials::~Credentials() = default;
 void Credentials::SetMemberId(const char* /*memberId*/) {}
 void Credentials::SetPassword(const char* /*password*/) {}
 SecurityContext::SecurityContext(const char* elementName) : Serializable(elementName, nullptr, 0, 1) {}
 SecurityContext::~SecurityContext() = default;
-std::int8_t SecurityContext::SetCredentials(const Credentials* /*credentials*/) {
-    return 0;
-}
+std::int8_t SecurityContext::SetCredentials(const Credentials* /*credentials*/) { return 0; }
 
 }  // namespace Headers
 
@@ -232,12 +178,8 @@ WebServiceMessage::~WebServiceMessage() {
     delete request_;
     delete response_;
 }
-std::int8_t WebServiceMessage::SetRequestUri(const char* /*uri*/) {
-    return 0;
-}
-std::int8_t WebServiceMessage::SetIdempotent(int /*flag*/) {
-    return 0;
-}
+std::int8_t WebServiceMessage::SetRequestUri(const char* /*uri*/) { return 0; }
+std::int8_t WebServiceMessage::SetIdempotent(int /*flag*/) { return 0; }
 Serializable* WebServiceMessage::SetRequestMsg(Serializable* request) {
     return std::exchange(request_, request);
 }
@@ -254,23 +196,13 @@ struct Asset::Implementation {
 };
 Asset::Asset(const char* elementName)
     : Serializable(elementName, nullptr, 0, 1), record_(new Implementation) {}
-Asset::~Asset() {
-    delete record_;
-}
+Asset::~Asset() { delete record_; }
 void Asset::CopyFrom(const Asset& /*other*/) {}
 void Asset::ClearProperties() {}
-Messaging::SerializableArray* Asset::GetProperties() {
-    return &record_->properties;
-}
-const char* Asset::GetMemberName() const {
-    return "device-7";
-}
-const char* Asset::GetMemberPassword() const {
-    return "";
-}
-unsigned int Asset::GetCurrentPollInterval() const {
-    return 60;
-}
+Messaging::SerializableArray* Asset::GetProperties() { return &record_->properties; }
+const char* Asset::GetMemberName() const { return "device-7"; }
+const char* Asset::GetMemberPassword() const { return ""; }
+unsigned int Asset::GetCurrentPollInterval() const { return 60; }
 Property::Property(const char* /*action*/, const char* name, const char* value, const char* elementName)
     : Serializable(elementName, nullptr, 0, 1) {
     delanddup(name_, name);
@@ -280,9 +212,7 @@ Property::~Property() {
     delete[] name_;
     delete[] value_;
 }
-void Property::SetValue(const char* value) {
-    delanddup(value_, value);
-}
+void Property::SetValue(const char* value) { delanddup(value_, value); }
 RegistrationProxy::RegistrationProxy(const char* /*serviceName*/, const char* /*requestUri*/,
                                      const char* /*serviceNamespace*/) {}
 RegistrationProxy::~RegistrationProxy() = default;
@@ -320,18 +250,12 @@ struct DeviceAsset final : VirtualAsset {
 struct DeviceAgent final : ServiceAgent {
     DeviceAsset asset;
 };
-void VirtualAsset::ForcePoll() {
-    ++device::polls;
-}
+void VirtualAsset::ForcePoll() { ++device::polls; }
 const Services::RegistrationNS::Asset& VirtualAsset::GetAssetProfile() const {
     return static_cast<const DeviceAsset*>(this)->record;
 }
-Messaging::OCM* VirtualAsset::GetOCM() {
-    return nullptr;
-}
-VirtualAsset* ServiceAgent::GetAsset(int /*index*/) {
-    return &static_cast<DeviceAgent*>(this)->asset;
-}
+Messaging::OCM* VirtualAsset::GetOCM() { return nullptr; }
+VirtualAsset* ServiceAgent::GetAsset(int /*index*/) { return &static_cast<DeviceAgent*>(this)->asset; }
 
 }  // namespace KRX::ServiceAgentNS
 
