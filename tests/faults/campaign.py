@@ -329,20 +329,20 @@ def main():
     options = parser.parse_args()
     campaign = Campaign(options.build.resolve())
     paths = sorted(HERE.glob("*.scenario")) + sorted(EXAMPLES.glob("*.scenario"))
-    scenarios = [Scenario(path, campaign) for path in paths]
+    pool = concurrent.futures.ThreadPoolExecutor(options.jobs)
+    scenarios = list(pool.map(lambda path: Scenario(path, campaign), paths))
     faults = [fault for scenario in scenarios for fault in scenario.faults() if options.only in str(fault)]
     whole = options.faults is None or options.faults >= len(faults)
     if not whole:
         faults = [faults[i * len(faults) // options.faults] for i in range(options.faults)]
     outcomes = collections.defaultdict(collections.Counter)
     seen, bad = set(), 0
-    with concurrent.futures.ThreadPoolExecutor(options.jobs) as pool:
-        for fault, outcome, problems, lines in pool.map(campaign.run, faults):
-            outcomes[fault.kind][outcome] += 1
-            seen |= lines
-            if problems:
-                bad += 1
-                print(f"VIOLATION {fault}", *problems, sep="\n    ", flush=True)
+    for fault, outcome, problems, lines in pool.map(campaign.run, faults):
+        outcomes[fault.kind][outcome] += 1
+        seen |= lines
+        if problems:
+            bad += 1
+            print(f"VIOLATION {fault}", *problems, sep="\n    ", flush=True)
     for kind in ERRORS.keys() | outcomes.keys():
         outcomes[kind]
     print(f"{'call':15}{'faults':>8}   what they ended in")

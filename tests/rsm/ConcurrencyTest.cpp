@@ -64,46 +64,4 @@ TEST(Concurrency, ConnectsAndDisconnectsBesideThePollingThread) {
     EXPECT_FALSE(Library::isLoaded());
 }
 
-TEST(Concurrency, MessagesAndCommandsWhileFamiliesStartAndStop) {
-    const support::Workspace workspace;
-    agent::AgentHost host;
-    {
-        const Library library;
-        Families families(library, host.serviceAgent(), workspace);
-        std::atomic<bool> over = false;
-        const auto repeat = [&](auto&& action) {
-            return std::thread([&over, action] {
-                for (int i = 0; !over; ++i) {
-                    action(i);
-                }
-            });
-        };
-        // Empty texts, which are logged but print nothing.
-        std::thread others[] = {
-            repeat([](int /*i*/) { KRXLog(level::kForce, "%s", ""); }),
-            repeat([&](int i) {
-                host.audit(i % 2 == 0 ? "opened" : "closed");
-                std::this_thread::sleep_for(std::chrono::milliseconds(1));
-            }),
-            repeat([&](int /*i*/) { library.ZPXRSMLoggerLog(250, ""); }),
-            repeat(
-                [&](int /*i*/) { library.ZPXRSMDSExectue(nullptr, nullptr, "ExitRSM", nullptr, nullptr); }),
-        };
-        for (int round = 0; round < 60; ++round) {
-            for (int i = 0; i < 4; ++i) {
-                EXPECT_EQ(families.start((i + round) % 4), 0);
-            }
-            for (int i = 0; i < 4; ++i) {
-                EXPECT_EQ(families.stop((i * 3 + round) % 4), 0);
-            }
-        }
-        over = true;
-        for (std::thread& other : others) {
-            other.join();
-        }
-        families.stop(Families::logger);  // a late message or command has made the shared objects anew
-    }
-    EXPECT_FALSE(Library::isLoaded());
-}
-
 }  // namespace
