@@ -23,8 +23,7 @@ TEST(Event, JsonValues) {
         {std::optional<std::string>("\xc2\x80\xdf\xbf\xe0\xa0\x80\xed\x9f\xbf\xef\xbf\xbf\xf0\x90\x80\x80"
                                     "\xf4\x8f\xbf\xbf"),
          "\"\xc2\x80\xdf\xbf\xe0\xa0\x80\xed\x9f\xbf\xef\xbf\xbf\xf0\x90\x80\x80\xf4\x8f\xbf\xbf\""},
-        // No characters: too long for what they say, a surrogate, beyond the last one, cut, a byte that
-        // begins none.
+        // No characters: too long for what they say, a surrogate, beyond the last one, cut, no first byte.
         {std::optional<std::string>("\xc1\xbf"), R"("\u00c1\u00bf")"},
         {std::optional<std::string>("\xe0\x9f\xbf"), R"("\u00e0\u009f\u00bf")"},
         {std::optional<std::string>("\xed\xa0\x80"), R"("\u00ed\u00a0\u0080")"},

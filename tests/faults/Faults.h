@@ -1,9 +1,9 @@
-// The library that makes calls of the module fail: put before a program with LD_PRELOAD, it counts the module's calls of each kind
-// and fails the ones that it is told to.
+// The library that makes calls of the module fail: put before a program with LD_PRELOAD, it counts the
+// module's calls of each kind and fails the ones that it is told to. Variables of the environment tell it:
 //
-//     KRX_FAULTS=KIND:FIRST:COUNT:ERROR[,...]  fails COUNT calls of that kind from the FIRST on with that error number; "short"
-//                                              for ERROR writes or reads the half of what was asked for
-//     KRX_FAULTS_REPORT=FILE                   gets "made NUMBER" and "KIND NUMBER" lines when the process exits
+//     KRX_FAULTS=KIND:FIRST:COUNT:ERROR[,...]  COUNT calls of that kind fail from the FIRST on with that error
+//                                              number; with "short" half of what was asked for is done
+//     KRX_FAULTS_REPORT=FILE                   gets "made NUMBER" and "KIND NUMBER" lines at the exit
 //     KRX_FAULTS_JOURNAL=FILE                  gets what the module wrote into its files
 #pragma once
 
@@ -35,7 +35,8 @@ consteval std::size_t numberOf(std::string_view name) {
 constexpr int kNone = 0;
 constexpr int kShort = -1;
 
-/// The error that a call of this kind has to end with, or `kNone`, which it is also when the call is not the module's own.
+/// The error that a call of this kind has to end with, or `kNone`, which it is also when the call is not the
+/// module's own.
 int faultOf(std::size_t kind) noexcept;
 /// The same for memory, whose kind depends on the way that leads to the module.
 bool memoryFails() noexcept;

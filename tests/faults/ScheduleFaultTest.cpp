@@ -1,5 +1,4 @@
-// The schedule file while calls into the system fail: what was ordered must not be lost, and what is
-// lost is told.
+// The schedule file while calls into the system fail: what was ordered is not lost, and what is lost is told.
 #include "rsm/Rows.h"
 
 #include <cstdlib>
@@ -26,8 +25,7 @@ class ScheduleFault : public testing::Test {
     }
 
   private:
-    support::Workspace
-        library_;  ///< a link to it: the loader takes a blank in LD_PRELOAD for the end of a name
+    support::Workspace library_;  ///< with a link to it: a blank in LD_PRELOAD ends a name
 };
 
 const std::string kRecord = "ordered 11:00:00 11:30:00 30 30";

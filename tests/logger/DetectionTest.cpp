@@ -48,8 +48,7 @@ class Detection {
 
 class DetectionTest : public testing::Test, protected Detection {};
 
-/// In the order of the trace: "R" and second for a report that activity begins, "S" for a start of the
-/// script.
+/// In the order of the trace: "R" and second for a report that activity begins, "S" for the script's start.
 std::string beginnings(const Replay& replay) {
     std::string all;
     for (const auto& event : replay.events()) {
@@ -68,29 +67,30 @@ struct ActivityRow {
     std::string settings = kTexts + kReport + kRun + kScript;
 };
 
-const Rows<ActivityRow> activityRows(
-    "Detection/Activity",
-    {
-        {"OPEN,ope,", ""},
-        {"He said open.\\n", "R1 S1 "},
-        {"open,begin,close,open", "R1 S1 "},
-        {"open,begin,close,close,open", "R1 S1 R5 S5 "},
-        {"close,close,open,close,begin", "R3 S3 R5 S5 "},
-        {"open begin open,close,open", "R1 S1 R3 S3 "},
-        {"close open,open", "R2 S2 "},
-        {"open,open,open,now abort,open", "R1 S1 R5 S5 "},
-        {"open abort,abort,open", "R3 S3 "},
-        {"send,open,abort,open", "R1 S1 "},
-        {"send,send,sent,sent,sent,send", "R1 S1 R6 S6 "},
-        {"open,send,close,sent,send", "R1 S1 R5 S5 "},
-        {"open,send close,open",
-         "R1 S1 R2 S2 "},  // the tunnel is looked at first: nothing is active in between
-        {"send,sent open", "R1 S1 "},
-        {"log info open,log audit open,open,log info close,open", "R3 S3 "},
-    },
-    [](const ActivityRow& row) {
-        EXPECT_EQ(beginnings(Detection().replay(row.settings, row.name.text)), row.beginnings);
-    });
+const Rows<ActivityRow> activityRows("Detection/Activity",
+                                     {
+                                         {"OPEN,ope,", ""},
+                                         {"He said open.\\n", "R1 S1 "},
+                                         {"open,begin,close,open", "R1 S1 "},
+                                         {"open,begin,close,close,open", "R1 S1 R5 S5 "},
+                                         {"close,close,open,close,begin", "R3 S3 R5 S5 "},
+                                         {"open begin open,close,open", "R1 S1 R3 S3 "},
+                                         {"close open,open", "R2 S2 "},
+                                         {"open,open,open,now abort,open", "R1 S1 R5 S5 "},
+                                         {"open abort,abort,open", "R3 S3 "},
+                                         {"send,open,abort,open", "R1 S1 "},
+                                         {"send,send,sent,sent,sent,send", "R1 S1 R6 S6 "},
+                                         {"open,send,close,sent,send", "R1 S1 R5 S5 "},
+                                         // The tunnel is looked at first: nothing is active in between.
+                                         {"open,send close,open", "R1 S1 R2 S2 "},
+                                         {"send,sent open", "R1 S1 "},
+                                         {"log info open,log audit open,open,log info close,open", "R3 S3 "},
+                                     },
+                                     [](const ActivityRow& row) {
+                                         EXPECT_EQ(
+                                             beginnings(Detection().replay(row.settings, row.name.text)),
+                                             row.beginnings);
+                                     });
 
 const Rows<ActivityRow> settingRows("Detection/Settings",
                                     {

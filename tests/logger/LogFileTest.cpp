@@ -1,5 +1,5 @@
-// The built library and its log file in an environment that goes wrong: other processes, other file systems, other things at
-// the file's place.
+// The built library and its log file in an environment that goes wrong: other processes, other file systems,
+// other things at the file's place.
 #include "logger/LoggingHost.h"
 #include "support/Child.h"
 #include "support/Rows.h"

@@ -1,5 +1,5 @@
-// Agents that send through a thread of their own, lock while they log, answer late, and end threads in every way: nothing
-// waits for them that need not, and what the enterprise hears last is true.
+// Agents that send through a thread of their own, lock while they log, answer late, and end threads in every
+// way: nothing waits for them that need not, and what the enterprise hears last is true.
 #include "Rows.h"
 
 namespace {

@@ -189,8 +189,8 @@ TEST_F(HostThreads, RsmPollsAndAllOthersGoOnWhileTheScriptRuns) {
     EXPECT_TRUE(agent_.waitForPolls(2));
     EXPECT_EQ(families_.stop(Families::logger), 0);
     EXPECT_FALSE(returned);
-    // A line for each run of the script: whether the second period is still told depends on who comes first. Open for
-    // reading, too, so that nobody waits for a run that does not come.
+    // A line for each run of the script: whether the second period is still told depends on who comes first.
+    // Open for reading, too, so that nobody waits for a run that does not come.
     std::fstream lines(gate, std::ios::in | std::ios::out);
     lines << "\n\n" << std::flush;
     teller.join();
@@ -211,13 +211,13 @@ TEST_F(HostThreads, AStopDoesNotWaitForAPoll) {
 }
 
 TEST_F(HostThreads, AHostMayUseItsTextAnewAsSoonAsSomethingIsLogged) {
-    // No archive name is short enough, so the log file cannot be renamed, which is logged in the middle of the message.
+    // No archive name is short enough, so the log file cannot be renamed, which is logged within the message.
     start({}, "<FileLogging><LogFilePath>log/" + std::string(245, 'l') +
                   ".xml</LogFilePath><FileSize>0</FileSize>"
                   "<LogLevel>trace</LogLevel></FileLogging>");
     EXPECT_EQ(connect(), 0);
-    EXPECT_TRUE(agent_.waitForSleeps(
-        1));  // its lines fail to rotate, too, and no line does while another one's is told
+    // The thread's lines fail to rotate, too, and no line does while another one's is told.
+    EXPECT_TRUE(agent_.waitForSleeps(1));
     char text[] = "a tunnel is opened\n";
     agent_.atLine = [&](std::string_view line) {
         if (line.find("Error renaming file") != std::string_view::npos) {

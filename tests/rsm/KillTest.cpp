@@ -73,7 +73,7 @@ class Agent final : public agent::Observer, public agent::Enterprise {
     std::int8_t receive(const std::string& /*member*/, const agent::NamedValues& record) override {
         const auto value = [&](std::size_t i) { return record.at(i).second.value(); };
         minutes_ = value(0) == "FORCE_POLL_GRACE" && value(4) == kRunningRate ? std::stoi(value(3)) : -1;
-        // The report of the resumed thread may arrive behind the one of the schedule, and does not know it yet.
+        // The report of the resumed thread may arrive behind the one of the schedule, not knowing it yet.
         if (const int rate = std::stoi(value(6)); rate != 0) {
             scheduled_ = rate;
         }
@@ -123,8 +123,7 @@ TEST(Kill, AtAnyInstant) {
                 minutes = message.minutes;
                 answered = order.rate = message.rate;
             }
-            // The first one lives until there is something to pick up. What is told up to the kill is still
-            // read.
+            // The first one lives until there is something to pick up. What it tells up to the kill is read.
             if (first ? saved && answered > 0 : messages == 1) {
                 const auto until = std::chrono::steady_clock::now() + pause;
                 while (std::chrono::steady_clock::now() < until) {

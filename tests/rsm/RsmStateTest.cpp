@@ -9,8 +9,8 @@
 
 namespace {
 
-/// Walks a state through a session as the polling thread would, and writes down what comes of it. The present starts at
-/// 1000. Words of a session:
+/// Walks a state through a session as the polling thread would, and writes down what comes of it. The present
+/// starts at 1000. Words of a session:
 ///   connect:MIN,RATE  disconnect  schedule:RATE,START,END,MIN  on  off  wait (one look of the waiting phase)
 ///   begin (a polling phase begins)  N (so many passes)  all (passes until the end)  t=N (sets the present)
 /// What is written: "." a poll, "s" a save, "[mode grace rate]" a report, "!" the end.

@@ -1,5 +1,5 @@
-// Eight threads call every export at random, starts and stops among them, on each kind of agent. A watchdog tells when one
-// of them does not come back. ZEPHAN_STRESS_SECONDS sets how long it takes for each kind.
+// Eight threads call every export at random, starts and stops among them, on each kind of agent. A watchdog
+// tells when one of them does not come back. ZEPHAN_STRESS_SECONDS sets how long it takes for each kind.
 #include "Library.h"
 #include "lib/AgentHost.h"
 #include "lib/FreeRuntime.h"
@@ -28,9 +28,8 @@ struct Caller {
 };
 
 constexpr std::size_t kCallers = 8;
-constexpr int kSpeed = 100;  // of sleeps, polls, reports and the wait of a stop
-constexpr auto kPatience =
-    60s;  // of the watchdog; sanitizers and other programs may take most of the machine
+constexpr int kSpeed = 100;      // of sleeps, polls, reports and the wait of a stop
+constexpr auto kPatience = 60s;  // of the watchdog; sanitizers and others take most of the machine
 
 std::chrono::seconds duration() {
     const char* const set = std::getenv("ZEPHAN_STRESS_SECONDS");

@@ -155,7 +155,7 @@ TEST(Controller, OneUntilItIsDestroyed) {
     EXPECT_EQ(controller, ZephanRSMSingleTon::getInstance());
     ZephanRSMSingleTon::destroyInstance();
     EXPECT_EQ(ZephanRSMSingleTon::existing(), nullptr);
-    // Who is still inside keeps what it uses; newcomers find another one, and the old one starts nothing any more.
+    // Who is still inside keeps what it uses; newcomers find another one, and the old one starts nothing.
     const auto next = ZephanRSMSingleTon::getInstance();
     EXPECT_NE(next, controller);
     EXPECT_EQ(controller->createThread(), -1);

@@ -20,7 +20,7 @@ class RowName final {
     int line;
 };
 
-/// A text with each `what` replaced. (Expressions are slow before main, where each test of a table pays for all of them.)
+/// A text with each `what` replaced. (Expressions are slow before main, where each test pays for all rows.)
 std::string replaced(std::string text, const std::string& what, const std::string& with);
 
 /// Makes the test SUITE.NAME, with "_" for whatever is neither letter nor digit. Before main only. Ends the

@@ -21,7 +21,7 @@ inline std::string typed(const std::string& declarations, const std::string& roo
     return "<!DOCTYPE z [" + declarations + "]>" + root;
 }
 
-/// Entities a0 to a12, each of ten times the one before; `type` is "" or "% ", `reference` "&" or an escaped "%".
+/// Entities a0 to a12, each of ten times the one before. `type` is "" or "% ", `reference` "&" or "&#37;".
 inline std::string laughs(const std::string& type, const std::string& reference, const std::string& first) {
     std::string text = "<!ENTITY " + type + "a0 \"" + first + "\">";
     for (int i = 1; i <= 12; ++i) {

@@ -75,8 +75,8 @@ TEST_F(LogFilesTest, LogsWithoutADot) {
 TEST_F(LogFilesTest, Order) {
     const struct {
         const char* name;
-        std::vector<std::pair<const char*, const char*>>
-            archives;  ///< in order: end of the name, first entry
+        /// In order: end of the name, first entry.
+        std::vector<std::pair<const char*, const char*>> archives;
     } cases[] = {
         {"by number, not by letters", {{"9_5_9", ""}, {"9_50_1", ""}, {"9_50_10", ""}, {"10_4_0", ""}}},
         {"by their first entries", {{"9_0_5", "8:0:0"}, {"9_0_50", "9:0:5"}, {"9_1_0", "9:0:50"}}},

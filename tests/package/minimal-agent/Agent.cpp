@@ -1,5 +1,5 @@
-// The smallest agent that the module can live in: each operation of the interface that the module uses, and no more. A
-// second of its threads' sleep takes a millisecond.
+// The smallest agent that the module can live in: each operation of the interface that the module uses, and
+// no more. A second of its threads' sleep takes a millisecond.
 #include "Agent.h"
 
 #include "platform/agent/Logging.h"
