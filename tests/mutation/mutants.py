@@ -1,6 +1,8 @@
 """Small faults in C++ sources: where one can be put, and what then stands there."""
 
 import collections
+import hashlib
+import itertools
 import random
 import re
 
@@ -120,7 +122,7 @@ def mutants_of(path, source):
             if tokens[name].text in LEVELS:
                 add("level", tokens[name].begin, tokens[name].end, LEVELS[tokens[name].text])
         if token.kind == "text":
-            for kind, inside in changed_texts(text, f"{path}:{token.begin}"):
+            for kind, inside in changed_texts(text, text):
                 add(kind, token.begin, token.end, f'"{inside}"')
         elif token.kind == "number" and i not in levels:
             digits = re.match(r"0[xX][0-9a-fA-F']+|[\d']+", text).group()
@@ -158,16 +160,12 @@ def mutants_of(path, source):
 
 
 def in_order(mutants, seed):
-    """In the order in which they are tried: at random, and of each kind in turn."""
-    kinds = collections.defaultdict(list)
+    """In the order in which they are tried: at random, and of each kind in turn. A mutant keeps its place while the code
+    around it changes."""
+    kinds, alike = collections.defaultdict(list), collections.Counter()
     for mutant in sorted(mutants):
-        kinds[mutant.kind].append(mutant)
-    chance = random.Random(seed)
-    for kind in sorted(kinds):
-        chance.shuffle(kinds[kind])
-    turn = sorted(kinds)
-    while turn:
-        for kind in list(turn):
-            yield kinds[kind].pop()
-            if not kinds[kind]:
-                turn.remove(kind)
+        what = (mutant.path, mutant.kind, mutant.old, mutant.new)
+        alike[what] += 1
+        kinds[mutant.kind].append((hashlib.sha256(repr((seed, what, alike[what])).encode()).digest(), mutant))
+    for turn in itertools.zip_longest(*(sorted(kinds[kind]) for kind in sorted(kinds))):
+        yield from (place[1] for place in turn if place is not None)

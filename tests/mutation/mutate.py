@@ -92,6 +92,8 @@ class Tree:
         found = {}
         for test in json.loads(output[output.index("{"):])["tests"]:
             command, name = test["command"], test["name"]
+            if any(p["name"] == "PASS_REGULAR_EXPRESSION" for p in test.get("properties", [])):
+                continue  # its exit status does not tell
             if any("--gtest_filter" in word for word in command):
                 name = pathlib.Path(command[0]).name
                 command = [command[0], "--gtest_fail_fast", "--gtest_brief=1"]
