@@ -1,5 +1,7 @@
 #include "config/Toolkit.h"
 
+#include "platform/Lock.h"
+#include "platform/Published.h"
 #include "platform/agent/Logging.h"
 
 #include <cstddef>
@@ -36,6 +38,7 @@ enum class Run { Stopped, Going, Broken };
 struct Toolkit {
     ThrowingPanicHandler panicHandler;
     Run run = Run::Stopped;
+    int loads = 0;  ///< under way
 
     ~Toolkit() {
         if (run == Run::Going) {
@@ -45,9 +48,11 @@ struct Toolkit {
             } catch (...) {
                 // The library is being unloaded: there is nobody to tell.
             }
+            run = Run::Broken;
         }
     }
 } theToolkit;
+platform::Immortal<platform::Mutex> toolkitLock;  ///< of what stands in it, and of its steps
 
 /// 8-bit form of a message of the toolkit, which does not run and cannot convert it.
 std::string narrowed(const XMLCh* message) {
@@ -58,11 +63,15 @@ std::string narrowed(const XMLCh* message) {
     return text;
 }
 
-/// Does a step that leads to `result`.
+/// Does the step that leads from a run to another one; no other load may be using the toolkit when it is stopped.
 template <typename Step>
-void change(Run result, std::size_t memory, const char* failureFormat, Step&& step) {
+void change(Run from, Run result, std::size_t memory, const char* failureFormat, Step&& step) {
     std::string failure;
     try {
+        const platform::Lock lock(*toolkitLock);
+        if (theToolkit.run != from || (result == Run::Stopped && theToolkit.loads != 0)) {
+            return;
+        }
         askForMemory(memory);
         theToolkit.run = Run::Broken;
         step();
@@ -81,21 +90,27 @@ void change(Run result, std::size_t memory, const char* failureFormat, Step&& st
 }  // namespace
 
 void toolkit::start() {
-    if (theToolkit.run == Run::Stopped) {
-        change(Run::Going, kStartMemory, "XML toolkit initialization error: %s", [] {
-            xercesc::XMLPlatformUtils::Initialize(xercesc::XMLUni::fgXercescDefaultLocale, nullptr,
-                                                  &theToolkit.panicHandler);
-        });
+    {
+        const platform::Lock lock(*toolkitLock);
+        ++theToolkit.loads;
     }
+    change(Run::Stopped, Run::Going, kStartMemory, "XML toolkit initialization error: %s", [] {
+        xercesc::XMLPlatformUtils::Initialize(xercesc::XMLUni::fgXercescDefaultLocale, nullptr,
+                                              &theToolkit.panicHandler);
+    });
+}
+
+void toolkit::leave() noexcept {
+    const platform::Lock lock(*toolkitLock);
+    --theToolkit.loads;
 }
 
 void toolkit::stop() {
-    if (theToolkit.run == Run::Going) {
-        change(Run::Stopped, kStopMemory, "XML toolkit teardown error: %s",
-               [] { xercesc::XMLPlatformUtils::Terminate(); });
-    }
+    change(Run::Going, Run::Stopped, kStopMemory, "XML toolkit teardown error: %s",
+           [] { xercesc::XMLPlatformUtils::Terminate(); });
 }
 
 bool toolkit::isRunning() noexcept {
+    const platform::Lock lock(*toolkitLock);
     return theToolkit.run == Run::Going;
 }

@@ -94,12 +94,18 @@ std::string readFile(const std::string& path) {
 std::shared_ptr<const XMLConfigData> loadConfiguration(const std::string& path) {
     toolkit::start();
     const std::shared_ptr<XMLConfigData> configuration = XMLConfigData::getInstance(path);
-    if (configuration != nullptr) {
-        struct Publication {
-            const std::shared_ptr<XMLConfigData>& filled;
-            ~Publication() { XMLConfigData::publish(filled); }
-        } const publication{configuration};
-        configuration->parseConfigFile();  // when this throws, the toolkit runs on, ready for the next load
+    {
+        struct Load {
+            ~Load() { toolkit::leave(); }
+        } const load;
+        if (configuration != nullptr) {
+            struct Publication {
+                const std::shared_ptr<XMLConfigData>& filled;
+                ~Publication() { XMLConfigData::publish(filled); }
+            } const publication{configuration};
+            configuration
+                ->parseConfigFile();  // when this throws, the toolkit runs on, ready for the next load
+        }
     }
     toolkit::stop();
     return configuration;

@@ -91,6 +91,7 @@ std::int8_t PollingThread::createThread(KRXThreadEntry entry, void* argument,
     }
     std::int8_t result = 0;
     bool released = true;
+    Held refused;
     {
         // Given back also when this thread is unwound in one of the calls; not when it is ended without.
         struct Release {
@@ -100,8 +101,12 @@ std::int8_t PollingThread::createThread(KRXThreadEntry entry, void* argument,
         } const release{threadMutex_, released};
         replaceLeaving();
         releaseFinished();  // it may have ended since the caller looked
-        if (held() == nullptr) {
-            result = generateThread(entry, argument);
+        if (beginStart()) {
+            struct Starting {
+                PollingThread& thread;
+                ~Starting() { thread.setStarting(false); }
+            } const starting{*this};
+            result = generateThread(entry, argument, refused);
         } else {
             KRXLog(level::kError, "\n createThread --- Thread was already created.");
             alreadyThere();
@@ -110,10 +115,29 @@ std::int8_t PollingThread::createThread(KRXThreadEntry entry, void* argument,
     if (!released) {
         KRXLog(level::kForce, "\n error while releasing logging mutex.");
     }
+    if (refused != nullptr) {
+        // Not before the mutex is given back: the thread may be carrying out an order itself, which waits for it.
+        KRXWaitForThread(&refused->thread, nullptr, kThreadEndTimeout);
+        refused.reset();
+        KRXLog(level::kError,
+               "\n generateThread --- The extension is being stopped, no Force Polling thread is started.");
+    }
     return result;
 }
 
-std::int8_t PollingThread::generateThread(KRXThreadEntry entry, void* argument) {
+bool PollingThread::beginStart() {
+    const platform::Lock lock(lock_);
+    const bool none = object_ == nullptr && !starting_;
+    starting_ |= none;
+    return none;
+}
+
+void PollingThread::setStarting(bool starting) {
+    const platform::Lock lock(lock_);
+    starting_ = starting;
+}
+
+std::int8_t PollingThread::generateThread(KRXThreadEntry entry, void* argument, Held& refusedThread) {
     const int priority = KRXThreadGetPriority(KRXThreadGetHandleSelf());
     Held object;
     try {
@@ -162,11 +186,7 @@ std::int8_t PollingThread::generateThread(KRXThreadEntry entry, void* argument) 
             return 0;
         }
     }
-    KRXWaitForThread(&object->thread, nullptr, kThreadEndTimeout);
-    forget(start.number);
-    object.reset();
-    KRXLog(level::kError,
-           "\n generateThread --- The extension is being stopped, no Force Polling thread is started.");
+    refusedThread = std::move(object);
     return -1;
 }
 
@@ -242,6 +262,7 @@ void PollingThread::forgetStart() {
         const platform::Lock lock(lock_);
         if (object_ == nullptr) {
             number = number_;
+            starting_ = false;
         }
     }
     if (number != 0) {

@@ -68,7 +68,11 @@ class PollingThread final {
     struct Start;
     using Held = std::shared_ptr<Object>;
 
-    std::int8_t generateThread(KRXThreadEntry entry, void* argument);
+    /// One caller at a time: false when there is a thread, or a start is under way, in which this order came up.
+    bool beginStart();
+    void setStarting(bool starting);
+    /// -1 with `refusedThread`: a stop began meanwhile, and the caller ends that thread.
+    std::int8_t generateThread(KRXThreadEntry entry, void* argument, Held& refusedThread);
     void replaceLeaving();
     Held held() const;
     /// Forgets `object` unless another one is held by now.
@@ -84,5 +88,6 @@ class PollingThread final {
     Held object_;
     Phase phase_ = Phase::None;
     Number number_ = 0;  ///< of the thread that may still look; 0 once it was dropped
+    bool starting_ = false;
     bool closing_ = false;
 };

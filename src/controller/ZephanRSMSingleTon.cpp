@@ -114,7 +114,12 @@ bool ZephanRSMSingleTon::createScheduleHandler(const char* scheduleFilePath) {
         return false;
     }
     try {
-        ownedScheduleHandler_ = std::make_unique<ScheduleRSMHandler>(scheduleFilePath);
+        auto handler = std::make_unique<ScheduleRSMHandler>(scheduleFilePath);
+        const platform::Lock lock(stateLock_);
+        if (scheduleHandler_ != nullptr) {
+            return false;
+        }
+        ownedScheduleHandler_ = std::move(handler);
         scheduleHandler_ = ownedScheduleHandler_.get();
         return true;
     } catch (const std::bad_alloc&) {

@@ -35,7 +35,6 @@ class ZephanRSMSingleTon final {
     ~ZephanRSMSingleTon();
 
     // ---- Core (ZephanRSMSingleTon.cpp)
-
     /// The controller, made on first use; null when it cannot be made (a later call tries again).
     static Reference getInstance();
     /// The controller, or null; never makes one.
@@ -55,8 +54,8 @@ class ZephanRSMSingleTon final {
     KRX::ServiceAgentNS::ServiceAgent* getServiceAgent() const noexcept {
         return profile_->getServiceAgent();
     }
-    /// Makes the schedule handler unless there is one or the path is null; true when it was made by this
-    /// call, whose caller then lets it report. One caller at a time.
+    /// Makes the schedule handler unless there is one or the path is null; true when it was made by this call,
+    /// whose caller then lets it report.
     bool createScheduleHandler(const char* scheduleFilePath);
     ScheduleRSMHandler* getScheduleHandler() const noexcept { return scheduleHandler_; }
     /// Null only when its memory could not be had.
@@ -70,7 +69,6 @@ class ZephanRSMSingleTon final {
     void setResumeFilePath(const std::string& path);
 
     // ---- Orders (Orders.cpp)
-
     /// Starts force polling or, while it runs, starts it afresh with the new values. `currentPollInterval`
     /// receives the asset's own poll interval in seconds, all bits set without an asset. 0 when a thread
     /// polls, -1 when none could be started (the values stay set).
@@ -89,7 +87,6 @@ class ZephanRSMSingleTon final {
     std::int8_t createThread();
 
     // ---- Profile
-
     /// Sends the RSM profile to the enterprise; blocks until it answers. Reports that overlap may reach it in
     /// any order, so one that is answered after another, different one was begun is followed by one more: the
     /// enterprise ends with what is true.
@@ -109,7 +106,6 @@ class ZephanRSMSingleTon final {
     bool isOutdated(const Report& report) const;
 
     // ---- Resume state file (ResumeState.cpp)
-
     /// Writes the resume state file anew. Null, or the line to be logged at `level::kForce` if it failed.
     const char* saveRSMState();
     /// What a record says of a force polling that ran when it was written.

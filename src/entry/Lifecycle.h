@@ -32,11 +32,14 @@ class Lifecycle final {
         }
     }
 
-    /// The controller for a start. When no stop can be under way, one that is being stopped was left so by a
-    /// thread that ended in its stop, and makes room.
+    /// The controller for a start. One that is being stopped is none: what is started on it would go with it. When no
+    /// stop can be under way, it was left so by a thread that ended in its stop, and makes room.
     ZephanRSMSingleTon::Reference controllerForStart() const {
         const auto present = ZephanRSMSingleTon::existing();
-        if (held_ && present != nullptr && present->isStopping()) {
+        if (present != nullptr && present->isStopping()) {
+            if (!held_) {
+                return nullptr;
+            }
             ZephanRSMSingleTon::destroyInstance();
         }
         return ZephanRSMSingleTon::getInstance();

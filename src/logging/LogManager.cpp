@@ -67,6 +67,14 @@ void LogManager::initialize() {
         KRXLog(level::kForce, "\n Failed to get pointer for XMLConfigData, Not able to attach listners.");
         return;
     }
+    // Two starts may overlap when the host holds one up for long: the first one attaches.
+    if (attaching_.exchange(true)) {
+        return;
+    }
+    struct Attached {
+        std::atomic<bool>& flag;
+        ~Attached() { flag = false; }
+    } const attached{attaching_};
     if (configuration->getRDListner() && !attachListener(remoteDetection_, rdMessageHandler_.get())) {
         return;
     }

@@ -32,7 +32,7 @@ class LogManager final {
     /// False when memory for a handler could not be had; its messages are dropped.
     bool isComplete() const noexcept { return messageHandler_ != nullptr && rdMessageHandler_ != nullptr; }
 
-    /// Attaches the listeners that the configuration names; those attached before stay. One thread at a time.
+    /// Attaches the listeners that the configuration names; those attached before stay.
     void initialize();
     /// Delivers a log message.
     void log(std::uint32_t level, const char* message);
@@ -62,6 +62,7 @@ class LogManager final {
     std::unique_ptr<FileLogger> fileLogger_;
     std::unique_ptr<TunnelListner> tunnelListner_;
     std::unique_ptr<RemoteDetection> remoteDetection_;
+    std::atomic<bool> attaching_{false};
     std::int32_t fileCount_ = 0;
     std::int32_t tunnelCount_ = 0;
     std::vector<Change> changes_;  ///< not told yet

@@ -109,10 +109,10 @@ void giveRejections(const Rejected& rejected, PropList** response) {
     giveAnswer(response, std::span(entries).first(count));
 }
 
-void computePeriod(Schedule& schedule) {
+void computePeriod(Schedule& schedule, std::int64_t now) {
     const bool immediate = isImmediate(schedule.startDate) || isImmediate(schedule.startTime);
     schedule.startTimeValue =
-        immediate ? scheduling::gmtNow() : scheduling::stringToTime(schedule.startDate, schedule.startTime);
+        immediate ? now : scheduling::stringToTime(schedule.startDate, schedule.startTime);
     schedule.endTimeValue = schedule.startTimeValue +
                             platform::readNumber(schedule.gracePeriodText) * scheduling::kSecondsPerMinute;
     if (immediate) {
@@ -144,9 +144,11 @@ std::int32_t ScheduleRSMHandler::executeScheduleCommand(const PropList* input, P
         giveRejections(rejected, response);
         return kFailed;
     }
-    computePeriod(ordered);
+    // For all of the order: while it is stored the second may end, and with it the first of its minutes.
+    const std::int64_t now = scheduling::gmtNow();
+    computePeriod(ordered, now);
     store(ordered);
-    if (!ordered.isCurrent(scheduling::gmtNow())) {
+    if (!ordered.isCurrent(now)) {
         giveAnswer(
             response,
             std::array<AnswerEntry, 2>{
@@ -154,7 +156,7 @@ std::int32_t ScheduleRSMHandler::executeScheduleCommand(const PropList* input, P
                  {"RSMStartDate", "RSM is scheduled for elapsed date. Please check the date entered."}}});
         return kFailed;
     }
-    handOver(ordered, controller);
+    handOver(ordered, now, controller);
     std::array<char, scheduling::kValueSize + 4> gmtStartTime{};
     std::snprintf(gmtStartTime.data(), gmtStartTime.size(), "%s GMT", ordered.startTime);
     giveAnswer(response, std::array<AnswerEntry, 5>{{{"CommandResult", "Pass"},

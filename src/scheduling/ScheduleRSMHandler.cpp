@@ -73,11 +73,11 @@ bool ScheduleRSMHandler::isScheduleCurrent() const {
 }
 
 void ScheduleRSMHandler::scheduleRSM(ZephanRSMSingleTon& controller) const {
-    handOver(schedule(), controller);
+    handOver(schedule(), scheduling::gmtNow(), controller);
 }
 
-void ScheduleRSMHandler::handOver(const scheduling::Schedule& schedule, ZephanRSMSingleTon& controller) {
-    const std::int64_t now = scheduling::gmtNow();
+void ScheduleRSMHandler::handOver(const scheduling::Schedule& schedule, std::int64_t now,
+                                  ZephanRSMSingleTon& controller) {
     const std::int32_t rate = platform::readNumber(schedule.pollingRateText);
     if (rate < 1) {
         KRXLog(

@@ -58,7 +58,8 @@ class ScheduleRSMHandler final {
     void keep(const scheduling::Schedule& schedule);
     bool keep(const scheduling::Schedule& schedule, const scheduling::Schedule::Record& record);
     void store(const scheduling::Schedule& schedule);
-    static void handOver(const scheduling::Schedule& schedule, ZephanRSMSingleTon& controller);
+    static void handOver(const scheduling::Schedule& schedule, std::int64_t now,
+                         ZephanRSMSingleTon& controller);
 
     mutable platform::Mutex lock_;
     scheduling::Schedule schedule_;

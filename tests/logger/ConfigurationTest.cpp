@@ -1,5 +1,6 @@
 // What the configuration reader makes of files, good, careless and hostile ones.
 #include "config/XMLConfigData.h"
+#include "platform/agent/Logging.h"
 #include "support/Rows.h"
 #include "support/Workspace.h"
 #include "support/Xml.h"
@@ -10,6 +11,7 @@
 #include <regex>
 #include <stdexcept>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -289,6 +291,18 @@ TEST_F(ConfigurationTest, AnyBytesEndInSettingsOrTheError) {
         EXPECT_TRUE(outcome == kRefused || outcome.find("rror") == std::string::npos) << outcome;
     }
     EXPECT_EQ(load(valid), "size=1, tunnel open=");
+}
+
+// A start that is held up for long does not keep others back for ever.
+TEST_F(ConfigurationTest, LoadsThatOverlap) {
+    const auto loads = [] {
+        for (int i = 0; i < 50; ++i) {
+            EXPECT_EQ(loadConfiguration(EXAMPLE)->getLogLevel(), level::kInfo);
+        }
+    };
+    std::thread other(loads);
+    loads();
+    other.join();
 }
 
 // The address sanitizer finds the same by itself.

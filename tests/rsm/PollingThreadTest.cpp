@@ -129,6 +129,44 @@ TEST_F(PollingThreadTest, AStopInTheMiddleOfAStart) {
     EXPECT_EQ(watcher_.all, kNotStarted);
 }
 
+// An agent may carry out queued orders while it starts a thread.
+TEST_F(PollingThreadTest, AnOrderInTheMiddleOfAStartStartsNoOther) {
+    Life life;
+    std::int8_t inner = -1;
+    watcher_.atStart = [&] { inner = create(&life); };
+    EXPECT_EQ(create(&life), 0);
+    EXPECT_EQ(inner, 0);
+    EXPECT_EQ(alreadyThere_, 1);
+    life.end.set_value();
+    thread_.stop();
+    EXPECT_FALSE(thread_.isHeld());
+}
+
+// The thread that its starter waits for, since a stop came first, may be carrying out an order itself.
+TEST_F(PollingThreadTest, AStopInTheMiddleOfAStartBesideAnOrderOfTheThread) {
+    struct Ordering {
+        std::function<std::int8_t()> order;
+        std::promise<void> stopped;
+        std::int8_t result = 0;
+    } ordering;
+    ordering.order = [&] { return create(&ordering); };
+    watcher_.atStart = [&] {
+        std::async(std::launch::async, [this] { thread_.stop(); }).get();
+        ordering.stopped.set_value();
+    };
+    EXPECT_EQ(create(&ordering,
+                     [](void* argument) {
+                         auto& own = *static_cast<Ordering*>(argument);
+                         PollingThread::enter(argument);
+                         own.stopped.get_future().wait();
+                         own.result = own.order();
+                         return 0;
+                     }),
+              -1);
+    EXPECT_EQ(ordering.result, -1);
+    EXPECT_EQ(watcher_.all, std::string(kNotStarted) + kNotStarted) << "each told once its order was over";
+}
+
 TEST_F(PollingThreadTest, OneThatHasYetToBeginKeepsOthersBack) {
     struct Late {
         std::promise<void> begin;
