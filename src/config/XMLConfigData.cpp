@@ -42,7 +42,6 @@ std::shared_ptr<const XMLConfigData> XMLConfigData::instance() noexcept {
 
 void XMLConfigData::destroyInstance() noexcept {
     published->exchange(nullptr);
-    ++changes;
 }
 
 std::uint64_t XMLConfigData::age() noexcept {

@@ -21,7 +21,7 @@ class XMLConfigData final : public ConfigData {
     static void publish(std::shared_ptr<XMLConfigData> filled) noexcept;
     /// The present object, or null; who has it may read on after it was replaced or destroyed. Any thread.
     static std::shared_ptr<const XMLConfigData> instance() noexcept;
-    /// Changes with each object that is published or taken away, for those who keep one. Any thread.
+    /// Changes with each object that is published, for those who keep one. Any thread.
     static std::uint64_t age() noexcept;
     /// Takes the present object away; it goes with its last reader. Any thread.
     static void destroyInstance() noexcept;

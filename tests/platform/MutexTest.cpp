@@ -2,6 +2,7 @@
 #include "platform/Lock.h"
 #include "platform/Mutex.h"
 
+#include <chrono>
 #include <thread>
 
 #include <gtest/gtest.h>
@@ -40,6 +41,23 @@ TEST(Mutex, AdmitsItsOwnerAgainAndNobodyElse) {
         });
         EXPECT_EQ(seen == Wait::Busy ? mutex.release() : releaseNothing(mutex), seen == Wait::Busy);
     }
+}
+
+TEST(Mutex, WaitsForATime) {
+    using namespace std::chrono_literals;
+    Mutex mutex;
+    EXPECT_EQ(mutex.waitFor(0ms), Wait::Obtained);
+    elsewhere([&] {
+        const auto before = std::chrono::steady_clock::now();
+        EXPECT_EQ(mutex.waitFor(20ms), Wait::Busy);
+        EXPECT_GE(std::chrono::steady_clock::now() - before, 20ms);
+    });
+    std::thread waiting([&] {
+        EXPECT_EQ(mutex.waitFor(100s), Wait::Obtained);
+        EXPECT_TRUE(mutex.release());
+    });
+    EXPECT_TRUE(mutex.release());
+    waiting.join();
 }
 
 TEST(Mutex, TellsOnceOfAnOwnerThatEnded) {

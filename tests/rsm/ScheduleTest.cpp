@@ -74,6 +74,8 @@ one and a quarter | 0 ordered 10:01:00 10:02:15 30 7; 0 again | 90..150/30 | 0 o
 20 minutes 30 left | 0 ordered 09:50:00 10:20:30 30 7; 0 again | 30..1200/30 | 0 grace, 1200 off
 less than a minute left | 0 ordered 09:50:00 10:00:30 30 7; 0 again | | 0 grace, 0 off
 over | 0 ordered 09:50:00 10:00:00 30 7; 0 again | |
+activity in it, its two minutes afterwards | 0 ordered 10:01:00 10:03:00 30 7; 0 start logger config.xml; 0 again; 80 audit opened; 170 audit closed
+    | 90..270/30 | 0 off, 60 grace, 80 activity, 180 grace, 270 off
 blank in front | 0 write state/schedule.xml " <RSMExecuteCommand>"; 0 again | |
     | "event":"stdout","text":"state/schedule.xml file is not in correct format."
 nothing but the root | 0 ordered <RSMExecuteCommand>; 0 again; 1 show-order | | | ordered <RSMExecuteCommand> | !not in correct

@@ -217,6 +217,7 @@ TEST(Waiting, SleepsBetweenItsLooks) {
     controller->setServiceAgent(host.serviceAgent());
     const auto start = scheduling::gmtNow() + 3600;
     EXPECT_EQ(controller->scheduleDelayedProfile(30, start, start + 60, 1), 0);
+    EXPECT_EQ(controller->scheduleDelayedProfile(20, start, start + 90, 1), 0) << "in the first one's place";
     controller->setGracePeriod(5.0);
     for (const auto until = std::chrono::steady_clock::now() + std::chrono::seconds(30);
          sleeps.count < 10 && std::chrono::steady_clock::now() < until;) {

@@ -49,12 +49,11 @@ int Directory::list(std::vector<std::string>& names) const {
     }
     const auto close = [](DIR* stream) { ::closedir(stream); };
     const std::unique_ptr<DIR, decltype(close)> stream(opened, close);
-    const auto first = static_cast<std::ptrdiff_t>(names.size());
     while (const dirent* entry = ::readdir(stream.get())) {
         names.emplace_back(entry->d_name);
     }
     // The order in which a file system yields names differs from one to the next.
-    std::sort(names.begin() + first, names.end());
+    std::sort(names.begin(), names.end());
     return 0;
 }
 

@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
-"""The lines that tell of a failure, with their levels: each call that the module makes in failures.scenario is failed in
-its turn, and whatever is logged then and not otherwise is compared with lines.txt.
+"""The lines that tell of a failure, with their levels, and the answers: each call that the module makes in
+failures.scenario is failed in its turn, and whatever is logged and answered then and not otherwise is compared with lines.txt.
 
     lines.py BUILD
 
@@ -42,8 +42,10 @@ def replay(build, plan):
                        env=environment, stdout=subprocess.DEVNULL, timeout=60, check=True)
         events = [json.loads(line) for line in (folder / "trace").read_bytes().splitlines()]
         counts = dict(line.split() for line in (folder / "report").read_text().splitlines())
-        return {(one["level"], one["text"]) for one in events
-                if one["event"] == "log" and not one["text"].startswith(" RSM_")}, counts  # the profile goes with the time
+        told = {(one["level"], one["text"]) for one in events
+                if one["event"] == "log" and not one["text"].startswith(" RSM_")}  # the profile goes with the time
+        answers = {(one["verb"], one["result"]) for one in events if one["event"] == "call"}
+        return told | answers, counts
 
 
 def main(build):
@@ -52,7 +54,7 @@ def main(build):
              for call in range(1, int(counts[kind]) + 1, row if kind != "memory" else 1)]
     with concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as pool:
         told = set().union(*(lines for lines, _ in pool.map(lambda plan: replay(build, plan), plans))) - usual
-    found = "".join(f"{level} {json.dumps(text)}\n" for level, text in sorted(told, key=lambda line: line[::-1]))
+    found = "".join(sorted(f"{one[0]} {json.dumps(one[1])}\n" for one in told))
     if os.environ.get("ZEPHAN_RENEW_GOLDEN"):
         KEPT.write_text(found)
     kept = KEPT.read_text()
