@@ -72,5 +72,6 @@ BUILD_PACKAGES=(cmake ninja-build g++ libxerces-c-dev libexpat1-dev libedit-dev 
 PACKAGE_PACKAGES=(dpkg-dev file help2man lintian)
 TEST_PACKAGES=(libgtest-dev libxml2-utils python3 curl "${PACKAGE_PACKAGES[@]}" bash-completion)
 BROWSER_PACKAGES=(chromium chromium-driver python3-selenium)
+WINDOWS_PACKAGES=(libgtest-dev python3 dpkg-dev g++-mingw-w64-x86-64-posix g++-mingw-w64-i686-posix wine64)
 BENCH_PACKAGES=(libbenchmark-dev libspdlog-dev)
 CONFIGURE_OPTIONS=()

@@ -2,6 +2,7 @@
 
 #include "logging/ConfigHandler.h"
 #include "platform/Published.h"
+#include "platform/ThreadEnd.h"
 #include "platform/agent/Logging.h"
 #include "scheduling/ScheduleRSMHandler.h"
 
@@ -13,12 +14,16 @@ namespace {
 
 platform::Immortal<platform::Published<ZephanRSMSingleTon>> published;
 
-/// A message that comes after the last stop makes a controller once more; it goes with the library.
+/// A message that comes after the last stop makes a controller once more; it goes with the library, if it can.
 struct AtUnload {
     AtUnload() = default;
     AtUnload(const AtUnload&) = delete;
     AtUnload& operator=(const AtUnload&) = delete;
-    ~AtUnload() { ZephanRSMSingleTon::dropIdleInstance(); }
+    ~AtUnload() {
+        if (platform::mayWaitAtUnload()) {
+            ZephanRSMSingleTon::dropIdleInstance();
+        }
+    }
 } const atUnload;
 
 /// Logs that no controller can be made, unless that is just being logged: the line may come back as a message

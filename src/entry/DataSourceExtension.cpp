@@ -24,6 +24,7 @@ static_assert(offsetof(PropList, properties) == 0 && offsetof(PropList, count) =
 static_assert(offsetof(Prop, name) == 0 && offsetof(Prop, field2) == sizeof(char*) &&
               offsetof(Prop, field3) == 2 * sizeof(char*) && offsetof(Prop, value) == 3 * sizeof(char*) &&
               sizeof(Prop) == 4 * sizeof(char*));
+static_assert(sizeof(void*) != 4 || (sizeof(PropList) == 8 && sizeof(Prop) == 16));
 
 void answer(PropList** response, const char* result) noexcept {
     giveAnswer(response, std::array<AnswerEntry, 1>{{{"CommandResult", result}}});

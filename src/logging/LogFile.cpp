@@ -49,8 +49,8 @@ void LogFile::append(std::string_view entry) noexcept {
     if (reopenDue_) {
         reopen();
     }
-    if (stream_.isOpen() && stream_.append(entry)) {
-        expectedSize_ += static_cast<std::int64_t>(entry.size());
+    if (stream_.isOpen()) {
+        expectedSize_ += static_cast<std::int64_t>(stream_.append(entry).value_or(0));
     }
 }
 

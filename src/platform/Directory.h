@@ -49,7 +49,7 @@ class Directory final {
     Renaming rename(const std::string& from, const std::string& to) const noexcept;
 
   private:
-    int descriptor_ = -1;
+    NativeDirectory descriptor_ = kNoDirectory;
 };
 
 }  // namespace platform

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "NativeHandles.h"  // of the system that is built for
+
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -28,7 +30,7 @@ class File final {
     /// A closed file when it cannot be opened.
     static File open(const std::string& path, OpenMode mode) noexcept;
 
-    bool isOpen() const noexcept { return descriptor_ >= 0; }
+    bool isOpen() const noexcept { return descriptor_ != kNoFile; }
     void close() noexcept;
 
     /// The length in bytes, 0 when it cannot be told.
@@ -43,10 +45,10 @@ class File final {
     /// The whole contents, but at most their first `limit` bytes; nothing when they cannot be read. Throws
     /// only when memory runs out.
     std::optional<std::string> readWhole(std::size_t limit) const;
-    /// Writes all of `text` at the end (mode `Append`). A write that only part of fits is taken back, so that
-    /// no torn text stays behind, unless another process has written behind it: nobody else's text is cut.
-    /// False when not all was written. The caller has to keep its thread.
-    bool append(std::string_view text) noexcept;
+    /// Writes all of `text` at the end (mode `Append`), its line ends in the system's own spelling: how many bytes that
+    /// took. A write that only part of fits is taken back, so that no torn text stays behind, unless another process has
+    /// written behind it: nobody else's text is cut. Nothing when not all was written. The caller has to keep its thread.
+    std::optional<std::size_t> append(std::string_view text) noexcept;
     /// Writes `record` over the start of the file in one piece: a process killed at any instant leaves the
     /// old bytes or the new ones. When the write fails, the old bytes are put back. At most 1024 bytes.
     bool overwriteStart(std::string_view record) noexcept;
@@ -60,9 +62,9 @@ class File final {
 
   private:
     friend class Directory;
-    explicit File(int descriptor) noexcept : descriptor_(descriptor) {}
+    explicit File(NativeFile descriptor) noexcept : descriptor_(descriptor) {}
 
-    int descriptor_ = -1;
+    NativeFile descriptor_ = kNoFile;
 };
 
 /// Removes a file (not a directory). False when it fails.

@@ -23,4 +23,7 @@ class KeepThread final {
     int before_ = 0;
 };
 
+/// Whether a library may call others, and wait for threads, while it is unloaded.
+bool mayWaitAtUnload() noexcept;
+
 }  // namespace platform

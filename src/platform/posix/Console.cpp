@@ -1,15 +1,14 @@
 #include "platform/Console.h"
 
-#include "platform/Lock.h"
+#include "platform/KeptTexts.h"
+#include "platform/Mutex.h"
 #include "platform/ThreadEnd.h"
 
-#include <algorithm>
 #include <array>
 #include <atomic>
 #include <cerrno>
 #include <csignal>
 #include <cstddef>
-#include <cstdint>
 #include <cstdio>
 #include <ctime>
 #include <new>
@@ -18,9 +17,6 @@
 
 namespace platform {
 namespace {
-
-constexpr std::size_t kKeptAtMost = 1U << 20U;
-constexpr std::size_t kWrittenAtOnce = 1024;
 
 /// While one lives, a pipe without reader makes the calling thread's writes fail and sends no signal that
 /// would end the process; nor is the thread unwound.
@@ -69,46 +65,6 @@ void write(std::string_view text, std::FILE* stream) noexcept {
     }
 }
 
-/// What was left to the thread that writes. Any thread keeps, one at a time takes.
-class KeptTexts final {
-  public:
-    void keep(std::string_view text) noexcept {
-        const Lock lock(mutex_);
-        const std::uint64_t end = kept_;
-        if (!lock.isHeld() || text.size() > kKeptAtMost - (end - taken_)) {
-            return;
-        }
-        const std::size_t start = end % kKeptAtMost;
-        const std::size_t first = std::min(text.size(), kKeptAtMost - start);
-        std::copy_n(text.begin(), first, ring_.begin() + static_cast<std::ptrdiff_t>(start));
-        std::copy(text.begin() + static_cast<std::ptrdiff_t>(first), text.end(), ring_.begin());
-        kept_ += text.size();
-    }
-    bool isAny() const noexcept { return kept_ != taken_; }
-    /// Not a mere look: of two threads, one that keeps and then tries for the writer's role and one that
-    /// gives it back and then comes here, at least one finds what it looks for.
-    bool isAnyAfterAll() noexcept { return kept_.fetch_add(0) != taken_; }
-    /// Moves the next piece into `buffer`. When the thread ends before it has written it, the piece is lost,
-    /// and no more.
-    std::string_view take(std::array<char, kWrittenAtOnce>& buffer) noexcept {
-        const std::size_t start = taken_ % kKeptAtMost;
-        const std::size_t size =
-            std::min({buffer.size(), static_cast<std::size_t>(kept_ - taken_), kKeptAtMost - start});
-        std::copy_n(ring_.begin() + static_cast<std::ptrdiff_t>(start), size, buffer.begin());
-        taken_ += size;
-        return {buffer.data(), size};
-    }
-
-  private:
-    static std::array<char, kKeptAtMost> ring_;  // memory of the system's only where something was kept
-
-    Mutex mutex_;
-    std::atomic<std::uint64_t> kept_{0};  ///< bytes since ever, as the next
-    std::atomic<std::uint64_t> taken_{0};
-};
-
-std::array<char, kKeptAtMost> KeptTexts::ring_;
-
 /// Standard output as the module's threads share it: one at a time has the role of the writer and may wait
 /// for whoever reads; nobody waits for the role.
 struct Output {
@@ -155,6 +111,7 @@ class Writer final {
     }
 
     bool isWriter() const noexcept { return isWriter_; }
+    void write(std::string_view text) const noexcept { platform::write(text, stdout); }
 
   private:
     Output& output_;
@@ -179,27 +136,9 @@ bool writeOrdinary(std::string_view text, const Output& output) noexcept {
 
 void echo(const char* text) noexcept {
     Output& out = output();
-    if (writeOrdinary(text, out)) {
-        return;
+    if (!writeOrdinary(text, out)) {
+        writeOrKeep<Writer>(text, out);
     }
-    bool isOut = false;
-    do {
-        const Writer writer(out);
-        if (writer.isWriter()) {
-            std::array<char, kWrittenAtOnce> piece;
-            while (out.texts.isAny()) {
-                write(out.texts.take(piece), stdout);
-            }
-            if (!isOut) {
-                write(text, stdout);
-            }
-        } else if (!isOut) {
-            out.texts.keep(text);
-        } else {
-            return;  // who has the role looks at what is kept when giving it back
-        }
-        isOut = true;
-    } while (out.texts.isAnyAfterAll());
 }
 
 void flushEcho() noexcept {

@@ -105,7 +105,7 @@ std::ptrdiff_t File::readAt(std::uint64_t position, char* buffer, std::size_t si
     return count;
 }
 
-bool File::append(std::string_view text) noexcept {
+std::optional<std::size_t> File::append(std::string_view text) noexcept {
     // Where the last write ended, or -1 when another process has written behind it.
     const auto ownEnd = [this] {
         const off_t position = ::lseek(descriptor_, 0, SEEK_CUR);
@@ -114,7 +114,7 @@ bool File::append(std::string_view text) noexcept {
     std::size_t done = 0;
     while (done < text.size()) {
         if (done > 0 && ownEnd() < 0) {
-            return false;
+            return std::nullopt;
         }
         const ssize_t written = ::write(descriptor_, text.data() + done, text.size() - done);
         if (written > 0) {
@@ -124,10 +124,10 @@ bool File::append(std::string_view text) noexcept {
             if (end >= 0) {
                 truncate(end - static_cast<off_t>(done));
             }
-            return false;
+            return std::nullopt;
         }
     }
-    return true;
+    return done;
 }
 
 bool File::overwriteStart(std::string_view record) noexcept {

@@ -12,4 +12,8 @@ KeepThread::~KeepThread() {
     pthread_setcancelstate(before_, nullptr);
 }
 
+bool mayWaitAtUnload() noexcept {
+    return true;
+}
+
 }  // namespace platform

@@ -1,0 +1,61 @@
+#pragma once
+
+#include "platform/Mutex.h"
+
+#include <array>
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
+
+namespace platform {
+
+/// What of standard output was left to the thread that writes to it. There is one of these in the module. Any thread
+/// keeps, one at a time takes.
+class KeptTexts final {
+  public:
+    static constexpr std::size_t kKeptAtMost = 1U << 20U;  ///< bytes; what is more is lost, each text whole
+    static constexpr std::size_t kTakenAtOnce = 1024;
+
+    void keep(std::string_view text) noexcept;
+    bool isAny() const noexcept { return kept_ != taken_; }
+    /// Not a mere look: of two threads, one that keeps and then tries for the writer's role and one that
+    /// gives it back and then comes here, at least one finds what it looks for.
+    bool isAnyAfterAll() noexcept { return kept_.fetch_add(0) != taken_; }
+    /// Moves the next piece into `buffer`. When the thread ends before it has written it, the piece is lost,
+    /// and no more.
+    std::string_view take(std::array<char, kTakenAtOnce>& buffer) noexcept;
+
+  private:
+    static std::array<char, kKeptAtMost> ring_;  // memory of the system's only where something was kept
+
+    Mutex mutex_;
+    std::atomic<std::uint64_t> kept_{0};  ///< bytes since ever, as the next
+    std::atomic<std::uint64_t> taken_{0};
+};
+
+/// Writes a text to standard output behind those that were kept, or leaves it to the thread that is writing. `Output`
+/// holds the `texts`; a `Writer` is made of it and has the writer's role while it lives, if that was to be had.
+template <typename Writer, typename Output>
+void writeOrKeep(std::string_view text, Output& output) noexcept {
+    bool isOut = false;
+    do {
+        const Writer writer(output);
+        if (writer.isWriter()) {
+            std::array<char, KeptTexts::kTakenAtOnce> piece;
+            while (output.texts.isAny()) {
+                writer.write(output.texts.take(piece));
+            }
+            if (!isOut) {
+                writer.write(text);
+            }
+        } else if (!isOut) {
+            output.texts.keep(text);
+        } else {
+            return;  // who has the role looks at what is kept when giving it back
+        }
+        isOut = true;
+    } while (output.texts.isAnyAfterAll());
+}
+
+}  // namespace platform

@@ -1,0 +1,129 @@
+#include "platform/Directory.h"
+
+#include "platform/windows/DirectoryScan.h"
+#include "platform/windows/Path.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <memory>
+
+namespace platform {
+namespace {
+
+/// The path of an entry, or of what an absolute path leads to; empty when there is none, which nothing is found at.
+windows::PathBuffer pathOf(const NativeDirectory& directory, const std::string& name) noexcept {
+    windows::PathBuffer path{};
+    if (directory.handle == kNoFile) {
+        return path;
+    }
+    if (windows::isAbsolute(name)) {
+        if (!windows::toNative(name, path)) {
+            path.front() = '\0';
+        }
+        return path;
+    }
+    const std::string_view place = directory.path.data();
+    const bool separated = place.ends_with('\\');
+    if (place.size() + name.size() + (separated ? 1 : 2) <= path.size()) {
+        auto end = std::copy(place.begin(), place.end(), path.begin());
+        if (!separated) {
+            *end++ = '\\';
+        }
+        *std::copy(name.begin(), name.end(), end) = '\0';
+    }
+    return path;
+}
+
+}  // namespace
+
+int Directory::open(std::string_view path) noexcept {
+    close();
+    windows::PathBuffer given;
+    windows::PathBuffer& full = descriptor_.path;
+    if (!windows::toNative(path, given)) {
+        return ENOENT;
+    }
+    const DWORD length =
+        ::GetFullPathNameA(given.data(), static_cast<DWORD>(full.size()), full.data(), nullptr);
+    if (length == 0 || length >= full.size()) {
+        return ENOENT;
+    }
+    // Not for removal by others: the path has to lead here as long as it is used.
+    const HANDLE handle = ::CreateFileA(full.data(), FILE_LIST_DIRECTORY, FILE_SHARE_READ | FILE_SHARE_WRITE,
+                                        nullptr, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr);
+    if (handle == INVALID_HANDLE_VALUE) {
+        return ENOENT;
+    }
+    const DWORD attributes = ::GetFileAttributesA(full.data());
+    if (attributes == INVALID_FILE_ATTRIBUTES || (attributes & FILE_ATTRIBUTE_DIRECTORY) == 0) {
+        ::CloseHandle(handle);
+        return ENOENT;
+    }
+    descriptor_.handle = reinterpret_cast<NativeFile>(handle);
+    return 0;
+}
+
+void Directory::close() noexcept {
+    if (descriptor_.handle != kNoFile) {
+        ::CloseHandle(windows::systemHandle(descriptor_.handle));
+        descriptor_.handle = kNoFile;
+    }
+}
+
+int Directory::list(std::vector<std::string>& names) const {
+    if (descriptor_.handle == kNoFile) {
+        return EBADF;
+    }
+    const std::unique_ptr<windows::DIR, int (*)(windows::DIR*)> scan(
+        windows::opendir(descriptor_.path.data()), windows::closedir);
+    if (scan == nullptr) {
+        return errno;
+    }
+    const auto first = static_cast<std::ptrdiff_t>(names.size());
+    while (const char* name = windows::readdir(scan.get())) {
+        names.emplace_back(name);
+    }
+    // The order in which a file system yields names differs from one to the next.
+    std::sort(names.begin() + first, names.end());
+    return 0;
+}
+
+File Directory::openFile(const std::string& name, OpenMode mode) const noexcept {
+    return File(windows::openRegular(pathOf(descriptor_, name).data(), mode));
+}
+
+std::int64_t Directory::probeSize(const std::string& name) const noexcept {
+    const File file = openFile(name, OpenMode::Read);
+    return file.isOpen() ? file.size() : -1;
+}
+
+std::optional<std::int64_t> Directory::modifiedAt(const std::string& name) const noexcept {
+    const HANDLE handle = ::CreateFileA(pathOf(descriptor_, name).data(), GENERIC_READ,
+                                        FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                                        OPEN_EXISTING, FILE_FLAG_OPEN_REPARSE_POINT, nullptr);
+    if (handle == INVALID_HANDLE_VALUE) {
+        return std::nullopt;
+    }
+    return File(reinterpret_cast<NativeFile>(handle)).modifiedAt();
+}
+
+bool Directory::remove(const std::string& name) const noexcept {
+    return ::DeleteFileA(pathOf(descriptor_, name).data()) != FALSE;
+}
+
+Renaming Directory::rename(const std::string& from, const std::string& to) const noexcept {
+    const windows::PathBuffer oldPath = pathOf(descriptor_, from);
+    const windows::PathBuffer newPath = pathOf(descriptor_, to);
+    const DWORD attributes = ::GetFileAttributesA(oldPath.data());
+    if (attributes == INVALID_FILE_ATTRIBUTES || (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0) {
+        return Renaming::Failed;
+    }
+    if (::MoveFileExA(oldPath.data(), newPath.data(), 0) != FALSE) {
+        return Renaming::Done;
+    }
+    const DWORD error = ::GetLastError();
+    return error == ERROR_ALREADY_EXISTS || error == ERROR_FILE_EXISTS ? Renaming::NameTaken
+                                                                       : Renaming::Failed;
+}
+
+}  // namespace platform

@@ -1,0 +1,16 @@
+// Reading of directories with the contract that POSIX has for it, over the system's find functions. Errors are told in
+// `errno`: 2 for what is not there, 9 for a scan that is none.
+#pragma once
+
+namespace platform::windows {
+
+struct DIR;
+
+/// Begins a scan; null, with 2, when the name leads to no directory or there is no memory.
+DIR* opendir(const char* name) noexcept;
+/// The next entry's name, valid until the next call. Null, with 2, behind the last one; then with 9.
+const char* readdir(DIR* directory) noexcept;
+/// Ends a scan. 0, or -1 with 9.
+int closedir(DIR* directory) noexcept;
+
+}  // namespace platform::windows

@@ -1,0 +1,77 @@
+#include "platform/windows/Path.h"
+
+#include <algorithm>
+
+namespace platform::windows {
+namespace {
+
+constexpr std::string_view kDevices = "\\\\.\\";  // also of pipes, which take an opening for an order
+
+bool isSeparator(char character) noexcept {
+    return character == '\\' || character == '/';
+}
+
+struct Opening {
+    DWORD access;
+    DWORD sharing;
+    DWORD disposition;
+};
+
+Opening openingOf(OpenMode mode) noexcept {
+    // What stays open can be read and written by others, but not moved or removed. A look disturbs nobody.
+    constexpr DWORD shared = FILE_SHARE_READ | FILE_SHARE_WRITE;
+    switch (mode) {
+        case OpenMode::Read:
+            break;
+        case OpenMode::ReadWrite:
+            return {GENERIC_READ | GENERIC_WRITE, shared, OPEN_EXISTING};
+        case OpenMode::Create:
+            return {GENERIC_READ | GENERIC_WRITE, shared, OPEN_ALWAYS};
+        case OpenMode::Append:
+            return {GENERIC_WRITE | FILE_READ_ATTRIBUTES, shared, OPEN_ALWAYS};
+    }
+    return {GENERIC_READ, shared | FILE_SHARE_DELETE, OPEN_EXISTING};
+}
+
+}  // namespace
+
+bool toNative(std::string_view path, PathBuffer& native) noexcept {
+    if (path.size() >= native.size() || path.find('\0') != std::string_view::npos) {
+        return false;
+    }
+    *std::replace_copy(path.begin(), path.end(), native.begin(), '/', '\\') = '\0';
+    return true;
+}
+
+bool isAbsolute(std::string_view path) noexcept {
+    const bool atDrive = path.size() > 2 && path[1] == ':' && isSeparator(path[2]);
+    return atDrive || (path.size() > 1 && isSeparator(path[0]) && isSeparator(path[1]));
+}
+
+NativeFile openRegular(const char* path, OpenMode mode) noexcept {
+    if (std::string_view(path).starts_with(kDevices)) {
+        return kNoFile;
+    }
+    const Opening opening = openingOf(mode);
+    const HANDLE handle = ::CreateFileA(path, opening.access, opening.sharing, nullptr, opening.disposition,
+                                        FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (handle == INVALID_HANDLE_VALUE) {
+        return kNoFile;
+    }
+    if (::GetFileType(handle) != FILE_TYPE_DISK) {  // a device's name is one in every directory
+        ::CloseHandle(handle);
+        return kNoFile;
+    }
+    return reinterpret_cast<NativeFile>(handle);
+}
+
+std::int64_t secondsOf(const FILETIME& moment) noexcept {
+    constexpr std::int64_t ticksPerSecond = 10'000'000;
+    constexpr std::int64_t originOf1970 = 11'644'473'600;  // seconds since 1601
+    constexpr unsigned halfBits = 32;
+    const auto ticks = static_cast<std::int64_t>(std::uint64_t{moment.dwHighDateTime} << halfBits |
+                                                 std::uint64_t{moment.dwLowDateTime});
+    return ticks / ticksPerSecond - originOf1970;
+}
+
+}  // namespace platform::windows
