@@ -5,6 +5,7 @@
 #include "lib/Observer.h"
 #include "lib/Plugs.h"
 #include "lib/Runtime.h"
+#include "lib/SystemThread.h"
 #include "lib/Thread.h"
 #include "platform/agent/ServiceAgent.h"
 
@@ -144,6 +145,9 @@ void AgentHost::setLogLock(bool on) {
 }
 
 void AgentHost::setThreadDestroy(ThreadDestroy how) {
+    if (how == ThreadDestroy::unwind && !system::canUnwind()) {
+        throw std::runtime_error("threads of this system cannot be unwound from outside");
+    }
     settings().threadDestroy = how;
 }
 

@@ -8,7 +8,6 @@
 #include <atomic>
 #include <cstdarg>
 #include <cstdio>
-#include <cstdlib>
 #include <memory>
 #include <new>
 
@@ -31,17 +30,20 @@ void deliver(int level, const char* text) {
 void KRXLog(int level, const char* format, ...) {
     const agent::AgentCall call("KRXLog");
     const agent::LogLock lock(agent::settings().logLock);
-    char* text = nullptr;
     std::va_list arguments;
     va_start(arguments, format);
-    const int length = ::vasprintf(&text, format, arguments);
+    const int length = std::vsnprintf(nullptr, 0, format, arguments);
     va_end(arguments);
-    if (length < 0) {
+    const std::size_t size = length < 0 ? 0 : static_cast<std::size_t>(length) + 1;
+    const std::unique_ptr<char[]> text(length < 0 ? nullptr : new (std::nothrow) char[size]);
+    if (text == nullptr) {
         return;  // A line that finds no memory is lost; its writer goes on.
     }
-    const std::unique_ptr<char, decltype(&std::free)> owner(text, &std::free);
+    va_start(arguments, format);
+    std::vsnprintf(text.get(), size, format, arguments);
+    va_end(arguments);
     try {
-        deliver(level, text);
+        deliver(level, text.get());
     } catch (const std::bad_alloc&) {
         // As above.
     }

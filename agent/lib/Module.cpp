@@ -1,17 +1,13 @@
 #include "lib/Module.h"
 
+#include "lib/SystemLibrary.h"
+
 #include <stdexcept>
 #include <type_traits>
 
-#include <dlfcn.h>
-
 namespace agent {
 
-Module::Module(const std::string& path)
-    : path_(path), handle_(::dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL)) {
-    if (handle_ == nullptr) {
-        throw std::runtime_error(std::string("cannot load the module: ") + ::dlerror());
-    }
+Module::Module(const std::string& path) : path_(path), handle_(system::openLibrary(path)) {
     try {
         findExports();
     } catch (...) {
@@ -22,19 +18,18 @@ Module::Module(const std::string& path)
 
 void Module::unload() {
     if (handle_ != nullptr) {
-        ::dlclose(handle_);
+        system::closeLibrary(handle_);
         handle_ = nullptr;
     }
 }
 
 bool Module::isLoaded(const std::string& path) {
-    void* const handle = ::dlopen(path.c_str(), RTLD_LAZY | RTLD_NOLOAD);
-    return handle != nullptr && ::dlclose(handle) == 0;
+    return system::isLoaded(path);
 }
 
 void Module::findExports() {
     const auto find = [this](auto& function, const char* name) {
-        void* const address = ::dlsym(handle_, name);
+        void* const address = system::findSymbol(handle_, name);
         if (address == nullptr) {
             throw std::runtime_error("module " + path_ + " does not export " + name);
         }

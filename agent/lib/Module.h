@@ -48,7 +48,7 @@ class KRX_API Module {
     const std::string& path() const {
         return path_;
     }
-    /// What dlopen() answered.
+    /// The system's handle of it.
     void* handle() const {
         return handle_;
     }

@@ -113,7 +113,7 @@ class KRX_API AgentCall final {
   private:
     Place place_;
     Thread* self_;
-    int cancelState_ = 0;
+    bool unwindingAdmitted_ = false;
     bool cancellable_ = true;
 };
 

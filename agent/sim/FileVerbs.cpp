@@ -1,5 +1,7 @@
 #include "sim/FileVerbs.h"
 
+#include "sim/System.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
@@ -7,9 +9,7 @@
 #include <fstream>
 #include <sstream>
 #include <stdexcept>
-
-#include <fcntl.h>
-#include <sys/stat.h>
+#include <system_error>
 
 namespace sim {
 
@@ -22,8 +22,9 @@ std::string native(std::string path) {
 
 /// Whatever else has that name may not let go of who opens it.
 void requireFile(const std::string& path) {
-    struct stat state = {};
-    if (::stat(native(path).c_str(), &state) == 0 && !S_ISREG(state.st_mode)) {
+    std::error_code none;
+    const auto kind = std::filesystem::status(native(path), none);
+    if (std::filesystem::exists(kind) && !std::filesystem::is_regular_file(kind)) {
         throw std::runtime_error(path + ": is no regular file");
     }
 }
@@ -54,11 +55,10 @@ void removeFile(const std::string& path) {
 }
 
 void setModified(const std::string& path, std::chrono::microseconds wall) {
-    const auto whole = std::chrono::floor<std::chrono::seconds>(wall);
-    const timespec times[2] = {{0, UTIME_OMIT},
-                               {whole.count(), std::chrono::nanoseconds(wall - whole).count()}};
-    if (::utimensat(AT_FDCWD, native(path).c_str(), times, 0) != 0) {
-        fail(path, errno);
+    try {
+        system::setModified(native(path), wall);
+    } catch (const std::system_error& error) {
+        throw std::runtime_error(path + ": " + error.code().message());
     }
 }
 

@@ -1,6 +1,8 @@
 // What comes in while a simulation runs in real time.
 #pragma once
 
+#include "sim/Bell.h"
+
 #include <chrono>
 #include <deque>
 #include <string>
@@ -19,8 +21,8 @@ class Input final {
     Input& operator=(const Input&) = delete;
     ~Input();
 
-    /// Lets `wait` come back when `descriptor`, which stays the caller's, can be read.
-    void alsoWatch(int descriptor) { other_ = descriptor; }
+    /// Lets `wait` come back when the bell rings, which must outlive the input.
+    void alsoHear(const Bell& bell) { other_ = bell.descriptor(); }
 
     /// Waits at most `time`; true when a line is there or the state below has changed.
     bool wait(std::chrono::microseconds time);

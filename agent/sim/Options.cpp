@@ -1,28 +1,14 @@
 #include "sim/Options.h"
 
 #include "sim/Scenario.h"
+#include "sim/System.h"
 #include "sim/Verbs.h"
 
-#include <filesystem>
-
 #include <getopt.h>
-#include <unistd.h>
 
 namespace sim {
 
 namespace {
-
-/// The module: in an installed tree or a build beside the program's directory, else where the loader finds it.
-std::string defaultModule() {
-    std::string name = "libZephanRSMLogger.so.1";
-    const auto tree = std::filesystem::read_symlink("/proc/self/exe").parent_path().parent_path();
-    for (const char* directory : {SIM_LIBRARY_DIRECTORY, "lib"}) {
-        if (const auto path = tree / directory / name; std::filesystem::exists(path)) {
-            return path.lexically_normal().string();
-        }
-    }
-    return name;
-}
 
 std::chrono::milliseconds parsePatience(const std::string& text) {
     const auto microseconds = parseDecimal(text);
@@ -190,7 +176,7 @@ Options parseOptions(int count, char** words) {
         throw UsageError("--brief is for the timeline, not for a trace");
     }
     if (options.module.empty()) {
-        options.module = defaultModule();
+        options.module = system::moduleBesideProgram();
     }
     return options;
 }

@@ -2,13 +2,8 @@
 
 #include "sim/EventFields.h"
 
-#include <cerrno>
 #include <stdexcept>
-#include <system_error>
 #include <utility>
-
-#include <sys/eventfd.h>
-#include <unistd.h>
 
 namespace sim {
 
@@ -17,16 +12,6 @@ namespace {
 constexpr std::size_t kMostOrders = 1000;
 
 }  // namespace
-
-OrderQueue::OrderQueue() : descriptor_(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK | EFD_SEMAPHORE)) {
-    if (descriptor_ < 0) {
-        throw std::system_error(errno, std::generic_category(), "eventfd");
-    }
-}
-
-OrderQueue::~OrderQueue() {
-    ::close(descriptor_);
-}
 
 std::future<OrderQueue::Outcome> OrderQueue::submit(std::vector<std::string> lines) {
     Order order{std::move(lines), {}};
@@ -38,8 +23,7 @@ std::future<OrderQueue::Outcome> OrderQueue::submit(std::vector<std::string> lin
         order.answer.set_value({"too many orders wait already", {}, false});
     } else {
         orders_.push_back(std::move(order));
-        const std::uint64_t one = 1;
-        [[maybe_unused]] const ssize_t written = ::write(descriptor_, &one, sizeof one);
+        bell_.ring();
     }
     return answer;
 }
@@ -64,8 +48,7 @@ void OrderQueue::perform(const std::function<void(const std::string&)>& performL
         order = std::move(orders_.front());
         orders_.pop_front();
     }
-    std::uint64_t count = 0;
-    [[maybe_unused]] const ssize_t size = ::read(descriptor_, &count, sizeof count);
+    bell_.answer();
     calls_.clear();
     Outcome outcome;
     try {

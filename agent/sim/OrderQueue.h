@@ -1,6 +1,7 @@
 // What clients want done, on its way to the host's thread.
 #pragma once
 
+#include "sim/Bell.h"
 #include "sim/EventListener.h"
 
 #include <cstdint>
@@ -32,13 +33,12 @@ class OrderQueue final : public EventListener {
         bool isOver = false;  ///< the session has ended, nothing was performed
     };
 
-    OrderQueue();
+    OrderQueue() = default;
     OrderQueue(const OrderQueue&) = delete;
     OrderQueue& operator=(const OrderQueue&) = delete;
-    ~OrderQueue() override;
 
-    /// Readable while an order waits; for poll().
-    int descriptor() const { return descriptor_; }
+    /// Rings while an order waits.
+    const Bell& bell() const { return bell_; }
 
     std::future<Outcome> submit(std::vector<std::string> lines);
     /// Orders that wait, and later ones, are not performed any more.
@@ -57,7 +57,7 @@ class OrderQueue final : public EventListener {
         std::promise<Outcome> answer;
     };
 
-    int descriptor_;
+    Bell bell_;
     mutable std::mutex mutex_;  ///< of the two below
     std::deque<Order> orders_;
     bool closed_ = false;

@@ -23,17 +23,11 @@ void setModuleImage(std::uintptr_t begin, std::uintptr_t end) {
     imageEnd = end;
 }
 
-timespec shownTime() {
-    timespec now = {};
-    if (const Clock* clock = shownClock) {
-        const auto wall = clock->wall();
-        const auto whole = std::chrono::floor<std::chrono::seconds>(wall);
-        now.tv_sec = whole.count();
-        now.tv_nsec = std::chrono::nanoseconds(wall - whole).count();
-    } else {
-        ::clock_gettime(CLOCK_REALTIME, &now);
-    }
-    return now;
+std::chrono::microseconds shownTime() {
+    const Clock* clock = shownClock;
+    return clock != nullptr ? clock->wall()
+                            : std::chrono::duration_cast<std::chrono::microseconds>(
+                                  std::chrono::system_clock::now().time_since_epoch());
 }
 
 bool isModuleCall(const void* address) {

@@ -1,8 +1,8 @@
 // The time that the module sees in this process.
 #pragma once
 
+#include <chrono>
 #include <cstdint>
-#include <ctime>
 
 namespace sim {
 
@@ -14,8 +14,8 @@ void showTimeOf(const Clock* clock);
 /// Where the module's code lies in memory; two zeros when it is not loaded.
 void setModuleImage(std::uintptr_t begin, std::uintptr_t end);
 
-/// The shown wall clock, or the system's.
-timespec shownTime();
+/// The shown wall clock, or the system's, since 1970.
+std::chrono::microseconds shownTime();
 /// Whether a call that returns to `address` came from the module while a clock is shown.
 bool isModuleCall(const void* address);
 

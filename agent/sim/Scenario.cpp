@@ -1,10 +1,12 @@
 #include "sim/Scenario.h"
 
+#include "sim/Calendar.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <charconv>
+#include <cstdio>
 #include <cstring>
-#include <ctime>
 #include <fstream>
 #include <stdexcept>
 namespace sim {
@@ -52,14 +54,14 @@ void readLine(const std::vector<Word>& words, Scenario& scenario) {
 }  // namespace
 
 std::chrono::seconds parseClock(const std::string& text) {
-    std::tm fields = {};
-    const char* end = ::strptime(text.c_str(), "%Y-%m-%dT%H:%M:%SZ", &fields);
-    const std::tm read = fields;
-    const std::time_t time = end != nullptr && *end == '\0' ? ::timegm(&fields) : -1;
-    if (time < 0 || fields.tm_mday != read.tm_mday || fields.tm_sec != read.tm_sec) {
+    int year = 0, month = 0, day = 0, hour = 0, minute = 0, second = 0, length = 0;
+    std::sscanf(text.c_str(), "%4d-%2d-%2dT%2d:%2d:%2dZ%n", &year, &month, &day, &hour, &minute, &second,
+                &length);
+    const auto time = momentOf(year, month, day, hour, minute, second);
+    if (length == 0 || static_cast<std::size_t>(length) != text.size() || !time || *time < 0) {
         throw std::runtime_error("'" + text + "' is no time like 2026-03-01T10:00:00Z");
     }
-    return std::chrono::seconds(time);
+    return std::chrono::seconds(*time);
 }
 
 std::string located(const std::string& file, int line, const std::string& reason) {

@@ -1,23 +1,12 @@
 #include "sim/Scheduler.h"
 
 #include "sim/Event.h"
+#include "sim/System.h"
 
 #include <algorithm>
 #include <utility>
 
-#include <sys/wait.h>
-
 namespace sim {
-
-namespace {
-
-/// Whether a program that this process started still runs.
-bool childRuns() {
-    siginfo_t ended = {};
-    return ::waitid(P_ALL, 0, &ended, WEXITED | WNOHANG | WNOWAIT) == 0 && ended.si_pid == 0;
-}
-
-}  // namespace
 
 /// A thread that takes turns.
 struct Scheduler::TakingTurns final : agent::Thread {
@@ -275,7 +264,7 @@ void Scheduler::watch(std::chrono::milliseconds patience) {
         if (std::exchange(seenProgress, progress_) != progress_) {
             stuck = {};
         } else if (holder != nullptr && (agent::Place::isInModule(*holder) || moves != seenMoves) &&
-                   !childRuns()) {
+                   !system::childRuns()) {
             stuck += step;  // Where the simulator itself is held up, by whoever reads its trace, it waits.
         }
         seenMoves = moves;

@@ -2,34 +2,30 @@
 
 #include "sim/Options.h"
 #include "sim/RealClock.h"
+#include "sim/System.h"
 #include "sim/report/SessionPage.h"
 
-#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <filesystem>
 #include <iostream>
 #include <stdexcept>
-
-#include <fcntl.h>
-#include <unistd.h>
+#include <system_error>
 
 namespace sim {
 
 namespace {
 
+constexpr int kStandardInput = 0;
 constexpr std::chrono::seconds kVirtualStart(1767225600);  // 2026-01-01T00:00:00Z
 
 /// Where the events go, opened before standard output is redirected: the path may lead there, too.
 int openEvents(const std::optional<std::string>& path) {
-    const int descriptor = path && *path != "-"
-                               ? ::open(path->c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666)
-                               : ::fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
-    if (descriptor < 0) {
-        throw std::runtime_error(path.value_or("standard output") + ": " + std::strerror(errno));
+    try {
+        return system::openOutput(path == "-" ? std::nullopt : path);
+    } catch (const std::system_error& error) {
+        throw std::runtime_error(path.value_or("standard output") + ": " + error.code().message());
     }
-    return descriptor;
 }
 
 TraceFile::Form formOf(const Options& options) {
@@ -52,7 +48,7 @@ Session::Session(const Options& options)
       page_(options.report ? std::optional<PageFile>(std::in_place, *options.report) : std::nullopt),
       terminal_(real_ ? Terminal::open() : nullptr),
       trace_(formOf(options), openEvents(options.trace), options.trace.value_or("standard output"), real_),
-      input_(real_ ? std::make_unique<Input>(STDIN_FILENO, terminal_.get()) : nullptr),
+      input_(real_ ? std::make_unique<Input>(kStandardInput, terminal_.get()) : nullptr),
       clock_(makeClock()),
       recorder_(*clock_, capture_, trace_),
       record_(options.scenario ? std::filesystem::path(*options.scenario).stem().string() : "session"),
@@ -104,7 +100,7 @@ std::unique_ptr<Clock> Session::makeClock() {
 void Session::serve(const std::string& place) {
     recorder_.tell(live_);
     recorder_.tell(orders_);
-    input_->alsoWatch(orders_.descriptor());
+    input_->alsoHear(orders_.bell());
     simulation_.takeOrdersFrom(orders_);
     console_.emplace(parsePlace(place), live_, orders_, [this] { return status_.json(now()); });
     const Terminal::Hidden hidden(terminal_.get());

@@ -1,5 +1,6 @@
 #include "sim/Timeline.h"
 
+#include "sim/Calendar.h"
 #include "sim/Event.h"
 #include "sim/EventFields.h"
 
@@ -177,10 +178,9 @@ std::string briefCallText(const Event& event) {
 }
 
 std::string clockText(std::chrono::microseconds wall) {
-    const std::time_t time = std::chrono::floor<std::chrono::seconds>(wall).count();
-    std::tm fields = {};
+    const std::tm fields =
+        utcFields(std::chrono::floor<std::chrono::seconds>(wall).count()).value_or(std::tm{});
     std::array<char, 32> text = {};
-    ::gmtime_r(&time, &fields);
     std::strftime(text.data(), text.size(), "%Y-%m-%d %H:%M:%SZ", &fields);
     return text.data();
 }

@@ -1,17 +1,13 @@
 #include "sim/TraceFile.h"
 
+#include "sim/System.h"
 #include "sim/Terminal.h"
 #include "sim/Timeline.h"
 
-#include <cerrno>
 #include <cstring>
 #include <iostream>
 #include <stdexcept>
-#include <string_view>
 #include <utility>
-
-#include <sys/ioctl.h>
-#include <unistd.h>
 
 namespace sim {
 
@@ -21,12 +17,6 @@ constexpr std::size_t kCollected = std::size_t{64} * 1024;  // bytes
 
 constexpr std::size_t kWidth = 120;  // columns, where nobody tells
 
-/// How many columns fit what the descriptor leads to.
-std::size_t widthOf(int descriptor) {
-    winsize size = {};
-    return ::ioctl(descriptor, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : kWidth;
-}
-
 }  // namespace
 
 TraceFile::TraceFile(Form form, int descriptor, std::string name, bool atOnce)
@@ -34,12 +24,12 @@ TraceFile::TraceFile(Form form, int descriptor, std::string name, bool atOnce)
       descriptor_(descriptor),
       name_(std::move(name)),
       atOnce_(atOnce),
-      brief_(widthOf(descriptor)) {}
+      brief_(system::widthOf(descriptor).value_or(kWidth)) {}
 
 TraceFile::~TraceFile() {
     pending_ += brief_.end();
     flush();
-    ::close(descriptor_);
+    system::closeOutput(descriptor_);
 }
 
 void TraceFile::write(const Event& event) {
@@ -74,14 +64,8 @@ void TraceFile::send() {
         return;
     }
     const Terminal::Hidden hidden(terminal_);
-    std::string_view rest = pending_;
-    while (!rest.empty() && error_ == 0) {
-        const ssize_t written = ::write(descriptor_, rest.data(), rest.size());
-        if (written >= 0) {
-            rest.remove_prefix(static_cast<std::size_t>(written));
-        } else if (errno != EINTR) {
-            error_ = errno;
-        }
+    if (error_ == 0) {
+        error_ = system::writeAll(descriptor_, pending_);
     }
     pending_.clear();
 }

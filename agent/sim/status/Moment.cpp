@@ -1,32 +1,31 @@
 #include "sim/status/Moment.h"
 
+#include "sim/Calendar.h"
+#include "sim/System.h"
+
 #include <array>
 #include <ctime>
+#include <optional>
 
 namespace sim {
 
 namespace {
 
-std::string text(const std::tm& fields, const char* format) {
+std::string text(const std::optional<std::tm>& fields, const char* format) {
     std::array<char, 80> written = {};
-    return std::strftime(written.data(), written.size(), format, &fields) > 0 ? written.data()
-                                                                              : "beyond the calendar";
+    return fields && std::strftime(written.data(), written.size(), format, &*fields) > 0
+               ? written.data()
+               : "beyond the calendar";
 }
 
 }  // namespace
 
 std::string gmtText(std::int64_t moment) {
-    const std::time_t time = moment;
-    std::tm fields = {};
-    return ::gmtime_r(&time, &fields) == nullptr ? "beyond the calendar"
-                                                 : text(fields, "%Y-%m-%d %H:%M:%S GMT");
+    return text(utcFields(moment), "%Y-%m-%d %H:%M:%S GMT");
 }
 
 std::string localText(std::int64_t moment) {
-    const std::time_t time = moment;
-    std::tm fields = {};
-    return ::localtime_r(&time, &fields) == nullptr ? "beyond the calendar"
-                                                    : text(fields, "%Y-%m-%d %H:%M:%S %Z");
+    return text(system::localFields(moment), "%Y-%m-%d %H:%M:%S %Z");
 }
 
 std::string momentText(std::int64_t moment) {

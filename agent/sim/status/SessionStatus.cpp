@@ -1,6 +1,7 @@
 #include "sim/status/SessionStatus.h"
 
 #include "platform/Number.h"
+#include "sim/Calendar.h"
 #include "sim/EventFields.h"
 #include "sim/report/AuditTexts.h"
 #include "sim/status/Moment.h"
@@ -8,7 +9,7 @@
 #include "sim/status/StatusJson.h"
 
 #include <algorithm>
-#include <ctime>
+#include <cstdio>
 
 namespace sim {
 
@@ -32,9 +33,11 @@ std::string property(const agent::NamedValues& list, std::string_view name) {
 
 /// A profile's date, "2026-01-03 GMT 10:00:05" with the day before the month; none for "0".
 std::optional<std::int64_t> profileMoment(const std::string& text) {
-    std::tm fields = {};
-    const char* end = ::strptime(text.c_str(), "%Y-%d-%m GMT %H:%M:%S", &fields);
-    return end == nullptr || *end != '\0' ? std::nullopt : std::optional<std::int64_t>(::timegm(&fields));
+    int year = 0, month = 0, day = 0, hour = 0, minute = 0, second = 0, length = 0;
+    std::sscanf(text.c_str(), "%4d-%2d-%2d GMT %2d:%2d:%2d%n", &year, &day, &month, &hour, &minute, &second,
+                &length);
+    const bool isWhole = length > 0 && static_cast<std::size_t>(length) == text.size();
+    return isWhole ? momentOf(year, month, day, hour, minute, second) : std::nullopt;
 }
 
 std::string counted(std::int64_t number, const char* thing) {

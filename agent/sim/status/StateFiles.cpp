@@ -1,5 +1,6 @@
 #include "sim/status/StateFiles.h"
 
+#include "platform/Clock.h"
 #include "platform/File.h"
 #include "platform/Number.h"
 #include "scheduling/GmtClock.h"
@@ -66,7 +67,7 @@ std::int64_t momentOf(const Value& date, const Value& time) {
     broken.tm_hour = fields.hour;
     broken.tm_min = fields.minute;
     broken.tm_sec = fields.second;
-    return ::timegm(&broken);
+    return platform::momentOfUtc(broken);
 }
 
 int wholeMinutes(std::int64_t seconds) {

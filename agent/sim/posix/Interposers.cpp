@@ -1,10 +1,11 @@
 // System functions that the module must find here instead of in the C library: the program stands first in
 // the order in which symbols are looked up, also with a sanitizer's or a preloaded library in between.
-#include "sim/ModuleFiles.h"
 #include "sim/ProcessTime.h"
+#include "sim/posix/ModuleFiles.h"
 
 #include <atomic>
 #include <cerrno>
+#include <chrono>
 #include <cstdarg>
 #include <ctime>
 
@@ -33,7 +34,10 @@ void stamp(int descriptor) {
     const int saved = errno;
     struct stat state = {};
     if (::fstat(descriptor, &state) == 0 && S_ISREG(state.st_mode)) {
-        const timespec times[2] = {{0, UTIME_OMIT}, sim::shownTime()};
+        const std::chrono::microseconds now = sim::shownTime();
+        const auto whole = std::chrono::floor<std::chrono::seconds>(now);
+        const timespec times[2] = {{0, UTIME_OMIT},
+                                   {whole.count(), std::chrono::nanoseconds(now - whole).count()}};
         ::futimens(descriptor, times);
     }
     errno = saved;
@@ -65,7 +69,7 @@ int openFile(const void* caller, int directory, const char* path, int flags, con
 extern "C" {
 
 INTERPOSED time_t time(time_t* result) noexcept {
-    const time_t now = sim::shownTime().tv_sec;
+    const time_t now = std::chrono::floor<std::chrono::seconds>(sim::shownTime()).count();
     if (result != nullptr) {
         *result = now;
     }

@@ -1,8 +1,8 @@
 #include "sim/Module.h"
 
-#include "sim/ModuleFiles.h"
-#include "sim/ModuleImage.h"
 #include "sim/ProcessTime.h"
+#include "sim/posix/ModuleFiles.h"
+#include "sim/posix/ModuleImage.h"
 
 #include <stdexcept>
 

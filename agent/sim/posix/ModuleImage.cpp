@@ -1,4 +1,4 @@
-#include "sim/ModuleImage.h"
+#include "sim/posix/ModuleImage.h"
 
 #include <algorithm>
 #include <stdexcept>

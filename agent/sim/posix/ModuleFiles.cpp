@@ -1,4 +1,4 @@
-#include "sim/ModuleFiles.h"
+#include "sim/posix/ModuleFiles.h"
 
 #include <map>
 #include <mutex>
