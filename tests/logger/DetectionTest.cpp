@@ -135,8 +135,8 @@ TEST_F(DetectionTest, ScriptInheritsNoFileOfTheModule) {
            "open");
     const std::string descriptors = workspace_.read("test.fds");
     EXPECT_NE(descriptors.find("test.fds"), std::string::npos);
-    EXPECT_EQ(descriptors.find(workspace_.path("log")), std::string::npos) << descriptors;
-    EXPECT_EQ(descriptors.find(workspace_.path("state")), std::string::npos) << descriptors;
+    EXPECT_EQ(descriptors.find(workspace_.path("log").string()), std::string::npos) << descriptors;
+    EXPECT_EQ(descriptors.find(workspace_.path("state").string()), std::string::npos) << descriptors;
 }
 
 TEST_F(DetectionTest, RoutedLinesOfADeliveryComeBackDuringIt) {

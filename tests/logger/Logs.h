@@ -3,6 +3,7 @@
 
 #include "support/Workspace.h"
 
+#include <filesystem>
 #include <regex>
 #include <set>
 #include <string>
@@ -26,12 +27,13 @@ inline std::string withoutStamps(const std::string& text) {
     return std::regex_replace(text, stamp, "|");
 }
 
-/// The log files and archives below the workspace, as "NAME TEXT; ..." with line ends as "/".
+/// The log files and archives below the workspace, as "NAME TEXT; ..." with line ends, of
+/// either kind, as "/".
 inline std::string files(const support::Workspace& workspace) {
-    const std::string root = workspace.path("").string();
+    const std::filesystem::path root = workspace.path("");
     std::set<std::string> texts;
     for (const auto& entry : std::filesystem::recursive_directory_iterator(root)) {
-        const std::string name = entry.path().string().substr(root.size());
+        const std::string name = entry.path().lexically_relative(root).generic_string();
         if (entry.is_regular_file() && name.find("test.") != 0 && name != "config") {
             texts.insert(name + " " + withoutStamps(workspace.read(name)));
         }
@@ -40,7 +42,7 @@ inline std::string files(const support::Workspace& workspace) {
     for (const std::string& text : texts) {
         all += (all.empty() ? "" : "; ") + text;
     }
-    return std::regex_replace(all, std::regex("\n"), "/");
+    return std::regex_replace(all, std::regex("\r?\n"), "/");
 }
 
 }  // namespace logs

@@ -75,7 +75,7 @@ TEST(Schedule, NoLockIsHeldWhileTheAgentIsCalled) {
     } observer;
     const agent::AgentHost host({&observer, nullptr, nullptr});
     const support::Workspace workspace;
-    ScheduleRSMHandler handler(workspace.path("schedule.xml").c_str());
+    ScheduleRSMHandler handler(workspace.path("schedule.xml").string().c_str());
     // A period that is over is stored, but nothing is started.
     std::string texts[] = {"RSMStartDate", "2007:09:30", "RSMStartTime", "05:06:00"};
     Prop properties[] = {{texts[0].data(), nullptr, nullptr, texts[1].data()},

@@ -1,6 +1,6 @@
 #include "support/Replay.h"
 
-#include "support/Shell.h"
+#include "support/Program.h"
 
 #include <cmath>
 #include <sstream>
@@ -20,8 +20,7 @@ Replay::Replay(const Workspace& workspace, const std::string& scenario, const st
                const std::string& options) {
     workspace.write("test.scenario", scenario);
     const Run run =
-        shell(workspace,
-              "TZ='" + zone + "' '" KRX_AGENT_SIM "' replay test.scenario --trace test.trace " + options);
+        runProgram(workspace, KRX_AGENT_SIM, "replay test.scenario --trace test.trace " + options, zone);
     exitStatus_ = run.status;
     printed_ = run.printed;
     bytes_ = workspace.read("test.trace");

@@ -1,19 +1,15 @@
 #include "support/Workspace.h"
 
-#include <cstdlib>
+#include "support/Program.h"
+
 #include <fstream>
 #include <iterator>
 #include <set>
-#include <stdexcept>
 
 namespace support {
 
 Workspace::Workspace() {
-    std::string name = (std::filesystem::temp_directory_path() / "zephan-test-XXXXXX").string();
-    if (::mkdtemp(name.data()) == nullptr) {
-        throw std::runtime_error("no directory for the test");
-    }
-    root_ = name;
+    root_ = newDirectory();
     std::filesystem::create_directories(root_ / "log");
     std::filesystem::create_directories(root_ / "state");
 }
