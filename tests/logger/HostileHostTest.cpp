@@ -144,6 +144,21 @@ TEST_F(HostileHostTest, FullDiskTearsNoEntry) {
     EXPECT_EQ(written(), "|a|b|c");
 }
 
+TEST_F(HostileHostTest, LargestSizeOfFilesEndsNobody) {
+    support::inChild([this] {
+        const rlimit limit = {4000, RLIM_INFINITY};
+        ::setrlimit(RLIMIT_FSIZE, &limit);  // beyond it a write sends a signal, whose default is the end
+        start();
+        log("a");
+        log(std::string(4000, '-').c_str());
+        EXPECT_EQ(std::signal(SIGXFSZ, SIG_DFL), SIG_DFL);
+        sigset_t pending{};
+        ::sigpending(&pending);
+        EXPECT_EQ(sigismember(&pending, SIGXFSZ), 0);
+    });
+    EXPECT_EQ(written(), "|a");
+}
+
 TEST_F(HostileHostTest, OutputOfAHostWithoutStandardDescriptorsLandsInNoFile) {
     support::inChild([this] {
         ::close(0), ::close(1), ::close(2);

@@ -2,53 +2,18 @@
 
 #include "platform/KeptTexts.h"
 #include "platform/Mutex.h"
-#include "platform/ThreadEnd.h"
+#include "platform/posix/WriteSignals.h"
 
 #include <array>
 #include <atomic>
-#include <cerrno>
-#include <csignal>
 #include <cstddef>
 #include <cstdio>
-#include <ctime>
 #include <new>
 #include <stdio_ext.h>
 #include <string_view>
 
 namespace platform {
 namespace {
-
-/// While one lives, a pipe without reader makes the calling thread's writes fail and sends no signal that
-/// would end the process; nor is the thread unwound.
-class Guard final {
-  public:
-    Guard() noexcept {
-        sigemptyset(&pipe_);
-        sigaddset(&pipe_, SIGPIPE);
-        pthread_sigmask(SIG_BLOCK, &pipe_, &before_);
-        if (sigismember(&before_, SIGPIPE) == 1) {  // only then it can have come before
-            sigset_t pending{};
-            wasPending_ = sigpending(&pending) == 0 && sigismember(&pending, SIGPIPE) == 1;
-        }
-        errno = 0;
-    }
-    Guard(const Guard&) = delete;
-    Guard& operator=(const Guard&) = delete;
-    ~Guard() {
-        if (errno == EPIPE && !wasPending_) {
-            const std::timespec noTime{};
-            while (sigtimedwait(&pipe_, nullptr, &noTime) < 0 && errno == EINTR) {
-            }
-        }
-        pthread_sigmask(SIG_SETMASK, &before_, nullptr);
-    }
-
-  private:
-    KeepThread keep_;
-    sigset_t pipe_{};
-    sigset_t before_{};
-    bool wasPending_ = false;
-};
 
 /// For a stream whose lock the caller holds: whether a text fits its buffer, which takes no system call.
 bool fitsBuffer(std::string_view text, std::FILE* stream) noexcept {
@@ -60,7 +25,7 @@ void write(std::string_view text, std::FILE* stream) noexcept {
     if (fitsBuffer(text, stream)) {
         fwrite_unlocked(text.data(), 1, text.size(), stream);
     } else {
-        const Guard guard;
+        const posix::WriteSignals guard;
         fwrite_unlocked(text.data(), 1, text.size(), stream);
     }
 }
@@ -144,7 +109,7 @@ void echo(const char* text) noexcept {
 void flushEcho() noexcept {
     const Writer writer(output());
     if (writer.isWriter()) {
-        const Guard guard;
+        const posix::WriteSignals guard;
         fflush_unlocked(stdout);
     }
 }

@@ -3,9 +3,11 @@
 #include "platform/ThreadEnd.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cerrno>
 
 #include <fcntl.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -14,6 +16,8 @@ namespace {
 
 constexpr int kFirstFreeDescriptor = 3;
 constexpr mode_t kFileMode = 0666;  // less the process's umask
+
+std::atomic<bool> sizeIsLimited;
 
 int flagsOf(OpenMode mode) noexcept {
     switch (mode) {
@@ -62,6 +66,8 @@ int openDescriptor(int directory, const char* path, int flags) noexcept {
 
 int openRegular(int directory, const char* path, OpenMode mode) noexcept {
     const KeepThread keep;
+    rlimit limit{};
+    sizeIsLimited = ::getrlimit(RLIMIT_FSIZE, &limit) == 0 && limit.rlim_cur != RLIM_INFINITY;
     struct stat status {};
     // Before it is opened, which other things could take for an order.
     if (::fstatat(directory, path, &status, 0) == 0 && !S_ISREG(status.st_mode)) {
@@ -81,6 +87,10 @@ int openRegular(int directory, const char* path, OpenMode mode) noexcept {
     ::close(descriptor);
     errno = error;
     return -1;
+}
+
+bool isSizeLimited() noexcept {
+    return sizeIsLimited;
 }
 
 }  // namespace platform::posix

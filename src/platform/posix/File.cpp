@@ -2,10 +2,12 @@
 
 #include "platform/ThreadEnd.h"
 #include "platform/posix/Descriptor.h"
+#include "platform/posix/WriteSignals.h"
 
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <optional>
 #include <utility>
 
 #include <fcntl.h>
@@ -111,6 +113,10 @@ std::optional<std::size_t> File::append(std::string_view text) noexcept {
         const off_t position = ::lseek(descriptor_, 0, SEEK_CUR);
         return position == ::lseek(descriptor_, 0, SEEK_END) ? position : -1;
     };
+    std::optional<posix::WriteSignals> signals;
+    if (posix::isSizeLimited()) {
+        signals.emplace();
+    }
     std::size_t done = 0;
     while (done < text.size()) {
         if (done > 0 && ownEnd() < 0) {
@@ -135,6 +141,7 @@ bool File::overwriteStart(std::string_view record) noexcept {
     if (record.size() > old.size()) {
         return false;
     }
+    const posix::WriteSignals signals;
     const std::size_t oldLength = readStart(old.data(), record.size());
     if (writeAllAt(descriptor_, record, 0)) {
         return true;
