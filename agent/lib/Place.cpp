@@ -11,11 +11,14 @@ thread_local Whereabouts ofThisThread;
 Place::Place(const char* name, Side side) : name_(name), side_(side), outer_(here().innermost) {
     Whereabouts& thread = here();
     thread.innermost = this;
+    thread.inModule = side == Side::module;
     thread.moves.fetch_add(1, std::memory_order_relaxed);
 }
 
 Place::~Place() {
-    here().innermost = outer_;
+    Whereabouts& thread = here();
+    thread.innermost = outer_;
+    thread.inModule = outer_ != nullptr && outer_->side_ == Side::module;
 }
 
 Whereabouts& Place::here() {
@@ -23,8 +26,7 @@ Whereabouts& Place::here() {
 }
 
 bool Place::isInModule(const Whereabouts& thread) {
-    const Place* place = thread.innermost;
-    return place != nullptr && place->side_ == Side::module;
+    return thread.inModule;
 }
 
 std::string Place::describe(const Whereabouts& thread) {

@@ -14,6 +14,7 @@ class Place;
 /// What another thread can see of where a thread is.
 struct Whereabouts {
     std::atomic<const Place*> innermost = nullptr;
+    std::atomic<bool> inModule = false;    ///< its side; a place itself may end while it is looked at
     std::atomic<std::uint64_t> moves = 0;  ///< counts how often a place was entered
 };
 

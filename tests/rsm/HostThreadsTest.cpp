@@ -37,17 +37,20 @@ class Agent final : public agent::Observer, public agent::Enterprise {
     void onLog(int level, std::string_view text) override {
         const std::lock_guard lock(mutex_);
         lines_ += std::to_string(level) + " " + std::string(text) + "|";
-        if (atLine) {
-            atLine(text);
+        if (atLine_) {
+            atLine_(text);
         }
     }
     void onForcePoll() override { count(polls_); }
     void onSleep(unsigned int /*milliseconds*/) override { count(sleeps_); }
     std::int8_t receive(const std::string& /*member*/, const agent::NamedValues& record) override {
-        if (atRecord) {
-            atRecord();
+        std::unique_lock lock(mutex_);
+        const auto action = atRecord_;
+        lock.unlock();
+        if (action) {
+            action();  // may end the thread
         }
-        const std::lock_guard lock(mutex_);
+        lock.lock();
         mode_ = record.at(0).second.value();
         changed_.notify_all();
         return 0;
@@ -68,8 +71,14 @@ class Agent final : public agent::Observer, public agent::Enterprise {
         return changed_.wait_for(lock, 30s, [&] { return sleeps_ >= altogether; });
     }
 
-    std::function<void(std::string_view)> atLine;
-    std::function<void()> atRecord;
+    void setAtLine(std::function<void(std::string_view)> action) {
+        const std::lock_guard lock(mutex_);
+        atLine_ = std::move(action);
+    }
+    void setAtRecord(std::function<void()> action) {
+        const std::lock_guard lock(mutex_);
+        atRecord_ = std::move(action);
+    }
 
   private:
     void count(int& counter) {
@@ -85,6 +94,8 @@ class Agent final : public agent::Observer, public agent::Enterprise {
 
     mutable std::mutex mutex_;
     std::condition_variable changed_;
+    std::function<void(std::string_view)> atLine_;
+    std::function<void()> atRecord_;
     std::string lines_;
     std::string mode_;
     int polls_ = 0;
@@ -137,15 +148,15 @@ class HostThreads : public testing::Test {
 void endIn(Agent& agent, const std::function<void()>& call, const std::function<void()>& end) {
     std::thread caller([&] {
         const auto self = std::this_thread::get_id();
-        agent.atRecord = [&, self] {
+        agent.setAtRecord([&, self] {
             if (std::this_thread::get_id() == self) {
                 end();
             }
-        };
+        });
         call();
     });
     caller.join();
-    agent.atRecord = nullptr;
+    agent.setAtRecord(nullptr);
 }
 
 TEST_F(HostThreads, OneThatIsUnwoundInAReportLeavesNothingHeld) {
@@ -219,17 +230,17 @@ TEST_F(HostThreads, AHostMayUseItsTextAnewAsSoonAsSomethingIsLogged) {
     // The thread's lines fail to rotate, too, and no line does while another one's is told.
     EXPECT_TRUE(agent_.waitForSleeps(1));
     char text[] = "a tunnel is opened\n";
-    agent_.atLine = [&](std::string_view line) {
+    agent_.setAtLine([&](std::string_view line) {
         if (line.find("Error renaming file") != std::string_view::npos) {
             std::fill(text, text + sizeof text - 1, '-');
         }
-    };
+    });
     testing::internal::CaptureStdout();
     library_.ZPXRSMLoggerAudit(text);
     EXPECT_NE(testing::internal::GetCapturedStdout().find("a tunnel is opened"), std::string::npos);
     EXPECT_EQ(text[0], '-');
     EXPECT_TRUE(agent_.waitForMode("FORCE_POLL_ACTIVITY"));
-    agent_.atLine = nullptr;
+    agent_.setAtLine(nullptr);
     stop();
 }
 
