@@ -1,6 +1,7 @@
 #include "controller/ForcePollingTask.h"
 
 #include "controller/ZephanRSMSingleTon.h"
+#include "platform/EchoWithoutWait.h"
 #include "platform/agent/Logging.h"
 #include "platform/agent/ServiceAgent.h"
 #include "platform/agent/Threads.h"
@@ -22,6 +23,7 @@ unsigned int millisecondsOf(std::int32_t seconds) noexcept {
 }  // namespace
 
 int ForcePollingTask::DataPollingTask(void* argument) {
+    const platform::EchoWithoutWait echo(platform::EchoWithoutWait::Kind::PollingThread);
     const PollingThread::Number number = PollingThread::enter(argument);
     const auto isTheirs = [number] {
         const auto controller = ZephanRSMSingleTon::existing();

@@ -243,7 +243,8 @@ PollingThread::Held PollingThread::held() const {
 }
 
 bool PollingThread::isHeld() const {
-    return held() != nullptr;
+    const platform::Lock lock(lock_);
+    return object_ != nullptr || (number_ != 0 && !closing_);
 }
 
 bool PollingThread::seesOrders() const {

@@ -38,7 +38,7 @@ class PollingThread final {
     std::int8_t createThread(KRXThreadEntry entry, void* argument, const std::function<void()>& alreadyThere);
     /// Releases the object of a thread that no longer runs.
     void releaseFinished();
-    /// A thread object is held, be it of a finished thread.
+    /// A thread object is held, be it of a finished thread or of one that is just being started.
     bool isHeld() const;
     /// A thread is there that will still see an order given before this call.
     bool seesOrders() const;

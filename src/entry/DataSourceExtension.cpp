@@ -3,6 +3,7 @@
 #include "controller/ZephanRSMSingleTon.h"
 #include "entry/Guard.h"
 #include "entry/Lifecycle.h"
+#include "platform/EchoWithoutWait.h"
 #include "platform/agent/Logging.h"
 #include "platform/agent/Messaging.h"
 #include "scheduling/PropertyAnswer.h"
@@ -96,8 +97,10 @@ std::int8_t ZPXRSMDSStartup(void** handle, const char* scheduleFilePath) {
 }
 
 std::int8_t ZPXRSMDSShutdown(void) {
-    KRXLog(level::kForce, "Custom HVK Extension: %s shutdown complete.\n", kExtension);
-    return entry::kSuccess;
+    return entry::answerAfter(entry::kSuccess, [] {
+        const platform::EchoWithoutWait echo(platform::EchoWithoutWait::Kind::Stop);
+        KRXLog(level::kForce, "Custom HVK Extension: %s shutdown complete.\n", kExtension);
+    });
 }
 
 std::int32_t ZPXRSMDSGet(void) {
@@ -118,16 +121,18 @@ std::int8_t ZPXRSMDSDestoryResponse(void) {
 }
 
 std::int8_t ZPXRSMDSDestroyPropList(void* /*reserved1*/, void* /*reserved2*/, PropList* list) {
-    if (list == nullptr) {
-        KRXLog(level::kError, "ZPXRSMDSDestroyPropList: null property list, nothing to destroy?!\n");
-        return entry::kSuccess;
+    const std::int8_t result = entry::answerAfter(entry::kSuccess, [list] {
+        if (list == nullptr) {
+            KRXLog(level::kError, "ZPXRSMDSDestroyPropList: null property list, nothing to destroy?!\n");
+        } else if (list->properties == nullptr) {
+            KRXLog(level::kError, "ZPXRSMDSDestroyPropList: null properties array?!\n");
+        } else {
+            KRXLog(level::kError, "\n ZPXRSMDSDestroyPropList: deleting properties.... \n");
+        }
+    });
+    if (list != nullptr) {
+        releaseProperties(list);
     }
-    if (list->properties == nullptr) {
-        KRXLog(level::kError, "ZPXRSMDSDestroyPropList: null properties array?!\n");
-    } else {
-        KRXLog(level::kError, "\n ZPXRSMDSDestroyPropList: deleting properties.... \n");
-    }
-    releaseProperties(list);
-    return entry::kSuccess;
+    return result;
 }
 }

@@ -22,4 +22,13 @@ Result guarded(Result failure, Body&& body) {
     }
 }
 
+/// Runs what an export has to log at its end, and answers `result` whatever becomes of that.
+template <typename Result, typename Body>
+Result answerAfter(Result result, Body&& body) {
+    return guarded(result, [&] {
+        body();
+        return result;
+    });
+}
+
 }  // namespace entry

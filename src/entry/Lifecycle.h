@@ -1,9 +1,11 @@
 #pragma once
 
 #include "controller/ZephanRSMSingleTon.h"
+#include "platform/EchoWithoutWait.h"
 #include "platform/Published.h"
 
 #include <chrono>
+#include <optional>
 
 namespace entry {
 
@@ -16,6 +18,9 @@ class Lifecycle final {
     enum class Kind { Start, Stop };
 
     explicit Lifecycle(Kind kind) noexcept {
+        if (kind == Kind::Stop) {
+            echo_.emplace(platform::EchoWithoutWait::Kind::Stop);
+        }
         const std::chrono::milliseconds patience(kind == Kind::Start ? 4000 : 100);
         platform::Mutex::Wait outcome = mutex().waitFor(patience);
         // Left behind by a thread that ended in its start or stop.
@@ -51,6 +56,7 @@ class Lifecycle final {
         return *mutex;
     }
 
+    std::optional<platform::EchoWithoutWait> echo_;
     bool held_ = false;
 };
 

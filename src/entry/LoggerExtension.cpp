@@ -48,8 +48,9 @@ std::int8_t startUp(const char* initParam) {
 template <typename Delivery>
 std::int8_t take(const char* message, Delivery&& deliver) {
     if (message == nullptr) {
-        KRXLog(level::kError, "Remote Detection LoggerLog: NULL message pointer %x", 0U);
-        return entry::kFailure;
+        return entry::answerAfter(entry::kFailure, [] {
+            KRXLog(level::kError, "Remote Detection LoggerLog: NULL message pointer %x", 0U);
+        });
     }
     // The host may use its own text for the next message as soon as something is logged.
     const entry::TextCopy copy(message);

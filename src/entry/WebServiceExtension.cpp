@@ -3,6 +3,7 @@
 #include "controller/ZephanRSMSingleTon.h"
 #include "entry/Guard.h"
 #include "entry/Lifecycle.h"
+#include "platform/EchoWithoutWait.h"
 #include "platform/agent/Logging.h"
 #include "webservice/ZephanServicesServiceImpl.h"
 
@@ -15,11 +16,11 @@ constexpr char kExtension[] = "RSM WebService Extension";
 extern "C" {
 
 std::int8_t ZPXRSMWSStartup(void** handle, ZPServiceAgent* serviceAgent) {
-    if (handle == nullptr) {
-        KRXLog(level::kError, "\nRSMWSExtnStartup: ZephanServices Invalid (null) handle\n");
-        return entry::kFailure;
-    }
     return entry::guarded(entry::kFailure, [&] {
+        if (handle == nullptr) {
+            KRXLog(level::kError, "\nRSMWSExtnStartup: ZephanServices Invalid (null) handle\n");
+            return entry::kFailure;
+        }
         const auto controller = [] {
             const entry::Lifecycle lifecycle(entry::Lifecycle::Kind::Start);
             return lifecycle.controllerForStart();
@@ -36,34 +37,39 @@ std::int8_t ZPXRSMWSStartup(void** handle, ZPServiceAgent* serviceAgent) {
 }
 
 std::int8_t ZPXRSMWSShutdown(void* handle) {
-    if (handle == nullptr) {
-        KRXLog(level::kError, "RSMWSExtnShutdown: null ph\n");
-        return entry::kFailure;
-    }
-    KRXLog(level::kForce, "Custom HVK Extension: %s shutdown complete.\n", kExtension);
-    return entry::kSuccess;
+    return entry::answerAfter(handle == nullptr ? entry::kFailure : entry::kSuccess, [handle] {
+        const platform::EchoWithoutWait echo(platform::EchoWithoutWait::Kind::Stop);
+        if (handle == nullptr) {
+            KRXLog(level::kError, "RSMWSExtnShutdown: null ph\n");
+        } else {
+            KRXLog(level::kForce, "Custom HVK Extension: %s shutdown complete.\n", kExtension);
+        }
+    });
 }
 
 std::int8_t ZPXRSMWSCreateService(void* handle, ZPService** service) {
-    if (service == nullptr) {
-        KRXLog(level::kError, "ZephanServices Invalid (null) ppSvc\n");
-        return entry::kFailure;
-    }
-    if (handle == nullptr) {
-        KRXLog(
-            level::kError,
-            "RSM Singleton Object is not there. Can't Continue. RSM Singleton should have been initialized in WSEStartup\n");
-        return entry::kFailure;
+    if (service == nullptr || handle == nullptr) {
+        return entry::answerAfter(entry::kFailure, [service] {
+            if (service == nullptr) {
+                KRXLog(level::kError, "ZephanServices Invalid (null) ppSvc\n");
+            } else {
+                KRXLog(
+                    level::kError,
+                    "RSM Singleton Object is not there. Can't Continue. RSM Singleton should have been initialized in WSEStartup\n");
+            }
+        });
     }
     using KRX::Services::ZephanServicesNS::ZephanServicesServiceImpl;
     *service = entry::guarded<ZPService*>(nullptr, [] { return new ZephanServicesServiceImpl; });
-    KRXLog(level::kForce, "Custom HVK Extension: %s CreateService complete.\n", kExtension);
-    return entry::kSuccess;
+    return entry::answerAfter(entry::kSuccess, [] {
+        KRXLog(level::kForce, "Custom HVK Extension: %s CreateService complete.\n", kExtension);
+    });
 }
 
 std::int8_t ZPXRSMWSDestroyService(void* /*handle*/, ZPService* service) {
     delete service;
-    KRXLog(level::kForce, "Custom HVK Extension: %s DestroyService complete.\n", kExtension);
-    return entry::kSuccess;
+    return entry::answerAfter(entry::kSuccess, [] {
+        KRXLog(level::kForce, "Custom HVK Extension: %s DestroyService complete.\n", kExtension);
+    });
 }
 }

@@ -8,7 +8,7 @@ namespace platform {
 ///
 /// While standard output takes nothing (a pipe that nobody reads), one thread waits for it at most: a thread
 /// that finds another one writing leaves its text to that one and goes on. Up to 1 MiB of such texts is kept,
-/// what is more is lost, each text whole.
+/// what is more is lost, each text whole. A thread with an `EchoWithoutWait` does not wait at all.
 void echo(const char* text) noexcept;
 
 /// Hands on to the system what the C stream has kept of standard output, unless another thread is writing to

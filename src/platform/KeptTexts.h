@@ -18,7 +18,8 @@ class KeptTexts final {
     static constexpr std::size_t kTakenAtOnce = 1024;
 
     void keep(std::string_view text) noexcept;
-    bool isAny() const noexcept { return kept_ != taken_; }
+    std::size_t size() const noexcept { return static_cast<std::size_t>(kept_ - taken_); }
+    bool isAny() const noexcept { return size() != 0; }
     /// Not a mere look: of two threads, one that keeps and then tries for the writer's role and one that
     /// gives it back and then comes here, at least one finds what it looks for.
     bool isAnyAfterAll() noexcept { return kept_.fetch_add(0) != taken_; }

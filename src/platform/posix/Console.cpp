@@ -1,5 +1,6 @@
 #include "platform/Console.h"
 
+#include "platform/EchoWithoutWait.h"
 #include "platform/KeptTexts.h"
 #include "platform/Mutex.h"
 #include "platform/posix/WriteSignals.h"
@@ -11,6 +12,11 @@
 #include <new>
 #include <stdio_ext.h>
 #include <string_view>
+
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/ioctl.h>
+#include <unistd.h>
 
 namespace platform {
 namespace {
@@ -97,12 +103,34 @@ bool writeOrdinary(std::string_view text, const Output& output) noexcept {
     return isOrdinary;
 }
 
+/// Whether standard output takes so many bytes without a wait, as far as that can be known.
+bool isRoomFor(std::size_t size) noexcept {
+    constexpr std::size_t kPartlyFilled =
+        2 * 4096;  // a pipe counts in pages, and its first and last may hold less
+    pollfd output{STDOUT_FILENO, POLLOUT, 0};
+    if (::poll(&output, 1, 0) != 1) {
+        return false;
+    }
+    int used = 0;
+    const int whole = ::fcntl(STDOUT_FILENO, F_GETPIPE_SZ);
+    return (output.revents & POLLOUT) == 0 ||
+           whole < 0 ||  // an error is no wait; a file and a terminal say the truth
+           (::ioctl(STDOUT_FILENO, FIONREAD, &used) == 0 &&
+            size + static_cast<std::size_t>(used) + kPartlyFilled <= static_cast<std::size_t>(whole));
+}
+
 }  // namespace
 
 void echo(const char* text) noexcept {
     Output& out = output();
-    if (!writeOrdinary(text, out)) {
-        writeOrKeep<Writer>(text, out);
+    const std::string_view all = text;
+    if (writeOrdinary(all, out)) {
+        return;
+    }
+    if (EchoWithoutWait::isActive() && !isRoomFor(__fpending(stdout) + out.texts.size() + all.size())) {
+        out.texts.keep(all);
+    } else {
+        writeOrKeep<Writer>(all, out);
     }
 }
 
