@@ -31,17 +31,20 @@ void KRXLog(int level, const char* format, ...) {
     const agent::AgentCall call("KRXLog");
     const agent::LogLock lock(agent::settings().logLock);
     std::va_list arguments;
+    std::va_list again;
     va_start(arguments, format);
+    va_copy(again, arguments);
     const int length = std::vsnprintf(nullptr, 0, format, arguments);
     va_end(arguments);
     const std::size_t size = length < 0 ? 0 : static_cast<std::size_t>(length) + 1;
     const std::unique_ptr<char[]> text(length < 0 ? nullptr : new (std::nothrow) char[size]);
+    if (text != nullptr) {
+        std::vsnprintf(text.get(), size, format, again);
+    }
+    va_end(again);
     if (text == nullptr) {
         return;  // A line that finds no memory is lost; its writer goes on.
     }
-    va_start(arguments, format);
-    std::vsnprintf(text.get(), size, format, arguments);
-    va_end(arguments);
     try {
         deliver(level, text.get());
     } catch (const std::bad_alloc&) {
