@@ -1,15 +1,10 @@
 #include "platform/Console.h"
 
 #include "platform/EchoWithoutWait.h"
-#include "platform/KeptTexts.h"
-#include "platform/Mutex.h"
+#include "platform/OutputRole.h"
 #include "platform/posix/WriteSignals.h"
 
-#include <array>
-#include <atomic>
-#include <cstddef>
 #include <cstdio>
-#include <new>
 #include <stdio_ext.h>
 #include <string_view>
 
@@ -36,32 +31,11 @@ void write(std::string_view text, std::FILE* stream) noexcept {
     }
 }
 
-/// Standard output as the module's threads share it: one at a time has the role of the writer and may wait
-/// for whoever reads; nobody waits for the role.
-struct Output {
-    Mutex role;
-    std::atomic<bool> writerDied{false};  ///< in a write perhaps, which leaves the stream locked for ever
-    KeptTexts texts;
-};
-
-/// Never destroyed: threads of the host may still be here while the process ends.
-Output& output() noexcept {
-    alignas(Output) static std::array<std::byte, sizeof(Output)> storage;
-    static Output* const object = ::new (storage.data()) Output;
-    return *object;
-}
-
 /// The writer's role and the stream for a scope, if both are to be had.
 class Writer final {
   public:
-    explicit Writer(Output& output) noexcept : output_(output) {
-        Mutex::Wait outcome = output.role.tryWait();
-        if (outcome == Mutex::Wait::Abandoned) {
-            output.writerDied = true;
-            outcome = output.role.tryWait();
-        }
-        hasRole_ = outcome == Mutex::Wait::Obtained;
-        if (hasRole_ || output.role.creationError() != 0) {
+    explicit Writer(Output& output) noexcept : role_(output) {
+        if (role_.mayWrite()) {
             if (output.writerDied) {
                 isWriter_ = ftrylockfile(stdout) == 0;
             } else {
@@ -76,17 +50,13 @@ class Writer final {
         if (isWriter_) {
             funlockfile(stdout);
         }
-        if (hasRole_) {
-            output_.role.release();
-        }
     }
 
     bool isWriter() const noexcept { return isWriter_; }
     void write(std::string_view text) const noexcept { platform::write(text, stdout); }
 
   private:
-    Output& output_;
-    bool hasRole_ = false;
+    const OutputRole role_;  // given back after the stream
     bool isWriter_ = false;
 };
 

@@ -1,54 +1,21 @@
 #include "platform/Console.h"
 
-#include "platform/KeptTexts.h"
-#include "platform/Mutex.h"
+#include "platform/OutputRole.h"
 #include "platform/windows/System.h"
 
-#include <atomic>
-#include <cstddef>
 #include <cstdio>
 #include <io.h>
-#include <new>
 #include <string_view>
 
 namespace platform {
 namespace {
 
-/// Standard output as the module's threads share it: one at a time has the role of the writer and may wait
-/// for whoever reads; nobody waits for the role.
-struct Output {
-    Mutex role;
-    std::atomic<bool> writerDied{false};  ///< in a write perhaps, which leaves the stream locked for ever
-    KeptTexts texts;
-};
-
-/// Never destroyed: threads of the host may still be here while the process ends.
-Output& output() noexcept {
-    alignas(Output) static std::byte storage[sizeof(Output)];
-    static Output* const object = ::new (storage) Output;
-    return *object;
-}
-
-/// The writer's role for a scope, if it is to be had.
+/// The stream for a scope, if the writer's role is to be had.
 class Writer final {
   public:
-    explicit Writer(Output& output) noexcept : output_(output) {
-        Mutex::Wait outcome = output.role.tryWait();
-        if (outcome == Mutex::Wait::Abandoned) {
-            output.writerDied = true;
-            outcome = output.role.tryWait();
-        }
-        hasRole_ = outcome == Mutex::Wait::Obtained;
-    }
-    Writer(const Writer&) = delete;
-    Writer& operator=(const Writer&) = delete;
-    ~Writer() {
-        if (hasRole_) {
-            output_.role.release();
-        }
-    }
+    explicit Writer(Output& output) noexcept : output_(output), role_(output) {}
 
-    bool isWriter() const noexcept { return hasRole_ || output_.role.creationError() != 0; }
+    bool isWriter() const noexcept { return role_.mayWrite(); }
     void write(std::string_view text) const noexcept {
         if (output_.writerDied) {
             writeAround(text);
@@ -70,8 +37,8 @@ class Writer final {
         ::WriteFile(handle, text.data(), static_cast<DWORD>(text.size()), &written, nullptr);
     }
 
-    Output& output_;
-    bool hasRole_ = false;
+    const Output& output_;
+    const OutputRole role_;
 };
 
 }  // namespace
