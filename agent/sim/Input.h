@@ -6,6 +6,7 @@
 #include <chrono>
 #include <deque>
 #include <string>
+#include <string_view>
 
 namespace sim {
 
@@ -37,6 +38,10 @@ class Input final {
 
   private:
     void read();
+    /// Makes lines of what came in.
+    void take(std::string_view bytes);
+    /// Nothing more comes: what has no line end is the last line.
+    void end();
 
     int descriptor_;
     Terminal* terminal_;

@@ -18,6 +18,9 @@ class StdoutCapture final {
     std::string take();
 
   private:
+    /// The result of a call of the C library. Throws std::system_error when it is negative.
+    static int checked(int result, const char* what);
+
     int original_ = -1;
     int collected_ = -1;
 };

@@ -66,12 +66,6 @@ bool Input::wait(std::chrono::microseconds time) {
     return watched[0].revents != 0 || watched[1].revents != 0 || watched[2].revents != 0;
 }
 
-std::string Input::takeLine() {
-    std::string line = std::move(lines_.front());
-    lines_.pop_front();
-    return line;
-}
-
 void Input::read() {
     if (terminal_ != nullptr) {
         open_ = terminal_->read(lines_);
@@ -83,18 +77,10 @@ void Input::read() {
         return;
     }
     if (size <= 0) {
-        open_ = false;
-        if (!partial_.empty()) {
-            lines_.push_back(std::exchange(partial_, {}));
-        }
+        end();
         return;
     }
-    partial_.append(buffer.data(), static_cast<std::size_t>(size));
-    std::size_t start = 0;
-    for (std::size_t end = 0; (end = partial_.find('\n', start)) != std::string::npos; start = end + 1) {
-        lines_.push_back(partial_.substr(start, end - start));
-    }
-    partial_.erase(0, start);
+    take({buffer.data(), static_cast<std::size_t>(size)});
 }
 
 }  // namespace sim

@@ -1,8 +1,6 @@
 #include "sim/StdoutCapture.h"
 
-#include <cerrno>
 #include <cstdio>
-#include <system_error>
 
 #include <fcntl.h>
 #include <sys/mman.h>
@@ -10,17 +8,6 @@
 #include <unistd.h>
 
 namespace sim {
-
-namespace {
-
-int checked(int result, const char* what) {
-    if (result < 0) {
-        throw std::system_error(errno, std::generic_category(), std::string("standard output: ") + what);
-    }
-    return result;
-}
-
-}  // namespace
 
 StdoutCapture::StdoutCapture() {
     std::fflush(stdout);

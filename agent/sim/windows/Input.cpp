@@ -82,25 +82,11 @@ bool Input::wait(std::chrono::microseconds time) {
     return true;
 }
 
-std::string Input::takeLine() {
-    std::string line = std::move(lines_.front());
-    lines_.pop_front();
-    return line;
-}
-
 /// In the lock of what arrived.
 void Input::read() {
-    partial_ += std::exchange(arrived().bytes, {});
-    std::size_t start = 0;
-    for (std::size_t end = 0; (end = partial_.find('\n', start)) != std::string::npos; start = end + 1) {
-        lines_.push_back(partial_.substr(start, end - start));
-    }
-    partial_.erase(0, start);
+    take(std::exchange(arrived().bytes, {}));
     if (arrived().isOver) {
-        open_ = false;
-        if (!partial_.empty()) {
-            lines_.push_back(std::exchange(partial_, {}));
-        }
+        end();
     }
 }
 

@@ -3,23 +3,14 @@
 #include "sim/windows/WindowsTime.h"
 
 #include <array>
-#include <cerrno>
 #include <cstdio>
 #include <io.h>
-#include <system_error>
 
 #include <fcntl.h>
 
 namespace sim {
 
 namespace {
-
-int checked(int result, const char* what) {
-    if (result < 0) {
-        throw std::system_error(errno, std::generic_category(), std::string("standard output: ") + what);
-    }
-    return result;
-}
 
 HANDLE handleOf(int descriptor) {
     return reinterpret_cast<HANDLE>(::_get_osfhandle(descriptor));
