@@ -99,6 +99,6 @@ class XMLConfigData final : public ConfigData {
 
 /// Loads the configuration: starts the XML toolkit, reads the file of the first load into a copy of the
 /// present object, publishes that, stops the toolkit. Null when the object cannot be had. Throws
-/// std::runtime_error when the file cannot be read; what was read before is published all the same. One load
-/// at a time.
+/// std::runtime_error when the file cannot be read; what was read before is published all the same. Any
+/// thread; of loads that overlap the last one that is published stays.
 std::shared_ptr<const XMLConfigData> loadConfiguration(const std::string& path);

@@ -104,7 +104,7 @@ std::int8_t PollingThread::createThread(KRXThreadEntry entry, void* argument,
         if (beginStart()) {
             struct Starting {
                 PollingThread& thread;
-                ~Starting() { thread.setStarting(false); }
+                ~Starting() { thread.endStart(); }
             } const starting{*this};
             result = generateThread(entry, argument, refused);
         } else {
@@ -132,9 +132,9 @@ bool PollingThread::beginStart() {
     return none;
 }
 
-void PollingThread::setStarting(bool starting) {
+void PollingThread::endStart() {
     const platform::Lock lock(lock_);
-    starting_ = starting;
+    starting_ = false;
 }
 
 std::int8_t PollingThread::generateThread(KRXThreadEntry entry, void* argument, Held& refusedThread) {

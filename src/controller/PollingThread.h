@@ -70,7 +70,7 @@ class PollingThread final {
 
     /// One caller at a time: false when there is a thread, or a start is under way, in which this order came up.
     bool beginStart();
-    void setStarting(bool starting);
+    void endStart();
     /// -1 with `refusedThread`: a stop began meanwhile, and the caller ends that thread.
     std::int8_t generateThread(KRXThreadEntry entry, void* argument, Held& refusedThread);
     void replaceLeaving();
