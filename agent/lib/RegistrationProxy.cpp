@@ -7,6 +7,7 @@
 
 #include <memory>
 #include <mutex>
+#include <string_view>
 
 namespace KRX::Services::RegistrationNS {
 
@@ -25,6 +26,18 @@ agent::NamedValues valuesOf(const Messaging::SerializableArray& properties) {
                             value == nullptr ? std::nullopt : std::optional<std::string>(value));
     }
     return values;
+}
+
+/// An enterprise takes an asset whose properties are to be updated, and no other elements.
+bool isUpdate(const Asset& asset) {
+    const Messaging::SerializableArray& properties = *asset.GetProperties();
+    bool understood = std::string_view("Asset") == asset.GetElementName();
+    for (int i = 0; i < properties.GetCount(); ++i) {
+        const auto& property = *static_cast<const Property*>(agent::entryOf(properties, i));
+        understood = understood && std::string_view("Property") == property.GetElementName() &&
+                     orEmpty(agent::textsOf(property).action) == "update";
+    }
+    return understood;
 }
 
 }  // namespace
@@ -54,8 +67,9 @@ std::int8_t RegistrationProxy::UpdateAsset(Asset& asset, int /*flags*/) {
         }
     }
     const agent::NamedValues properties = valuesOf(*asset.GetProperties());
-    const std::int8_t result =
-        channel == nullptr ? std::int8_t{-1} : channel->deliver(orEmpty(asset.GetMemberName()), properties);
+    const std::int8_t result = channel == nullptr || !isUpdate(asset)
+                                   ? std::int8_t{-1}
+                                   : channel->deliver(orEmpty(asset.GetMemberName()), properties);
     agent::observer().onUpdateAsset(result, properties);
     return result;
 }

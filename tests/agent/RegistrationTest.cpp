@@ -69,6 +69,20 @@ TEST(Registration, ProxyNeedsChannelAndCredentials) {
     journal.answer = -3;
     EXPECT_EQ(proxy.UpdateAsset(record, 0), -3);
     EXPECT_EQ(journal.take(), "A=null;B=1; from device-0042, update -3 2");
+
+    journal.answer = 0;
+    for (const auto& [action, element] : {std::pair{"update", "property"}, std::pair{"delete", "Property"}}) {
+        record.GetProperties()->AddEntry(new Property(action, "C", nullptr, element));
+        EXPECT_EQ(proxy.UpdateAsset(record, 0), -1);
+        EXPECT_EQ(journal.take(), "update -1 3") << "the enterprise has not heard of " << action << " " << element;
+        auto* const last = static_cast<Property*>(entryOf(*record.GetProperties(), 2));
+        record.GetProperties()->RemoveEntry(last);
+        delete last;
+    }
+    Asset other("Device");
+    other.CopyFrom(record);
+    EXPECT_EQ(proxy.UpdateAsset(other, 0), -1);
+    EXPECT_EQ(journal.take(), "update -1 2");
 }
 
 TEST(Registration, RecordsAreCopiedDeeply) {
