@@ -18,6 +18,10 @@ the same again before the last poll | 5 connect 10 30; 590 connect 10 30 | 35..1
     | 5 grace, 590 grace, 1205 off
 at and after the end | 5 connect 1 30; 65 connect 1 30; 200 connect 1 30 | 35..125/30 230 260
     | 5 grace, 65 grace, 125 off, 200 grace, 260 off
+asset registered while the thread waits
+    | 5 asset absent; 5 schedule 10:02:00 30 1; 60 asset present | 150 180 | 120 grace, 180 off
+asset gone while the thread waits
+    | 5 schedule 10:02:00 30 1; 60 asset absent; 130 asset present | 150 180 | 5 off, 180 off
 )");
 
 }  // namespace

@@ -76,6 +76,10 @@ less than a minute left | 0 ordered 09:50:00 10:00:30 30 7; 0 again | | 0 grace,
 over | 0 ordered 09:50:00 10:00:00 30 7; 0 again | |
 activity in it, its two minutes afterwards | 0 ordered 10:01:00 10:03:00 30 7; 0 start logger config.xml; 0 again; 80 audit opened; 170 audit closed
     | 90..270/30 | 0 off, 60 grace, 80 activity, 180 grace, 270 off
+due while activity holds, its own grace afterwards
+    | 0 ordered 10:01:30 10:03:30 20 7; 0 start logger config.xml; 0 start web-service; 0 again;
+      5 connect 10 30; 40 audit opened; 200 audit closed
+    | 35..95/30 115..615/20 | 0 off, 5 grace, 40 activity, 95 activity, 215 grace, 615 off
 blank in front | 0 write state/schedule.xml " <RSMExecuteCommand>"; 0 again | |
     | "event":"stdout","text":"state/schedule.xml file is not in correct format."
 nothing but the root | 0 ordered <RSMExecuteCommand>; 0 again; 1 show-order | | | ordered <RSMExecuteCommand> | !not in correct
