@@ -1,6 +1,7 @@
 #!/usr/bin/env python3
-"""The lines that tell of a failure, with their levels, and the answers: each call that the module makes in
-failures.scenario is failed in its turn, and whatever is logged and answered then and not otherwise is compared with lines.txt.
+"""The lines that tell of a failure, with their levels, and each answer with the line before it: each call that the module
+makes in failures.scenario is failed in its turn, and whatever is logged and answered then and not otherwise is compared with
+lines.txt.
 
     lines.py BUILD
 
@@ -27,7 +28,7 @@ ERRORS = [
 
 
 def replay(build, plan):
-    """The lines logged, and how often each kind of call was made."""
+    """The lines and answers, and how often each kind of call was made."""
     with tempfile.TemporaryDirectory(prefix="krx-lines-") as name:
         folder = pathlib.Path(name)
         for file in ("failures.scenario", "failures.xml"):
@@ -42,10 +43,15 @@ def replay(build, plan):
                        env=environment, stdout=subprocess.DEVNULL, timeout=60, check=True)
         events = [json.loads(line) for line in (folder / "trace").read_bytes().splitlines()]
         counts = dict(line.split() for line in (folder / "report").read_text().splitlines())
-        told = {(one["level"], one["text"]) for one in events
-                if one["event"] == "log" and not one["text"].startswith(" RSM_")}  # the profile goes with the time
-        answers = {(one["verb"], one["result"]) for one in events if one["event"] == "call"}
-        return told | answers, counts
+        told, last = set(), None
+        for one in events:
+            if one["event"] == "log" and not one["text"].startswith(" RSM_"):  # the profile goes with the time
+                last = f"{one['level']} {json.dumps(one['text'])}"
+                told.add(last)
+            elif one["event"] == "call":
+                told.add(f"{one['verb']} {one['result']}" + (f" after {last}" if last else ""))
+                last = None
+        return told, counts
 
 
 def main(build):
@@ -54,7 +60,7 @@ def main(build):
              for call in range(1, int(counts[kind]) + 1, row if kind != "memory" else 1)]
     with concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as pool:
         told = set().union(*(lines for lines, _ in pool.map(lambda plan: replay(build, plan), plans))) - usual
-    found = "".join(sorted(f"{one[0]} {json.dumps(one[1])}\n" for one in told))
+    found = "".join(sorted(f"{line}\n" for line in told))
     if os.environ.get("ZEPHAN_RENEW_GOLDEN"):
         KEPT.write_text(found)
     kept = KEPT.read_text()
