@@ -152,12 +152,17 @@ std::int8_t PollingThread::generateThread(KRXThreadEntry entry, void* argument, 
     object->constructed = true;
     Start start(*this);
     // Before the start: the thread may run, and be over, before the agent's call returns.
-    const bool announced = announce(start.number, argument);
+    if (!announce(start.number, argument)) {
+        KRXLog(
+            level::kError,
+            "\n generateThread --- A Force Polling thread that was started before has yet to begin, none is started.");
+        return -1;
+    }
     bool refused = false;
     {
         const platform::Lock lock(lock_);
         refused = closing_;
-        if (announced && !refused) {
+        if (!refused) {
             phase_ = Phase::Running;
             number_ = start.number;
         }
@@ -165,12 +170,6 @@ std::int8_t PollingThread::generateThread(KRXThreadEntry entry, void* argument, 
     if (refused) {
         KRXLog(level::kError,
                "\n generateThread --- The extension is being stopped, no Force Polling thread is started.");
-        return -1;
-    }
-    if (!announced) {
-        KRXLog(
-            level::kError,
-            "\n generateThread --- A Force Polling thread that was started before has yet to begin, none is started.");
         return -1;
     }
     if (KRXThreadStart(&object->thread, "Data Polling", priority, 0, kThreadStackSize, entry, argument) !=
@@ -266,9 +265,7 @@ void PollingThread::forgetStart() {
             starting_ = false;
         }
     }
-    if (number != 0) {
-        forget(number);
-    }
+    forget(number);
 }
 
 void PollingThread::stop() {
