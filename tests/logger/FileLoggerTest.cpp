@@ -53,6 +53,15 @@ const Rows<LevelRow> levelRows(
         EXPECT_EQ(replay.standardOutput(), "tiwefoaA");
     });
 
+TEST(FileLogger, FurtherStartsCountFromTheNextMessageOn) {
+    const Workspace workspace;
+    workspace.write("config", configuration());
+    const Replay replay(workspace, kStart + atOnce("log info a,write config \"" +
+                                                   configuration(setting("LogLevel", "error")) +
+                                                   "\",start logger config,log info b,log error c"));
+    EXPECT_EQ(logs::withoutStamps(workspace.read("log/k.xml")), "|a|c");
+}
+
 struct ZoneRow {
     RowName name;
     const char* zone;
