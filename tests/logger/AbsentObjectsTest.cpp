@@ -1,15 +1,41 @@
-// What the logger side says when an object that it needs is not there.
+// What the module says when an object that it needs is not there.
+#include "controller/ProfileReport.h"
+#include "controller/RsmState.h"
 #include "detection/RemoteDetection.h"
 #include "detection/TunnelListner.h"
 #include "lib/AgentHost.h"
 #include "logging/FileLogger.h"
 #include "logging/LogManager.h"
+#include "logging/LogRevision.h"
 #include "logging/MessageHandler.h"
 #include "logging/RDMessageHandler.h"
+#include "platform/Directory.h"
+#include "platform/agent/Registration.h"
 #include "support/Lines.h"
 #include "support/Rows.h"
 
+#include <cerrno>
+#include <string>
+#include <utility>
+#include <vector>
+
 #include <gtest/gtest.h>
+
+namespace {
+
+bool isListAbsent = false;
+
+}  // namespace
+
+namespace KRX::Services::RegistrationNS {
+
+/// Stands before the agent's.
+__attribute__((visibility("default"))) Messaging::SerializableArray* Asset::GetProperties() {
+    return isListAbsent ? nullptr
+                        : const_cast<Messaging::SerializableArray*>(std::as_const(*this).GetProperties());
+}
+
+}  // namespace KRX::Services::RegistrationNS
 
 namespace {
 
@@ -72,5 +98,30 @@ const support::Rows<AbsentRow> absentRows(
         row.use();
         EXPECT_EQ(lines.all, row.lines);
     });
+
+TEST(AbsentObjects, ListOfProperties) {
+    support::Lines lines;
+    agent::AgentHost host({&lines, nullptr, nullptr});
+    ProfileReport profile;
+    profile.setServiceAgent(host.serviceAgent());
+    lines.take();
+    testing::internal::CaptureStdout();
+    isListAbsent = true;
+    const bool sent = profile.send(RsmState());
+    isListAbsent = false;
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "Prop list is NULL ");
+    EXPECT_FALSE(sent);
+    EXPECT_EQ(lines.all, "");
+}
+
+TEST(AbsentObjects, LogDirectory) {
+    support::Lines lines;
+    const agent::AgentHost host({&lines, nullptr, nullptr});
+    platform::Directory directory;
+    std::vector<std::string> names;
+    EXPECT_EQ(LogRevision::listDirectory("nowhere", directory, names), ENOENT);
+    EXPECT_EQ(lines.all, "250 \n \"Error(\" 2 \") opening \" nowhere \n|");
+    EXPECT_TRUE(names.empty());
+}
 
 }  // namespace

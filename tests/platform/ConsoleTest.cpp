@@ -1,10 +1,12 @@
 // Standard output whose reader is gone, slow or away for ever, and threads that share it.
 #include "platform/Command.h"
 #include "platform/Console.h"
+#include "platform/EchoWithoutWait.h"
 #include "support/Child.h"
 #include "support/Rows.h"
 #include "support/Workspace.h"
 
+#include <algorithm>
 #include <array>
 #include <csignal>
 #include <cstdio>
@@ -37,7 +39,7 @@ std::string readAll(int reader) {
     std::array<char, 512> buffer{};
     for (ssize_t size = 1; size > 0;) {
         size = ::read(reader, buffer.data(), buffer.size());
-        text.append(buffer.data(), static_cast<std::size_t>(size));
+        text.append(buffer.data(), static_cast<std::size_t>(std::max<ssize_t>(size, 0)));
     }
     return text;
 }
@@ -118,6 +120,28 @@ TEST(Console, ReaderThatDoesNotReadHoldsUpOneThread) {
             wanted += kibibyte;
         }
         EXPECT_TRUE(text == wanted + "two three") << text.size() << " bytes";
+    });
+}
+
+TEST(Console, ThreadThatMayNotWaitWritesWhatFits) {
+    support::inChild([] {
+        constexpr int kRoom = 65536;
+        const int reader = redirectToPipe();
+        ::fcntl(reader, F_SETPIPE_SZ, kRoom);
+        ::fcntl(reader, F_SETFL, O_NONBLOCK);
+        std::setvbuf(stdout, nullptr, _IONBF, 0);
+        {
+            const platform::EchoWithoutWait noWait(platform::EchoWithoutWait::Kind::Stop);
+            platform::echo("at once ");
+            EXPECT_EQ(readAll(reader), "at once ");
+            const std::string half(kRoom / 2, 'h');
+            platform::echo(half.c_str());
+            platform::echo(half.c_str());
+            platform::echo("in order ");
+            EXPECT_EQ(readAll(reader), half);
+        }
+        platform::echo("then");
+        EXPECT_EQ(readAll(reader), std::string(kRoom / 2, 'h') + "in order then");
     });
 }
 
