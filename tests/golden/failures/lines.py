@@ -12,6 +12,7 @@ import errno
 import json
 import os
 import pathlib
+import re
 import subprocess
 import sys
 import tempfile
@@ -23,8 +24,9 @@ ERRORS = [
     ("memory", errno.ENOMEM, 1), ("memory", errno.ENOMEM, 5), ("mutex-init", errno.EAGAIN, 1), ("openat", errno.EMFILE, 5),
     ("lseek", errno.EIO, 5), ("pread", errno.EIO, 1), ("pwrite", errno.EIO, 1), ("fsync", errno.EIO, 1),
     ("renameat2", errno.EACCES, 1), ("unlinkat", errno.EACCES, 1), ("fdopendir", errno.EMFILE, 1),
-    ("system", errno.EAGAIN, 1), ("mutex-unlock", errno.EPERM, 9),
+    ("system", errno.EAGAIN, 1), ("mutex-unlock", errno.EPERM, 9), ("fstat", errno.EIO, 1),
 ]
+MESSAGES = {"opened", "closed", "An entry that fills the file\n", "One that moves it away\n"}
 
 
 def replay(build, plan):
@@ -43,11 +45,19 @@ def replay(build, plan):
                        env=environment, stdout=subprocess.DEVNULL, timeout=60, check=True)
         events = [json.loads(line) for line in (folder / "trace").read_bytes().splitlines()]
         counts = dict(line.split() for line in (folder / "report").read_text().splitlines())
+        # Longest first, since a longer one may hold a shorter one. The messages of `log` and `audit` are no lines of the module's.
+        lines = sorted({one["text"] for one in events if one["event"] == "log" and one["text"]} | MESSAGES, key=len, reverse=True)
         told, last = set(), None
         for one in events:
             if one["event"] == "log" and not one["text"].startswith(" RSM_"):  # the profile goes with the time
                 last = f"{one['level']} {json.dumps(one['text'])}"
                 told.add(last)
+            elif one["event"] == "stdout":
+                text = one["text"]
+                for line in lines:
+                    text = text.replace(line, "\0")
+                for rest in filter(None, text.split("\0")):
+                    told.add("stdout " + json.dumps(re.sub(r"^(.+?)\1+$", r"\1", rest, flags=re.DOTALL)))
             elif one["event"] == "call":
                 told.add(f"{one['verb']} {one['result']}" + (f" after {last}" if last else ""))
                 last = None
