@@ -103,8 +103,8 @@ std::shared_ptr<const XMLConfigData> loadConfiguration(const std::string& path) 
                 const std::shared_ptr<XMLConfigData>& filled;
                 ~Publication() { XMLConfigData::publish(filled); }
             } const publication{configuration};
-            configuration
-                ->parseConfigFile();  // when this throws, the toolkit runs on, ready for the next load
+            // When this throws, the toolkit runs on, ready for the next load.
+            configuration->parseConfigFile();
         }
     }
     toolkit::stop();

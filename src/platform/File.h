@@ -27,7 +27,7 @@ class File final {
     File& operator=(File&& other) noexcept;
     ~File() { close(); }
 
-    /// A closed file when it cannot be opened.
+    /// A closed file when it cannot be opened. On POSIX `errno` says why, EINVAL of what is no regular file.
     static File open(const std::string& path, OpenMode mode) noexcept;
 
     bool isOpen() const noexcept { return descriptor_ != kNoFile; }

@@ -75,8 +75,8 @@ bool writeOrdinary(std::string_view text, const Output& output) noexcept {
 
 /// Whether standard output takes so many bytes without a wait, as far as that can be known.
 bool isRoomFor(std::size_t size) noexcept {
-    constexpr std::size_t kPartlyFilled =
-        8192;  // a pipe counts in pages, of which the first and last may hold less
+    // A pipe counts in pages, of which the first and last may hold less.
+    constexpr std::size_t kPartlyFilled = 8192;
     pollfd output{STDOUT_FILENO, POLLOUT, 0};
     if (::poll(&output, 1, 0) != 1) {
         return false;

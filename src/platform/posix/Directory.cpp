@@ -32,7 +32,7 @@ int Directory::open(std::string_view path) noexcept {
 void Directory::close() noexcept {
     if (descriptor_ >= 0) {
         const KeepThread keep;
-        ::close(std::exchange(descriptor_, -1));
+        ::close(std::exchange(descriptor_, kNoDirectory));
     }
 }
 

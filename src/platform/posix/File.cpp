@@ -37,12 +37,12 @@ bool writeAllAt(int descriptor, std::string_view text, off_t position) noexcept 
 
 }  // namespace
 
-File::File(File&& other) noexcept : descriptor_(std::exchange(other.descriptor_, -1)) {}
+File::File(File&& other) noexcept : descriptor_(std::exchange(other.descriptor_, kNoFile)) {}
 
 File& File::operator=(File&& other) noexcept {
     if (this != &other) {
         close();
-        descriptor_ = std::exchange(other.descriptor_, -1);
+        descriptor_ = std::exchange(other.descriptor_, kNoFile);
     }
     return *this;
 }
@@ -55,7 +55,7 @@ File File::open(const std::string& path, OpenMode mode) noexcept {
 void File::close() noexcept {
     if (isOpen()) {
         const KeepThread keep;
-        ::close(std::exchange(descriptor_, -1));
+        ::close(std::exchange(descriptor_, kNoFile));
     }
 }
 
