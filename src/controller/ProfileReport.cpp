@@ -114,20 +114,20 @@ void ProfileReport::dateToString(std::int64_t gmtClockValue, char* text) {
                   fields.month, fields.hour, fields.minute, fields.second);
 }
 
-bool ProfileReport::send(const RsmState& state) {
+void ProfileReport::send(const RsmState& state) {
     if (serviceAgent_ == nullptr) {
         KRXLog(level::kError, "Can't send RSM profile to enterprise: Service agent is null\n");
-        return false;
+        return;
     }
     KRX::ServiceAgentNS::VirtualAsset* const asset = findAsset();
     if (asset == nullptr) {
         KRXLog(level::kError, "Can't send RSM profile to enterprise: Virtaul Asset 0 is null\n");
-        return false;
+        return;
     }
     const auto client = clientOf(*asset);
     if (client == nullptr) {
         KRXLog(level::kWarn, "\n Failed to Update Properties...... \n");
-        return false;
+        return;
     }
     try {
         Asset record("Asset");
@@ -153,7 +153,7 @@ bool ProfileReport::send(const RsmState& state) {
         KRX::Messaging::SerializableArray* const list = record.GetProperties();
         if (list == nullptr) {
             platform::echo("Prop list is NULL ");
-            return false;
+            return;
         }
         if (const int length = list->GetCount(); length > 0) {
             KRXLog(level::kWarn, "\n Added property Successfully ");
@@ -168,13 +168,12 @@ bool ProfileReport::send(const RsmState& state) {
         if (client->proxy.UpdateAsset(record, 0) == 0) {
             KRXLog(level::kWarn, "\n Properties Updated Succesfully.....\n");
             LogRSMProfile(state);
-            return true;
+            return;
         }
     } catch (const std::exception&) {
         // Memory ran out in the agent's objects: as a refusal by the enterprise. The next report sends all.
     }
     KRXLog(level::kWarn, "\n Failed to Update Properties...... \n");
-    return false;
 }
 
 void ProfileReport::LogRSMProfile(const RsmState& state) {
