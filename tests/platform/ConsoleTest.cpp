@@ -123,27 +123,33 @@ TEST(Console, ReaderThatDoesNotReadHoldsUpOneThread) {
     });
 }
 
-TEST(Console, ThreadThatMayNotWaitWritesWhatFits) {
-    support::inChild([] {
-        constexpr int kRoom = 65536;
-        const int reader = redirectToPipe();
-        ::fcntl(reader, F_SETPIPE_SZ, kRoom);
-        ::fcntl(reader, F_SETFL, O_NONBLOCK);
-        std::setvbuf(stdout, nullptr, _IONBF, 0);
-        {
-            const platform::EchoWithoutWait noWait(platform::EchoWithoutWait::Kind::Stop);
-            platform::echo("at once ");
-            EXPECT_EQ(readAll(reader), "at once ");
+const support::Rows<BufferingRow> withoutWaitRows(
+    "Console/ThreadThatMayNotWaitWritesWhatFits", {{"full buffers", _IOFBF}, {"no buffer", _IONBF}},
+    [](const BufferingRow& row) {
+        support::inChild([&row] {
+            constexpr int kRoom = 65536;
+            const int reader = redirectToPipe();
+            ::fcntl(reader, F_SETPIPE_SZ, kRoom);
+            ::fcntl(reader, F_SETFL, O_NONBLOCK);
+            std::setvbuf(stdout, nullptr, row.buffering, BUFSIZ);
+            const auto isRead = [reader] {
+                platform::flushEcho();
+                return readAll(reader);
+            };
             const std::string half(kRoom / 2, 'h');
-            platform::echo(half.c_str());
-            platform::echo(half.c_str());
-            platform::echo("in order ");
-            EXPECT_EQ(readAll(reader), half);
-        }
-        platform::echo("then");
-        EXPECT_EQ(readAll(reader), std::string(kRoom / 2, 'h') + "in order then");
+            {
+                const platform::EchoWithoutWait noWait(platform::EchoWithoutWait::Kind::Stop);
+                platform::echo("at once ");
+                EXPECT_EQ(isRead(), "at once ");
+                platform::echo(half.c_str());
+                platform::echo(half.c_str());
+                platform::echo("in order ");
+                EXPECT_EQ(isRead(), half);
+            }
+            platform::echo("then");
+            EXPECT_EQ(isRead(), half + "in order then");
+        });
     });
-}
 
 #if !defined(__SANITIZE_THREAD__)  // keeps the signal back until the write is over
 TEST(Console, ThreadThatVanishesInAWriteHoldsUpNobody) {

@@ -99,6 +99,17 @@ TEST_F(PollingThreadTest, AFinishedOneIsReleased) {
     EXPECT_EQ(watcher_.all, "");
 }
 
+TEST_F(PollingThreadTest, AFinishedOneIsReplaced) {
+    EXPECT_EQ(create(this, [](void* argument) { return PollingThread::enter(argument) == 0 ? 1 : 0; }), 0);
+    EXPECT_TRUE(host_.endThreads());
+    Life life;
+    EXPECT_EQ(create(&life), 0);
+    ASSERT_EQ(alreadyThere_, 0);
+    EXPECT_TRUE(thread_.has(life.number.get_future().get()));
+    life.end.set_value();
+    thread_.stop();
+}
+
 TEST_F(PollingThreadTest, AStopWithoutAnEndDropsIt) {
     Life life;
     EXPECT_EQ(create(&life), 0);
