@@ -1,4 +1,5 @@
 // What the module says when an object that it needs is not there.
+#include "controller/ForcePollingTask.h"
 #include "controller/ProfileReport.h"
 #include "controller/RsmState.h"
 #include "detection/RemoteDetection.h"
@@ -15,6 +16,7 @@
 #include "support/Rows.h"
 
 #include <cerrno>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -23,7 +25,8 @@
 
 namespace {
 
-bool isListAbsent = false;
+/// What a record answers instead of its own list.
+std::optional<KRX::Messaging::SerializableArray*> otherList;
 
 }  // namespace
 
@@ -31,8 +34,8 @@ namespace KRX::Services::RegistrationNS {
 
 /// Stands before the agent's.
 __attribute__((visibility("default"))) Messaging::SerializableArray* Asset::GetProperties() {
-    return isListAbsent ? nullptr
-                        : const_cast<Messaging::SerializableArray*>(std::as_const(*this).GetProperties());
+    return otherList.value_or(
+        const_cast<Messaging::SerializableArray*>(std::as_const(*this).GetProperties()));
 }
 
 }  // namespace KRX::Services::RegistrationNS
@@ -104,13 +107,30 @@ TEST(AbsentObjects, ListOfProperties) {
     agent::AgentHost host({&lines, nullptr, nullptr});
     ProfileReport profile;
     profile.setServiceAgent(host.serviceAgent());
-    lines.take();
-    testing::internal::CaptureStdout();
-    isListAbsent = true;
-    profile.send(RsmState());
-    isListAbsent = false;
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), "Prop list is NULL ");
-    EXPECT_EQ(lines.all, "");
+    const auto sendWith = [&](KRX::Messaging::SerializableArray* list) {
+        lines.take();
+        testing::internal::CaptureStdout();
+        otherList = list;
+        profile.send(RsmState());
+        otherList.reset();
+        return testing::internal::GetCapturedStdout() + "|" + lines.take();
+    };
+    EXPECT_EQ(sendWith(nullptr), "Prop list is NULL |");
+    // One that could not be emptied.
+    KRX::Messaging::SerializableArray list;
+    KRX::Services::RegistrationNS::Property left("update", "left", "1", "Property");
+    list.AddEntry(&left);
+    EXPECT_TRUE(sendWith(&list).starts_with(
+        "LENGTH IS 1|40 \n Added property Successfully |40 \n Properties Updated Succesfully.....\n|"));
+    EXPECT_EQ(list.GetCount(), 1) << "what was added is taken out again";
+}
+
+TEST(AbsentObjects, ControllerOfThePollingThread) {
+    support::Lines lines;
+    agent::AgentHost host({&lines, nullptr, nullptr});
+    EXPECT_EQ(ForcePollingTask::DataPollingTask(host.serviceAgent()), 1);
+    EXPECT_EQ(lines.all,
+              "50 Failed to get RSMSingleton pointer in convertDelayedToNormal(mode). Returning... \n|");
 }
 
 TEST(AbsentObjects, LogDirectory) {

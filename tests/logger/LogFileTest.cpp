@@ -208,14 +208,15 @@ TEST_F(LogFileTest, RotatesInTheDirectoryThatItHolds) {
 struct PathRow {
     support::RowName name;
     const char* path;
+    const char* archives;  ///< in this folder
 };
 
 const support::Rows<PathRow> pathRows("LogFile/RelativePathStaysWhereItWasAtTheStart",
                                       {
-                                          {"with a directory", "log/k.xml"},
-                                          {"a name alone", "k.xml"},
-                                          {"archives in another directory", "./log/agent"},
-                                          {"there and back", "log/../k.xml"},
+                                          {"with a directory", "log/k.xml", "log"},
+                                          {"a name alone", "k.xml", "."},
+                                          {"archives in another directory", "./log/agent", "."},
+                                          {"there and back", "log/../k.xml", "."},
                                       },
                                       [](const PathRow& row) {
                                           LoggingHost host;
@@ -229,6 +230,8 @@ const support::Rows<PathRow> pathRows("LogFile/RelativePathStaysWhereItWasAtTheS
                                               ++interposed::now;
                                               host.log("c");
                                               host.stop();
+                                              const std::string archives = contents(host, row.archives);
+                                              EXPECT_NE(archives.find("[|a]"), std::string::npos) << archives;
                                               EXPECT_EQ(host.errors.count, 0);
                                           });
                                           EXPECT_EQ(host.written(row.path), "|c\n");

@@ -69,6 +69,11 @@ TEST_F(LogFileWriterTest, ReportComesBackAsAnEntryWithWhatTheAgentAdds) {
     EXPECT_EQ(reports, 2);
 }
 
+TEST_F(LogFileWriterTest, NullMessageIsTold) {
+    writer_->writeInfo(nullptr);
+    EXPECT_NE(written().find("|Received NULL message for Logging."), std::string::npos) << written();
+}
+
 TEST_F(LogFileWriterTest, ReportThatComesLateMakesNoOther) {
     int reports = 0;
     hook = [&](const char*) { ++reports; };
