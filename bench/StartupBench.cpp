@@ -75,8 +75,8 @@ double timeOfLoading(bool xercesThere) {
 double timeOfStart(const std::string& configuration) {
     return inChild([&] {
         const agent::AgentHost host;
-        void* const library = load(BENCH_MODULE);
-        return timed([&] { call(library, "ZPXRSMLoggerStatup", configuration.c_str()); });
+        const agent::Module library(BENCH_MODULE);
+        return timed([&] { library.ZPXRSMLoggerStatup(configuration.c_str()); });
     });
 }
 

@@ -1,6 +1,6 @@
 #include "sim/report/SessionPage.h"
 
-#include "report/PageParts.h"
+#include "sim/report/PageParts.h"
 #include "sim/report/SessionRecord.h"
 
 #include <string_view>

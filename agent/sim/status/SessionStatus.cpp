@@ -1,6 +1,7 @@
 #include "sim/status/SessionStatus.h"
 
 #include "platform/Number.h"
+#include "scheduling/GmtClock.h"
 #include "sim/Calendar.h"
 #include "sim/EventFields.h"
 #include "sim/report/AuditTexts.h"
@@ -20,7 +21,6 @@ using nlohmann::ordered_json;
 constexpr std::string_view kOff = "NOT_ACTIVE";
 constexpr std::string_view kGrace = "FORCE_POLL_GRACE";
 constexpr std::string_view kActivity = "FORCE_POLL_ACTIVITY";
-constexpr int kMinute = 60;  // seconds
 
 std::string property(const agent::NamedValues& list, std::string_view name) {
     for (const auto& [key, value] : list) {
@@ -115,7 +115,7 @@ void SessionStatus::noteReport(const Event& event, std::int64_t at) {
         property(list, "RSM_MODE_START_TIME").find(gmtText(at).substr(11, 8)) == std::string::npos) {
         return;  // something else was to be told, a schedule for instance
     }
-    const std::int64_t wholePolls = next.rate > 0 ? std::int64_t{kMinute / next.rate} * next.minutes : 0;
+    const std::int64_t wholePolls = next.rate > 0 ? scheduling::kSecondsPerMinute / next.rate * next.minutes : 0;
     // An order takes effect after the sleep that goes on, with one poll more; the polling thread's own
     // changes come between two polls, with the first one counted already.
     const bool wasPolling = stretch_.mode != kOff;

@@ -1,6 +1,5 @@
 #include "sim/status/StateFiles.h"
 
-#include "platform/Clock.h"
 #include "platform/File.h"
 #include "platform/Number.h"
 #include "scheduling/GmtClock.h"
@@ -8,7 +7,6 @@
 #include "sim/status/Moment.h"
 
 #include <algorithm>
-#include <ctime>
 #include <limits>
 #include <optional>
 
@@ -19,7 +17,6 @@ namespace {
 constexpr char kReader[] = "StateFiles";
 constexpr std::size_t kMostResume = 1023;  // bytes that the module reads
 constexpr std::size_t kMostSchedule = std::size_t{1} << 20U;
-constexpr std::int64_t kMinute = 60;
 
 /// The file's contents, as far as the module reads them; none when it cannot be opened.
 std::optional<std::string> contentsOf(const std::string& path, std::size_t most) {
@@ -57,21 +54,12 @@ class Value final {
     char text_[scheduling::kValueSize] = "";
 };
 
-/// The module's scale of times as seconds since 1970.
 std::int64_t momentOf(const Value& date, const Value& time) {
-    const auto fields = scheduling::gmtFields(scheduling::stringToTime(date.text(), time.text()));
-    std::tm broken = {};
-    broken.tm_year = fields.year - 1900;
-    broken.tm_mon = fields.month - 1;
-    broken.tm_mday = fields.day;
-    broken.tm_hour = fields.hour;
-    broken.tm_min = fields.minute;
-    broken.tm_sec = fields.second;
-    return platform::momentOfUtc(broken);
+    return scheduling::stringToTime(date.text(), time.text());
 }
 
 int wholeMinutes(std::int64_t seconds) {
-    return static_cast<int>(std::clamp<std::int64_t>(seconds / kMinute, 0, std::numeric_limits<int>::max()));
+    return static_cast<int>(std::clamp<std::int64_t>(seconds / scheduling::kSecondsPerMinute, 0, std::numeric_limits<int>::max()));
 }
 
 StateFiles::Resume readResume(const std::string& path, std::int64_t now) {
@@ -86,7 +74,7 @@ StateFiles::Resume readResume(const std::string& path, std::int64_t now) {
     resume.began = momentOf({*contents, "RSMStartDate"}, {*contents, "RSMStartTime"});
     resume.rate = Value(*contents, "PollingRate").number();
     resume.minutes = Value(*contents, "GracePeriod").number();
-    const std::int64_t left = resume.minutes * kMinute - (now - resume.began);
+    const std::int64_t left = resume.minutes * scheduling::kSecondsPerMinute - (now - resume.began);
     resume.minutesLeft = wholeMinutes(left);
     resume.isOpen = left > 0 && resume.canBeWritten;
     return resume;
