@@ -60,7 +60,7 @@ LogFileWriter::LogFileWriter() {
         return;
     }
     const LogRevision deletesOldFiles;
-    configuration_ = XMLConfigData::instance();
+    takeConfiguration();
     if (configuration_ != nullptr) {
         file_.emplace(configuration_->getLogFilePath());
     }
@@ -109,12 +109,17 @@ void LogFileWriter::writeWhenPassed(std::int32_t messageLevel, const char* messa
     // A further load counts from its next message on. Asking for the object itself each time would cost more.
     if (const std::uint64_t age = XMLConfigData::age(); age != configurationAge_) {
         configurationAge_ = age;
-        if (auto present = XMLConfigData::instance()) {
-            configuration_ = std::move(present);
-        }
+        takeConfiguration();
     }
     if (configuration_ != nullptr && file_ && configuration_->getLogLevel() <= messageLevel) {
         lockedWrite(message);
+    }
+}
+
+void LogFileWriter::takeConfiguration() noexcept {
+    if (auto present = XMLConfigData::instance()) {
+        sizeLimit_ = platform::readNumber(present->getFileSize());
+        configuration_ = std::move(present);
     }
 }
 
@@ -143,8 +148,7 @@ void LogFileWriter::lockedWrite(const char* message) noexcept {
 void LogFileWriter::writeEntry(const char* message) {
     stampEntry();
     const std::int64_t size = file_->size();
-    const std::int32_t limit = platform::readNumber(configuration_->getFileSize());
-    if (size >= limit && mayRotate(message)) {
+    if (size >= sizeLimit_ && mayRotate(message)) {
         rotate(message);
     } else {
         file_->append(entryOf(message, false));

@@ -55,6 +55,7 @@ class LogFileWriter final {
     LogFileWriter();
 
     void writeWhenPassed(std::int32_t messageLevel, const char* message) noexcept;
+    void takeConfiguration() noexcept;
     void lockedWrite(const char* message) noexcept;
     void writeEntry(const char* message);
     void stampEntry() noexcept;
@@ -68,6 +69,7 @@ class LogFileWriter final {
     bool collisionFlag_ = false;
     std::shared_ptr<const XMLConfigData> configuration_;
     std::uint64_t configurationAge_ = 0;
+    std::int32_t sizeLimit_ = 0;  ///< bytes
     std::optional<LogFile> file_;
     Entry entry_;
     std::atomic<std::uint32_t> failedRenames_{0};
