@@ -2,6 +2,7 @@
 #include "platform/Command.h"
 #include "platform/Console.h"
 #include "platform/Directory.h"
+#include "platform/EchoWithoutWait.h"
 #include "platform/File.h"
 #include "platform/ThreadEnd.h"
 #include "support/Child.h"
@@ -70,6 +71,10 @@ TEST(KeepThread, IsInEachCallThatMustNotThrow) {
         std::thread([&] {
             pthread_cancel(pthread_self());
             platform::echo("-");
+            {
+                const platform::EchoWithoutWait echo(platform::EchoWithoutWait::Kind::PollingThread);
+                platform::echo("-");
+            }
             platform::flushEcho();
             platform::complain("-");
             platform::Directory directory;

@@ -2,6 +2,7 @@
 
 #include "platform/EchoWithoutWait.h"
 #include "platform/OutputRole.h"
+#include "platform/ThreadEnd.h"
 #include "platform/posix/WriteSignals.h"
 
 #include <cstdio>
@@ -77,6 +78,8 @@ bool writeOrdinary(std::string_view text, const Output& output) noexcept {
 bool isRoomFor(std::size_t size) noexcept {
     // A pipe counts in pages, of which the first and last may hold less.
     constexpr std::size_t kPartlyFilled = 8192;
+    // `poll` admits the end of the thread, also when it does not wait.
+    const KeepThread keep;
     pollfd output{STDOUT_FILENO, POLLOUT, 0};
     if (::poll(&output, 1, 0) != 1) {
         return false;
