@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <cstddef>
@@ -8,14 +9,14 @@
 namespace platform {
 
 /// While one lives, its thread does not wait for who reads standard output: what it echoes and nobody takes at once is
-/// left to the next thread that writes, or to its own next text that is taken. Of each kind for one thread at a time,
-/// the latest, since a thread may end without giving it back. Not a thread-local flag: for that the system ends the
-/// process when it has no memory.
+/// left to the next thread that writes, or to its own next text that is taken. For one polling thread and a few stops at
+/// a time, and always for the latest, since a thread may end without giving its place back. Not a thread-local flag: for
+/// that the system ends the process when it has no memory.
 class EchoWithoutWait final {
   public:
-    enum class Kind : std::size_t { PollingThread, Stop };
+    enum class Kind { PollingThread, Stop };
 
-    explicit EchoWithoutWait(Kind kind) noexcept : thread_(threads_[static_cast<std::size_t>(kind)]) {
+    explicit EchoWithoutWait(Kind kind) noexcept : thread_(placeFor(kind)) {
         thread_ = std::this_thread::get_id();
     }
     EchoWithoutWait(const EchoWithoutWait&) = delete;
@@ -28,12 +29,28 @@ class EchoWithoutWait final {
     /// Whether the calling thread has one.
     static bool isActive() noexcept {
         const std::thread::id own = std::this_thread::get_id();
-        return threads_[0] == own || threads_[1] == own;
+        return std::any_of(threads_.begin(), threads_.end(),
+                           [own](const auto& thread) { return thread == own; });
     }
 
   private:
-    static inline std::array<std::atomic<std::thread::id>, 2> threads_{};
-    std::atomic<std::thread::id>& thread_;
+    using Place = std::atomic<std::thread::id>;
+
+    static Place& placeFor(Kind kind) noexcept {
+        if (kind == Kind::PollingThread) {
+            return threads_[0];
+        }
+        for (std::size_t i = 1; i < threads_.size(); ++i) {
+            std::thread::id nobody;
+            if (threads_[i].compare_exchange_strong(nobody, std::this_thread::get_id())) {
+                return threads_[i];
+            }
+        }
+        return threads_[1];
+    }
+
+    static inline std::array<Place, 5> threads_{};  ///< the first one is the polling thread's
+    Place& thread_;
 };
 
 }  // namespace platform

@@ -203,6 +203,16 @@ TEST(Console, ManyThreadsLoseNothing) {
     });
 }
 
+TEST(Console, NoneOfTwoStopsWaitsForAReader) {
+    using platform::EchoWithoutWait;
+    const EchoWithoutWait first(EchoWithoutWait::Kind::Stop);
+    std::thread([] {
+        const EchoWithoutWait second(EchoWithoutWait::Kind::Stop);
+        EXPECT_TRUE(EchoWithoutWait::isActive());
+    }).join();
+    EXPECT_TRUE(EchoWithoutWait::isActive());
+}
+
 TEST(Console, KeepsTheOrderWithTheHostsAndTheCommandsOutput) {
     const support::Workspace workspace;
     support::inChild([&] {
