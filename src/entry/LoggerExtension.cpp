@@ -75,14 +75,14 @@ std::int8_t ZPXRSMLoggerStatup(const char* initParam) {
 }
 
 std::int8_t ZPXRSMLoggerShutdown(void) {
-    return entry::guarded(entry::kSuccess, [] {
+    return entry::answerAfter(entry::kSuccess, [] {
         const entry::Lifecycle lifecycle(entry::Lifecycle::Kind::Stop);
-        ZephanRSMSingleTon::destroyInstance();
+        // Also when the agent's log throws: a hook that stays would lead into a library that is gone.
+        entry::answerAfter(entry::kSuccess, &ZephanRSMSingleTon::destroyInstance);
         XMLConfigData::destroyInstance();
         KRXLogSetFunc(nullptr);
         KRXLogSetAuditFunc(nullptr);
         KRXLog(level::kForce, "Custom HVK Extension: %s shutdown complete.\n", kExtension);
-        return entry::kSuccess;
     });
 }
 

@@ -83,11 +83,12 @@ std::int8_t shutDown(const void* handle) {
         return entry::kFailure;
     }
     if (!controller->getConfigHandler()->isLoggerStarted()) {
-        ZephanRSMSingleTon::destroyInstance();
+        entry::answerAfter(entry::kSuccess, &ZephanRSMSingleTon::destroyInstance);
         XMLConfigData::destroyInstance();
     }
-    KRXLog(level::kForce, "Custom HVK Extension: %s shutdown complete.\n", kExtension);
-    return entry::kSuccess;
+    return entry::answerAfter(entry::kSuccess, [] {
+        KRXLog(level::kForce, "Custom HVK Extension: %s shutdown complete.\n", kExtension);
+    });
 }
 
 }  // namespace

@@ -11,6 +11,7 @@
 #include <functional>
 #include <malloc.h>
 #include <mutex>
+#include <stdexcept>
 #include <thread>
 
 #include <fcntl.h>
@@ -219,6 +220,16 @@ TEST_F(HostThreads, AStopDoesNotWaitForAPoll) {
     EXPECT_TRUE(agent_.hasLogged("FORCEFULLY"));
     families_.destroyService(service_);
     EXPECT_TRUE(host_.endThreads());
+}
+
+TEST_F(HostThreads, AStopIsWholeThoughTheAgentsLogThrows) {
+    start();
+    EXPECT_EQ(connect(), 0);
+    agent_.setAtLine([](std::string_view /*line*/) { throw std::runtime_error("no space"); });
+    stop();
+    agent_.setAtLine(nullptr);
+    EXPECT_EQ(host_.audit("opened"), -1) << "the hook is set";
+    EXPECT_EQ(library_.ZPRSMExtnStartup(nullptr, nullptr, ""), -1) << "there is a configuration";
 }
 
 TEST_F(HostThreads, AHostMayUseItsTextAnewAsSoonAsSomethingIsLogged) {
