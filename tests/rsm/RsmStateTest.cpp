@@ -134,6 +134,35 @@ const support::Rows<Row> rows(
     },
     [](const Row& row) { EXPECT_EQ(Walk().through(row.session), row.written) << row.session; });
 
+/// It begins on another thread, so between any two steps behind the last poll.
+TEST(RsmState, ActivityThatBeginsAtTheLastPollIsFollowedByItsGrace) {
+    for (const RsmState::Step before : {&RsmState::takeUpActivity, &RsmState::endActivity,
+                                        &RsmState::holdForActivity, &RsmState::markLastPoll}) {
+        RsmState state;
+        state.forcePoll(1, 30, 1000);
+        int poll = 0;
+        while (!state.endWhenOver(true, 1000)) {
+            ++poll;
+            state.restartOrFirstPass(1000);
+            for (const RsmState::Step step : RsmState::kAfterPoll) {
+                if (poll == 2 && step == before) {
+                    state.setRemoteActivity(true, 1000);
+                }
+                (state.*step)(1000);
+            }
+            if (poll == 4) {
+                EXPECT_EQ(state.rsmMode, rsm::kForcePollActivity);
+                state.setRemoteActivity(false, 1000);
+            }
+            if (poll == 5) {
+                EXPECT_EQ(state.rsmMode, rsm::kForcePollGrace);
+                EXPECT_EQ(state.gracePeriod, 1.0);
+            }
+        }
+        EXPECT_EQ(poll, 6) << "two, two in activity, two of its grace";
+    }
+}
+
 TEST(RsmState, TakesOverWithAMode) {
     RsmState state;
     state.scheduleDelayedProfile(30, 7200, 9000, 5);
