@@ -42,14 +42,14 @@ const char* ZephanRSMSingleTon::saveRSMState() {
     bool opened = false;
     try {
         const platform::Lock lock(resumeFileLock_);
-        resumeFilePath_ = configuration->getRSMResumeStatusFile();
-        platform::File file = platform::File::open(resumeFilePath_, platform::OpenMode::Create);
+        setResumeFilePath(configuration->getRSMResumeStatusFile());
+        platform::File file = platform::File::open(resumePlace_, platform::OpenMode::Create);
         opened = file.isOpen();
         // Not emptied first: a kill between the two would lose the record that was there.
         if (opened && file.overwriteStart({record.data(), static_cast<std::size_t>(length)})) {
             file.truncate(length);
             file.sync();
-            platform::syncName(resumeFilePath_);
+            platform::syncName(resumePlace_);
         }
     } catch (const std::exception&) {
         // No memory for the path: as a file that cannot be opened.
@@ -61,8 +61,8 @@ std::optional<ZephanRSMSingleTon::SavedRsm> ZephanRSMSingleTon::readResumeState(
     std::array<char, kReadSize> text{};
     {
         const platform::Lock lock(resumeFileLock_);
-        resumeFilePath_ = path;
-        const platform::File file = platform::File::open(path, platform::OpenMode::ReadWrite);
+        setResumeFilePath(path);
+        const platform::File file = platform::File::open(resumePlace_, platform::OpenMode::ReadWrite);
         // One byte stays for the terminator; a longer file is cut.
         if (!file.isOpen() || file.readStart(text.data(), text.size() - 1) == 0) {
             return std::nullopt;
@@ -89,9 +89,9 @@ std::optional<ZephanRSMSingleTon::SavedRsm> ZephanRSMSingleTon::readResumeState(
         const platform::Lock lock(resumeFileLock_);
         // Not when it was saved anew since it was read.
         std::array<char, kReadSize> present{};
-        const platform::File file = platform::File::open(path, platform::OpenMode::Read);
+        const platform::File file = platform::File::open(resumePlace_, platform::OpenMode::Read);
         if (file.isOpen() && file.readStart(present.data(), present.size() - 1) != 0 && present == text) {
-            platform::removeFile(path);
+            platform::removeFile(resumePlace_);
         }
         return std::nullopt;
     }

@@ -1,6 +1,7 @@
 #include "controller/ZephanRSMSingleTon.h"
 
 #include "logging/ConfigHandler.h"
+#include "platform/File.h"
 #include "platform/Published.h"
 #include "platform/ThreadEnd.h"
 #include "platform/agent/Logging.h"
@@ -152,7 +153,11 @@ std::string ZephanRSMSingleTon::getResumeFilePath() const {
 
 void ZephanRSMSingleTon::setResumeFilePath(const std::string& path) {
     const platform::Lock lock(resumeFileLock_);
-    resumeFilePath_ = path;
+    if (path != resumeFilePath_) {  // the same one leads where it did, wherever the host has gone since
+        std::string place = platform::absolutePath(path);
+        resumeFilePath_ = path;
+        resumePlace_ = std::move(place);
+    }
 }
 
 ZephanRSMSingleTon::Report ZephanRSMSingleTon::beginReport() {

@@ -138,8 +138,8 @@ class ZephanRSMSingleTon final {
     std::uint64_t reportsBegun_ = 0;
     RsmState newestReport_;  ///< what the last one that was begun tells
 
-    mutable platform::Mutex resumeFileLock_;  ///< of path and file; no agent is called under it
-    std::string resumeFilePath_;              ///< of the last save or read
+    mutable platform::Mutex resumeFileLock_;    ///< of path and file; no agent is called under it
+    std::string resumeFilePath_, resumePlace_;  ///< of the last save or read; where that led at first
 
     PollingThread thread_;
     std::shared_ptr<ProfileReport> profile_;

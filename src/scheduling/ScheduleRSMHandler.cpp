@@ -20,8 +20,9 @@ constexpr std::size_t kDateTextSize = 40;
 
 }  // namespace
 
-ScheduleRSMHandler::ScheduleRSMHandler(const char* path) : filePath_(path) {
-    scheduleFile_ = platform::File::open(filePath_, platform::OpenMode::Create);
+ScheduleRSMHandler::ScheduleRSMHandler(const char* path)
+    : filePath_(path), place_(platform::absolutePath(filePath_)) {
+    scheduleFile_ = platform::File::open(place_, platform::OpenMode::Create);
     if (scheduleFile_.isOpen()) {
         loaded_ = load();
     }
@@ -124,7 +125,7 @@ void ScheduleRSMHandler::store(const scheduling::Schedule& schedule) {
         KRXLog(level::kForce, "\n GOING TO PUT IN A FILE = %s", record.data());
     }
     if (keep(schedule, record)) {
-        platform::syncName(filePath_);
+        platform::syncName(place_);
     } else {
         KRXLog(level::kForce, "\n Unable to put the schedule in file = %s", filePath_.c_str());
     }
@@ -138,7 +139,7 @@ void ScheduleRSMHandler::performCleanUp(const ZephanRSMSingleTon& controller) {
     }
     scheduleFile_.close();
     if (isOver && !hasUnreadRecord_) {
-        platform::removeFile(filePath_);
+        platform::removeFile(place_);
     }
 }
 

@@ -39,7 +39,10 @@ class ScheduleRSMHandler final {
     void performCleanUp(const ZephanRSMSingleTon& controller);
 
     std::string getFilePath() const { return filePath_; }
-    void setFilePath(const std::string& path) { filePath_ = path; }
+    void setFilePath(const std::string& path) {
+        filePath_ = path;
+        place_ = platform::absolutePath(path);
+    }
 
     // ---- Text helpers
 
@@ -67,4 +70,5 @@ class ScheduleRSMHandler final {
     bool hasUnreadRecord_ = false;  ///< in the file, what may be a record and was not read whole
     Load loaded_ = Load::Done;
     std::string filePath_;
+    std::string place_;  ///< where that led at the start; the host may change its directory
 };

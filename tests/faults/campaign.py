@@ -274,7 +274,7 @@ class Campaign:
                 if what in "Pp" and text.startswith(tag):
                     texts.append(text)
                     there = there or what == "P"
-                elif what == "U" and text == path:
+                elif what == "U" and text.endswith("/" + path):
                     there = False
             # The first one shown is that before the proof, except in scenarios that show it themselves.
             shown = [one["text"] for one in result.of("file") if one["path"] == path and one["t"] >= scenario.proof_at]

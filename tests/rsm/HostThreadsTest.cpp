@@ -222,6 +222,19 @@ TEST_F(HostThreads, AStopDoesNotWaitForAPoll) {
     EXPECT_TRUE(host_.endThreads());
 }
 
+TEST_F(HostThreads, StateFilesStayWhereTheyWereAtTheStart) {
+    start();
+    workspace_.write("elsewhere/state/schedule.xml", "another's");
+    std::filesystem::current_path(workspace_.path("elsewhere"));
+    EXPECT_EQ(connect(), 0);
+    EXPECT_TRUE(agent_.waitForSleeps(1)) << "before which the state is saved";
+    EXPECT_TRUE(workspace_.read("state/resume.xml").starts_with("<ResumeRSM>"));
+    EXPECT_EQ(families_.stop(Families::rsm), 0);
+    EXPECT_FALSE(std::filesystem::exists(workspace_.path("state/schedule.xml"))) << "nothing is scheduled";
+    EXPECT_EQ(workspace_.read("elsewhere/state/schedule.xml"), "another's");
+    stop();
+}
+
 TEST_F(HostThreads, AStopIsWholeThoughTheAgentsLogThrows) {
     start();
     EXPECT_EQ(connect(), 0);
