@@ -6,6 +6,8 @@
 #include "platform/Number.h"
 #include "platform/agent/Logging.h"
 
+#include <algorithm>
+
 namespace {
 
 constexpr std::int64_t kSecondsPerDay = 86400;
@@ -63,6 +65,13 @@ int LogRevision::listDirectory(const std::string& path, platform::Directory& dir
 }
 
 std::int64_t LogRevision::fileAgeInDays(const platform::Directory& directory, const std::string& name) {
-    const auto modifiedAt = directory.modifiedAt(name);
-    return modifiedAt ? (platform::now() - *modifiedAt) / kSecondsPerDay : 0;
+    auto modifiedAt = directory.modifiedAt(name);
+    if (!modifiedAt) {
+        return 0;
+    }
+    // What a link leads to may be the log that is being written, however old the link is.
+    if (const platform::File target = directory.openFile(name, platform::OpenMode::Read); target.isOpen()) {
+        modifiedAt = std::max(modifiedAt, target.modifiedAt());
+    }
+    return (platform::now() - *modifiedAt) / kSecondsPerDay;
 }

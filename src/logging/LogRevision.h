@@ -9,8 +9,8 @@ class Directory;
 }
 
 /// The deletion of old log files: its construction deletes every file of the log file's family whose last
-/// modification lies more than the configured number of days in the past. Names are taken as they are listed
-/// and lead nowhere else: a symbolic link counts as itself, with its own age.
+/// modification lies more than the configured number of days in the past. Names are taken as they are listed,
+/// and nothing that a symbolic link leads to is deleted; its age counts when it is the younger one.
 class LogRevision final {
   public:
     LogRevision();

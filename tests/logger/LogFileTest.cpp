@@ -73,12 +73,15 @@ TEST_F(LogFileTest, CleanUpStaysInItsDirectory) {
     make(folder / "k.young.xml", 1);
     link("../victim/important.xml", "k.link-old.xml", 99);
     link("../victim/important.xml", "k.link-young.xml", 1);
+    make(workspace.path("victim/live.xml"), 1);
+    link("../victim/live.xml", "k.xml", 99);
     link("nothing", "k.dangling.xml", 99);
     link("../victim", "k.link-to-directory.xml", 99);
     start();
     stop();
     EXPECT_EQ(workspace.list("log"), "k.link-young.xml k.xml k.xml.d k.xml.fifo k.young.xml");
     EXPECT_TRUE(workspace.exists("victim/important.xml"));
+    EXPECT_TRUE(fs::is_symlink(file)) << "a log that lies elsewhere stays there";
 }
 
 struct ThingRow {
