@@ -5,7 +5,9 @@
 #include "platform/windows/DirectoryScan.h"
 #include "support/Workspace.h"
 
+#include <algorithm>
 #include <cerrno>
+#include <filesystem>
 #include <string>
 #include <vector>
 #include <windows.h>
@@ -49,6 +51,18 @@ TEST(DirectoryScan, EntriesAndErrorNumbers) {
     errno = 0;
     EXPECT_EQ(closedir(nullptr), -1);
     EXPECT_EQ(errno, 9);
+}
+
+TEST(Directory, DriveAloneIsItsRoot) {
+    const std::filesystem::path before = std::filesystem::current_path();
+    std::filesystem::current_path("C:\\windows");
+    Directory directory;
+    std::vector<std::string> names;
+    EXPECT_EQ(directory.open("C:"), 0);
+    EXPECT_EQ(directory.list(names), 0);
+    EXPECT_NE(std::find(names.begin(), names.end(), "windows"), names.end());
+    EXPECT_EQ(std::find(names.begin(), names.end(), "system32"), names.end());
+    std::filesystem::current_path(before);
 }
 
 TEST(File, LinesEndAsTheSystemsDo) {

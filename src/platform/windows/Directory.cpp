@@ -43,6 +43,12 @@ int Directory::open(std::string_view path) noexcept {
     if (!windows::toNative(path, given)) {
         return ENOENT;
     }
+    // What stands before the last separator of a path at a drive's root. To the system it is the drive's current
+    // directory, and what is deleted there would be other files.
+    if (path.ends_with(':') && path.size() + 1 < given.size()) {
+        given.at(path.size()) = '\\';
+        given.at(path.size() + 1) = '\0';
+    }
     const DWORD length =
         ::GetFullPathNameA(given.data(), static_cast<DWORD>(full.size()), full.data(), nullptr);
     if (length == 0 || length >= full.size()) {
