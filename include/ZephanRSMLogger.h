@@ -93,7 +93,8 @@
 // - across ZPXRSMLoggerAudit, that sending to the enterprise needs.
 // The agent's log may hold a lock of its own around its hook, one that its holder may take again.
 //
-// The host calls no start and no stop from within a function that the module has called.
+// The host calls no start and no stop from within a function that the module has called, and gives
+// no order ("connect", "ScheduleRSM") on a thread that sending to the enterprise waits for.
 //
 //
 // ---- End of threads and processes ---------------------------------------------------------------
