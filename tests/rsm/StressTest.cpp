@@ -1,9 +1,11 @@
-// Eight threads call every export at random, starts and stops among them, on each kind of agent. A watchdog
-// tells when one of them does not come back. ZEPHAN_STRESS_SECONDS sets how long it takes for each kind.
+// Eight threads call every export at random, starts and stops among them, on each kind of agent, which calls
+// what it may from within its log, too. A watchdog tells when one of them does not come back.
+// ZEPHAN_STRESS_SECONDS sets how long it takes for each kind.
 #include "Library.h"
 #include "lib/AgentHost.h"
 #include "lib/FreeRuntime.h"
 #include "lib/Observer.h"
+#include "lib/Thread.h"
 
 #include <array>
 #include <atomic>
@@ -12,6 +14,7 @@
 #include <cstdlib>
 #include <functional>
 #include <random>
+#include <string_view>
 #include <thread>
 #include <vector>
 
@@ -36,9 +39,9 @@ std::chrono::seconds duration() {
     return std::chrono::seconds(set == nullptr ? 5 : std::atoi(set));
 }
 
-class Stress final {
+class Stress final : public agent::Observer {
   public:
-    explicit Stress(agent::ThreadDestroy how) : host_({nullptr, nullptr, &runtime_}) {
+    explicit Stress(agent::ThreadDestroy how) : host_({this, nullptr, &runtime_}) {
         host_.setThreadDestroy(how);
         host_.setLinkThread(true);
         host_.setEnterpriseDelay(100ms);
@@ -47,6 +50,7 @@ class Stress final {
 
     void run() {
         Families families(library_, host_.serviceAgent(), workspace_);
+        library_.ZPXRSMWSCreateService(this, &service_);
         std::vector<std::thread> threads;
         for (std::size_t i = 0; i < kCallers; ++i) {
             threads.emplace_back([&, i] { call(families, callers_[i], static_cast<unsigned int>(i)); });
@@ -61,6 +65,29 @@ class Stress final {
         watchdog.join();
         EXPECT_EQ(families.stop(Families::logger), 0);
         EXPECT_TRUE(host_.endThreads());
+        library_.ZPXRSMWSDestroyService(this, service_);
+    }
+
+    void onLog(int /*level*/, std::string_view /*text*/) override {
+        constexpr int deepest = 2;
+        constexpr unsigned int oneOf = 8;
+        thread_local int depth = 0;
+        const unsigned int choice = lines_++ % oneOf;
+        if (over_ || depth == deepest) {
+            return;
+        }
+        ++depth;
+        // Sending waits for the link thread, which therefore must not wait for an order.
+        const agent::Thread* const thread = agent::Thread::current();
+        const bool mayOrder = thread == nullptr || thread->kind() == agent::Thread::Kind::module;
+        if (choice == 0) {
+            library_.ZPXRSMLoggerAudit(depth == 1 ? "opened" : "closed");
+        } else if (choice == 1) {
+            command("ExitRSM", nullptr);
+        } else if (choice == 2 && mayOrder) {
+            Families::connect(service_, "1", "1");
+        }
+        --depth;
     }
 
   private:
@@ -164,6 +191,8 @@ class Stress final {
     agent::FreeRuntime runtime_{kSpeed};
     agent::AgentHost host_;
     const Library library_;
+    ZPService* service_ = nullptr;  ///< of what is called from within the log
+    std::atomic<unsigned int> lines_ = 0;
     std::array<Caller, kCallers> callers_;
     std::atomic<bool> over_ = false;
     std::atomic<bool> joined_ = false;
