@@ -92,6 +92,9 @@ TEST_F(LogFileWriterTest, EachNoticeIsHandedOutOnce) {
     EXPECT_EQ(writer_->takeNotices().failedRenames, 0U);
     int reports = 0;
     hook = [&](const char* text) { reports += text == kReport ? 1 : 100; };
+    Notices sum{1, 2, 3};
+    sum += Notices{10, 20, 30};
+    EXPECT_TRUE(sum.failedRenames == 11 && sum.abandonedWaits == 22 && sum.failedReleases == 33);
     LogFileWriter::report(Notices{});
     LogFileWriter::report(notices);
     EXPECT_EQ(reports, 2);
