@@ -140,7 +140,8 @@ typedef struct ZPService ZPService;
 #endif
 
 /// The level scale of log messages. The configured "LogLevel" lets itself and all above it into the
-/// log file; "audit" lets nothing in. Without a "LogLevel" only ZP_LEVEL_FORCE passes.
+/// log file; "audit" lets nothing in. Without a "LogLevel" only ZP_LEVEL_FORCE passes. Audit messages pass
+/// where ZP_LEVEL_INFO does, and so do messages of a level that is none of these.
 enum {
     ZP_LEVEL_TRACE = 20,
     ZP_LEVEL_INFO = 30,
@@ -172,9 +173,10 @@ typedef struct PropList {
 /// Starts the RSM extension: loads the configuration unless a start did so before, keeps the
 /// service agent (not owned; it must outlive the module's objects) unless one is held, resumes a
 /// saved RSM and picks up a stored schedule; either may take as long as the enterprise takes to
-/// answer. `handle`: receives the controller's handle. `initParam`: path of the XML configuration
-/// file; blanks and tabs around it are removed; not looked at when the configuration is loaded
-/// already. Start/stop thread. 0, or -1 with `*handle` unchanged.
+/// answer. A null service agent is not kept; without one nothing is polled or reported. `handle`: may
+/// be null; receives the controller's handle. `initParam`: path of the XML configuration file; blanks
+/// and tabs around it are removed; not looked at when the configuration is loaded already.
+/// Start/stop thread. 0, or -1 with `*handle` unchanged.
 ZP_EXPORT int8_t ZPRSMExtnStartup(void** handle, ZPServiceAgent* serviceAgent, const char* initParam);
 
 /// Stops the RSM extension: closes the schedule file and, when the logger was never started, ends
@@ -185,7 +187,8 @@ ZP_EXPORT int8_t ZPRSMExtnShutdown(void* handle);
 // ---- Data-source extension ----------------------------------------------------------------------
 
 /// Starts the data-source extension with the path of the schedule file, which is created when it is
-/// missing; the first path stays in force. Start/stop thread. 0, or -1.
+/// missing; the first path stays in force. `handle`: may be null; receives a handle that no function
+/// asks for. Start/stop thread. 0, or -1 with `*handle` unchanged.
 ZP_EXPORT int8_t ZPXRSMDSStartup(void** handle, const char* scheduleFilePath);
 
 /// Writes the life-cycle line; releases nothing. Any thread. Always 0.
@@ -195,9 +198,10 @@ ZP_EXPORT int8_t ZPXRSMDSShutdown(void);
 ZP_EXPORT int32_t ZPXRSMDSGet(void);
 ZP_EXPORT int32_t ZPXRSMDSSet(void);
 
-/// Runs a command. `response` may be null; otherwise it receives a new list that the caller
-/// releases with `ZPXRSMDSDestroyPropList`, or stays unchanged when there is none. Any thread. 0
-/// done, 1 failed, 2 command not recognised.
+/// Runs a command. `input` may be null: no properties. `response` may be null; otherwise it receives
+/// a new list that the caller releases with `ZPXRSMDSDestroyPropList`, null when the command was
+/// carried out and there was no memory for its answer, and stays unchanged when there is none. Any
+/// thread. 0 done, 1 failed, 2 command not recognised.
 ///
 /// "ScheduleRSM" orders RSM, now or later, and replaces an order that still waits. Its properties:
 ///
@@ -231,7 +235,7 @@ ZP_EXPORT int32_t ZPXRSMDSExectue(void* reserved1, void* reserved2, const char* 
 /// Answers are released with `ZPXRSMDSDestroyPropList` only. Any thread. Always -1.
 ZP_EXPORT int8_t ZPXRSMDSDestoryResponse(void);
 
-/// Releases a list: every non-null field, the records, the list. Any thread. Always 0.
+/// Releases a list: every non-null field, the records, the list (null is accepted). Any thread. Always 0.
 ZP_EXPORT int8_t ZPXRSMDSDestroyPropList(void* reserved1, void* reserved2, PropList* list);
 
 // ---- Logger extension ---------------------------------------------------------------------------
@@ -256,8 +260,8 @@ ZP_EXPORT int8_t ZPXRSMLoggerAudit(const char* message);
 
 // ---- Web-service extension ----------------------------------------------------------------------
 
-/// Keeps the service agent unless one is held, and stores the controller's handle. Start/stop
-/// thread. 0, or -1 for a null slot.
+/// Keeps the service agent unless one is held, as `ZPRSMExtnStartup`, and stores the controller's
+/// handle; `*handle` stays unchanged when memory ran out. Start/stop thread. 0, or -1 for a null slot.
 ZP_EXPORT int8_t ZPXRSMWSStartup(void** handle, ZPServiceAgent* serviceAgent);
 
 /// Writes the life-cycle line; releases nothing. Any thread. 0, or -1 for a null handle.
