@@ -7,6 +7,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace platform {
 
@@ -22,9 +23,17 @@ enum class OpenMode {
 /// opened, is left alone, and no open ever blocks. Not for use by two threads at once.
 class File final {
   public:
+    static constexpr std::size_t kLargestRecord = 1024;  ///< bytes, of `overwriteStart`
+
     File() noexcept = default;
-    File(File&& other) noexcept;
-    File& operator=(File&& other) noexcept;
+    File(File&& other) noexcept : descriptor_(std::exchange(other.descriptor_, kNoFile)) {}
+    File& operator=(File&& other) noexcept {
+        if (this != &other) {
+            close();
+            descriptor_ = std::exchange(other.descriptor_, kNoFile);
+        }
+        return *this;
+    }
     ~File() { close(); }
 
     /// A closed file when it cannot be opened. On POSIX `errno` says why, EINVAL of what is no regular file.
@@ -50,7 +59,8 @@ class File final {
     /// written behind it: nobody else's text is cut. Nothing when not all was written. The caller has to keep its thread.
     std::optional<std::size_t> append(std::string_view text) noexcept;
     /// Writes `record` over the start of the file in one piece: a process killed at any instant leaves the
-    /// old bytes or the new ones. When the write fails, the old bytes are put back. At most 1024 bytes.
+    /// old bytes or the new ones. False when the write fails, after which the old bytes are put back, or the record is
+    /// too large.
     bool overwriteStart(std::string_view record) noexcept;
     /// Cuts the file to this length. False when it fails.
     bool truncate(std::int64_t size) noexcept;
@@ -78,6 +88,8 @@ std::string absolutePath(const std::string& path);
 void syncName(const std::string& path) noexcept;
 
 /// Position of a path's last separator of either kind, or `npos`.
-std::size_t lastSeparator(std::string_view path) noexcept;
+inline std::size_t lastSeparator(std::string_view path) noexcept {
+    return path.find_last_of("/\\");
+}
 
 }  // namespace platform

@@ -17,8 +17,6 @@
 namespace platform {
 namespace {
 
-constexpr std::size_t kLargestRecord = 1024;
-
 bool writeAllAt(int descriptor, std::string_view text, off_t position) noexcept {
     const KeepThread keep;
     while (!text.empty()) {
@@ -36,16 +34,6 @@ bool writeAllAt(int descriptor, std::string_view text, off_t position) noexcept 
 }
 
 }  // namespace
-
-File::File(File&& other) noexcept : descriptor_(std::exchange(other.descriptor_, kNoFile)) {}
-
-File& File::operator=(File&& other) noexcept {
-    if (this != &other) {
-        close();
-        descriptor_ = std::exchange(other.descriptor_, kNoFile);
-    }
-    return *this;
-}
 
 File File::open(const std::string& path, OpenMode mode) noexcept {
     posix::PathBuffer native;
@@ -204,10 +192,6 @@ void syncName(const std::string& path) noexcept {
         ::fsync(directory);
         ::close(directory);
     }
-}
-
-std::size_t lastSeparator(std::string_view path) noexcept {
-    return path.find_last_of("/\\");
 }
 
 }  // namespace platform

@@ -12,7 +12,6 @@
 namespace platform {
 namespace {
 
-constexpr std::size_t kLargestRecord = 1024;
 constexpr std::uint64_t kBehindAll = std::numeric_limits<std::uint64_t>::max();  // as a position to write at
 
 OVERLAPPED positionOf(std::uint64_t position) noexcept {
@@ -39,16 +38,6 @@ std::int64_t positionIn(HANDLE file) noexcept {
 }
 
 }  // namespace
-
-File::File(File&& other) noexcept : descriptor_(std::exchange(other.descriptor_, kNoFile)) {}
-
-File& File::operator=(File&& other) noexcept {
-    if (this != &other) {
-        close();
-        descriptor_ = std::exchange(other.descriptor_, kNoFile);
-    }
-    return *this;
-}
 
 File File::open(const std::string& path, OpenMode mode) noexcept {
     windows::PathBuffer native;
@@ -208,10 +197,6 @@ std::string absolutePath(const std::string& path) {
 
 void syncName(const std::string& /*path*/) noexcept {
     // The file system keeps its names in a journal of its own; a program has no part in that.
-}
-
-std::size_t lastSeparator(std::string_view path) noexcept {
-    return path.find_last_of("/\\");
 }
 
 }  // namespace platform
