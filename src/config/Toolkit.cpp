@@ -1,7 +1,7 @@
 #include "config/Toolkit.h"
 
+#include "platform/Immortal.h"
 #include "platform/Lock.h"
-#include "platform/Published.h"
 #include "platform/agent/Logging.h"
 
 #include <cstddef>

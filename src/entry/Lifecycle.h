@@ -2,7 +2,7 @@
 
 #include "controller/ZephanRSMSingleTon.h"
 #include "platform/EchoWithoutWait.h"
-#include "platform/Published.h"
+#include "platform/Immortal.h"
 
 #include <chrono>
 #include <optional>

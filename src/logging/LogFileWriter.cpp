@@ -4,8 +4,9 @@
 #include "logging/LogRevision.h"
 #include "platform/Clock.h"
 #include "platform/Console.h"
+#include "platform/Immortal.h"
+#include "platform/Lock.h"
 #include "platform/Number.h"
-#include "platform/Published.h"
 #include "platform/ThreadEnd.h"
 #include "platform/agent/Logging.h"
 

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "platform/Immortal.h"
 #include "platform/KeptTexts.h"
-#include "platform/Published.h"
 
 #include <atomic>
 

@@ -1,15 +1,15 @@
 #pragma once
 
+#include "platform/Immortal.h"
 #include "platform/Lock.h"
 
-#include <cstddef>
 #include <memory>
-#include <new>
 
 namespace platform {
 
 /// The one object of its kind that all threads use while others may replace it. It is handed out counted: who
-/// has it keeps it, a replaced object goes with its last user, and nobody waits for anybody. Any thread.
+/// has it keeps it, a replaced object goes with its last user, and nobody waits for anybody. Any thread. One for
+/// the whole process is best an `Immortal`.
 template <typename T>
 class Published final {
   public:
@@ -48,18 +48,6 @@ class Published final {
   private:
     mutable Mutex mutex_;
     std::shared_ptr<T> object_;
-};
-
-/// Storage for a value that is never destroyed: threads may still use it while the process ends.
-template <typename T>
-class Immortal final {
-  public:
-    Immortal() noexcept { ::new (static_cast<void*>(storage_)) T; }
-    T& operator*() noexcept { return *std::launder(reinterpret_cast<T*>(storage_)); }
-    T* operator->() noexcept { return &**this; }
-
-  private:
-    alignas(T) std::byte storage_[sizeof(T)];
 };
 
 }  // namespace platform
