@@ -1,6 +1,7 @@
 #include "config/XMLConfigData.h"
 
 #include "platform/Published.h"
+#include "platform/ScopeEnd.h"
 #include "platform/agent/Logging.h"
 
 #include <atomic>
@@ -12,12 +13,7 @@ platform::Immortal<platform::Published<XMLConfigData>> published;
 std::atomic<std::uint64_t> changes;
 
 /// An object that no stop took away goes with the library.
-struct AtUnload {
-    AtUnload() = default;
-    AtUnload(const AtUnload&) = delete;
-    AtUnload& operator=(const AtUnload&) = delete;
-    ~AtUnload() { XMLConfigData::destroyInstance(); }
-} const atUnload;
+const platform::ScopeEnd atUnload([] { XMLConfigData::destroyInstance(); });
 
 }  // namespace
 

@@ -4,6 +4,7 @@
 #include "config/ToolkitMemory.h"
 #include "config/XMLConfigData.h"
 #include "platform/File.h"
+#include "platform/ScopeEnd.h"
 #include "platform/Text.h"
 #include "platform/ThreadEnd.h"
 #include "platform/agent/Logging.h"
@@ -41,14 +42,11 @@ std::string transcoded(const XMLCh* text) {
     if (text == nullptr) {
         return {};
     }
-    char* const converted = XMLString::transcode(text);
+    char* converted = XMLString::transcode(text);
     if (converted == nullptr) {
         return {};
     }
-    struct Release {
-        char* text;
-        ~Release() { XMLString::release(&text); }
-    } release{converted};
+    const platform::ScopeEnd release([&converted] { XMLString::release(&converted); });
     return converted;
 }
 
@@ -95,14 +93,9 @@ std::shared_ptr<const XMLConfigData> loadConfiguration(const std::string& path) 
     toolkit::start();
     const std::shared_ptr<XMLConfigData> configuration = XMLConfigData::getInstance(path);
     {
-        struct Load {
-            ~Load() { toolkit::leave(); }
-        } const load;
+        const platform::ScopeEnd load([] { toolkit::leave(); });
         if (configuration != nullptr) {
-            struct Publication {
-                const std::shared_ptr<XMLConfigData>& filled;
-                ~Publication() { XMLConfigData::publish(filled); }
-            } const publication{configuration};
+            const platform::ScopeEnd publication([&] { XMLConfigData::publish(configuration); });
             // When this throws, the toolkit runs on, ready for the next load.
             configuration->parseConfigFile();
         }

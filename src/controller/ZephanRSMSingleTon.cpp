@@ -3,6 +3,7 @@
 #include "logging/ConfigHandler.h"
 #include "platform/File.h"
 #include "platform/Published.h"
+#include "platform/ScopeEnd.h"
 #include "platform/ThreadEnd.h"
 #include "platform/agent/Logging.h"
 #include "scheduling/ScheduleRSMHandler.h"
@@ -16,16 +17,11 @@ namespace {
 platform::Immortal<platform::Published<ZephanRSMSingleTon>> published;
 
 /// A message that comes after the last stop makes a controller once more; it goes with the library, if it can.
-struct AtUnload {
-    AtUnload() = default;
-    AtUnload(const AtUnload&) = delete;
-    AtUnload& operator=(const AtUnload&) = delete;
-    ~AtUnload() {
-        if (platform::mayWaitAtUnload()) {
-            ZephanRSMSingleTon::dropIdleInstance();
-        }
+const platform::ScopeEnd atUnload([] {
+    if (platform::mayWaitAtUnload()) {
+        ZephanRSMSingleTon::dropIdleInstance();
     }
-} const atUnload;
+});
 
 /// Logs that no controller can be made, unless that is just being logged: the line may come back as a message
 /// that needs one.
@@ -34,9 +30,7 @@ void logCreationError(int error) {
     if (logging.exchange(true)) {
         return;
     }
-    struct Over {
-        ~Over() { logging = false; }
-    } const over;
+    const platform::ScopeEnd over([] { logging = false; });
     KRXLog(level::kForce, "CreateMutex error: %d\n", error);
 }
 
@@ -75,15 +69,12 @@ void ZephanRSMSingleTon::destroyInstance() {
         return;
     }
     // Also when the stopping thread is unwound while it waits or logs: one that starts nothing must not stay.
-    struct Removal {
-        const Reference& controller;
-        ~Removal() {
-            published->withdraw(controller);
-            if (controller->configHandler_ != nullptr) {
-                controller->configHandler_->getLogManager().close();
-            }
+    const platform::ScopeEnd removal([&present] {
+        published->withdraw(present);
+        if (present->configHandler_ != nullptr) {
+            present->configHandler_->getLogManager().close();
         }
-    } const removal{present};
+    });
     // What is logged while the thread ends still reaches the log file.
     present->thread_.stop();
 }

@@ -8,6 +8,7 @@
 #include "logging/MessageHandler.h"
 #include "logging/RDMessageHandler.h"
 #include "platform/Lock.h"
+#include "platform/ScopeEnd.h"
 #include "platform/agent/Logging.h"
 
 #include <cstring>
@@ -71,10 +72,7 @@ void LogManager::initialize() {
     if (attaching_.exchange(true)) {
         return;
     }
-    struct Attached {
-        std::atomic<bool>& flag;
-        ~Attached() { flag = false; }
-    } const attached{attaching_};
+    const platform::ScopeEnd attached([this] { attaching_ = false; });
     if (configuration->getRDListner() && !attachListener(remoteDetection_, rdMessageHandler_.get())) {
         return;
     }
@@ -181,18 +179,11 @@ void LogManager::tellChanges() {
             teller_.release();  // this message was caused by the telling; the change is told in its turn
             return;
         }
-        struct Role {
-            explicit Role(LogManager& ofManager) : manager(ofManager) {
-                manager.tellingThread_ = std::this_thread::get_id();
-            }
-            Role(const Role&) = delete;
-            Role& operator=(const Role&) = delete;
-            ~Role() {
-                manager.tellingThread_ = std::thread::id();
-                manager.teller_.release();
-            }
-            LogManager& manager;
-        } const role(*this);
+        tellingThread_ = std::this_thread::get_id();
+        const platform::ScopeEnd role([this] {
+            tellingThread_ = std::thread::id();
+            teller_.release();
+        });
         for (Change change{}; takeChange(change);) {
             if (!closed_) {
                 (*rdMessageHandler_.*change.set)(change.active);
