@@ -61,6 +61,29 @@ ValueText dateText(std::int64_t gmtClockValue) noexcept {
     return text;
 }
 
+/// What the enterprise is told of a state, in this order.
+struct Profile {
+    explicit Profile(const RsmState& state)
+        : properties{
+              {"update", "RSM_MODE", modeName(state.rsmMode), "Property"},
+              {"update", "RSM_START_TIME", nullptr, "Property"},
+              {"update", "RSM_MODE_START_TIME", nullptr, "Property"},
+              {"update", "RSM_GRACE_PERIOD", numberText(state.gracePeriod).data(), "Property"},
+              {"update", "RSM_FORCED_POLLING_RATE", numberText(state.pollingRate).data(), "Property"},
+              {"update", "RSM_DELAY_PROFILE_START_TIME", nullptr, "Property"},
+              {"update", "RSM_DELAY_PROFILE_FORCED_POLLING_RATE", numberText(state.delayedPollingRate).data(),
+               "Property"},
+              {"update", "RSM_DELAY_PROFILE_GRACE_PERIOD", numberText(state.delayedGracePeriod).data(),
+               "Property"},
+          } {
+        properties[1].SetValue(dateText(state.rsmStartTime).data());
+        properties[2].SetValue(dateText(state.modeStartTime).data());
+        properties[5].SetValue(dateText(state.delayedStartTime).data());
+    }
+
+    Property properties[8];
+};
+
 }  // namespace
 
 void ProfileReport::setServiceAgent(KRX::ServiceAgentNS::ServiceAgent* serviceAgent) {
@@ -134,22 +157,7 @@ void ProfileReport::send(const RsmState& state) {
         record.CopyFrom(asset->GetAssetProfile());
         record.ClearProperties();
 
-        Property properties[] = {
-            {"update", "RSM_MODE", modeName(state.rsmMode), "Property"},
-            {"update", "RSM_START_TIME", nullptr, "Property"},
-            {"update", "RSM_MODE_START_TIME", nullptr, "Property"},
-            {"update", "RSM_GRACE_PERIOD", numberText(state.gracePeriod).data(), "Property"},
-            {"update", "RSM_FORCED_POLLING_RATE", numberText(state.pollingRate).data(), "Property"},
-            {"update", "RSM_DELAY_PROFILE_START_TIME", nullptr, "Property"},
-            {"update", "RSM_DELAY_PROFILE_FORCED_POLLING_RATE", numberText(state.delayedPollingRate).data(),
-             "Property"},
-            {"update", "RSM_DELAY_PROFILE_GRACE_PERIOD", numberText(state.delayedGracePeriod).data(),
-             "Property"},
-        };
-        properties[1].SetValue(dateText(state.rsmStartTime).data());
-        properties[2].SetValue(dateText(state.modeStartTime).data());
-        properties[5].SetValue(dateText(state.delayedStartTime).data());
-
+        Profile profile(state);
         KRX::Messaging::SerializableArray* const list = record.GetProperties();
         if (list == nullptr) {
             platform::echo("Prop list is NULL ");
@@ -161,8 +169,8 @@ void ProfileReport::send(const RsmState& state) {
             std::snprintf(text.data(), text.size(), "LENGTH IS %d", length);
             platform::echo(text.data());
         }
-        const Withdrawal withdrawal(*list, properties);
-        for (Property& property : properties) {
+        const Withdrawal withdrawal(*list, profile.properties);
+        for (Property& property : profile.properties) {
             list->AddEntry(&property);
         }
         if (client->proxy.UpdateAsset(record, 0) == 0) {
