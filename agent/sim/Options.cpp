@@ -4,6 +4,8 @@
 #include "sim/System.h"
 #include "sim/Verbs.h"
 
+#include <vector>
+
 #include <getopt.h>
 
 namespace sim {
@@ -52,14 +54,17 @@ in its state files, and what its next start does with it.
                   the schedule file that the agent's data source was started with
   --json          writes the status as JSON
   --clock TIME    the wall clock at the trace's start, like 2026-03-01T10:00:00Z (default: as the reports show it)
-  --help          prints this text
-  --version       prints the version
+  -h, --help      prints this text
+  -V, --version   prints the version
 
 Exit status: 0 ran to the end, 1 a scenario line or the module could not be used, or the module hangs, 2 wrong usage,
 3 (with --strict) a start failed.
 )";
 
-Options parseOptions(int count, char** words) {
+namespace {
+
+/// Takes the options, which end at `optind`. False when what follows does not matter.
+bool readOptions(int count, char** words, Options& options) {
     enum Option : int {
         module = 1,
         trace,
@@ -71,9 +76,9 @@ Options parseOptions(int count, char** words) {
         schedule,
         json,
         clock,
-        version,
         report = 'o',
-        help = 'h'
+        help = 'h',
+        version = 'V'
     };
     const option known[] = {{"module", required_argument, nullptr, module},
                             {"trace", required_argument, nullptr, trace},
@@ -89,8 +94,7 @@ Options parseOptions(int count, char** words) {
                             {"help", no_argument, nullptr, help},
                             {"version", no_argument, nullptr, version},
                             {nullptr, 0, nullptr, 0}};
-    Options options;
-    for (int found = 0; (found = ::getopt_long(count, words, ":o:", known, nullptr)) != -1;) {
+    for (int found = 0; (found = ::getopt_long(count, words, ":ho:V", known, nullptr)) != -1;) {
         switch (found) {
             case module:
                 options.module = ::optarg;
@@ -127,49 +131,40 @@ Options parseOptions(int count, char** words) {
                 break;
             case help:
                 options.mode = Options::Mode::help;
-                return options;
+                return false;
             case version:
                 options.mode = Options::Mode::version;
-                return options;
+                return false;
             default:
                 throw UsageError(std::string(found == ':' ? "no value for option " : "unknown option ") +
                                  words[::optind - 1]);
         }
     }
-    const int positional = count - ::optind;
-    const std::string command = positional > 0 ? words[::optind] : "";
-    if (command != "replay" && command != "run" && command != "report" && command != "status") {
-        throw UsageError(command.empty() ? "no command" : "unknown command " + command);
+    return true;
+}
+
+void readReport(const std::optional<std::string>& trace, Options& options) {
+    options.mode = Options::Mode::report;
+    if (!trace || !options.report) {
+        throw UsageError(trace ? "no file for the page (-o FILE)" : "no trace to report");
     }
-    if (command == "status") {
-        options.mode = Options::Mode::status;
-        if (positional > 1) {
-            throw UsageError(std::string("unexpected argument ") + words[::optind + 1]);
-        }
-        if (!options.configuration && !options.schedule) {
-            throw UsageError("no file to tell the status from (--config FILE, --schedule FILE)");
-        }
-        return options;
+    options.keptTrace = *trace;
+}
+
+void readStatus(Options& options) {
+    options.mode = Options::Mode::status;
+    if (!options.configuration && !options.schedule) {
+        throw UsageError("no file to tell the status from (--config FILE, --schedule FILE)");
     }
-    if (positional > 2) {
-        throw UsageError(std::string("unexpected argument ") + words[::optind + 2]);
-    }
-    const std::optional<std::string> file =
-        positional == 2 ? std::optional<std::string>(words[::optind + 1]) : std::nullopt;
-    if (command == "report") {
-        options.mode = Options::Mode::report;
-        if (!file || !options.report) {
-            throw UsageError(file ? "no file for the page (-o FILE)" : "no trace to report");
-        }
-        options.keptTrace = *file;
-        return options;
-    }
-    options.mode = command == "run" ? Options::Mode::run : Options::Mode::replay;
-    options.scenario = file;
-    if (options.http && options.mode != Options::Mode::run) {
+}
+
+void readSession(bool real, const std::optional<std::string>& scenario, Options& options) {
+    options.mode = real ? Options::Mode::run : Options::Mode::replay;
+    options.scenario = scenario;
+    if (options.http && !real) {
         throw UsageError("--http is for a session on the real clock (run)");
     }
-    if (!file && options.mode == Options::Mode::replay) {
+    if (!scenario && !real) {
         throw UsageError("no scenario to replay");
     }
     if (options.brief && options.trace) {
@@ -177,6 +172,35 @@ Options parseOptions(int count, char** words) {
     }
     if (options.module.empty()) {
         options.module = system::moduleBesideProgram();
+    }
+}
+
+/// Takes the command and its file, and looks whether the options fit them.
+void readCommand(const std::vector<std::string>& words, Options& options) {
+    const std::string command = words.empty() ? "" : words.front();
+    if (command != "replay" && command != "run" && command != "report" && command != "status") {
+        throw UsageError(command.empty() ? "no command" : "unknown command " + command);
+    }
+    const std::size_t most = command == "status" ? 1 : 2;
+    if (words.size() > most) {
+        throw UsageError("unexpected argument " + words[most]);
+    }
+    const std::optional<std::string> file = words.size() > 1 ? std::optional(words[1]) : std::nullopt;
+    if (command == "status") {
+        readStatus(options);
+    } else if (command == "report") {
+        readReport(file, options);
+    } else {
+        readSession(command == "run", file, options);
+    }
+}
+
+}  // namespace
+
+Options parseOptions(int count, char** words) {
+    Options options;
+    if (readOptions(count, words, options)) {
+        readCommand({words + ::optind, words + count}, options);
     }
     return options;
 }

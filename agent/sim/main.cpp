@@ -78,7 +78,7 @@ int main(int count, char** words) {
                 return fileStatus(options);
         }
     } catch (const sim::UsageError& error) {
-        std::cerr << "krx-agent-sim: " << error.what() << "\n" << sim::kHelp;
+        std::cerr << "krx-agent-sim: " << error.what() << "\nTry krx-agent-sim --help.\n";
         return wrongUsage;
     } catch (const std::exception& error) {
         std::cerr << error.what() << std::endl;

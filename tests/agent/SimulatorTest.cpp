@@ -202,8 +202,10 @@ TEST_F(SimulatorTest, StatusAndMessage) {
     };
     const Case cases[] = {
         {"--help", "", 0, "Usage: krx-agent-sim replay SCENARIO"},
+        {"-h", "", 0, "Usage: krx-agent-sim replay SCENARIO"},
         {"--version", "", 0, "krx-agent-sim "},
-        {"", "", 2, "no command"},
+        {"-V", "", 0, "krx-agent-sim "},
+        {"", "", 2, "krx-agent-sim: no command\nTry krx-agent-sim --help.\n"},
         {"play", "", 2, "unknown command play"},
         {"replay", "", 2, "no scenario to replay"},
         {"replay a b", "", 2, "unexpected argument b"},
