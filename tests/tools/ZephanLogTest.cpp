@@ -193,7 +193,9 @@ TEST_F(ZephanLogTest, HelpNamesEveryOption) {
     for (const std::string& line : linesOf(help)) {
         EXPECT_LE(line.size(), 110U) << line;
     }
+    EXPECT_EQ(run("-h"), help);
     EXPECT_EQ(run("--version"), "zephan-log " VERSION "\n");
+    EXPECT_EQ(run("-V"), run("--version"));
 }
 
 // The format file for the log viewer: its expressions fit what the program prints, first lines and others.

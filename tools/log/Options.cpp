@@ -48,8 +48,8 @@ Where the log is:
       --config FILE    a configuration file of the module; its log path is one more FILE, relative to the
                        current directory, which has to be the agent's
 
-      --help           print this text and end
-      --version        print the version and end
+  -h, --help           print this text and end
+  -V, --version        print the version and end
 
 T is a date, a time of day, or both: 2026-03-01, 2026-03-01T10:00:05, "2026-03-01 10:00", 10:00, today,
 yesterday, "yesterday 22:00"; with Z or +02:00 behind it when it is not meant in the zone of the output. Or it
@@ -76,12 +76,12 @@ Options parseOptions(int count, char** words) {
         zone,
         logZone,
         config,
-        help,
-        version,
         follow = 'f',
         grep = 'g',
+        help = 'h',
         ignoreCase = 'i',
-        last = 'n'
+        last = 'n',
+        version = 'V'
     };
     const option known[] = {{"since", required_argument, nullptr, since},
                             {"until", required_argument, nullptr, until},
@@ -100,7 +100,7 @@ Options parseOptions(int count, char** words) {
                             {nullptr, 0, nullptr, 0}};
     Options options;
     ::optind = 0;  // anew, also in a process that has read another command line
-    for (int found = 0; (found = ::getopt_long(count, words, ":fg:in:", known, nullptr)) != -1;) {
+    for (int found = 0; (found = ::getopt_long(count, words, ":fg:hin:V", known, nullptr)) != -1;) {
         switch (found) {
             case since:
                 options.since = ::optarg;
