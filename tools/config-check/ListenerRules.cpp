@@ -84,25 +84,34 @@ void checkFileListener(const Inspection& in, Position listeners) {
     }
 }
 
+/// Where the listeners are switched on, or were meant to be.
+struct ListenerPlace {
+    Position position;
+    bool isListnerSet = false;
+};
+
+ListenerPlace findListeners(const Inspection& in) {
+    ListenerPlace place{in.tagOf(in.root())};
+    for (const Element* child = in.root().firstChild; child != nullptr; child = child->next) {
+        if (child->name == in.name(TagNames::ListnerSet)) {
+            place = {in.tagOf(*child), true};
+        } else if (!place.isListnerSet && !in.findings.full() && !in.known.find(child->name) &&
+                   in.known.meantBy(child->name, std::nullopt) == TagNames::ListnerSet) {
+            place.position = in.tagOf(*child);
+        }
+    }
+    return place;
+}
+
 }  // namespace
 
 void checkListeners(const Inspection& in) {
     const ModuleSettings& settings = in.settings;
-    Position listeners = in.tagOf(in.root());
-    bool listenerSet = false;
-    for (const Element* child = in.root().firstChild; child != nullptr; child = child->next) {
-        if (child->name == in.name(TagNames::ListnerSet)) {
-            listeners = in.tagOf(*child);
-            listenerSet = true;
-        } else if (!listenerSet && !in.findings.full() && !in.known.find(child->name) &&
-                   in.known.meantBy(child->name, std::nullopt) == TagNames::ListnerSet) {
-            listeners = in.tagOf(*child);
-        }
-    }
+    const auto [listeners, isListnerSet] = findListeners(in);
     if (!in.detects() && !settings.fileListner) {
         in.error(
             listeners, "no-listener",
-            std::string(listenerSet ? "'ListnerSet' switches no listener on" : "there is no 'ListnerSet'") +
+            std::string(isListnerSet ? "'ListnerSet' switches no listener on" : "there is no 'ListnerSet'") +
                 ": no log file is written, no remote activity is noticed and no script is run");
         return;
     }
