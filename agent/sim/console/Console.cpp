@@ -1,6 +1,5 @@
 #include "sim/console/Console.h"
 
-#include "lib/Serializer.h"
 #include "sim/Event.h"
 #include "sim/OrderQueue.h"
 #include "sim/Verbs.h"
@@ -9,11 +8,13 @@
 #include "sim/console/LiveSession.h"
 #include "sim/console/OrderForm.h"
 #include "sim/console/OwnPages.h"
+#include "sim/console/RegistrationText.h"
 #include "sim/console/ServiceRequest.h"
 
 #include <atomic>
 #include <cerrno>
 #include <cstring>
+#include <limits>
 #include <mutex>
 #include <set>
 #include <stdexcept>
@@ -79,34 +80,6 @@ std::optional<std::string> bodyOf(const ContentReader& reader, Response& respons
         return body;
     }
     return std::nullopt;
-}
-
-std::string registrationXml(const LiveSession::Profile& profile) {
-    KRX::Messaging::Serializer xml;
-    xml.openElement("Asset");
-    xml.writeAttribute("xmlns", "urn:corvane-krx:Registration_v1_1");
-    xml.writeAttribute("member", profile.member);
-    for (const auto& [name, value] : profile.properties) {
-        xml.openElement("Property");
-        xml.writeAttribute("name", name);
-        xml.writeText(value.value_or(""));
-        xml.closeElement("Property");
-    }
-    xml.closeElement("Asset");
-    return xml.written() + "\n";
-}
-
-std::string registrationJson(const LiveSession::Profile& profile) {
-    std::string json = "{\"member\":" + asJsonText(profile.member) + ",\"properties\":{";
-    const char* separator = "";
-    for (const auto& [name, value] : profile.properties) {
-        json.append(separator)
-            .append(asJsonText(name))
-            .append(":")
-            .append(value ? asJsonText(*value) : "null");
-        separator = ",";
-    }
-    return json + "}}\n";
 }
 
 /// The number of the first event that a follower does not know yet.
