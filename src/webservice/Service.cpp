@@ -1,4 +1,4 @@
-#include "ZephanRSMLogger.h"
+#include "ZephanRSMService.h"
 #include "platform/agent/Utilities.h"
 
 namespace KRX::Services {

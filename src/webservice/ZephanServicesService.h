@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ZephanRSMLogger.h"
+#include "ZephanRSMService.h"
 
 namespace KRX::Messaging {
 class SerializableString;
