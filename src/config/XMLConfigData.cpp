@@ -1,5 +1,6 @@
 #include "config/XMLConfigData.h"
 
+#include "platform/Immortal.h"
 #include "platform/Published.h"
 #include "platform/ScopeEnd.h"
 #include "platform/agent/Logging.h"

@@ -1,6 +1,8 @@
 #include "controller/PollingThread.h"
 
-#include "platform/Published.h"
+#include "platform/Immortal.h"
+#include "platform/Lock.h"
+#include "platform/ScopeEnd.h"
 #include "platform/ThreadEnd.h"
 #include "platform/agent/Logging.h"
 
@@ -94,18 +96,11 @@ std::int8_t PollingThread::createThread(KRXThreadEntry entry, void* argument,
     Held refused;
     {
         // Given back also when this thread is unwound in one of the calls; not when it is ended without.
-        struct Release {
-            platform::Mutex& mutex;
-            bool& done;
-            ~Release() { done = mutex.release(); }
-        } const release{threadMutex_, released};
+        const platform::ScopeEnd release([&] { released = threadMutex_.release(); });
         replaceLeaving();
         releaseFinished();  // it may have ended since the caller looked
         if (beginStart()) {
-            struct Starting {
-                PollingThread& thread;
-                ~Starting() { thread.endStart(); }
-            } const starting{*this};
+            const platform::ScopeEnd starting([this] { endStart(); });
             result = generateThread(entry, argument, refused);
         } else {
             KRXLog(level::kError, "\n createThread --- Thread was already created.");

@@ -2,6 +2,7 @@
 
 #include "logging/ConfigHandler.h"
 #include "platform/File.h"
+#include "platform/Immortal.h"
 #include "platform/Published.h"
 #include "platform/ScopeEnd.h"
 #include "platform/ThreadEnd.h"

@@ -1,11 +1,16 @@
 #pragma once
 
+#include "config/XMLConfigData.h"
 #include "controller/ZephanRSMSingleTon.h"
+#include "entry/Guard.h"
 #include "platform/EchoWithoutWait.h"
 #include "platform/Immortal.h"
+#include "platform/agent/Logging.h"
 
 #include <chrono>
 #include <optional>
+#include <stdexcept>
+#include <string>
 
 namespace entry {
 
@@ -59,5 +64,23 @@ class Lifecycle final {
     std::optional<platform::EchoWithoutWait> echo_;
     bool held_ = false;
 };
+
+/// Loads the configuration for a start. False, with a log line, when it cannot be loaded.
+inline bool load(const std::string& path) {
+    try {
+        loadConfiguration(path);
+        return true;
+    } catch (const std::runtime_error& error) {
+        KRXLog(level::kError, "\n %s \n", error.what());
+        return false;
+    }
+}
+
+/// Takes controller and configuration away, as a stop does that leaves nothing running: both, whatever the agent
+/// throws for the lines of that.
+inline void endAll() {
+    answerAfter(kSuccess, &ZephanRSMSingleTon::destroyInstance);
+    XMLConfigData::destroyInstance();
+}
 
 }  // namespace entry

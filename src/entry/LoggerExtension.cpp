@@ -1,6 +1,5 @@
 // Exports of the logger extension.
 #include "ZephanRSMLogger.h"
-#include "config/XMLConfigData.h"
 #include "controller/ZephanRSMSingleTon.h"
 #include "entry/Guard.h"
 #include "entry/Lifecycle.h"
@@ -8,8 +7,6 @@
 #include "logging/ConfigHandler.h"
 #include "platform/Console.h"
 #include "platform/agent/Logging.h"
-
-#include <stdexcept>
 
 namespace {
 
@@ -26,10 +23,7 @@ std::int8_t startUp(const char* initParam) {
         return entry::kFailure;
     }
     const entry::Lifecycle lifecycle(entry::Lifecycle::Kind::Start);
-    try {
-        loadConfiguration(initParam);
-    } catch (const std::runtime_error& error) {
-        KRXLog(level::kError, "\n %s \n", error.what());
+    if (!entry::load(initParam)) {
         return entry::kFailure;
     }
     const auto controller = lifecycle.controllerForStart();
@@ -77,9 +71,8 @@ std::int8_t ZPXRSMLoggerStatup(const char* initParam) {
 std::int8_t ZPXRSMLoggerShutdown(void) {
     return entry::answerAfter(entry::kSuccess, [] {
         const entry::Lifecycle lifecycle(entry::Lifecycle::Kind::Stop);
-        // Also when the agent's log throws: a hook that stays would lead into a library that is gone.
-        entry::answerAfter(entry::kSuccess, &ZephanRSMSingleTon::destroyInstance);
-        XMLConfigData::destroyInstance();
+        entry::endAll();
+        // A hook that stays would lead into a library that is gone.
         KRXLogSetFunc(nullptr);
         KRXLogSetAuditFunc(nullptr);
         KRXLog(level::kForce, "Custom HVK Extension: %s shutdown complete.\n", kExtension);

@@ -9,7 +9,6 @@
 #include "platform/agent/Logging.h"
 #include "scheduling/ScheduleRSMHandler.h"
 
-#include <stdexcept>
 #include <string>
 
 namespace {
@@ -26,13 +25,7 @@ bool ensureConfiguration(const char* initParam) {
         KRXLog(level::kError, "RSM Extension: InitParam is not defined in Agent Config file");
         return false;
     }
-    try {
-        loadConfiguration(path);
-    } catch (const std::runtime_error& error) {
-        KRXLog(level::kError, "\n %s \n", error.what());
-        return false;
-    }
-    return true;
+    return entry::load(path);
 }
 
 std::int8_t startUp(void** handle, ZPServiceAgent* serviceAgent, const char* initParam) {
@@ -83,8 +76,7 @@ std::int8_t shutDown(const void* handle) {
         return entry::kFailure;
     }
     if (!controller->getConfigHandler()->isLoggerStarted()) {
-        entry::answerAfter(entry::kSuccess, &ZephanRSMSingleTon::destroyInstance);
-        XMLConfigData::destroyInstance();
+        entry::endAll();
     }
     return entry::answerAfter(entry::kSuccess, [] {
         KRXLog(level::kForce, "Custom HVK Extension: %s shutdown complete.\n", kExtension);

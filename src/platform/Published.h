@@ -1,6 +1,5 @@
 #pragma once
 
-#include "platform/Immortal.h"
 #include "platform/Lock.h"
 
 #include <memory>
