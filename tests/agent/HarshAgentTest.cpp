@@ -5,6 +5,7 @@
 #include "platform/agent/Registration.h"
 #include "platform/agent/ServiceAgent.h"
 #include "platform/agent/Threads.h"
+#include "support/Rows.h"
 
 #include <atomic>
 #include <cerrno>
@@ -97,34 +98,36 @@ struct Victim final : Observer {
     AgentHost host;
 };
 
-TEST(HarshAgent, DestroysThreads) {
-    constexpr milliseconds soon(30);
-    constexpr milliseconds atOnce(0);
-    struct Row {
-        const char* name;
-        ThreadDestroy how;
-        milliseconds poll;
-        milliseconds sleep;
-        bool destroyedInPoll;
-        bool cancellable;
-        int mutex;
-        bool polled;
-        bool unwound;
-        bool completed;
-    };
-    const Row rows[] = {
-        {"in its sleep", ThreadDestroy::sleep, atOnce, kHour, false, true, EOWNERDEAD, true, false, false},
-        {"before its sleep", ThreadDestroy::sleep, soon, kHour, true, true, EOWNERDEAD, true, false, false},
+constexpr milliseconds kSoon(30);
+constexpr milliseconds kAtOnce(0);
+
+struct DestroyRow {
+    support::RowName name;
+    ThreadDestroy how;
+    milliseconds poll;
+    milliseconds sleep;
+    bool destroyedInPoll;
+    bool cancellable;
+    int mutex;
+    bool polled;
+    bool unwound;
+    bool completed;
+};
+
+const support::Rows<DestroyRow> destroyRows(
+    "HarshAgent/DestroysThreads",
+    {
+        {"in its sleep", ThreadDestroy::sleep, kAtOnce, kHour, false, true, EOWNERDEAD, true, false, false},
+        {"before its sleep", ThreadDestroy::sleep, kSoon, kHour, true, true, EOWNERDEAD, true, false, false},
         {"in a poll", ThreadDestroy::anywhere, kHour, kHour, true, true, EOWNERDEAD, false, false, false},
-        {"anywhere: sleep", ThreadDestroy::anywhere, atOnce, kHour, false, true, EOWNERDEAD, true, false,
+        {"anywhere: sleep", ThreadDestroy::anywhere, kAtOnce, kHour, false, true, EOWNERDEAD, true, false,
          false},
         {"unwound in a poll", ThreadDestroy::unwind, kHour, kHour, true, true, 0, false, true, false},
-        {"unwound in its sleep", ThreadDestroy::unwind, atOnce, kHour, false, true, 0, true, true, false},
-        {"not yet unwound", ThreadDestroy::unwind, soon, kHour, true, false, 0, true, true, false},
-        {"left", ThreadDestroy::leave, soon, soon, true, true, 0, true, true, true},
-    };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
+        {"unwound in its sleep", ThreadDestroy::unwind, kAtOnce, kHour, false, true, 0, true, true, false},
+        {"not yet unwound", ThreadDestroy::unwind, kSoon, kHour, true, false, 0, true, true, false},
+        {"left", ThreadDestroy::leave, kSoon, kSoon, true, true, 0, true, true, true},
+    },
+    [](const DestroyRow& row) {
         Victim victim;
         victim.sleep = row.sleep;
         victim.cancellable = row.cancellable;
@@ -149,8 +152,7 @@ TEST(HarshAgent, DestroysThreads) {
         EXPECT_EQ(victim.polled, row.polled);
         EXPECT_EQ(victim.unwound, row.unwound);
         EXPECT_EQ(victim.completed, row.completed);
-    }
-}
+    });
 
 TEST(HarshAgent, ThreadsMayGiveUpThemselves) {
     struct Self {

@@ -1,6 +1,8 @@
 #include "lib/Insides.h"
 #include "lib/Serializer.h"
 #include "platform/agent/Messaging.h"
+#include "support/Rows.h"
+#include "support/Xml.h"
 
 #include <cstring>
 #include <stdexcept>
@@ -60,40 +62,43 @@ std::string refusal(Order& order, const std::string& xml) {
     return "read " + order.read;
 }
 
-TEST(Messaging, Reading) {
-    std::string deep;
-    for (int i = 0; i < 1000; ++i) {
-        deep += "<order>";
-    }
-    const std::pair<std::string, const char*> cases[] = {
-        {"<order/>", "read "},
-        {"<order xmlns='urn:x' xmlns:y='urn:y'><kept>1</kept></order>", "read kept=1;"},
-        {"<y:order xmlns:y='urn:y'> <y:given> a&lt;<![CDATA[&b]]><!-- --> </y:given>\n</y:order>",
+struct ReadingRow {
+    support::RowName name;
+    std::string xml;
+    const char* expected;
+};
+
+const support::Rows<ReadingRow> readingRows(
+    "Messaging/Reading",
+    {
+        {"empty", "<order/>", "read "},
+        {"declared prefixes", "<order xmlns='urn:x' xmlns:y='urn:y'><kept>1</kept></order>", "read kept=1;"},
+        {"kinds of text",
+         "<y:order xmlns:y='urn:y'> <y:given> a&lt;<![CDATA[&b]]><!-- --> </y:given>\n</y:order>",
          "read given= a<&b ;"},
-        {"<?xml version='1.0'?><order><kept/><object>text</object></order>", "read kept=;"},
-        {"<other/>", "expected element 'order', received 'other'"},
-        {"<Order/>", "expected element 'order', received 'Order'"},
-        {"<order lang='en'/>", "element 'order' refused attribute 'lang'"},
-        {"<order><Kept>1</Kept></order>", "element 'order' has no sub-element 'Kept'"},
-        {"<order><kept>bad</kept></order>", "element 'order' refused sub-element 'kept'"},
-        {"<order><kept>1</kept><kept>2</kept></order>",
+        {"object", "<?xml version='1.0'?><order><kept/><object>text</object></order>", "read kept=;"},
+        {"other root", "<other/>", "expected element 'order', received 'other'"},
+        {"root in capitals", "<Order/>", "expected element 'order', received 'Order'"},
+        {"refused attribute", "<order lang='en'/>", "element 'order' refused attribute 'lang'"},
+        {"unknown sub-element", "<order><Kept>1</Kept></order>", "element 'order' has no sub-element 'Kept'"},
+        {"refused text", "<order><kept>bad</kept></order>", "element 'order' refused sub-element 'kept'"},
+        {"one too many", "<order><kept>1</kept><kept>2</kept></order>",
          "element 'order' has more sub-elements 'kept' than it may have"},
-        {"<order><kept><a/></kept></order>", "element 'kept' takes nothing but text"},
-        {"<order>text</order>", "element 'order' takes no text of its own"},
-        {"<order><kept>1</order>", "line 1: mismatched tag"},
-        {"", "line 1: no element found"},
-        {"<order/>\n<order/>", "line 2: junk after document element"},
-        {"<!DOCTYPE order [<!ENTITY a 'a'>]><order>&a;</order>",
+        {"element in a text", "<order><kept><a/></kept></order>", "element 'kept' takes nothing but text"},
+        {"text of its own", "<order>text</order>", "element 'order' takes no text of its own"},
+        {"mismatched tag", "<order><kept>1</order>", "line 1: mismatched tag"},
+        {"nothing", "", "line 1: no element found"},
+        {"second root", "<order/>\n<order/>", "line 2: junk after document element"},
+        {"document type", "<!DOCTYPE order [<!ENTITY a 'a'>]><order>&a;</order>",
          "line 1: a document type declaration is not accepted"},
-        {deep, "line 1: elements are nested too deeply"},
-    };
-    for (const auto& [xml, expected] : cases) {
+        {"too deep", support::repeated("<order>", 1000), "line 1: elements are nested too deeply"},
+    },
+    [](const ReadingRow& row) {
         SerializableString object("object", nullptr);
         Order order(&object);
-        EXPECT_EQ(refusal(order, xml), expected) << xml.substr(0, 100);
-        EXPECT_STREQ(object.GetValue(), xml.find("<object>") == std::string::npos ? nullptr : "text");
-    }
-}
+        EXPECT_EQ(refusal(order, row.xml), row.expected);
+        EXPECT_STREQ(object.GetValue(), row.xml.find("<object>") == std::string::npos ? nullptr : "text");
+    });
 
 TEST(Messaging, Writing) {
     SerializableString object("object", nullptr);

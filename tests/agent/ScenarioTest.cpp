@@ -1,4 +1,5 @@
 #include "sim/Scenario.h"
+#include "support/Rows.h"
 
 #include <sstream>
 #include <stdexcept>
@@ -22,22 +23,28 @@ std::string refusal(const std::string& text) {
     return "accepted";
 }
 
-TEST(Scenario, Words) {
-    const std::pair<const char*, std::vector<std::string>> cases[] = {
-        {"  a\tb \r", {"a", "b"}},
-        {"a#b c", {"a"}},
-        {"\"a#b\" c", {"a#b", "c"}},
-        {R"("\n\t\"\\" "")", {"\n\t\"\\", ""}},
-        {R"(N="2026:03:01 x"y C:\dir)", {"N=2026:03:01 xy", "C:\\dir"}},
-    };
-    for (const auto& [line, expected] : cases) {
+struct WordsRow {
+    support::RowName name;
+    const char* line;
+    std::vector<std::string> expected;
+};
+
+const support::Rows<WordsRow> wordsRows(
+    "Scenario/Words",
+    {
+        {"blanks around", "  a\tb \r", {"a", "b"}},
+        {"remark", "a#b c", {"a"}},
+        {"no remark in quotes", "\"a#b\" c", {"a#b", "c"}},
+        {"escapes and nothing", R"("\n\t\"\\" "")", {"\n\t\"\\", ""}},
+        {"quotes inside a word", R"(N="2026:03:01 x"y C:\dir)", {"N=2026:03:01 xy", "C:\\dir"}},
+    },
+    [](const WordsRow& row) {
         std::vector<std::string> texts;
-        for (const Word& word : splitWords(line)) {
+        for (const Word& word : splitWords(row.line)) {
             texts.push_back(word.text);
         }
-        EXPECT_EQ(texts, expected) << line;
-    }
-}
+        EXPECT_EQ(texts, row.expected);
+    });
 
 TEST(Scenario, OnlyTheBareWordIsNull) {
     const auto words = splitWords("null \"null\" A=null A=\"null\" A=b=null A");
@@ -64,80 +71,102 @@ TEST(Scenario, TimesAndPlaces) {
     EXPECT_EQ(scenario.actions[2].time, Instant(1'750'000));
 }
 
-TEST(Scenario, AcceptedVerbs) {
-    const std::pair<const char*, const char*> cases[] = {
-        {"start data-source null", "start data-source"},
-        {"stop rsm", "stop rsm"},
-        {"stop rsm null", "stop rsm"},
-        {"disconnect", "disconnect"},
-        {"disconnect null", "disconnect"},
-        {"call anything", "call"},
-        {"call op a=1 b=", "call"},
-        {"command null", "command"},
-        {"command X null", "command"},
-        {"command X a=1 b=null", "command"},
-        {"log 255 null", "log"},
-        {"log audit text", "log"},
-        {"age p -0.5", "age"},
-        {"clock-step -3600", "clock-step"},
-        {"enterprise refuse", "enterprise"},
-        {"enterprise delay 0.5", "enterprise delay"},
-        {"enterprise thread off", "enterprise thread"},
-        {"thread-destroy unwind", "thread-destroy"},
-    };
-    for (const auto& [text, words] : cases) {
-        EXPECT_EQ(parseAction(splitWords(text)).verb->words, words) << text;
-    }
-}
+struct VerbRow {
+    support::RowName name;  ///< also the line
+    const char* words;
+};
 
-TEST(Scenario, RefusedLines) {
-    const std::pair<const char*, const char*> cases[] = {
-        {"1", "file:1: a time without a verb"},
-        {"x end", "file:1: 'x' is no time in seconds"},
-        {"-1 end", "file:1: '-1' is no time in seconds"},
-        {"1. end", "file:1: '1.' is no time in seconds"},
-        {"1e3 end", "file:1: '1e3' is no time in seconds"},
-        {"999999999999 end", "file:1: '999999999999' is too large"},
-        {"2 unload\n\n1 end", "file:3: time 1 lies before the line above"},
-        {"0 start", "file:1: unknown verb 'start'"},
-        {"0 conect 10 30", "file:1: unknown verb 'conect 10'; did you mean 'connect MINUTES RATE'?"},
-        {"0 start rms x", "file:1: unknown verb 'start rms'; did you mean 'start rsm PARAM'?"},
-        {"0 \"start rsm\"", "file:1: too few arguments (start rsm PARAM)"},
-        {"0 start engine x", "file:1: unknown verb 'start engine'"},
-        {"0 start rsm", "file:1: too few arguments (start rsm PARAM)"},
-        {"0 connect 10 30 5", "file:1: too many arguments (connect MINUTES RATE)"},
-        {"0 unload now", "file:1: too many arguments (unload)"},
-        {"0 stop rsm x", "file:1: 'x' can only be null (stop rsm [null])"},
-        {"0 log 256 x", "file:1: '256' is too large (log LEVEL TEXT)"},
-        {"0 log loud x", "file:1: 'loud' is no level (log LEVEL TEXT)"},
-        {"0 poll-interval -1", "file:1: '-1' is no whole number (poll-interval COUNT)"},
-        {"0 poll-interval 5s", "file:1: '5s' is no whole number (poll-interval COUNT)"},
-        {"0 poll-interval 1.5", "file:1: '1.5' is no whole number (poll-interval COUNT)"},
-        {"0 poll-interval 4294967296", "file:1: '4294967296' is too large (poll-interval COUNT)"},
-        {"0 clock-step 1000000000001", "file:1: '1000000000001' is too large (clock-step OFFSET)"},
-        {"0 age p x", "file:1: 'x' is no number (age FILE DAYS)"},
-        {"0 enterprise delay -1", "file:1: '-1' is no time in seconds (enterprise delay SECONDS)"},
-        {"0 enterprise thread", "file:1: too few arguments (enterprise thread on|off)"},
-        {"0 log-lock yes", "file:1: 'yes' is none of on, off (log-lock on|off)"},
-        {"0 thread-destroy never",
-         "file:1: 'never' is none of sleep, anywhere, unwind, leave (thread-destroy "
+const support::Rows<VerbRow> verbRows("Scenario/AcceptedVerbs",
+                                      {
+                                          {"start data-source null", "start data-source"},
+                                          {"stop rsm", "stop rsm"},
+                                          {"stop rsm null", "stop rsm"},
+                                          {"disconnect", "disconnect"},
+                                          {"disconnect null", "disconnect"},
+                                          {"call anything", "call"},
+                                          {"call op a=1 b=", "call"},
+                                          {"command null", "command"},
+                                          {"command X null", "command"},
+                                          {"command X a=1 b=null", "command"},
+                                          {"log 255 null", "log"},
+                                          {"log audit text", "log"},
+                                          {"age p -0.5", "age"},
+                                          {"clock-step -3600", "clock-step"},
+                                          {"enterprise refuse", "enterprise"},
+                                          {"enterprise delay 0.5", "enterprise delay"},
+                                          {"enterprise thread off", "enterprise thread"},
+                                          {"thread-destroy unwind", "thread-destroy"},
+                                      },
+                                      [](const VerbRow& row) {
+                                          EXPECT_EQ(parseAction(splitWords(row.name.text)).verb->words,
+                                                    row.words);
+                                      });
+
+struct RefusedRow {
+    support::RowName name;
+    const char* text;
+    std::string expected;  ///< behind the name of the file
+};
+
+const support::Rows<RefusedRow> refusedRows(
+    "Scenario/RefusedLines",
+    {
+        {"time alone", "1", "1: a time without a verb"},
+        {"no number as a time", "x end", "1: 'x' is no time in seconds"},
+        {"negative time", "-1 end", "1: '-1' is no time in seconds"},
+        {"time without decimals", "1. end", "1: '1.' is no time in seconds"},
+        {"time with an exponent", "1e3 end", "1: '1e3' is no time in seconds"},
+        {"time that is too large", "999999999999 end", "1: '999999999999' is too large"},
+        {"time before the line above", "2 unload\n\n1 end", "3: time 1 lies before the line above"},
+        {"half a verb", "0 start", "1: unknown verb 'start'"},
+        {"misspelled connect", "0 conect 10 30",
+         "1: unknown verb 'conect 10'; did you mean 'connect MINUTES RATE'?"},
+        {"misspelled start rsm", "0 start rms x",
+         "1: unknown verb 'start rms'; did you mean 'start rsm PARAM'?"},
+        {"verb in quotes", "0 \"start rsm\"", "1: too few arguments (start rsm PARAM)"},
+        {"unknown family", "0 start engine x", "1: unknown verb 'start engine'"},
+        {"start without its parameter", "0 start rsm", "1: too few arguments (start rsm PARAM)"},
+        {"one argument too many", "0 connect 10 30 5", "1: too many arguments (connect MINUTES RATE)"},
+        {"argument where none is taken", "0 unload now", "1: too many arguments (unload)"},
+        {"stop with a parameter", "0 stop rsm x", "1: 'x' can only be null (stop rsm [null])"},
+        {"level that is too large", "0 log 256 x", "1: '256' is too large (log LEVEL TEXT)"},
+        {"level without a number", "0 log loud x", "1: 'loud' is no level (log LEVEL TEXT)"},
+        {"negative count", "0 poll-interval -1", "1: '-1' is no whole number (poll-interval COUNT)"},
+        {"count with a unit", "0 poll-interval 5s", "1: '5s' is no whole number (poll-interval COUNT)"},
+        {"count with decimals", "0 poll-interval 1.5", "1: '1.5' is no whole number (poll-interval COUNT)"},
+        {"count that is too large", "0 poll-interval 4294967296",
+         "1: '4294967296' is too large (poll-interval COUNT)"},
+        {"step that is too large", "0 clock-step 1000000000001",
+         "1: '1000000000001' is too large (clock-step OFFSET)"},
+        {"days without a number", "0 age p x", "1: 'x' is no number (age FILE DAYS)"},
+        {"negative delay", "0 enterprise delay -1",
+         "1: '-1' is no time in seconds (enterprise delay SECONDS)"},
+        {"no switch", "0 enterprise thread", "1: too few arguments (enterprise thread on|off)"},
+        {"neither on nor off", "0 log-lock yes", "1: 'yes' is none of on, off (log-lock on|off)"},
+        {"unknown way to end", "0 thread-destroy never",
+         "1: 'never' is none of sleep, anywhere, unwind, leave (thread-destroy "
          "sleep|anywhere|unwind|leave)"},
-        {"0 show null", "file:1: 'null' must be a text (show FILE)"},
-        {"0 call null", "file:1: 'null' must be a text (call OPERATION [NAME=VALUE...])"},
-        {"0 command X a", "file:1: 'a' is not NAME=VALUE (command NAME [NAME=VALUE...|null])"},
-        {"0 command X null a=1", "file:1: 'null' is not NAME=VALUE (command NAME [NAME=VALUE...|null])"},
-        {"0 call op null", "file:1: 'null' is not NAME=VALUE (call OPERATION [NAME=VALUE...])"},
-        {"0 audit \"x", "file:1: quotes do not end"},
-        {"0 audit \"\\x\"", "file:1: unknown escape \\x"},
-        {"0 end\nclock 2026-03-01T10:00:00Z", "file:2: 'clock' can stand once, before the first action"},
-        {"clock 2026-03-01T10:00:00Z\nclock 2026-03-01T10:00:00Z",
-         "file:2: 'clock' can stand once, before the first action"},
-        {"clock 2026-02-30T10:00:00Z", "file:1: '2026-02-30T10:00:00Z' is no time like 2026-03-01T10:00:00Z"},
-        {"clock 2026-03-01", "file:1: '2026-03-01' is no time like 2026-03-01T10:00:00Z"},
-    };
-    for (const auto& [text, expected] : cases) {
-        EXPECT_EQ(refusal(text), expected) << text;
-    }
+        {"null as a file", "0 show null", "1: 'null' must be a text (show FILE)"},
+        {"null as an operation", "0 call null", "1: 'null' must be a text (call OPERATION [NAME=VALUE...])"},
+        {"argument without a value", "0 command X a",
+         "1: 'a' is not NAME=VALUE (command NAME [NAME=VALUE...|null])"},
+        {"null and more", "0 command X null a=1",
+         "1: 'null' is not NAME=VALUE (command NAME [NAME=VALUE...|null])"},
+        {"null for an operation", "0 call op null",
+         "1: 'null' is not NAME=VALUE (call OPERATION [NAME=VALUE...])"},
+        {"open quotes", "0 audit \"x", "1: quotes do not end"},
+        {"unknown escape", "0 audit \"\\x\"", "1: unknown escape \\x"},
+        {"late clock", "0 end\nclock 2026-03-01T10:00:00Z",
+         "2: 'clock' can stand once, before the first action"},
+        {"second clock", "clock 2026-03-01T10:00:00Z\nclock 2026-03-01T10:00:00Z",
+         "2: 'clock' can stand once, before the first action"},
+        {"clock without such a day", "clock 2026-02-30T10:00:00Z",
+         "1: '2026-02-30T10:00:00Z' is no time like 2026-03-01T10:00:00Z"},
+        {"clock without a time", "clock 2026-03-01", "1: '2026-03-01' is no time like 2026-03-01T10:00:00Z"},
+    },
+    [](const RefusedRow& row) { EXPECT_EQ(refusal(row.text), "file:" + row.expected); });
+
+TEST(Scenario, AbsentFile) {
     EXPECT_THROW(readScenarioFile("/nonexistent"), std::runtime_error);
 }
 

@@ -3,6 +3,7 @@
 #include "lib/Thread.h"
 #include "platform/agent/Threads.h"
 #include "sim/Scheduler.h"
+#include "support/Rows.h"
 
 #include <functional>
 
@@ -14,8 +15,8 @@ namespace {
 using std::chrono::seconds;
 
 /// Threads of the agent's library on a virtual clock, with a journal of who did what when.
-class SchedulerTest : public testing::Test, protected agent::Observer {
-  protected:
+class Threads : protected agent::Observer {
+  public:
     void note(const std::string& what) {
         const agent::Thread* thread = agent::Thread::current();
         const auto now = std::chrono::duration_cast<std::chrono::milliseconds>(clock_.now()).count();
@@ -27,7 +28,7 @@ class SchedulerTest : public testing::Test, protected agent::Observer {
     void start(KRXThread& thread, const char* name, std::function<void()> work) {
         ASSERT_EQ(KRXThreadConstruct(&thread), 0);
         work_.push_back(std::move(work));
-        ASSERT_EQ(KRXThreadStart(&thread, name, 3, 0, 4096, &SchedulerTest::entry, &work_.back()), 0);
+        ASSERT_EQ(KRXThreadStart(&thread, name, 3, 0, 4096, &Threads::entry, &work_.back()), 0);
     }
 
     std::string takeJournal() { return std::exchange(journal_, {}); }
@@ -47,6 +48,8 @@ class SchedulerTest : public testing::Test, protected agent::Observer {
     std::deque<std::function<void()>> work_;
     agent::AgentHost host_{{this, nullptr, &scheduler_}};
 };
+
+class SchedulerTest : public testing::Test, protected Threads {};
 
 TEST_F(SchedulerTest, ActionsGoFirstAndThreadsInOrder) {
     KRXThread first;
@@ -77,27 +80,30 @@ TEST_F(SchedulerTest, ActionsGoFirstAndThreadsInOrder) {
     EXPECT_EQ(takeJournal(), "");
 }
 
-TEST_F(SchedulerTest, WaitingHostComesAfterWhatIsDue) {
-    struct Case {
-        unsigned int sleep;
-        int waited;
-        int passed;
-        const char* journal;
-    };
-    const Case cases[] = {{2000, 0, 2, "2000 A ended 9\n2000 host waited\n"},
-                          {3000, 0, 3, "5000 A ended 9\n5000 host waited\n"},
-                          {3001, -1, 3, "8000 host waited\n8000 host destroyed A\n"}};
-    for (const Case& each : cases) {
+struct WaitRow {
+    support::RowName name;
+    unsigned int sleep;
+    int waited;
+    int passed;
+    const char* journal;
+};
+
+const support::Rows<WaitRow> waitRows(
+    "Scheduler/WaitingHostComesAfterWhatIsDue",
+    {{"sleep that ends before", 2000, 0, 2, "3000 A ended 9\n3000 host waited\n"},
+     {"sleep that ends with the wait", 3000, 0, 3, "4000 A ended 9\n4000 host waited\n"},
+     {"longer sleep", 3001, -1, 3, "4000 host waited\n4000 host destroyed A\n"}},
+    [](const WaitRow& row) {
+        Threads threads;
+        threads.scheduler_.idle(seconds(1), false);
         KRXThread thread;
-        const Instant before = clock_.now();
-        start(thread, "A", [&] { KRXThreadSleep(each.sleep); });
-        EXPECT_EQ(KRXWaitForThread(&thread, nullptr, 3000), each.waited);
-        note("waited");
-        EXPECT_EQ(clock_.now() - before, seconds(each.passed));
+        threads.start(thread, "A", [&] { KRXThreadSleep(row.sleep); });
+        EXPECT_EQ(KRXWaitForThread(&thread, nullptr, 3000), row.waited);
+        threads.note("waited");
+        EXPECT_EQ(threads.clock_.now(), seconds(1 + row.passed));
         KRXThreadDestroy(&thread);
-        EXPECT_EQ(takeJournal(), each.journal);
-    }
-}
+        EXPECT_EQ(threads.takeJournal(), row.journal);
+    });
 
 TEST_F(SchedulerTest, StoppedThreadsRunNoMore) {
     KRXThread sleeping;

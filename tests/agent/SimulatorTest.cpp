@@ -1,4 +1,5 @@
 // The program as its users start it, with a small module.
+#include "support/Rows.h"
 #include "support/Shell.h"
 
 #include <algorithm>
@@ -15,41 +16,47 @@
 
 namespace {
 
-class SimulatorTest : public testing::Test {
-  protected:
+struct Simulator {
     /// Runs the program in a directory of its own.
     support::Run simulate(const std::string& arguments, const std::string& scenario = {}) {
-        workspace_.write("scenario", scenario);
-        return support::shell(workspace_, "'" SIMULATOR "' " + arguments);
+        workspace.write("scenario", scenario);
+        return support::shell(workspace, "'" SIMULATOR "' " + arguments);
     }
 
-    const support::Workspace workspace_;
+    const support::Workspace workspace;
 };
 
-TEST_F(SimulatorTest, HangsAreTold) {
-    const std::string start = "0 start rsm null\n0 start logger 9\n";
-    const std::pair<const char*, const char*> cases[] = {
-        // The worker holds the module's lock while it reports.
-        {"0 enterprise delay 5\n0 command reports null\n2 command lock null\n",
+class SimulatorTest : public testing::Test, protected Simulator {};
+
+struct HangRow {
+    support::RowName name;
+    std::string scenario;
+    std::string message;
+};
+
+const support::Rows<HangRow> hangRows(
+    "Simulator/HangsAreTold",
+    {
+        {"worker that holds the module's lock while it reports",
+         "0 enterprise delay 5\n0 command reports null\n2 command lock null\n",
          "host waits in command lock null; "
          "Worker waits in its entry function, UpdateAsset, the answer of the enterprise until 6.000\n"},
-        // The host reports in the log hook, and the link's own line waits for the log.
-        {"0 enterprise thread on\n0 log-lock on\n2 command log null\n",
+        {"report in the log hook, where the line of the link waits for the log",
+         "0 enterprise thread on\n0 log-lock on\n2 command log null\n",
          "host waits in command log null, KRXLog, the log hook, UpdateAsset; Link waits in KRXLog\n"},
-        // The host sleeps without letting time pass.
-        {"0 command reports null\n0 command spin null\n", "host waits in command spin null"},
-    };
-    for (const auto& [scenario, message] : cases) {
-        const support::Run outcome =
-            simulate("replay scenario --patience 0.2 --trace trace --report page --module '" FAKE_MODULE "'",
-                     start + scenario);
-        EXPECT_EQ(outcome.status, 1) << scenario;
-        EXPECT_TRUE(outcome.printed.starts_with(std::string("the module hangs: ") + message))
-            << outcome.printed;
-        EXPECT_TRUE(workspace_.read("trace").ends_with("}\n"));
-        EXPECT_NE(workspace_.read("page").find("</html>"), std::string::npos);
-    }
-}
+        {"sleep that lets no time pass", "0 command reports null\n0 command spin null\n",
+         "host waits in command spin null"},
+    },
+    [](const HangRow& row) {
+        Simulator simulator;
+        const support::Run outcome = simulator.simulate(
+            "replay scenario --patience 0.2 --trace trace --report page --module '" FAKE_MODULE "'",
+            "0 start rsm null\n0 start logger 9\n" + row.scenario);
+        EXPECT_EQ(outcome.status, 1);
+        EXPECT_TRUE(outcome.printed.starts_with("the module hangs: " + row.message)) << outcome.printed;
+        EXPECT_TRUE(simulator.workspace.read("trace").ends_with("}\n"));
+        EXPECT_NE(simulator.workspace.read("page").find("</html>"), std::string::npos);
+    });
 
 TEST_F(SimulatorTest, WaitingForAProgramIsNoHang) {
     EXPECT_EQ(simulate("replay scenario --patience 0.1 --module '" FAKE_MODULE "'", "0 audit \"sleep 0.4\"\n")
@@ -110,19 +117,25 @@ TEST_F(SimulatorTest, StatusStandsAmongTheEvents) {
     EXPECT_NE(status, std::string::npos) << brief.printed;
     const support::Run trace = simulate("replay scenario --trace trace --module '" FAKE_MODULE "'", scenario);
     EXPECT_TRUE(trace.printed.starts_with("The agent has not started the module yet.\n")) << trace.printed;
-    EXPECT_EQ(workspace_.read("trace").find("status"), std::string::npos);
+    EXPECT_EQ(workspace.read("trace").find("status"), std::string::npos);
 }
 
-TEST_F(SimulatorTest, StrictTellsFailedStarts) {
-    const std::pair<const char*, int> cases[] = {
-        {"0 start rsm x\n0 stop rsm null\n", 0},
-        {"0 fail thread-start\n0 start logger 1\n0 start rsm x\n", 3},
-        {"0 fail thread-start\n0 start logger 1\n0 age none 1\n", 1}};
-    for (const auto& [scenario, status] : cases) {
-        EXPECT_EQ(simulate("replay scenario --strict --module '" FAKE_MODULE "'", scenario).status, status)
-            << scenario;
-    }
-}
+struct StrictRow {
+    support::RowName name;
+    const char* scenario;
+    int status;
+};
+
+const support::Rows<StrictRow> strictRows(
+    "Simulator/StrictTellsFailedStarts",
+    {{"failed stop alone", "0 start rsm x\n0 stop rsm null\n", 0},
+     {"failed start", "0 fail thread-start\n0 start logger 1\n0 start rsm x\n", 3},
+     {"failed start before a mistake", "0 fail thread-start\n0 start logger 1\n0 age none 1\n", 1}},
+    [](const StrictRow& row) {
+        EXPECT_EQ(
+            Simulator().simulate("replay scenario --strict --module '" FAKE_MODULE "'", row.scenario).status,
+            row.status);
+    });
 
 /// A person at a terminal, who types and looks at what is there.
 class Person final {
@@ -176,8 +189,8 @@ TEST_F(SimulatorTest, KeyboardEditsCompletesAndStaysWhole) {
     for (int i = 1; i < 200; ++i) {
         scenario += std::to_string(i / 10) + "." + std::to_string(i % 10) + " show nowhere\n";
     }
-    workspace_.write("scenario", scenario);
-    const std::string path = workspace_.path("scenario").string();
+    workspace.write("scenario", scenario);
+    const std::string path = workspace.path("scenario").string();
     Person person({SIMULATOR, "run", path.c_str(), "--module", FAKE_MODULE});
     ASSERT_TRUE(person.sees("rsm> "));
     person.type("stop web\t\n");
@@ -193,50 +206,53 @@ TEST_F(SimulatorTest, KeyboardEditsCompletesAndStaysWhole) {
     EXPECT_EQ(person.exitStatus(), 0);
 }
 
-TEST_F(SimulatorTest, StatusAndMessage) {
-    struct Case {
-        const char* arguments;
-        const char* scenario;
-        int status;
-        const char* message;
-    };
-    const Case cases[] = {
-        {"--help", "", 0, "Usage: krx-agent-sim replay SCENARIO"},
-        {"-h", "", 0, "Usage: krx-agent-sim replay SCENARIO"},
-        {"--version", "", 0, "krx-agent-sim "},
-        {"-V", "", 0, "krx-agent-sim "},
-        {"", "", 2, "krx-agent-sim: no command\nTry krx-agent-sim --help.\n"},
-        {"play", "", 2, "unknown command play"},
-        {"replay", "", 2, "no scenario to replay"},
-        {"replay a b", "", 2, "unexpected argument b"},
-        {"run --trace", "", 2, "no value for option --trace"},
-        {"run --fast", "", 2, "unknown option --fast"},
-        {"replay scenario --brief --trace x", "", 2, "--brief is for the timeline"},
-        {"run --patience 0", "", 2, "'0' is no time in seconds"},
-        {"replay missing", "", 1, "missing: No such file or directory"},
-        {"replay scenario", "# x\n1 leap\n", 1, "scenario:2: unknown verb 'leap'"},
-        {"replay scenario", "1 age x 1\n", 1, "scenario:1: x: No such file or directory"},
-        {"replay scenario --module ./none", "\n0 asset absent\n1 stop logger\n", 1,
-         "scenario:3: cannot load the module: ./none"},
-        {"replay scenario --module '" NO_MODULE "'", "0 stop logger\n", 1,
+struct OutcomeRow {
+    support::RowName name;
+    const char* arguments;
+    const char* scenario;
+    int status;
+    const char* message;
+};
+
+const support::Rows<OutcomeRow> outcomeRows(
+    "Simulator/StatusAndMessage",
+    {
+        {"help", "--help", "", 0, "Usage: krx-agent-sim replay SCENARIO"},
+        {"help in short", "-h", "", 0, "Usage: krx-agent-sim replay SCENARIO"},
+        {"version", "--version", "", 0, "krx-agent-sim "},
+        {"version in short", "-V", "", 0, "krx-agent-sim "},
+        {"no command", "", "", 2, "krx-agent-sim: no command\nTry krx-agent-sim --help.\n"},
+        {"unknown command", "play", "", 2, "unknown command play"},
+        {"no scenario", "replay", "", 2, "no scenario to replay"},
+        {"two scenarios", "replay a b", "", 2, "unexpected argument b"},
+        {"option without its value", "run --trace", "", 2, "no value for option --trace"},
+        {"unknown option", "run --fast", "", 2, "unknown option --fast"},
+        {"timeline for a trace", "replay scenario --brief --trace x", "", 2, "--brief is for the timeline"},
+        {"no patience", "run --patience 0", "", 2, "'0' is no time in seconds"},
+        {"scenario that is not there", "replay missing", "", 1, "missing: No such file or directory"},
+        {"mistake in the scenario", "replay scenario", "# x\n1 leap\n", 1, "scenario:2: unknown verb 'leap'"},
+        {"file that is not there", "replay scenario", "1 age x 1\n", 1,
+         "scenario:1: x: No such file or directory"},
+        {"module that is not there", "replay scenario --module ./none", "\n0 asset absent\n1 stop logger\n",
+         1, "scenario:3: cannot load the module: ./none"},
+        {"module without the exports", "replay scenario --module '" NO_MODULE "'", "0 stop logger\n", 1,
          "does not export ZPRSMExtnStartup"},
-        {"replay scenario --module '" FAKE_MODULE "'", "0 audit \"mkfifo f\"\n0 show f\n", 1,
-         "scenario:2: f: is no regular file"},
-        {"replay scenario --module '" FAKE_MODULE "'", "0 audit \"mkfifo f\"\n0 write f x\n", 1,
-         "scenario:2: f: is no regular file"},
-        {"replay scenario --trace none/trace", "0 end\n", 1, "none/trace: No such file or directory"},
-        {"replay scenario --trace /dev/full", "0 show x\n", 1,
+        {"pipe that is shown", "replay scenario --module '" FAKE_MODULE "'",
+         "0 audit \"mkfifo f\"\n0 show f\n", 1, "scenario:2: f: is no regular file"},
+        {"pipe that is written", "replay scenario --module '" FAKE_MODULE "'",
+         "0 audit \"mkfifo f\"\n0 write f x\n", 1, "scenario:2: f: is no regular file"},
+        {"trace in a directory that is not there", "replay scenario --trace none/trace", "0 end\n", 1,
+         "none/trace: No such file or directory"},
+        {"trace on a full device", "replay scenario --trace /dev/full", "0 show x\n", 1,
          "/dev/full: cannot write: No space left on device"},
-        {"run scenario </dev/null", "0.02 show x\n", 0, "file: x holds nothing"},
-        {"replay scenario --trace /dev/stdout", "0 show x\n", 0,
+        {"run without a keyboard", "run scenario </dev/null", "0.02 show x\n", 0, "file: x holds nothing"},
+        {"trace on standard output", "replay scenario --trace /dev/stdout", "0 show x\n", 0,
          "\"event\":\"file\",\"path\":\"x\",\"text\":null"},
-    };
-    for (const Case& each : cases) {
-        const support::Run outcome = simulate(each.arguments, each.scenario);
-        EXPECT_EQ(outcome.status, each.status) << each.arguments;
-        EXPECT_NE(outcome.printed.find(each.message), std::string::npos) << each.arguments << "\n"
-                                                                         << outcome.printed;
-    }
-}
+    },
+    [](const OutcomeRow& row) {
+        const support::Run outcome = Simulator().simulate(row.arguments, row.scenario);
+        EXPECT_EQ(outcome.status, row.status);
+        EXPECT_NE(outcome.printed.find(row.message), std::string::npos) << outcome.printed;
+    });
 
 }  // namespace
