@@ -3,6 +3,7 @@
 #include "config/XMLConfigData.h"
 #include "lib/AgentHost.h"
 #include "support/Lines.h"
+#include "support/Rows.h"
 #include "support/Workspace.h"
 
 #include <cstdlib>
@@ -87,23 +88,27 @@ void expectLoads(int times, const std::string& expected) {
 const std::string kRefusal =
     " The XML toolkit cannot be started: FILE was not read. \n  Try again; when that fails too, restart the agent. \n |";
 
-TEST(ToolkitFailure, CannotBeStarted) {
-    const struct {
-        std::function<void(xercesc::PanicHandler&)> failure;
-        const char* text;
-    } rows[] = {
-        {[](auto&) { throwMessage(); }, "unable to create converter for '{0}' encoding"},
-        {[](auto&) { throw xercesc::OutOfMemoryException(); }, "out of memory"},
-        {[](auto& handler) { handler.panic(xercesc::PanicHandler::Panic_NoTransService); },
+struct StartRow {
+    support::RowName name;
+    void (*failure)(xercesc::PanicHandler& handler);
+    std::string text;
+};
+
+const support::Rows<StartRow> startRows(
+    "ToolkitFailure/CannotBeStarted",
+    {
+        {"message of the toolkit", [](auto&) { throwMessage(); },
+         "unable to create converter for '{0}' encoding"},
+        {"memory", [](auto&) { throw xercesc::OutOfMemoryException(); }, "out of memory"},
+        {"panic", [](auto& handler) { handler.panic(xercesc::PanicHandler::Panic_NoTransService); },
          "Could not load a transcoding service"},
-    };
-    for (const auto& row : rows) {
+    },
+    [](const StartRow& row) {
         afterStart = row.failure;
-        expectLoads(2, "250 XML toolkit initialization error: " + std::string(row.text) + "|" + kRefusal +
-                           kRefusal + "5000000,");
-    }
-    afterStart = nullptr;
-}
+        expectLoads(
+            2, "250 XML toolkit initialization error: " + row.text + "|" + kRefusal + kRefusal + "5000000,");
+        afterStart = nullptr;
+    });
 
 TEST(ToolkitFailure, CannotBeStopped) {
     insteadOfStop = throwMessage;
