@@ -10,6 +10,7 @@
 #include "scheduling/ScheduleRSMHandler.h"
 #include "scheduling/TaggedText.h"
 #include "support/Lines.h"
+#include "support/Rows.h"
 #include "support/Workspace.h"
 #include "webservice/ConnectMessage.h"
 #include "webservice/DisconnectMessage.h"
@@ -100,55 +101,65 @@ TEST(Texts, TaggedValues) {
     EXPECT_EQ(value("</Rate>", 7), "str not found");
 }
 
-TEST(Texts, Numbers) {
-    constexpr struct {
-        std::string_view text;
-        std::int32_t number;
-    } rows[] = {
-        {"", 0},
-        {"  ", 0},
-        {"12", 12},
-        {" \t\n\v\f\r7", 7},
-        {"-12 minutes", -12},
-        {"+5", 5},
-        {"-", 0},
-        {"--5", 0},
-        {"+-5", 0},
-        {"- 5", 0},
-        {"/5", 0},
-        {":5", 0},
-        {"5:6", 5},
-        {"0x10", 0},
-        {"005", 5},
-        {"5.9", 5},
-        {"2147483647", 2147483647},
-        {"2147483648", std::numeric_limits<std::int32_t>::max()},
-        {"-2147483649", std::numeric_limits<std::int32_t>::min()},
-    };
-    for (const auto& row : rows) {
-        EXPECT_EQ(platform::readNumber(row.text), row.number) << row.text;
-    }
+struct NumberRow {
+    support::RowName name;
+    std::string_view text;
+    std::int32_t number;
+};
+
+const support::Rows<NumberRow> numberRows(
+    "Texts/Numbers",
+    {
+        {"nothing", "", 0},
+        {"blanks alone", "  ", 0},
+        {"digits", "12", 12},
+        {"every blank before", " \t\n\v\f\r7", 7},
+        {"letters behind", "-12 minutes", -12},
+        {"plus", "+5", 5},
+        {"minus alone", "-", 0},
+        {"two minuses", "--5", 0},
+        {"plus and minus", "+-5", 0},
+        {"blank behind the sign", "- 5", 0},
+        {"character before the digits", "/5", 0},
+        {"character behind the digits", ":5", 0},
+        {"colon inside", "5:6", 5},
+        {"hexadecimal", "0x10", 0},
+        {"noughts before", "005", 5},
+        {"decimals", "5.9", 5},
+        {"largest", "2147483647", 2147483647},
+        {"above the largest", "2147483648", std::numeric_limits<std::int32_t>::max()},
+        {"below the smallest", "-2147483649", std::numeric_limits<std::int32_t>::min()},
+    },
+    [](const NumberRow& row) { EXPECT_EQ(platform::readNumber(row.text), row.number); });
+
+TEST(Texts, NumbersInPlaces) {
     EXPECT_EQ(platform::readNumber("2026:03", 5, 2), 3);
     EXPECT_EQ(platform::readNumber("2026:03", 3, 1), 6);
     EXPECT_EQ(platform::readNumber("2026", 4, 2), 0);
     EXPECT_EQ(platform::readNumber("2026", 9, 2), 0);
 }
 
+struct MomentRow {
+    support::RowName name;
+    const char* date;
+    const char* time;
+    std::int64_t moment;
+};
+
 // Seconds from 1970 on in GMT; each field has its place and its length, whatever stands between them.
-TEST(Texts, Moments) {
-    constexpr struct {
-        const char* date;
-        const char* time;
-        std::int64_t moment;
-    } rows[] = {
-        {"1970:01:01", "00:00:00", 0},          {"2026:03:01", "10:20:30", 1772360430},
-        {"2026-03-01", "10.20.30", 1772360430}, {"20261031011", "101201301", 1772360430},
-        {"2024:02:29", "23:59:59", 1709251199}, {"2026:12:32", "24:60:60", 1798851660},
-    };
-    for (const auto& row : rows) {
-        EXPECT_EQ(scheduling::stringToTime(row.date, row.time), row.moment) << row.date << " " << row.time;
-    }
-}
+const support::Rows<MomentRow> momentRows("Texts/Moments",
+                                          {
+                                              {"first", "1970:01:01", "00:00:00", 0},
+                                              {"usual", "2026:03:01", "10:20:30", 1772360430},
+                                              {"other signs between", "2026-03-01", "10.20.30", 1772360430},
+                                              {"digits between", "20261031011", "101201301", 1772360430},
+                                              {"last of a leap day", "2024:02:29", "23:59:59", 1709251199},
+                                              {"one too many of each", "2026:12:32", "24:60:60", 1798851660},
+                                          },
+                                          [](const MomentRow& row) {
+                                              EXPECT_EQ(scheduling::stringToTime(row.date, row.time),
+                                                        row.moment);
+                                          });
 
 TEST(Texts, Calendar) {
     for (std::time_t day = 1772360430; day < 1772360430 + 366 * 86400; day += 86400) {
