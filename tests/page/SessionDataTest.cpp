@@ -1,4 +1,5 @@
 #include "sim/report/SessionData.h"
+#include "support/Rows.h"
 
 #include <nlohmann/json.hpp>
 #include <random>
@@ -57,78 +58,77 @@ std::vector<Sample> noise(unsigned int seed, int count, int kinds) {
 }
 
 struct Row {
-    const char* name;
-    std::vector<Sample> samples;
+    support::RowName name;
+    std::vector<Sample> (*samples)();
 };
 
-std::vector<Row> rows() {
-    return {
-        {"nothing", {}},
-        {"one event", {{1500, body(1)}}},
-        {"polls", rounds(1000, 4, 10000)},
-        {"polls that stop in the middle of a round", rounds(50, 4, 10000) + rounds(1, 3, 0)},
-        {"polls, then others, then polls at another rate",
-         rounds(50, 3, 10000) + noise(1, 20, 9) + rounds(50, 3, 15000)},
-        {"a cycle too long to be seen", rounds(10, 40, 5)},
-        {"a cycle of cycles",
-         rounds(5, 2, 10) + rounds(1, 1, 1) + rounds(5, 2, 10) + rounds(1, 1, 1) + rounds(5, 2, 10)},
-        {"few different events in any order", noise(2, 3000, 2)},
-        {"many different events", noise(3, 9000, 500)},
-        {"one event again and again", rounds(5000, 1, 0)},
-    };
-}
+const std::initializer_list<Row> kRows = {
+    {"nothing", [] { return std::vector<Sample>(); }},
+    {"one event",
+     [] {
+         return std::vector<Sample>(1, {1500, body(1)});
+     }},
+    {"polls", [] { return rounds(1000, 4, 10000); }},
+    {"polls that stop in the middle of a round", [] { return rounds(50, 4, 10000) + rounds(1, 3, 0); }},
+    {"polls, then others, then polls at another rate",
+     [] { return rounds(50, 3, 10000) + noise(1, 20, 9) + rounds(50, 3, 15000); }},
+    {"a cycle too long to be seen", [] { return rounds(10, 40, 5); }},
+    {"a cycle of cycles",
+     [] {
+         return rounds(5, 2, 10) + rounds(1, 1, 1) + rounds(5, 2, 10) + rounds(1, 1, 1) + rounds(5, 2, 10);
+     }},
+    {"few different events in any order", [] { return noise(2, 3000, 2); }},
+    {"many different events", [] { return noise(3, 9000, 500); }},
+    {"one event again and again", [] { return rounds(5000, 1, 0); }},
+};
 
-TEST(SessionDataTest, LinesComeBackAsTheyWere) {
-    for (const Row& row : rows()) {
-        SCOPED_TRACE(row.name);
-        sim::SessionData data;
-        std::vector<std::string> expected = linesOf(row.samples);
-        for (std::size_t i = 0; i < row.samples.size(); ++i) {
-            data.add(row.samples[i].time, row.samples[i].body);
-            if (i % 97 == 0) {  // also while a round is incomplete
-                ASSERT_EQ(data.lines(i, 2), std::vector(1, expected[i]));
-            }
-        }
-        EXPECT_EQ(data.size(), expected.size());
-        EXPECT_EQ(data.lines(0, expected.size() + 1), expected);
-        for (std::size_t first = 0; first < expected.size(); first += 1 + first / 3) {
-            const std::size_t limit = std::min<std::size_t>(7, expected.size() - first);
-            const auto from = expected.begin() + static_cast<std::ptrdiff_t>(first);
-            EXPECT_EQ(data.lines(first, 7), std::vector(from, from + static_cast<std::ptrdiff_t>(limit)));
-        }
-        EXPECT_TRUE(data.lines(expected.size(), 5).empty());
-    }
-}
-
-TEST(SessionDataTest, JsonHoldsTheSameEvents) {
-    for (const Row& row : rows()) {
-        SCOPED_TRACE(row.name);
-        sim::SessionData data;
-        for (const auto& [time, text] : row.samples) {
-            data.add(time, time + 1000, text);
-        }
-        std::string text = "{";
-        data.appendJson(text);
-        const auto json = nlohmann::json::parse(text + "}");
-        EXPECT_EQ(text.find('<'), std::string::npos);
-        std::vector<Sample> events;
-        std::int64_t time = 0;
-        for (const auto& run : json["runs"]) {
-            for (std::size_t round = 0; round < run[0]; ++round) {
-                for (std::size_t i = 1; i < run.size(); i += 2) {
-                    time += run[i].get<std::int64_t>();
-                    events.push_back({time, json["bodies"][run[i + 1].get<std::size_t>()].dump()});
-                }
-            }
-        }
-        ASSERT_EQ(events.size(), row.samples.size());
-        EXPECT_EQ(json["events"], events.size());
-        for (std::size_t i = 0; i < events.size(); ++i) {
-            ASSERT_EQ(events[i].time, row.samples[i].time);
-            ASSERT_EQ(events[i].body, nlohmann::json::parse(row.samples[i].body).dump());
+const support::Rows<Row> lineRows("SessionData/LinesComeBackAsTheyWere", kRows, [](const Row& row) {
+    const std::vector<Sample> samples = row.samples();
+    sim::SessionData data;
+    std::vector<std::string> expected = linesOf(samples);
+    for (std::size_t i = 0; i < samples.size(); ++i) {
+        data.add(samples[i].time, samples[i].body);
+        if (i % 97 == 0) {  // also while a round is incomplete
+            ASSERT_EQ(data.lines(i, 2), std::vector(1, expected[i]));
         }
     }
-}
+    EXPECT_EQ(data.size(), expected.size());
+    EXPECT_EQ(data.lines(0, expected.size() + 1), expected);
+    for (std::size_t first = 0; first < expected.size(); first += 1 + first / 3) {
+        const std::size_t limit = std::min<std::size_t>(7, expected.size() - first);
+        const auto from = expected.begin() + static_cast<std::ptrdiff_t>(first);
+        EXPECT_EQ(data.lines(first, 7), std::vector(from, from + static_cast<std::ptrdiff_t>(limit)));
+    }
+    EXPECT_TRUE(data.lines(expected.size(), 5).empty());
+});
+
+const support::Rows<Row> jsonRows("SessionData/JsonHoldsTheSameEvents", kRows, [](const Row& row) {
+    const std::vector<Sample> samples = row.samples();
+    sim::SessionData data;
+    for (const auto& [time, text] : samples) {
+        data.add(time, time + 1000, text);
+    }
+    std::string text = "{";
+    data.appendJson(text);
+    const auto json = nlohmann::json::parse(text + "}");
+    EXPECT_EQ(text.find('<'), std::string::npos);
+    std::vector<Sample> events;
+    std::int64_t time = 0;
+    for (const auto& run : json["runs"]) {
+        for (std::size_t round = 0; round < run[0]; ++round) {
+            for (std::size_t i = 1; i < run.size(); i += 2) {
+                time += run[i].get<std::int64_t>();
+                events.push_back({time, json["bodies"][run[i + 1].get<std::size_t>()].dump()});
+            }
+        }
+    }
+    ASSERT_EQ(events.size(), samples.size());
+    EXPECT_EQ(json["events"], events.size());
+    for (std::size_t i = 0; i < events.size(); ++i) {
+        ASSERT_EQ(events[i].time, samples[i].time);
+        ASSERT_EQ(events[i].body, nlohmann::json::parse(samples[i].body).dump());
+    }
+});
 
 TEST(SessionDataTest, RepeatedRoundsTakeNoRoom) {
     const auto sizeOf = [](int count) {
