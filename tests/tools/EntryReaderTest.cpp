@@ -1,5 +1,6 @@
 // How the bytes of a log file become entries.
 #include "EntryReader.h"
+#include "support/Rows.h"
 
 #include <algorithm>
 #include <cstring>
@@ -33,12 +34,15 @@ std::vector<std::string> entriesOf(const std::string& bytes, std::size_t atOnce 
 const std::string kOne = "Date:2026-3-1 Time:0:0:1 :: ";
 const std::string kTwo = "Date:2026-3-1 Time:0:0:2 :: ";
 
-TEST(EntryReader, Entries) {
-    const struct {
-        const char* name;
-        std::string bytes;
-        std::vector<std::string> expected;
-    } cases[] = {
+struct EntriesRow {
+    support::RowName name;
+    std::string bytes;
+    std::vector<std::string> expected;
+};
+
+const support::Rows<EntriesRow> entriesRows(
+    "EntryReader/Entries",
+    {
         {"nothing", "", {}},
         {"back to back", kOne + "a" + kTwo + "b", {"0 1 a", "29 2 b"}},
         {"line ends before and behind", kOne + "\n a \r\n" + kTwo + "b\n\n", {"0 1 a", "34 2 b"}},
@@ -63,11 +67,8 @@ TEST(EntryReader, Entries) {
         {"a message that quotes an entry is taken for one",
          kOne + "he wrote: " + kTwo + "x",
          {"0 1 he wrote:", "38 2 x"}},
-    };
-    for (const auto& row : cases) {
-        EXPECT_EQ(entriesOf(row.bytes), row.expected) << row.name;
-    }
-}
+    },
+    [](const EntriesRow& row) { EXPECT_EQ(entriesOf(row.bytes), row.expected); });
 
 TEST(EntryReader, TakesNoOtherFormForAStamp) {
     for (const char* const form :

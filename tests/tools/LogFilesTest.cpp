@@ -1,5 +1,6 @@
 // Which files belong to a log, and in which order.
 #include "LogFiles.h"
+#include "support/Rows.h"
 #include "support/Workspace.h"
 
 #include <algorithm>
@@ -12,10 +13,11 @@
 namespace logreader {
 namespace {
 
-class LogFilesTest : public testing::Test {
-  protected:
-    LogFilesTest() { std::filesystem::current_path(workspace.path("log")); }
-    ~LogFilesTest() override { std::filesystem::current_path("/"); }
+struct LogFolder {
+    LogFolder() { std::filesystem::current_path(workspace.path("log")); }
+    LogFolder(const LogFolder&) = delete;
+    LogFolder& operator=(const LogFolder&) = delete;
+    ~LogFolder() { std::filesystem::current_path("/"); }
 
     /// An empty file, or one whose first entry was written at this time of 1 March 2026.
     void make(const std::string& name, const std::string& time = {}) const {
@@ -32,6 +34,8 @@ class LogFilesTest : public testing::Test {
 
     support::Workspace workspace;
 };
+
+class LogFilesTest : public testing::Test, protected LogFolder {};
 
 TEST_F(LogFilesTest, ArchiveNames) {
     for (const char* const name :
@@ -72,12 +76,15 @@ TEST_F(LogFilesTest, LogsWithoutADot) {
     EXPECT_EQ(files({"./agentlog"}), "2026_3_1_9_5_9.xml ./agentlog");
 }
 
-TEST_F(LogFilesTest, Order) {
-    const struct {
-        const char* name;
-        /// In order: end of the name, first entry.
-        std::vector<std::pair<const char*, const char*>> archives;
-    } cases[] = {
+struct OrderRow {
+    support::RowName name;
+    /// In order: end of the name, first entry.
+    std::vector<std::pair<const char*, const char*>> archives;
+};
+
+const support::Rows<OrderRow> orderRows(
+    "LogFiles/Order",
+    {
         {"by number, not by letters", {{"9_5_9", ""}, {"9_50_1", ""}, {"9_50_10", ""}, {"10_4_0", ""}}},
         {"by their first entries", {{"9_0_5", "8:0:0"}, {"9_0_50", "9:0:5"}, {"9_1_0", "9:0:50"}}},
         {"counters of one second",
@@ -91,24 +98,21 @@ TEST_F(LogFilesTest, Order) {
         {"the last of a second is full later", {{"9_0_5", "8:0:0"}, {"9_0_51", "9:0:5"}, {"9_0_7", "9:0:5"}}},
         {"second 51, not counter 1 of second 5",
          {{"9_0_6", "8:0:0"}, {"9_0_51", "9:0:6"}, {"9_1_2", "9:0:51"}}},
-    };
-    for (const auto& row : cases) {
-        std::filesystem::remove_all(workspace.path("log"));
-        std::filesystem::create_directories(workspace.path("log"));
-        std::filesystem::current_path(workspace.path("log"));
-        make("k.xml", "7:0:0");  // the clock was set back: the log file comes last all the same
+    },
+    [](const OrderRow& row) {
+        const LogFolder folder;
+        folder.make("k.xml", "7:0:0");  // the clock was set back: the log file comes last all the same
         std::string expected;
         std::vector<std::string> backwards = {"k.xml"};
         for (const auto& [end, first] : row.archives) {
             const std::string name = std::string("k2026_3_1_") + end + ".xml";
-            make(name, first);
+            folder.make(name, first);
             expected += name + " ";
             backwards.insert(backwards.begin(), name);
         }
-        EXPECT_EQ(files({"k.xml"}), expected + "k.xml") << row.name;
-        EXPECT_EQ(files(backwards), expected + "k.xml") << row.name << ", all of them named";
-    }
-}
+        EXPECT_EQ(LogFolder::files({"k.xml"}), expected + "k.xml");
+        EXPECT_EQ(LogFolder::files(backwards), expected + "k.xml") << "all of them named";
+    });
 
 TEST_F(LogFilesTest, ALogThatHasJustBecomeAnArchiveIsReadOnce) {
     make("k.xml", "9:0:0");

@@ -1,6 +1,7 @@
 // The program itself, on logs that the module wrote.
 #include "logger/Logs.h"
 #include "support/Replay.h"
+#include "support/Rows.h"
 #include "support/Shell.h"
 
 #include <cstdio>
@@ -16,8 +17,7 @@
 
 namespace {
 
-class ZephanLogTest : public testing::Test {
-  protected:
+struct Program {
     /// Runs the program in the workspace's directory: its standard output, and behind it "status N" with what
     /// it said to standard error unless N is 0.
     std::string run(const std::string& arguments) const {
@@ -42,6 +42,8 @@ class ZephanLogTest : public testing::Test {
 
     support::Workspace workspace;
 };
+
+class ZephanLogTest : public testing::Test, protected Program {};
 
 // Every message that went into the logger comes out once, in order: over archives of every second of a
 // minute, with and without collisions, whichever way the log's path is spelled.
@@ -89,36 +91,41 @@ TEST_F(ZephanLogTest, AnswersWhatHappenedLastNight) {
               "2026-03-01T10:06:05Z RSM_MODE = NOT_ACTIVE\n");
 }
 
-TEST_F(ZephanLogTest, Options) {
-    workspace.write(
-        "log/k.xml",
-        "torn end\nDate:2026-3-1 Time:9:0:0 :: \n first \nDate:2026-3-1 Time:9:0:1 :: second\n  line\n"
-        "Date:2026-3-1 Time:9:0:2 :: \x1b[1mthird\xff");
-    const std::string first = "2026-03-01T09:00:00Z first\n";
-    const std::string second = "2026-03-01T09:00:01Z second\n      line\n";
-    const std::string third = "2026-03-01T09:00:02Z \\x1b[1mthird\\xff\n";
-    const struct {
-        const char* arguments;
-        std::string expected;
-    } cases[] = {
-        {"log/k.xml", "(no time) torn end\n" + first + second + third},
-        {"--since 2026-03-01T09:00:01 log/k.xml", second + third},
-        {"--until 2026-03-01T09:00:01 log/k.xml", "(no time) torn end\n" + first + second},
-        {"--since 2026-03-01 --until 2026-03-01 log/k.xml", first + second + third},
-        {"--since 2026-03-01T09:00:01 --until 2026-03-01T09:00:01 log/k.xml", second},
-        {"--grep IR log/k.xml", "status 1 "},
-        {"-ig IR log/k.xml", first + third},
-        {"--grep '^  line|^first$' log/k.xml", first + second},
-        {"-i --grep 'E$|T$' --exclude IRST log/k.xml", second},
-        {"-n 2 log/k.xml", second + third},
-        {"-n 2 --exclude third log/k.xml", first + second},
-        {"--last 0 log/k.xml", "status 1 "},
-        {"--log-zone +09:00 --utc -n 1 log/k.xml", "2026-03-01T00:00:02Z \\x1b[1mthird\\xff\n"},
-        {"--log-zone +09:00 -n 1 log/k.xml", "2026-03-01T09:00:02+09:00 \\x1b[1mthird\\xff\n"},
-        {"--zone -01:00 --since 8:00:02 --until 8:00:02 log/k.xml", "status 1 "},
-        {"--zone -01:00 --since '2026-03-01 8:00:02' log/k.xml",
+const std::string kFirst = "2026-03-01T09:00:00Z first\n";
+const std::string kSecond = "2026-03-01T09:00:01Z second\n      line\n";
+const std::string kThird = "2026-03-01T09:00:02Z \\x1b[1mthird\\xff\n";
+
+struct OptionsRow {
+    support::RowName name;
+    const char* arguments;
+    std::string expected;
+};
+
+const support::Rows<OptionsRow> optionsRows(
+    "ZephanLog/Options",
+    {
+        {"whole log", "log/k.xml", "(no time) torn end\n" + kFirst + kSecond + kThird},
+        {"since", "--since 2026-03-01T09:00:01 log/k.xml", kSecond + kThird},
+        {"until", "--until 2026-03-01T09:00:01 log/k.xml", "(no time) torn end\n" + kFirst + kSecond},
+        {"since and until a day", "--since 2026-03-01 --until 2026-03-01 log/k.xml",
+         kFirst + kSecond + kThird},
+        {"since and until a second", "--since 2026-03-01T09:00:01 --until 2026-03-01T09:00:01 log/k.xml",
+         kSecond},
+        {"grep", "--grep IR log/k.xml", "status 1 "},
+        {"ignored case", "-ig IR log/k.xml", kFirst + kThird},
+        {"grep over lines", "--grep '^  line|^first$' log/k.xml", kFirst + kSecond},
+        {"grep but exclude", "-i --grep 'E$|T$' --exclude IRST log/k.xml", kSecond},
+        {"last", "-n 2 log/k.xml", kSecond + kThird},
+        {"last but exclude", "-n 2 --exclude third log/k.xml", kFirst + kSecond},
+        {"last none", "--last 0 log/k.xml", "status 1 "},
+        {"zone of the log and UTC", "--log-zone +09:00 --utc -n 1 log/k.xml",
+         "2026-03-01T00:00:02Z \\x1b[1mthird\\xff\n"},
+        {"zone of the log", "--log-zone +09:00 -n 1 log/k.xml",
+         "2026-03-01T09:00:02+09:00 \\x1b[1mthird\\xff\n"},
+        {"time outside the zone", "--zone -01:00 --since 8:00:02 --until 8:00:02 log/k.xml", "status 1 "},
+        {"zone of both", "--zone -01:00 --since '2026-03-01 8:00:02' log/k.xml",
          "2026-03-01T08:00:02-01:00 \\x1b[1mthird\\xff\n"},
-        {"--json log/k.xml",
+        {"JSON", "--json log/k.xml",
          R"({"time":null,"text":"torn end","file":"log/k.xml","offset":0})"
          "\n"
          R"({"time":"2026-03-01T09:00:00Z","text":"first","file":"log/k.xml","offset":9})"
@@ -127,25 +134,35 @@ TEST_F(ZephanLogTest, Options) {
          "\n"
          R"({"time":"2026-03-01T09:00:02Z","text":"\u001b[1mthird\u00ff","file":"log/k.xml","offset":88})"
          "\n"},
-        {"absent log/k.xml -n 1", third + "status 2 zephan-log: absent: No such file or directory\n"},
-        {"log", "status 2 zephan-log: log: not a regular file\n"},
-        {"--config log/k.xml", "status 2 zephan-log: log/k.xml: not a configuration file that can be read\n"},
-        {"--until now --follow log/k.xml",
+        {"absent file among others", "absent log/k.xml -n 1",
+         kThird + "status 2 zephan-log: absent: No such file or directory\n"},
+        {"directory", "log", "status 2 zephan-log: log: not a regular file\n"},
+        {"no configuration", "--config log/k.xml",
+         "status 2 zephan-log: log/k.xml: not a configuration file that can be read\n"},
+        {"until with follow", "--until now --follow log/k.xml",
          "status 2 zephan-log: --follow has no end, so there is no --until\nTry zephan-log --help.\n"},
-        {"--follow log/k.xml log/l.xml",
+        {"two files to follow", "--follow log/k.xml log/l.xml",
          "status 2 zephan-log: --follow takes one FILE\nTry zephan-log --help.\n"},
-        {"--grep '(' log/k.xml",
+        {"no expression", "--grep '(' log/k.xml",
          "status 2 zephan-log: regular expression (: missing ): (\nTry zephan-log --help.\n"},
-        {"-n -1 log/k.xml", "status 2 zephan-log: not a number of entries: -1\nTry zephan-log --help.\n"},
-        {"--since", "status 2 zephan-log: no value for option --since\nTry zephan-log --help.\n"},
-        {"--colour", "status 2 zephan-log: unknown option --colour\nTry zephan-log --help.\n"},
-        {"-", "status 1 "},
-    };
-    for (const auto& row : cases) {
-        EXPECT_EQ(run(row.arguments), row.expected) << row.arguments;
-    }
-    EXPECT_EQ(run("log/k.xml >/dev/full"), "status 2 zephan-log: standard output: No space left on device\n");
-}
+        {"negative number of entries", "-n -1 log/k.xml",
+         "status 2 zephan-log: not a number of entries: -1\nTry zephan-log --help.\n"},
+        {"option without its value", "--since",
+         "status 2 zephan-log: no value for option --since\nTry zephan-log --help.\n"},
+        {"unknown option", "--colour",
+         "status 2 zephan-log: unknown option --colour\nTry zephan-log --help.\n"},
+        {"empty standard input", "-", "status 1 "},
+        {"full device", "log/k.xml >/dev/full",
+         "status 2 zephan-log: standard output: No space left on device\n"},
+    },
+    [](const OptionsRow& row) {
+        const Program program;
+        program.workspace.write(
+            "log/k.xml",
+            "torn end\nDate:2026-3-1 Time:9:0:0 :: \n first \nDate:2026-3-1 Time:9:0:1 :: second\n  line\n"
+            "Date:2026-3-1 Time:9:0:2 :: \x1b[1mthird\xff");
+        EXPECT_EQ(program.run(row.arguments), row.expected);
+    });
 
 TEST_F(ZephanLogTest, TimesGoOnThroughTheHourThatComesTwice) {
     workspace.write("log/k.xml",
