@@ -60,7 +60,7 @@ std::string part(const std::string& name, const std::string& text = {}) {
 }
 
 struct Case {
-    int line;
+    support::RowName name;
     std::string document;
     std::string findings = {};
     std::string says = {};    ///< what is printed somewhere
@@ -70,6 +70,7 @@ struct Case {
 /// The cases of the file beside this one, whose head says how they are written.
 std::vector<Case> cases() {
     static const std::regex named(R"(\{(\w+)(?::([^}]*))?\})");
+    static const std::regex end(R"(</\w+>)");
     std::vector<Case> all;
     std::ifstream file(CASES);
     int number = 1;
@@ -82,7 +83,8 @@ std::vector<Case> cases() {
             for (std::smatch found; std::regex_search(text, found, named);) {
                 text = found.prefix().str() + part(found[1], found[2]) + found.suffix().str();
             }
-            all.push_back({number, text.starts_with("whole: ") ? text.substr(7) : document(text)});
+            all.push_back({{std::regex_replace(line, end, ""), CASES, number},
+                           text.starts_with("whole: ") ? text.substr(7) : document(text)});
         } else if (Case& last = all.back(); last.findings.empty()) {
             last.schemaFinds = !text.ends_with(" (valid)");
             last.findings = text.substr(4, text.find(" (valid)") - 4);
@@ -93,103 +95,113 @@ std::vector<Case> cases() {
     return all;
 }
 
-class ConfigCheckTest : public testing::Test {
-  protected:
-    ConfigCheckTest() {
-        workspace_.write("a-file", "");
-        workspace_.write("bin/run.sh", "#!/bin/sh\n");
-        workspace_.write("bin/no-run.sh", "#!/bin/sh\n");
-        std::filesystem::permissions(workspace_.path("bin/run.sh"), std::filesystem::perms::owner_all);
+struct Checker {
+    Checker() {
+        workspace.write("a-file", "");
+        workspace.write("bin/run.sh", "#!/bin/sh\n");
+        workspace.write("bin/no-run.sh", "#!/bin/sh\n");
+        std::filesystem::permissions(workspace.path("bin/run.sh"), std::filesystem::perms::owner_all);
     }
 
     checks::Run run(const std::string& text, const std::string& options = "--quiet") const {
-        workspace_.write("config.xml", text);
-        return check(workspace_, options + " config.xml");
+        workspace.write("config.xml", text);
+        return check(workspace, options + " config.xml");
     }
 
-    const support::Workspace workspace_;
+    const support::Workspace workspace;
 };
 
-TEST_F(ConfigCheckTest, Cases) {
-    const std::vector<Case> all = cases();
-    ASSERT_GT(all.size(), 80U);
-    std::string names;
-    for (const Case& one : all) {
-        const testing::ScopedTrace where(CASES, one.line, "a case");
-        const checks::Run found = run(one.document);
-        const std::string printed = findings(found.printed);
-        EXPECT_EQ(printed.empty() ? "nothing" : printed, one.findings) << one.document << found.printed;
-        EXPECT_NE(found.printed.find(one.says), std::string::npos) << one.says << "\n" << found.printed;
-        EXPECT_EQ(found.status, printed.empty() ? 0 : 1);
-        const std::string name = std::to_string(one.line) + ".xml";
-        workspace_.write(name, one.document);
-        names += " " + name;
-    }
-    const std::string valid = "\n" + checks::validate(workspace_, names);
-    for (const Case& one : all) {
-        const bool found =
-            valid.find("\n" + std::to_string(one.line) + ".xml validates") == std::string::npos;
-        EXPECT_EQ(found, one.schemaFinds) << one.document;
-    }
+class ConfigCheckTest : public testing::Test, protected Checker {};
+
+void checkCase(const Case& one) {
+    const Checker checker;
+    const checks::Run found = checker.run(one.document);
+    const std::string printed = findings(found.printed);
+    EXPECT_EQ(printed.empty() ? "nothing" : printed, one.findings) << one.document << found.printed;
+    EXPECT_NE(found.printed.find(one.says), std::string::npos) << one.says << "\n" << found.printed;
+    EXPECT_EQ(found.status, printed.empty() ? 0 : 1);
+    const std::string valid = checks::validate(checker.workspace, "config.xml");
+    EXPECT_EQ(valid != "config.xml validates\n", one.schemaFinds) << one.document << valid;
 }
 
-TEST_F(ConfigCheckTest, Refused) {
-    workspace_.write("secret", "top secret");
-    const int watch = ::inotify_init1(IN_NONBLOCK | IN_CLOEXEC);
-    ASSERT_GE(::inotify_add_watch(watch, workspace_.path("secret").c_str(), IN_OPEN), 0);
-    const struct {
-        std::string document;
-        const char* expected;
-        const char* says;
-    } rows[] = {
-        {"<z>\n <FileSize>5</FileSise>\n</z>", "2:15 error not-well-formed",
+const std::size_t caseCount = [] {
+    const std::vector<Case> all = cases();
+    for (const Case& one : all) {
+        support::registerRow("ConfigCheck/Cases", one.name, [one] { checkCase(one); });
+    }
+    return all.size();
+}();
+
+TEST(ConfigCheck, FindsItsCases) {
+    EXPECT_GT(caseCount, 80U);
+}
+
+struct RefusedRow {
+    support::RowName name;
+    std::string document;
+    const char* expected;
+    const char* says;
+};
+
+const support::Rows<RefusedRow> refusedRows(
+    "ConfigCheck/Refused",
+    {
+        {"misspelled end", "<z>\n <FileSize>5</FileSise>\n</z>", "2:15 error not-well-formed",
          "config.xml:2:2: note: 'FileSize' is open; it was opened here"},
-        {"<z>\n  <Script>\n", "3:1 error not-well-formed", "config.xml:2:3: note: 'Script' is open"},
-        {"<z>\n<Script>a & b</Script></z>", "2:12 error not-well-formed", ""},
-        {"<z>\n<Script a=b/></z>", "2:11 error not-well-formed", ""},
-        {"<z/>\n<z/>", "2:1 error not-well-formed", ""},
-        {"", "1:1 error not-well-formed", ""},
-        {"FileSize=1\n", "1:1 error not-well-formed", ""},
-        {"<?xml version='1.2'?><z/>", "1:1 error not-well-formed", "the XML version '1.2' is none"},
-        {"<z>&e;</z>", "1:7 error not-well-formed", "'e'"},
-        {"<z>\xc3(</z>", "1:1 error not-well-formed", ""},
-        {"<!DOCTYPE z SYSTEM 'secret'>\n<z/>", "1:28 error external-name", "the external subset 'secret'"},
-        {"<!DOCTYPE z [\n<!ENTITY e SYSTEM 'secret'>]><z>&e;</z>", "2:1 error external-name",
-         "the entity 'e' names 'secret', which is outside"},
-        {"<!DOCTYPE z [\n<!ENTITY % e SYSTEM 'secret'> %e;]><z/>", "2:1 error external-name",
-         "opens nothing"},
-        {"<!DOCTYPE z [<!NOTATION n SYSTEM 'n'>\n<!ENTITY e SYSTEM 'secret' NDATA n>]><z/>",
+        {"open element", "<z>\n  <Script>\n", "3:1 error not-well-formed",
+         "config.xml:2:3: note: 'Script' is open"},
+        {"bare ampersand", "<z>\n<Script>a & b</Script></z>", "2:12 error not-well-formed", ""},
+        {"value without quotes", "<z>\n<Script a=b/></z>", "2:11 error not-well-formed", ""},
+        {"second root", "<z/>\n<z/>", "2:1 error not-well-formed", ""},
+        {"nothing", "", "1:1 error not-well-formed", ""},
+        {"no XML", "FileSize=1\n", "1:1 error not-well-formed", ""},
+        {"XML version", "<?xml version='1.2'?><z/>", "1:1 error not-well-formed",
+         "the XML version '1.2' is none"},
+        {"unknown entity", "<z>&e;</z>", "1:7 error not-well-formed", "'e'"},
+        {"broken character", "<z>\xc3(</z>", "1:1 error not-well-formed", ""},
+        {"external subset", "<!DOCTYPE z SYSTEM 'secret'>\n<z/>", "1:28 error external-name",
+         "the external subset 'secret'"},
+        {"external entity", "<!DOCTYPE z [\n<!ENTITY e SYSTEM 'secret'>]><z>&e;</z>",
+         "2:1 error external-name", "the entity 'e' names 'secret', which is outside"},
+        {"external parameter entity", "<!DOCTYPE z [\n<!ENTITY % e SYSTEM 'secret'> %e;]><z/>",
+         "2:1 error external-name", "opens nothing"},
+        {"unparsed entity",
+         "<!DOCTYPE z [<!NOTATION n SYSTEM 'n'>\n<!ENTITY e SYSTEM 'secret' NDATA n>]><z/>",
          "2:1 error external-name", "'secret'"},
-        {"<b>\n" + support::repeated("<a>", 257), "2:766 error too-deep", "nested deeper than 256"},
-        {"<z>" + std::string(1U << 20U, ' ') + "</z>", "1:1 error too-large", "larger than 1048576 bytes"},
-        {support::typed(support::laughs("", "&", "ha"), "\n<z><Script>&a12;</Script></z>"),
+        {"too deep", "<b>\n" + support::repeated("<a>", 257), "2:766 error too-deep",
+         "nested deeper than 256"},
+        {"too large", "<z>" + std::string(1U << 20U, ' ') + "</z>", "1:1 error too-large",
+         "larger than 1048576 bytes"},
+        {"billion laughs", support::typed(support::laughs("", "&", "ha"), "\n<z><Script>&a12;</Script></z>"),
          "1:1 error too-much", "more memory than the module allows"},
-    };
-    for (const auto& row : rows) {
-        const checks::Run found = run(row.document, "");
-        const std::string start = row.document.substr(0, 200);
-        EXPECT_EQ(findings(found.printed), row.expected) << start << found.printed;
-        EXPECT_NE(found.printed.find(row.says), std::string::npos) << start << found.printed;
+    },
+    [](const RefusedRow& row) {
+        const Checker checker;
+        checker.workspace.write("secret", "top secret");
+        const int watch = ::inotify_init1(IN_NONBLOCK | IN_CLOEXEC);
+        ASSERT_GE(::inotify_add_watch(watch, checker.workspace.path("secret").c_str(), IN_OPEN), 0);
+        const checks::Run found = checker.run(row.document, "");
+        EXPECT_EQ(findings(found.printed), row.expected) << found.printed;
+        EXPECT_NE(found.printed.find(row.says), std::string::npos) << found.printed;
         EXPECT_NE(found.printed.find("no settings are in force: the module refuses the file"),
                   std::string::npos);
-        EXPECT_EQ(found.status, 1) << start;
-    }
-    std::array<char, 4096> events{};
-    EXPECT_EQ(::read(watch, events.data(), events.size()), -1) << "the file outside was opened";
-    ::close(watch);
-}
+        EXPECT_EQ(found.status, 1);
+        std::array<char, 4096> events{};
+        EXPECT_EQ(::read(watch, events.data(), events.size()), -1) << "the file outside was opened";
+        ::close(watch);
+    });
 
 TEST_F(ConfigCheckTest, ExampleGivesNothing) {
-    std::filesystem::copy_file(EXAMPLE, workspace_.path("config.xml"));
-    const checks::Run quiet = check(workspace_, "--quiet config.xml");
+    std::filesystem::copy_file(EXAMPLE, workspace.path("config.xml"));
+    const checks::Run quiet = check(workspace, "--quiet config.xml");
     EXPECT_EQ(quiet.printed, "");
     EXPECT_EQ(quiet.status, 0);
-    EXPECT_EQ(checks::validate(workspace_, "config.xml"), "config.xml validates\n");
-    const std::string all = check(workspace_, "config.xml").printed;
+    EXPECT_EQ(checks::validate(workspace, "config.xml"), "config.xml validates\n");
+    const std::string all = check(workspace, "config.xml").printed;
     for (const std::string& line :
          {std::string("config.xml: settings in force:\n  FileLogging/LogFilePath "),
           "log/kelp-logs.xml                             line 8 (from here " +
-              std::filesystem::canonical(workspace_.path("log")).string() + "/kelp-logs.xml)\n",
+              std::filesystem::canonical(workspace.path("log")).string() + "/kelp-logs.xml)\n",
           std::string("line 10 (bytes)\n"), std::string("line 14 (every message but those of level trace)\n"),
           std::string("'Remote tunnel opened'                        line 22\n"),
           std::string("'Desktop session opened'                      line 23\n")}) {
@@ -246,12 +258,12 @@ TEST_F(ConfigCheckTest, HostileFilesTakeLittleMemory) {
         return text + end;
     };
     const auto kilobytes = [&](const std::string& text) {
-        workspace_.write("config.xml", text);
+        workspace.write("config.xml", text);
         const ::pid_t child = ::fork();
         if (child == 0) {
             const int out = ::open("/dev/null", O_WRONLY);
             ::dup2(out, STDOUT_FILENO);
-            ::execl(CONFIG_CHECK, CONFIG_CHECK, workspace_.path("config.xml").c_str(), nullptr);
+            ::execl(CONFIG_CHECK, CONFIG_CHECK, workspace.path("config.xml").c_str(), nullptr);
             ::_exit(127);
         }
         int status = 0;
@@ -277,51 +289,54 @@ TEST_F(ConfigCheckTest, HostileFilesTakeLittleMemory) {
 #endif
 
 TEST_F(ConfigCheckTest, NotWritable) {
-    workspace_.write("config.xml", document(part("resume", "locked/r.xml") + part("logging")));
-    workspace_.write("log/a.xml", "");
-    workspace_.write("locked/other", "");
+    workspace.write("config.xml", document(part("resume", "locked/r.xml") + part("logging")));
+    workspace.write("log/a.xml", "");
+    workspace.write("locked/other", "");
     using std::filesystem::perms;
     const perms readable = perms::owner_read | perms::owner_exec | perms::group_read | perms::group_exec |
                            perms::others_read | perms::others_exec;
-    std::filesystem::permissions(workspace_.path(""), readable);
-    std::filesystem::permissions(workspace_.path("locked"), readable);
-    std::filesystem::permissions(workspace_.path("log/a.xml"), readable);
+    std::filesystem::permissions(workspace.path(""), readable);
+    std::filesystem::permissions(workspace.path("locked"), readable);
+    std::filesystem::permissions(workspace.path("log/a.xml"), readable);
     // The super-user may write everything.
     const std::string user = ::geteuid() == 0 ? "setpriv --reuid=65534 --regid=65534 --clear-groups " : "";
-    const checks::Run found = checks::shell(workspace_, user + "'" CONFIG_CHECK "' --quiet config.xml");
+    const checks::Run found = checks::shell(workspace, user + "'" CONFIG_CHECK "' --quiet config.xml");
     EXPECT_EQ(findings(found.printed),
               "2:22 error not-writable; 4:14 error not-writable; 6:15 warning repeated")
         << found.printed;
-    std::filesystem::permissions(workspace_.path(""), perms::owner_all);
-    std::filesystem::permissions(workspace_.path("locked"), perms::owner_all);
+    std::filesystem::permissions(workspace.path(""), perms::owner_all);
+    std::filesystem::permissions(workspace.path("locked"), perms::owner_all);
 }
 
-TEST_F(ConfigCheckTest, ScheduleFile) {
-    workspace_.write("state/good", "<RSMExecuteCommand><RSMStartDate>");
-    workspace_.write("state/bad", " <RSMExecuteCommand>");
-    workspace_.write("state/empty", "");
-    const struct {
-        const char* path;
-        const char* expected;
-    } rows[] = {{"state/new", ""},
-                {"state/good", ""},
-                {"state/empty", ""},
-                {"state/bad", "error schedule"},
-                {"gone/s", "error missing-directory"},
-                {"state", "error path-is-directory"},
-                {"./state/resume.xml", "2:22 error same-file"}};
-    for (const auto& row : rows) {
+struct ScheduleRow {
+    support::RowName name;  ///< also the schedule file's
+    const char* expected;
+};
+
+const support::Rows<ScheduleRow> scheduleRows(
+    "ConfigCheck/ScheduleFile",
+    {{"state/new", ""},
+     {"state/good", ""},
+     {"state/empty", ""},
+     {"state/bad", "error schedule"},
+     {"gone/s", "error missing-directory"},
+     {"state", "error path-is-directory"},
+     {"./state/resume.xml", "2:22 error same-file"}},
+    [](const ScheduleRow& row) {
+        const Checker checker;
+        checker.workspace.write("state/good", "<RSMExecuteCommand><RSMStartDate>");
+        checker.workspace.write("state/bad", " <RSMExecuteCommand>");
+        checker.workspace.write("state/empty", "");
         const checks::Run found =
-            run(document(part("resume", "state/resume.xml")), std::string("-q --schedule=") + row.path);
-        EXPECT_EQ(findings(found.printed), row.expected) << row.path << found.printed;
-    }
-}
+            checker.run(document(part("resume", "state/resume.xml")), "-q --schedule=" + row.name.text);
+        EXPECT_EQ(findings(found.printed), row.expected) << found.printed;
+    });
 
 TEST_F(ConfigCheckTest, JsonHoldsAllOfIt) {
-    std::filesystem::copy_file(EXAMPLE, workspace_.path("good.xml"));
-    workspace_.write("bad.xml", "<z>");
-    workspace_.write("config.xml", document(part("script", "\xc3\xa4") + "<B\xc3\xa4/>"));
-    const checks::Run found = check(workspace_, "--json good.xml bad.xml config.xml gone.xml 2>/dev/null");
+    std::filesystem::copy_file(EXAMPLE, workspace.path("good.xml"));
+    workspace.write("bad.xml", "<z>");
+    workspace.write("config.xml", document(part("script", "\xc3\xa4") + "<B\xc3\xa4/>"));
+    const checks::Run found = check(workspace, "--json good.xml bad.xml config.xml gone.xml 2>/dev/null");
     EXPECT_EQ(found.status, 2);
     const auto files = nlohmann::json::parse(found.printed).at("files");
     ASSERT_EQ(files.size(), 4U);
@@ -338,35 +353,39 @@ TEST_F(ConfigCheckTest, JsonHoldsAllOfIt) {
     EXPECT_EQ(files[2]["settings"][0]["origin"], "default");
     EXPECT_EQ(files[3]["unreadable"], "No such file or directory");
     EXPECT_FALSE(
-        nlohmann::json::parse(check(workspace_, "-jq good.xml").printed)["files"][0].contains("settings"));
+        nlohmann::json::parse(check(workspace, "-jq good.xml").printed)["files"][0].contains("settings"));
 }
 
-TEST_F(ConfigCheckTest, CommandLine) {
-    std::filesystem::copy_file(EXAMPLE, workspace_.path("good.xml"));
-    workspace_.write("bad.xml", document(""));
-    const struct {
-        const char* arguments;
-        int status;
-        const char* says;
-    } rows[] = {{"--help", 0, "Usage: zephan-config-check [OPTION]... FILE...\n"},
-                {"--version", 0, "zephan-config-check (ZephanRSMLogger) "},
-                {"", 2, "no FILE to check\nTry 'zephan-config-check --help'"},
-                {"--no-such good.xml", 2, "unknown option --no-such"},
-                {"--schedule", 2, "no value for option --schedule"},
-                {"--schedule= good.xml", 2, "the path of the schedule file is empty"},
-                {"gone.xml", 2, "zephan-config-check: gone.xml: No such file or directory"},
-                {"log", 2, "zephan-config-check: log: is a directory"},
-                {"/dev/null", 2, "/dev/null: is no regular file"},
-                {"good.xml", 0, "settings in force"},
-                {"good.xml bad.xml", 1, "bad.xml: settings in force"},
-                {"gone.xml bad.xml", 2, "bad.xml:1:1: error"},
-                {"-- good.xml", 0, ""},
-                {"good.xml >/dev/full", 2, "the output could not be written"}};
-    for (const auto& row : rows) {
-        const checks::Run found = check(workspace_, row.arguments);
-        EXPECT_EQ(found.status, row.status) << row.arguments;
-        EXPECT_NE(found.printed.find(row.says), std::string::npos) << row.arguments << found.printed;
-    }
-}
+struct CommandRow {
+    support::RowName name;
+    const char* arguments;
+    int status;
+    const char* says;
+};
+
+const support::Rows<CommandRow> commandRows(
+    "ConfigCheck/CommandLine",
+    {{"help", "--help", 0, "Usage: zephan-config-check [OPTION]... FILE...\n"},
+     {"version", "--version", 0, "zephan-config-check (ZephanRSMLogger) "},
+     {"no file", "", 2, "no FILE to check\nTry 'zephan-config-check --help'"},
+     {"unknown option", "--no-such good.xml", 2, "unknown option --no-such"},
+     {"option without its value", "--schedule", 2, "no value for option --schedule"},
+     {"empty path of the schedule", "--schedule= good.xml", 2, "the path of the schedule file is empty"},
+     {"file that is not there", "gone.xml", 2, "zephan-config-check: gone.xml: No such file or directory"},
+     {"directory", "log", 2, "zephan-config-check: log: is a directory"},
+     {"device", "/dev/null", 2, "/dev/null: is no regular file"},
+     {"good file", "good.xml", 0, "settings in force"},
+     {"good and bad file", "good.xml bad.xml", 1, "bad.xml: settings in force"},
+     {"absent and bad file", "gone.xml bad.xml", 2, "bad.xml:1:1: error"},
+     {"end of the options", "-- good.xml", 0, ""},
+     {"full device", "good.xml >/dev/full", 2, "the output could not be written"}},
+    [](const CommandRow& row) {
+        const support::Workspace workspace;
+        std::filesystem::copy_file(EXAMPLE, workspace.path("good.xml"));
+        workspace.write("bad.xml", document(""));
+        const checks::Run found = check(workspace, row.arguments);
+        EXPECT_EQ(found.status, row.status);
+        EXPECT_NE(found.printed.find(row.says), std::string::npos) << found.printed;
+    });
 
 }  // namespace
