@@ -1,7 +1,7 @@
 /* The smallest host in C: starts the file logger, writes to it, orders RSM for a time to come and reads the
  * answer. It is linked with the library; nothing but the public header is needed. What it lacks to be an agent
- * is the service agent, which the agent's own libraries make (see minimal-agent.cpp): without one nothing is
- * polled. */
+ * is the service agent, which the agent's own libraries make (see minimal-agent.cpp): nothing is polled
+ * without one. */
 #include "ZephanRSMLogger.h"
 
 #include <stdio.h>

@@ -160,9 +160,9 @@ typedef struct Prop {
     char* value;
 } Prop;
 
-/// A property list. As an argument it stays the caller's and is only read during the call. As an
-/// answer it is the caller's from the moment it is stored in the response slot, to be given back
-/// with `ZPXRSMDSDestroyPropList`.
+/// A property list. As an argument it stays the caller's and is only read during the call. As
+/// an answer it is the caller's from the moment it is stored in the response slot, to be given
+/// back with `ZPXRSMDSDestroyPropList`.
 typedef struct PropList {
     Prop* properties;  ///< `count` records back to back, from `new Prop[]`
     int32_t count;

@@ -57,8 +57,8 @@ class KRX_API AgentHost final {
     void setLinkThread(bool on);
     /// Whether `KRXLog` holds a re-entrant lock while it formats and calls the hook (at first not).
     void setLogLock(bool on);
-    /// What `KRXThreadDestroy` does to a thread that still runs (`sleep` at first). Throws std::runtime_error where the
-    /// system cannot do that.
+    /// What `KRXThreadDestroy` does to a thread that still runs (`sleep` at first). Throws std::runtime_error
+    /// where the system cannot do that.
     void setThreadDestroy(ThreadDestroy how);
     /// Ends all threads of the libraries that still run, those left by `KRXThreadDestroy` among them, in
     /// their calls of the agent; a host does so before it unloads the module. False when one does not come

@@ -35,8 +35,8 @@ void KRXLog(int level, const char* format, ...) {
     va_start(arguments, format);
     va_copy(again, arguments);
     // The analyzer, given several files at once, takes the lists for empty ones.
-    const int length =
-        std::vsnprintf(nullptr, 0, format, arguments);  // NOLINT(clang-analyzer-valist.Uninitialized)
+    // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized)
+    const int length = std::vsnprintf(nullptr, 0, format, arguments);
     va_end(arguments);
     const std::size_t size = length < 0 ? 0 : static_cast<std::size_t>(length) + 1;
     const std::unique_ptr<char[]> text(length < 0 ? nullptr : new (std::nothrow) char[size]);

@@ -9,8 +9,7 @@ namespace agent {
 
 /// What `KRXThreadDestroy` does to a thread that still runs. It waits for it for a moment at most.
 enum class ThreadDestroy : std::uint8_t {
-    sleep,     ///< stops it for good at its sleep, at the next one if it does not sleep now; its frames are
-               ///< dropped
+    sleep,  ///< stops it for good at its sleep, or the next one if it does not sleep; its frames are dropped
     anywhere,  ///< ends it in the call of the agent in which it is, at the next one if it is in none; its
                ///< frames are dropped, and robust mutexes that it holds are left without an owner
     unwind,    ///< pthread_cancel

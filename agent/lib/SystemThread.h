@@ -15,7 +15,8 @@
 
 namespace agent::system {
 
-/// Whether threads can be unwound from outside at all. Where they cannot, nothing here that unwinds is called.
+/// Whether threads can be unwound from outside at all. Where they cannot, nothing here that
+/// unwinds is called.
 bool canUnwind();
 /// Whether the calling thread may be unwound from now on; answers what held before.
 bool admitUnwinding(bool admitted);
@@ -27,8 +28,8 @@ void beUnwound(const void* bottom);
 /// The calling thread's name for debuggers; 15 characters at most.
 void nameThread(const std::string& name);
 
-/// Tells leak checkers that what the frames up to `bottom` hold, which are about to be dropped, is the end that they were
-/// given and no leak.
+/// Tells leak checkers that what the frames up to `bottom` hold, which are about to be dropped, is the end
+/// that they were given and no leak.
 void forgiveFrames(const void* bottom);
 
 }  // namespace agent::system

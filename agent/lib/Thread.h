@@ -14,10 +14,10 @@
 
 namespace agent {
 
-/// What was given to the start, what became of it, and the ways out of a thread that is ended before its work
-/// is done. A thread leaves only from inside a call of the agent: straight to the frame below its work, the
-/// frames above dropped and not unwound, as a terminated thread runs no module code any more; or unwound by
-/// the system.
+/// What was given to the start, what became of it, and the ways out of a thread that is ended before its
+/// work is done. A thread leaves only from inside a call of the agent: straight to the frame below its work,
+/// the frames above dropped and not unwound, as a terminated thread runs no module code any more; or unwound
+/// by the system.
 ///
 /// Its runtime owns it until it has ended and its thread object was destroyed.
 class KRX_API Thread {
@@ -39,8 +39,8 @@ class KRX_API Thread {
     /// The calling thread, or null on a host thread.
     static Thread* current();
     /// Blocks the calling thread in a call of the agent until `until` holds, which is answered, or for
-    /// `time`. Does not return when the thread is ended meanwhile. `asleep`: in a sleep that the module asked
-    /// for.
+    /// `time`. Does not return when the thread is ended meanwhile. `asleep`: in a sleep that the
+    /// module asked for.
     static bool block(std::chrono::milliseconds time, const std::function<bool()>& until,
                       bool asleep = false);
 

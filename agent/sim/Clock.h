@@ -12,9 +12,9 @@ using Instant = std::chrono::microseconds;
 
 constexpr Instant kNever = Instant::max();
 
-/// Two times in one: `now` counts from the start and only `advance` moves it; the wall clock goes along, and
-/// can be stepped. On its own the clock is virtual: it jumps. One thread at a time moves it; any thread may
-/// read it.
+/// Two times in one: `now` counts from the start and only `advance` moves it; the wall clock goes along,
+/// and can be stepped. On its own the clock is virtual: it jumps. One thread at a time moves it; any thread
+/// may read it.
 class Clock {
   public:
     /// `start` is the wall clock's time at instant 0, since 1970.

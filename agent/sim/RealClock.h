@@ -7,9 +7,9 @@ namespace sim {
 
 class Input;
 
-/// Moves from one due instant to the next as a virtual clock does, but only when real time has come so far:
-/// events keep the order and the instants that they have on a virtual clock, however late the system runs a
-/// thread.
+/// Moves from one due instant to the next as a virtual clock does, but only when real time has come so
+/// far: events keep the order and the instants that they have on a virtual clock, however late the system
+/// runs a thread.
 class RealClock final : public Clock {
   public:
     /// `input` interrupts waits; it must outlive the clock.

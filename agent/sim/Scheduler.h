@@ -16,10 +16,10 @@
 namespace sim {
 
 /// Makes real threads of which only one runs at a time: the one that holds the turn. It gives the turn on
-/// when it sleeps, waits or ends, so a run depends on nothing but the clock. Threads that can run take turns
-/// in order; time moves only when none can. The thread that creates the scheduler is the host thread and
-/// holds the first turn. All calls, also of the threads' operations, are made by the thread that holds the
-/// turn.
+/// when it sleeps, waits or ends, so a run depends on nothing but the clock. Threads that can run take
+/// turns in order; time moves only when none can. The thread that creates the scheduler is the host
+/// thread and holds the first turn. All calls, also of the threads' operations, are made by the thread
+/// that holds the turn.
 ///
 /// When nobody can ever run again, or the one that holds the turn stays in the module, the module hangs.
 class Scheduler final : public agent::Runtime {

@@ -1,5 +1,5 @@
-// What the simulator wants of the operating system beyond the C++ library; posix/ and windows/ supply it, as they do for
-// Bell, Input, Module, StdoutCapture and Terminal.
+// What the simulator wants of the operating system beyond the C++ library; posix/ and windows/ supply it, as
+// they do for Bell, Input, Module, StdoutCapture and Terminal.
 #pragma once
 
 #include <chrono>
@@ -25,8 +25,8 @@ std::optional<std::tm> localFields(std::int64_t moment);
 /// Sets when an existing file was modified (since 1970). Throws std::system_error.
 void setModified(const std::filesystem::path& path, std::chrono::microseconds moment);
 
-/// A descriptor for writing bytes as they are: of a file that is made or emptied, or without a path of what is standard
-/// output now. Throws std::system_error.
+/// A descriptor for writing bytes as they are: of a file that is made or emptied, or without a path of what
+/// is standard output now. Throws std::system_error.
 int openOutput(const std::optional<std::string>& path);
 /// Writes all of it: 0, or the error number.
 int writeAll(int descriptor, std::string_view bytes);

@@ -63,7 +63,8 @@ std::string narrowed(const XMLCh* message) {
     return text;
 }
 
-/// Does the step that leads from a run to another one; no other load may be using the toolkit when it is stopped.
+/// Does the step that leads from a run to another one; no other load may be using the toolkit when
+/// it is stopped.
 template <typename Step>
 void change(Run from, Run result, std::size_t memory, const char* failureFormat, Step&& step) {
     std::string failure;

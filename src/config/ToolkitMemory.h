@@ -11,8 +11,8 @@
 /// threads at once.
 class ToolkitMemory final : public xercesc::MemoryManager {
   public:
-    /// At most `live` bytes held at a time and `total` bytes handed out in all, the cost of keeping the
-    /// blocks included.
+    /// At most `live` bytes held at a time and `total` bytes handed out in all, the cost of keeping
+    /// the blocks included.
     ToolkitMemory(std::size_t live, std::size_t total) noexcept : liveLimit_(live), totalLimit_(total) {}
     ToolkitMemory(const ToolkitMemory&) = delete;
     ToolkitMemory& operator=(const ToolkitMemory&) = delete;

@@ -111,7 +111,8 @@ std::int8_t PollingThread::createThread(KRXThreadEntry entry, void* argument,
         KRXLog(level::kForce, "\n error while releasing logging mutex.");
     }
     if (refused != nullptr) {
-        // Not before the mutex is given back: the thread may be carrying out an order itself, which waits for it.
+        // Not before the mutex is given back: the thread may be carrying out an order itself, which
+        // waits for it.
         KRXWaitForThread(&refused->thread, nullptr, kThreadEndTimeout);
         refused.reset();
         KRXLog(level::kError,

@@ -68,7 +68,8 @@ class PollingThread final {
     struct Start;
     using Held = std::shared_ptr<Object>;
 
-    /// One caller at a time: false when there is a thread, or a start is under way, in which this order came up.
+    /// One caller at a time: false when there is a thread, or a start is under way, in which this
+    /// order came up.
     bool beginStart();
     void endStart();
     /// -1 with `refusedThread`: a stop began meanwhile, and the caller ends that thread.

@@ -33,8 +33,8 @@ class ProfileReport final {
     /// Without memory for it nothing is done, and the next call tries again.
     void introduce(KRX::ServiceAgentNS::VirtualAsset& asset) { clientOf(asset); }
 
-    /// Sends the profile of `state`, and logs it, or that the enterprise did not take it. Blocks until the
-    /// enterprise answers.
+    /// Sends the profile of `state`, and logs it, or that the enterprise did not take it. Blocks until
+    /// the enterprise answers.
     void send(const RsmState& state);
 
     /// Profile date text, "2007-30-09 GMT 05:06:00"; room for 40 characters.

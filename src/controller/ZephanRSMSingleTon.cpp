@@ -17,7 +17,8 @@ namespace {
 
 platform::Immortal<platform::Published<ZephanRSMSingleTon>> published;
 
-/// A message that comes after the last stop makes a controller once more; it goes with the library, if it can.
+/// A message that comes after the last stop makes a controller once more; it goes with the library,
+/// if it can.
 const platform::ScopeEnd atUnload([] {
     if (platform::mayWaitAtUnload()) {
         ZephanRSMSingleTon::dropIdleInstance();

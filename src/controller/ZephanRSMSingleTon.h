@@ -20,8 +20,8 @@ class SerializableString;
 }
 
 /// The RSM controller, of which there is one: shares the RSM state among the threads, runs the force-polling
-/// thread, changes state on behalf of all callers, reports the profile to the enterprise and keeps the resume
-/// state file.
+/// thread, changes state on behalf of all callers, reports the profile to the enterprise and keeps the
+/// resume state file.
 ///
 /// Threads: all operations may be called from any thread by whoever holds a reference; the controller goes
 /// with its last one. No lock is held while the host or the agent is called, but for `createThread`, which
@@ -54,8 +54,8 @@ class ZephanRSMSingleTon final {
     KRX::ServiceAgentNS::ServiceAgent* getServiceAgent() const noexcept {
         return profile_->getServiceAgent();
     }
-    /// Makes the schedule handler unless there is one or the path is null; true when it was made by this call,
-    /// whose caller then lets it report.
+    /// Makes the schedule handler unless there is one or the path is null; true when it was made by this
+    /// call, whose caller then lets it report.
     bool createScheduleHandler(const char* scheduleFilePath);
     ScheduleRSMHandler* getScheduleHandler() const noexcept { return scheduleHandler_; }
     /// Null only when its memory could not be had.

@@ -42,8 +42,8 @@ class Lifecycle final {
         }
     }
 
-    /// The controller for a start. One that is being stopped is none: what is started on it would go with it. When no
-    /// stop can be under way, it was left so by a thread that ended in its stop, and makes room.
+    /// The controller for a start. One that is being stopped is none: what is started on it would go with it.
+    /// When no stop can be under way, it was left so by a thread that ended in its stop, and makes room.
     ZephanRSMSingleTon::Reference controllerForStart() const {
         const auto present = ZephanRSMSingleTon::existing();
         if (present != nullptr && present->isStopping()) {
@@ -76,8 +76,8 @@ inline bool load(const std::string& path) {
     }
 }
 
-/// Takes controller and configuration away, as a stop does that leaves nothing running: both, whatever the agent
-/// throws for the lines of that.
+/// Takes controller and configuration away, as a stop does that leaves nothing running: both, whatever the
+/// agent throws for the lines of that.
 inline void endAll() {
     answerAfter(kSuccess, &ZephanRSMSingleTon::destroyInstance);
     XMLConfigData::destroyInstance();

@@ -54,13 +54,14 @@ class File final {
     /// The whole contents, but at most their first `limit` bytes; nothing when they cannot be read. Throws
     /// only when memory runs out.
     std::optional<std::string> readWhole(std::size_t limit) const;
-    /// Writes all of `text` at the end (mode `Append`), its line ends in the system's own spelling: how many bytes that
-    /// took. A write that only part of fits is taken back, so that no torn text stays behind, unless another process has
-    /// written behind it: nobody else's text is cut. Nothing when not all was written. The caller has to keep its thread.
+    /// Writes all of `text` at the end (mode `Append`), its line ends in the system's own spelling: how many
+    /// bytes that took. A write that only part of fits is taken back, so that no torn text stays behind,
+    /// unless another process has written behind it: nobody else's text is cut. Nothing when not all was
+    /// written. The caller has to keep its thread.
     std::optional<std::size_t> append(std::string_view text) noexcept;
     /// Writes `record` over the start of the file in one piece: a process killed at any instant leaves the
-    /// old bytes or the new ones. False when the write fails, after which the old bytes are put back, or the record is
-    /// too large.
+    /// old bytes or the new ones. False when the write fails, after which the old bytes are put back, or the
+    /// record is too large.
     bool overwriteStart(std::string_view record) noexcept;
     /// Cuts the file to this length. False when it fails.
     bool truncate(std::int64_t size) noexcept;

@@ -10,8 +10,8 @@
 
 namespace platform {
 
-/// What of standard output was left to the thread that writes to it. There is one of these in the module. Any thread
-/// keeps, one at a time takes.
+/// What of standard output was left to the thread that writes to it. There is one of these in the module. Any
+/// thread keeps, one at a time takes.
 class KeptTexts final {
   public:
     static constexpr std::size_t kKeptAtMost = 1U << 20U;  ///< bytes; what is more is lost, each text whole
@@ -35,8 +35,9 @@ class KeptTexts final {
     std::atomic<std::uint64_t> taken_{0};
 };
 
-/// Writes a text to standard output behind those that were kept, or leaves it to the thread that is writing. `Output`
-/// holds the `texts`; a `Writer` is made of it and has the writer's role while it lives, if that was to be had.
+/// Writes a text to standard output behind those that were kept, or leaves it to the thread that is writing.
+/// `Output` holds the `texts`; a `Writer` is made of it and has the writer's role while it lives, if that was
+/// to be had.
 template <typename Writer, typename Output>
 void writeOrKeep(std::string_view text, Output& output) noexcept {
     bool isOut = false;

@@ -7,8 +7,8 @@
 
 namespace platform {
 
-/// Standard output as the module's threads share it: one at a time has the role of the writer and may wait for
-/// whoever reads; nobody waits for the role.
+/// Standard output as the module's threads share it: one at a time has the role of the writer and may wait
+/// for whoever reads; nobody waits for the role.
 struct Output {
     Mutex role;
     std::atomic<bool> writerDied{false};  ///< in a write perhaps, which leaves the stream locked for ever

@@ -4,8 +4,8 @@
 
 namespace platform {
 
-/// Does something at the end of its scope, however that is left: also when the thread is unwound. The action throws
-/// nothing.
+/// Does something at the end of its scope, however that is left: also when the thread is unwound. The
+/// action throws nothing.
 template <typename Action>
 class ScopeEnd final {
   public:

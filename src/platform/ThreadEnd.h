@@ -9,9 +9,9 @@ namespace platform {
 // kept from going on: a `catch (...)` stands behind a `catch (const platform::ForcedUnwind&) { throw; }`, and
 // no frame that is `noexcept` lies on its way.
 
-/// While one lives, the calling thread is not unwound: the end that was ordered comes with the next call that
-/// admits it, afterwards. For functions that must not throw and make system calls that admit it. May be
-/// nested.
+/// While one lives, the calling thread is not unwound: the end that was ordered comes with the next call
+/// that admits it, afterwards. For functions that must not throw and make system calls that admit it.
+/// May be nested.
 class KeepThread final {
   public:
     KeepThread() noexcept;

@@ -74,7 +74,8 @@ TEST(Registration, ProxyNeedsChannelAndCredentials) {
     for (const auto& [action, element] : {std::pair{"update", "property"}, std::pair{"delete", "Property"}}) {
         record.GetProperties()->AddEntry(new Property(action, "C", nullptr, element));
         EXPECT_EQ(proxy.UpdateAsset(record, 0), -1);
-        EXPECT_EQ(journal.take(), "update -1 3") << "the enterprise has not heard of " << action << " " << element;
+        EXPECT_EQ(journal.take(), "update -1 3")
+            << "the enterprise has not heard of " << action << " " << element;
         auto* const last = static_cast<Property*>(entryOf(*record.GetProperties(), 2));
         record.GetProperties()->RemoveEntry(last);
         delete last;

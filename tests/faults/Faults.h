@@ -35,8 +35,8 @@ consteval std::size_t numberOf(std::string_view name) {
 constexpr int kNone = 0;
 constexpr int kShort = -1;
 
-/// The error that a call of this kind has to end with, or `kNone`, which it is also when the call is not the
-/// module's own.
+/// The error that a call of this kind has to end with, or `kNone`, which it is also when the call is not
+/// the module's own.
 int faultOf(std::size_t kind) noexcept;
 /// The same for memory, whose kind depends on the way that leads to the module.
 bool memoryFails() noexcept;

@@ -1,4 +1,5 @@
-// The one polling thread's life: who may still see an order, who starts one, and what is told when none can be.
+// The one polling thread's life: who may still see an order, who starts one, and what is told when
+// none can be.
 #include "controller/PollingThread.h"
 #include "lib/AgentHost.h"
 #include "lib/FreeRuntime.h"

@@ -1,4 +1,5 @@
-// Threads of the host that are terminated in the module: their mutexes are left without an owner, and the module goes on.
+// Threads of the host that are terminated in the module: their mutexes are left without an owner, and the
+// module goes on.
 #include "lib/AgentHost.h"
 #include "lib/Module.h"
 #include "lib/Observer.h"

@@ -5,15 +5,16 @@
 #include "sim/status/StateFiles.h"
 #include "sim/status/StatusJson.h"
 
+#include <sstream>
 #include <stdexcept>
 
 namespace sim {
 
 std::string fileStatusText(const StateFiles& files, std::int64_t now) {
-    return files.startText(now) + "\n" +                      //
-           "  now            " + momentText(now) + "\n" +     //
-           "  last known     " + files.resumeText() + "\n" +  //
-           "  next schedule  " + files.scheduleText(now) + "\n";
+    std::ostringstream text;
+    text << files.startText(now) << "\n  now            " << momentText(now) << "\n  last known     "
+         << files.resumeText() << "\n  next schedule  " << files.scheduleText(now) << "\n";
+    return text.str();
 }
 
 std::string fileStatusJson(const StateFiles& files, std::int64_t now) {

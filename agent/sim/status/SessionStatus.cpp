@@ -115,7 +115,8 @@ void SessionStatus::noteReport(const Event& event, std::int64_t at) {
         property(list, "RSM_MODE_START_TIME").find(gmtText(at).substr(11, 8)) == std::string::npos) {
         return;  // something else was to be told, a schedule for instance
     }
-    const std::int64_t wholePolls = next.rate > 0 ? scheduling::kSecondsPerMinute / next.rate * next.minutes : 0;
+    const std::int64_t wholePolls =
+        next.rate > 0 ? scheduling::kSecondsPerMinute / next.rate * next.minutes : 0;
     // An order takes effect after the sleep that goes on, with one poll more; the polling thread's own
     // changes come between two polls, with the first one counted already.
     const bool wasPolling = stretch_.mode != kOff;

@@ -59,7 +59,8 @@ std::int64_t momentOf(const Value& date, const Value& time) {
 }
 
 int wholeMinutes(std::int64_t seconds) {
-    return static_cast<int>(std::clamp<std::int64_t>(seconds / scheduling::kSecondsPerMinute, 0, std::numeric_limits<int>::max()));
+    return static_cast<int>(std::clamp<std::int64_t>(seconds / scheduling::kSecondsPerMinute, 0,
+                                                     std::numeric_limits<int>::max()));
 }
 
 StateFiles::Resume readResume(const std::string& path, std::int64_t now) {

@@ -13,8 +13,8 @@ namespace sim {
 
 namespace {
 
-/// What came in. Readers that nobody waits for any more may stay in a read, and a handler finds nothing but globals: it is
-/// never destroyed.
+/// What came in. Readers that nobody waits for any more may stay in a read, and a handler finds nothing but
+/// globals: it is never destroyed.
 struct Arrived {
     std::mutex mutex;
     std::condition_variable changed;

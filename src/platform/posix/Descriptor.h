@@ -20,8 +20,8 @@ int openDescriptor(int directory, const char* path, int flags) noexcept;
 /// As above in one of the file modes, and only for a regular file.
 int openRegular(int directory, const char* path, OpenMode mode) noexcept;
 
-/// Whether files had a largest size when one was opened last. Writes then need `WriteSignals`, for which others
-/// need not pay.
+/// Whether files had a largest size when one was opened last. Writes then need `WriteSignals`, for which
+/// others need not pay.
 bool isSizeLimited() noexcept;
 
 }  // namespace platform::posix

@@ -10,7 +10,8 @@
 namespace platform {
 namespace {
 
-/// The path of an entry, or of what an absolute path leads to; empty when there is none, which nothing is found at.
+/// The path of an entry, or of what an absolute path leads to; empty when there is none, which nothing
+/// is found at.
 windows::PathBuffer pathOf(const NativeDirectory& directory, const std::string& name) noexcept {
     windows::PathBuffer path{};
     if (directory.handle == kNoFile) {
@@ -43,8 +44,8 @@ int Directory::open(std::string_view path) noexcept {
     if (!windows::toNative(path, given)) {
         return ENOENT;
     }
-    // What stands before the last separator of a path at a drive's root. To the system it is the drive's current
-    // directory, and what is deleted there would be other files.
+    // What stands before the last separator of a path at a drive's root. To the system it is the drive's
+    // current directory, and what is deleted there would be other files.
     if (path.ends_with(':') && path.size() + 1 < given.size()) {
         given.at(path.size()) = '\\';
         given.at(path.size() + 1) = '\0';

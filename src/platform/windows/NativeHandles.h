@@ -13,7 +13,8 @@ constexpr NativeFile kNoFile = -1;
 /// Characters of a path, its end mark included. The system takes no more than 260 from most programs.
 constexpr std::size_t kPathSize = 1024;
 
-/// A directory whose handle lets nobody move or remove it, so that its path leads to it as long as it is held.
+/// A directory whose handle lets nobody move or remove it, so that its path leads to it as long as
+/// it is held.
 struct NativeDirectory {
     NativeFile handle = kNoFile;
     std::array<char, kPathSize> path{};

@@ -24,9 +24,10 @@ KRX_API int KRXThreadGetPriority(KRXThreadHandle thread);
 
 /// Prepares a thread object. 0, or another value when it cannot be had (the caller then releases the memory).
 KRX_API std::int8_t KRXThreadConstruct(KRXThread* thread);
-/// Starts `entry(argument)` on a new thread. 0 when it runs; else the object must be destroyed. The module asks
-/// for the priority of the calling thread, flags 0 and a stack size of 4096, whose unit is the library's. It cannot
-/// be bytes: the thread takes more, even with an agent that does next to nothing. 64 KiB are ample.
+/// Starts `entry(argument)` on a new thread. 0 when it runs; else the object must be destroyed. The module
+/// asks for the priority of the calling thread, flags 0 and a stack size of 4096, whose unit is the
+/// library's. It cannot be bytes: the thread takes more, even with an agent that does next to nothing. 64
+/// KiB are ample.
 KRX_API std::int8_t KRXThreadStart(KRXThread* thread, const char* name, int priority, int flags,
                                    unsigned int stackSize, KRXThreadEntry entry, void* argument);
 /// Non-zero while the thread runs.
