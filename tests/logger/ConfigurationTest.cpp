@@ -179,6 +179,8 @@ TEST_F(ConfigurationTest, WholeDocuments) {
     EXPECT_EQ(load(wide), "script=s");
     EXPECT_EQ(load("<?xml version='1.0' encoding='Shift_JIS'?><z><Script>s</Script></z><!-- \x83\x41 -->\n"),
               "script=s");
+    EXPECT_EQ(load("<z>" + repeated("<a>t</a>", 300) + "<Script>s</Script></z>"), "script=s")
+        << "many beside each other are not deep";
     XMLConfigData::destroyInstance();
     EXPECT_EQ(
         changes(*loadConfiguration(EXAMPLE)),
