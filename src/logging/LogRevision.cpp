@@ -6,8 +6,6 @@
 #include "platform/Number.h"
 #include "platform/agent/Logging.h"
 
-#include <algorithm>
-
 namespace {
 
 constexpr std::int64_t kSecondsPerDay = 86400;
@@ -65,13 +63,7 @@ int LogRevision::listDirectory(const std::string& path, platform::Directory& dir
 }
 
 std::int64_t LogRevision::fileAgeInDays(const platform::Directory& directory, const std::string& name) {
-    auto modifiedAt = directory.modifiedAt(name);
-    if (!modifiedAt) {
-        return 0;
-    }
-    // What a link leads to may be the log that is being written, however old the link is.
-    if (const platform::File target = directory.openFile(name, platform::OpenMode::Read); target.isOpen()) {
-        modifiedAt = std::max(modifiedAt, target.modifiedAt());
-    }
-    return (platform::now() - *modifiedAt) / kSecondsPerDay;
+    // Of a link the younger age: what it leads to may be the log that is being written.
+    const auto modifiedAt = directory.modifiedAt(name);
+    return modifiedAt ? (platform::now() - *modifiedAt) / kSecondsPerDay : 0;
 }

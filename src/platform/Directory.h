@@ -39,8 +39,8 @@ class Directory final {
     /// Opens an entry for reading and answers its length, -1 when it cannot be opened. The cheapest look:
     /// what kind of thing it is is not examined, and the caller has to keep its thread.
     std::int64_t probeSize(const std::string& name) const noexcept;
-    /// Seconds (UTC scale) of the last modification of a regular file that can be read, or of a symbolic link
-    /// itself; nothing for other things.
+    /// Seconds (UTC scale) of the last modification of a regular file that can be read, or of a symbolic link,
+    /// for which that of the file that it leads to counts when it is the later one; nothing for other things.
     std::optional<std::int64_t> modifiedAt(const std::string& name) const noexcept;
     /// Removes a file or a symbolic link. False when it fails.
     bool remove(const std::string& name) const noexcept;

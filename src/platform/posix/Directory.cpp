@@ -83,7 +83,10 @@ std::optional<std::int64_t> Directory::modifiedAt(const std::string& name) const
             return std::nullopt;
         }
         ::close(descriptor);
-    } else if (!S_ISLNK(status.st_mode)) {
+    } else if (S_ISLNK(status.st_mode)) {
+        return std::max(std::optional<std::int64_t>(status.st_mtime),
+                        openFile(name, OpenMode::Read).modifiedAt());
+    } else {
         return std::nullopt;
     }
     return status.st_mtime;

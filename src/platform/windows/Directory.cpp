@@ -105,13 +105,16 @@ std::int64_t Directory::probeSize(const std::string& name) const noexcept {
 }
 
 std::optional<std::int64_t> Directory::modifiedAt(const std::string& name) const noexcept {
-    const HANDLE handle = ::CreateFileA(pathOf(descriptor_, name).data(), GENERIC_READ,
-                                        FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
-                                        OPEN_EXISTING, FILE_FLAG_OPEN_REPARSE_POINT, nullptr);
+    const windows::PathBuffer path = pathOf(descriptor_, name);
+    const HANDLE handle =
+        ::CreateFileA(path.data(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                      nullptr, OPEN_EXISTING, FILE_FLAG_OPEN_REPARSE_POINT, nullptr);
     if (handle == INVALID_HANDLE_VALUE) {
         return std::nullopt;
     }
-    return File(reinterpret_cast<NativeFile>(handle)).modifiedAt();
+    const auto own = File(reinterpret_cast<NativeFile>(handle)).modifiedAt();
+    const bool isLink = (::GetFileAttributesA(path.data()) & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
+    return own && isLink ? std::max(own, openFile(name, OpenMode::Read).modifiedAt()) : own;
 }
 
 bool Directory::remove(const std::string& name) const noexcept {
