@@ -30,14 +30,18 @@ agent::NamedValues valuesOf(const Messaging::SerializableArray& properties) {
 
 /// An enterprise takes an asset whose properties are to be updated, and no other elements.
 bool isUpdate(const Asset& asset) {
+    if (std::string_view("Asset") != asset.GetElementName()) {
+        return false;
+    }
     const Messaging::SerializableArray& properties = *asset.GetProperties();
-    bool understood = std::string_view("Asset") == asset.GetElementName();
     for (int i = 0; i < properties.GetCount(); ++i) {
         const auto& property = *static_cast<const Property*>(agent::entryOf(properties, i));
-        understood = understood && std::string_view("Property") == property.GetElementName() &&
-                     orEmpty(agent::textsOf(property).action) == "update";
+        if (std::string_view("Property") != property.GetElementName() ||
+            orEmpty(agent::textsOf(property).action) != "update") {
+            return false;
+        }
     }
-    return understood;
+    return true;
 }
 
 }  // namespace
