@@ -63,6 +63,22 @@ std::string narrowed(const XMLCh* message) {
     return text;
 }
 
+void initialize() {
+    using xercesc::XMLPlatformUtils;
+    try {
+        XMLPlatformUtils::Initialize(xercesc::XMLUni::fgXercescDefaultLocale, nullptr,
+                                     &theToolkit.panicHandler);
+    } catch (...) {
+        // The toolkit counts this start, and answers the next one as if it ran. It may outlive this library in
+        // the process, and one that runs has a memory manager: the library that is loaded next looks at that.
+        XMLPlatformUtils::fgMemoryManager = nullptr;
+        throw;
+    }
+    if (XMLPlatformUtils::fgMemoryManager == nullptr) {
+        throw std::runtime_error("an earlier start failed");
+    }
+}
+
 /// Does the step that leads from a run to another one; no other load may be using the toolkit when
 /// it is stopped.
 template <typename Step>
@@ -95,10 +111,7 @@ void toolkit::start() {
         const platform::Lock lock(*toolkitLock);
         ++theToolkit.loads;
     }
-    change(Run::Stopped, Run::Going, kStartMemory, "XML toolkit initialization error: %s", [] {
-        xercesc::XMLPlatformUtils::Initialize(xercesc::XMLUni::fgXercescDefaultLocale, nullptr,
-                                              &theToolkit.panicHandler);
-    });
+    change(Run::Stopped, Run::Going, kStartMemory, "XML toolkit initialization error: %s", initialize);
 }
 
 void toolkit::leave() noexcept {

@@ -2,6 +2,7 @@
 // toolkit's own; each case has a process of its own, since there is no way back.
 #include "config/XMLConfigData.h"
 #include "lib/AgentHost.h"
+#include "lib/Module.h"
 #include "support/Lines.h"
 #include "support/Rows.h"
 #include "support/Workspace.h"
@@ -109,6 +110,25 @@ const support::Rows<StartRow> startRows(
             2, "250 XML toolkit initialization error: " + row.text + "|" + kRefusal + kRefusal + "5000000,");
         afterStart = nullptr;
     });
+
+/// The toolkit stays in the process while the module goes and comes back, since the host uses it, too.
+TEST(ToolkitFailure, IsKnownToTheModuleLoadedAgain) {
+    EXPECT_EXIT(
+        {
+            const support::Workspace workspace;
+            workspace.write("config.xml", "<z><Script>s</Script></z>");
+            const agent::AgentHost host;
+            for (const bool fails : {true, false}) {
+                afterStart = [=](auto&) { fails ? throwMessage() : void(); };
+                const agent::Module module(MODULE);
+                if (module.ZPXRSMLoggerStatup(workspace.path("config.xml").string().c_str()) != -1) {
+                    std::_Exit(1);
+                }
+            }
+            std::_Exit(0);
+        },
+        testing::ExitedWithCode(0), "");
+}
 
 TEST(ToolkitFailure, CannotBeStopped) {
     insteadOfStop = throwMessage;
