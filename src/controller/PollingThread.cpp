@@ -42,6 +42,11 @@ void withdraw(PollingThread::Number number) {
     }
 }
 
+void logStopping() {
+    KRXLog(level::kError,
+           "\n generateThread --- The extension is being stopped, no Force Polling thread is started.");
+}
+
 }  // namespace
 
 /// What is counted: the agent's object, with what the agent keeps in it.
@@ -115,8 +120,7 @@ std::int8_t PollingThread::createThread(KRXThreadEntry entry, void* argument,
         // waits for it.
         KRXWaitForThread(&refused->thread, nullptr, kThreadEndTimeout);
         refused.reset();
-        KRXLog(level::kError,
-               "\n generateThread --- The extension is being stopped, no Force Polling thread is started.");
+        logStopping();
     }
     return result;
 }
@@ -164,8 +168,7 @@ std::int8_t PollingThread::generateThread(KRXThreadEntry entry, void* argument, 
         }
     }
     if (refused) {
-        KRXLog(level::kError,
-               "\n generateThread --- The extension is being stopped, no Force Polling thread is started.");
+        logStopping();
         return -1;
     }
     if (KRXThreadStart(&object->thread, "Data Polling", priority, 0, kThreadStackSize, entry, argument) !=
