@@ -3,6 +3,8 @@
 
 #include "sim/Event.h"
 
+#include <algorithm>
+
 namespace sim {
 
 template <typename Kind>
@@ -31,6 +33,13 @@ inline std::optional<std::string> textOf(const Event& event, std::string_view ke
 inline agent::NamedValues listOf(const Event& event, std::string_view key) {
     const auto* list = fieldOf<std::optional<agent::NamedValues>>(event, key);
     return list == nullptr ? agent::NamedValues() : list->value_or(agent::NamedValues());
+}
+
+/// The value of that name in a list; none when it is null or missing.
+inline std::optional<std::string> valueOf(const agent::NamedValues& list, std::string_view name) {
+    const auto found =
+        std::find_if(list.begin(), list.end(), [&](const auto& one) { return one.first == name; });
+    return found == list.end() ? std::nullopt : found->second;
 }
 
 }  // namespace sim

@@ -13,48 +13,27 @@ namespace sim {
 
 namespace {
 
-/// Reads the fields of an event by their names.
-class Fields final {
-  public:
-    explicit Fields(const Event& event) : event_(event) {}
+/// The text in quotes, or "nothing" for null.
+std::string quoted(const Event& event, std::string_view key) {
+    const auto text = textOf(event, key);
+    return text ? asJsonText(*text) : "nothing";
+}
 
-    std::int64_t number(std::string_view key) const {
-        const auto* found = find<std::int64_t>(key);
-        return found == nullptr ? 0 : *found;
-    }
-    /// The text in quotes, or "nothing" for null.
-    std::string quoted(std::string_view key) const {
-        const auto* found = find<std::optional<std::string>>(key);
-        return found == nullptr || !*found ? "nothing" : asJsonText(**found);
-    }
-    /// The text without quotes around it or escapes before those in it; line ends stay escaped.
-    std::string plain(std::string_view key) const {
-        std::string text = quoted(key);
-        if (text.front() == '"') {
-            text = text.substr(1, text.size() - 2);
-            for (std::size_t at = text.find("\\\""); at != std::string::npos; at = text.find("\\\"", at)) {
-                text.erase(at, 1);
-            }
+/// The text without quotes around it or escapes before those in it; line ends stay escaped.
+std::string plain(const Event& event, std::string_view key) {
+    std::string text = quoted(event, key);
+    if (text.front() == '"') {
+        text = text.substr(1, text.size() - 2);
+        for (std::size_t at = text.find("\\\""); at != std::string::npos; at = text.find("\\\"", at)) {
+            text.erase(at, 1);
         }
-        return text;
     }
-    bool has(std::string_view key) const {
-        const auto* found = find<std::optional<std::string>>(key);
-        return found != nullptr && found->has_value();
-    }
-    const agent::NamedValues* list(std::string_view key) const {
-        const auto* found = find<std::optional<agent::NamedValues>>(key);
-        return found == nullptr || !*found ? nullptr : &**found;
-    }
+    return text;
+}
 
-  private:
-    template <typename Kind>
-    const Kind* find(std::string_view key) const {
-        return fieldOf<Kind>(event_, key);
-    }
-
-    const Event& event_;
-};
+std::string numberText(const Event& event, std::string_view key) {
+    return std::to_string(numberOf(event, key));
+}
 
 /// Names and values in one line; those that are 0 say nothing and are left out.
 std::string listText(const agent::NamedValues& list) {
@@ -67,67 +46,55 @@ std::string listText(const agent::NamedValues& list) {
     return text;
 }
 
-std::string callText(const Fields& fields) {
-    std::string text = "call: " + fields.plain("verb") + " -> " + std::to_string(fields.number("result"));
-    if (fields.has("stage") && fields.plain("stage") != "cleanup") {
-        text += ", no further than " + fields.plain("stage");
+std::string callText(const Event& event) {
+    std::string text = "call: " + plain(event, "verb") + " -> " + numberText(event, "result");
+    if (const auto stage = textOf(event, "stage"); stage && *stage != "cleanup") {
+        text += ", no further than " + *stage;
     }
-    if (fields.has("response")) {
-        text += ", response " + fields.plain("response");
+    if (textOf(event, "response")) {
+        text += ", response " + plain(event, "response");
     }
-    if (const agent::NamedValues* answer = fields.list("answer")) {
-        text += ", answer " + listText(*answer);
+    if (const auto* answer = fieldOf<std::optional<agent::NamedValues>>(event, "answer");
+        answer != nullptr && *answer) {
+        text += ", answer " + listText(**answer);
     }
     return text;
 }
 
 std::string what(const Event& event) {
-    const Fields fields(event);
     if (event.name == "call") {
-        return callText(fields);
+        return callText(event);
     }
     if (event.name == "log") {
-        return "log " + std::to_string(fields.number("level")) + ": " + fields.quoted("text");
+        return "log " + numberText(event, "level") + ": " + quoted(event, "text");
     }
     if (event.name == "stdout") {
-        return "standard output: " + fields.quoted("text");
+        return "standard output: " + quoted(event, "text");
     }
     if (event.name == "credentials") {
-        return "credentials: of member " + fields.plain("member");
+        return "credentials: of member " + plain(event, "member");
     }
     if (event.name == "force-poll") {
         return "poll: the enterprise is asked";
     }
     if (event.name == "update-asset") {
-        const agent::NamedValues* list = fields.list("properties");
-        return std::string("profile: ") + (fields.number("result") == 0 ? "accepted" : "refused") +
-               " by the enterprise: " + (list == nullptr ? "" : listText(*list));
+        return std::string("profile: ") + (numberOf(event, "result") == 0 ? "accepted" : "refused") +
+               " by the enterprise: " + listText(listOf(event, "properties"));
     }
     if (event.name == "thread-start") {
-        return "thread: " + fields.plain("name") +
-               (fields.number("result") == 0 ? " is started" : " cannot be started");
+        return "thread: " + plain(event, "name") +
+               (numberOf(event, "result") == 0 ? " is started" : " cannot be started");
     }
     if (event.name == "thread-end") {
-        return "thread: ends with " + std::to_string(fields.number("result"));
+        return "thread: ends with " + numberText(event, "result");
     }
     if (event.name == "thread-destroyed") {
         return "thread: destroyed while it runs";
     }
     if (event.name == "sleep") {
-        return "sleep: " + std::to_string(fields.number("ms")) + " ms";
+        return "sleep: " + numberText(event, "ms") + " ms";
     }
-    return "file: " + fields.plain("path") + " holds " + fields.quoted("text");
-}
-
-/// A property of a profile; "0" when it is not there.
-std::string property(const Fields& fields, std::string_view name) {
-    const agent::NamedValues* list = fields.list("properties");
-    for (const auto& [key, value] : list == nullptr ? agent::NamedValues() : *list) {
-        if (key == name) {
-            return value.value_or("0");
-        }
-    }
-    return "0";
+    return "file: " + plain(event, "path") + " holds " + quoted(event, "text");
 }
 
 std::string periodText(const std::string& minutes, const std::string& rate) {
@@ -141,20 +108,21 @@ std::string modeText(const std::string& mode) {
                                            : mode;
 }
 
-std::string profileText(const Fields& fields) {
-    std::string text = std::string("profile ") + (fields.number("result") == 0 ? "accepted" : "refused") +
-                       ": " + modeText(property(fields, "RSM_MODE"));
-    if (property(fields, "RSM_GRACE_PERIOD") != "0") {
-        text += ", " +
-                periodText(property(fields, "RSM_GRACE_PERIOD"), property(fields, "RSM_FORCED_POLLING_RATE"));
+std::string profileText(const Event& event) {
+    const agent::NamedValues list = listOf(event, "properties");
+    const auto property = [&](std::string_view name) { return valueOf(list, name).value_or("0"); };
+    std::string text = std::string("profile ") + (numberOf(event, "result") == 0 ? "accepted" : "refused") +
+                       ": " + modeText(property("RSM_MODE"));
+    if (property("RSM_GRACE_PERIOD") != "0") {
+        text += ", " + periodText(property("RSM_GRACE_PERIOD"), property("RSM_FORCED_POLLING_RATE"));
     }
-    if (std::string start = property(fields, "RSM_DELAY_PROFILE_START_TIME"); start != "0") {
+    if (std::string start = property("RSM_DELAY_PROFILE_START_TIME"); start != "0") {
         if (const std::size_t zone = start.find("GMT "); zone != std::string::npos) {
             start.erase(zone, 4);  // as all times of the timeline
         }
         text += "; next " + start + ", " +
-                periodText(property(fields, "RSM_DELAY_PROFILE_GRACE_PERIOD"),
-                           property(fields, "RSM_DELAY_PROFILE_FORCED_POLLING_RATE"));
+                periodText(property("RSM_DELAY_PROFILE_GRACE_PERIOD"),
+                           property("RSM_DELAY_PROFILE_FORCED_POLLING_RATE"));
     }
     return text;
 }
@@ -174,7 +142,7 @@ std::string briefCallText(const Event& event) {
             *text = (*text)->substr(0, end) + "\u2026";
         }
     }
-    return callText(Fields(shown)).substr(std::string_view("call: ").size());
+    return callText(shown).substr(std::string_view("call: ").size());
 }
 
 std::string clockText(std::chrono::microseconds wall) {
@@ -199,7 +167,7 @@ std::string asBrief(const Event& event, const std::string& text) {
     std::snprintf(start.data(), start.size(), "%9s %s %-12s ", secondsText(event.time).c_str(),
                   clockText(event.wall).substr(11).c_str(), event.thread.c_str());
     const std::string shown = !text.empty()                  ? text
-                              : event.name == "update-asset" ? profileText(Fields(event))
+                              : event.name == "update-asset" ? profileText(event)
                               : event.name == "call"         ? briefCallText(event)
                                                              : what(event);
     return start.data() + shown + (event.remark.empty() ? "" : "  (" + event.remark + ")") + "\n";

@@ -22,15 +22,6 @@ constexpr std::string_view kOff = "NOT_ACTIVE";
 constexpr std::string_view kGrace = "FORCE_POLL_GRACE";
 constexpr std::string_view kActivity = "FORCE_POLL_ACTIVITY";
 
-std::string property(const agent::NamedValues& list, std::string_view name) {
-    for (const auto& [key, value] : list) {
-        if (key == name) {
-            return value.value_or("");
-        }
-    }
-    return "";
-}
-
 /// A profile's date, "2026-01-03 GMT 10:00:05" with the day before the month; none for "0".
 std::optional<std::int64_t> profileMoment(const std::string& text) {
     int year = 0, month = 0, day = 0, hour = 0, minute = 0, second = 0, length = 0;
@@ -96,23 +87,24 @@ void SessionStatus::noteCall(const Event& event, std::int64_t at) {
 
 void SessionStatus::noteReport(const Event& event, std::int64_t at) {
     const agent::NamedValues list = listOf(event, "properties");
+    const auto property = [&](std::string_view name) { return valueOf(list, name).value_or(""); };
     report_ = Report{at, numberOf(event, "result") == 0, ordered_json::object()};
     for (const auto& [name, value] : list) {
         report_->properties[name] = value ? ordered_json(*value) : ordered_json(nullptr);
     }
     schedule_.reset();
-    if (const auto start = profileMoment(property(list, "RSM_DELAY_PROFILE_START_TIME"))) {
-        schedule_ = Schedule{*start, platform::readNumber(property(list, "RSM_DELAY_PROFILE_GRACE_PERIOD")),
-                             platform::readNumber(property(list, "RSM_DELAY_PROFILE_FORCED_POLLING_RATE"))};
+    if (const auto start = profileMoment(property("RSM_DELAY_PROFILE_START_TIME"))) {
+        schedule_ = Schedule{*start, platform::readNumber(property("RSM_DELAY_PROFILE_GRACE_PERIOD")),
+                             platform::readNumber(property("RSM_DELAY_PROFILE_FORCED_POLLING_RATE"))};
     }
-    Stretch next{property(list, "RSM_MODE"),
+    Stretch next{property("RSM_MODE"),
                  at,
-                 platform::readNumber(property(list, "RSM_GRACE_PERIOD")),
-                 platform::readNumber(property(list, "RSM_FORCED_POLLING_RATE")),
+                 platform::readNumber(property("RSM_GRACE_PERIOD")),
+                 platform::readNumber(property("RSM_FORCED_POLLING_RATE")),
                  0,
                  0};
     if (next.mode == stretch_.mode && next.minutes == stretch_.minutes && next.rate == stretch_.rate &&
-        property(list, "RSM_MODE_START_TIME").find(gmtText(at).substr(11, 8)) == std::string::npos) {
+        property("RSM_MODE_START_TIME").find(gmtText(at).substr(11, 8)) == std::string::npos) {
         return;  // something else was to be told, a schedule for instance
     }
     const std::int64_t wholePolls =
