@@ -3,6 +3,7 @@
 
 #include "Comparison.h"
 
+#include <functional>
 #include <optional>
 #include <string>
 
@@ -16,12 +17,17 @@ struct Bar {
     std::optional<double> difference;
 };
 
-/// Hands a comparison to the reporter as the result of a benchmark that runs once.
-void report(benchmark::State& state, const Comparison& comparison, Bar bar = {});
+/// How often what misses its bar is measured: what the module costs is there each time, a disturbed machine
+/// is not.
+constexpr int kAttempts = 5;
+
+/// Hands what `measure` answers to the reporter, as the result of a benchmark that runs once. While it misses
+/// its bar it is measured again, `kAttempts` times in all.
+void report(benchmark::State& state, const std::function<Comparison()>& measure, Bar bar = {});
 
 /// Sends standard output to /dev/null, where the module's echo is to go, and prints the table to where it
-/// went before: the settings first, then what Google Benchmark was told to run. The process's exit status: 3
-/// when a filter names none of the benchmarks.
+/// went before: the settings first, then what Google Benchmark was told to run. The process's exit status: 1
+/// when a bar was missed, 3 when a filter names none of the benchmarks.
 int run(int argumentCount, char** arguments, std::string (*settings)());
 
 }  // namespace bench

@@ -184,11 +184,12 @@ void define(const char* name, Measurement subject, Measurement reference, int ro
                                      for (auto _ : state) {
                                          const bench::Scratch scratch;
                                          const std::string file = writeConfiguration(scratch);
-                                         report(
-                                             state,
-                                             bench::compare([&] { return subject(scratch, file); },
-                                                            [&] { return reference(scratch, file); }, rounds),
-                                             bar);
+                                         const auto measure = [&] {
+                                             return bench::compare([&] { return subject(scratch, file); },
+                                                                   [&] { return reference(scratch, file); },
+                                                                   rounds);
+                                         };
+                                         bench::report(state, measure, bar);
                                      }
                                  })
         ->Iterations(1)

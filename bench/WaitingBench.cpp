@@ -1,6 +1,7 @@
 // What other threads wait for while the agent is busy: the longest log call beside a report, a script and a
 // start that take ten seconds, and how long a stop takes beside each of them.
 #include "Module.h"
+#include "Report.h"
 #include "platform/agent/Logging.h"
 #include "sim/ServiceCall.h"
 
@@ -25,7 +26,6 @@ constexpr auto kSettling = 500ms;  // until what is to be busy is
 constexpr auto kLogging = 2s;
 constexpr double kLogBar = 1.0;      // milliseconds
 constexpr double kStopBar = 3200.0;  // milliseconds, of which the polling thread is given 3000
-constexpr int kAttempts = 5;  // what the module waits for is there each time, a disturbed machine is not
 
 /// The module with all families on a stand-in agent.
 class Session final {
@@ -121,13 +121,14 @@ bool measure(const Row& row, std::FILE* table) {
     const double stop = session.stop();
     busy.join();
     session.host().endThreads();
-    std::fprintf(table, "%-10s %12.3f ms %9.1f ms\n", row.name, log, stop);
+    const bool kept = log <= kLogBar && stop <= kStopBar;
+    std::fprintf(table, "%-10s %12.3f ms %9.1f ms%s\n", row.name, log, stop, kept ? "" : "  missed");
     std::fflush(table);
-    return log < kLogBar && stop < kStopBar;
+    return kept;
 }
 
 bool keepsItsBars(const Row& row, std::FILE* table) {
-    for (int attempt = 0; attempt < kAttempts; ++attempt) {
+    for (int attempt = 0; attempt < bench::kAttempts; ++attempt) {
         if (measure(row, table)) {
             return true;
         }
@@ -140,7 +141,7 @@ bool keepsItsBars(const Row& row, std::FILE* table) {
 int main() {
     std::FILE* const table = ::fdopen(::dup(STDOUT_FILENO), "w");
     if (table == nullptr || std::freopen("/dev/null", "w", stdout) == nullptr) {
-        return 1;
+        return 2;
     }
     std::fprintf(
         table,
@@ -151,6 +152,5 @@ int main() {
         kept = keepsItsBars(row, table) && kept;
     }
     std::fprintf(table, "bars       %12.3f ms %9.1f ms\n", kLogBar, kStopBar);
-    std::fprintf(table, "%s\n", kept ? "All bars were kept." : "A bar was not kept.");
     return kept ? 0 : 1;
 }
