@@ -34,7 +34,7 @@ const char* const kHelp =
     R"(Usage: krx-agent-sim replay SCENARIO [--module PATH] [--trace FILE] [--report FILE]
   or:  krx-agent-sim run [SCENARIO] [--module PATH] [--trace FILE] [--report FILE] [--http [ADDRESS:]PORT]
   or:  krx-agent-sim report TRACE -o FILE [--config FILE] [--clock TIME]
-  or:  krx-agent-sim status [--config FILE] [--schedule FILE] [--json]
+  or:  krx-agent-sim status [--config FILE] [--schedule FILE] [--json] [--clock TIME]
 
 Loads the module as an agent does and drives it: `replay` plays a scenario on a virtual clock, `run` on the real
 clock, with actions from the scenario at their times and from standard input as they are typed (`help` lists them).
@@ -53,7 +53,8 @@ in its state files, and what its next start does with it.
   --schedule FILE
                   the schedule file that the agent's data source was started with
   --json          writes the status as JSON
-  --clock TIME    the wall clock at the trace's start, like 2026-03-01T10:00:00Z (default: as the reports show it)
+  --clock TIME    for `report`, the wall clock at the trace's start, like 2026-03-01T10:00:00Z (default: as the reports
+                  show it); for `status`, the moment that is asked about (default: now)
   -h, --help      prints this text
   -V, --version   prints the version
 
