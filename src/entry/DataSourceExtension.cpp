@@ -32,7 +32,6 @@ void answer(PropList** response, const char* result) noexcept {
 }
 
 std::int32_t exitRSM(ZephanRSMSingleTon& controller, PropList** response) {
-    KRXLog(level::kForce, "\n %s Command received for execution", "ExitRSM");
     if (controller.getRSMMode() == rsm::kNotActive) {
         KRXLog(level::kWarn, "\n Agent is not in RSM. ");
         answer(response, "Agent is not in RSM.");
@@ -61,11 +60,12 @@ std::int32_t execute(const char* command, const PropList* input, PropList** resp
         return kFailed;
     }
     const std::string_view name = command == nullptr ? "" : command;
-    if (name == "ScheduleRSM") {
-        KRXLog(level::kForce, "\n %s Command received for execution", "ScheduleRSM");
-        return handler->executeScheduleCommand(input, response, *controller);
+    if (name != "ScheduleRSM" && name != "ExitRSM") {
+        return kNotRecognised;
     }
-    return name == "ExitRSM" ? exitRSM(*controller, response) : kNotRecognised;
+    KRXLog(level::kForce, "\n %s Command received for execution", command);
+    return name == "ExitRSM" ? exitRSM(*controller, response)
+                             : handler->executeScheduleCommand(input, response, *controller);
 }
 
 }  // namespace
