@@ -17,11 +17,7 @@ KIBI = 1024
 class WebServiceTest(unittest.TestCase):
     @classmethod
     def setUpClass(cls):
-        cls.live = Live().__enter__()
-
-    @classmethod
-    def tearDownClass(cls):
-        cls.live.__exit__()
+        cls.live = cls.enterClassContext(Live())
 
     def test_a_connect_and_a_disconnect(self):
         live = self.live
@@ -256,11 +252,7 @@ class StatusTest(unittest.TestCase):
 class SafetyTest(unittest.TestCase):
     @classmethod
     def setUpClass(cls):
-        cls.live = Live().__enter__()
-
-    @classmethod
-    def tearDownClass(cls):
-        cls.live.__exit__()
+        cls.live = cls.enterClassContext(Live())
 
     def test_foreign_hosts_and_origins(self):
         authority = self.live.authority

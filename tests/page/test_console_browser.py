@@ -8,11 +8,7 @@ from live import Live, wait_until
 class LivePageTest(unittest.TestCase):
     @classmethod
     def setUpClass(cls):
-        cls.page = browser.start(height=1400)
-
-    @classmethod
-    def tearDownClass(cls):
-        cls.page.quit()
+        cls.page = cls.enterClassContext(browser.start(height=1400))
 
     def setUp(self):
         self.live = Live().__enter__()

@@ -25,11 +25,7 @@ def expected(events):
 class ReportPageTest(unittest.TestCase):
     @classmethod
     def setUpClass(cls):
-        cls.page = browser.start()
-
-    @classmethod
-    def tearDownClass(cls):
-        cls.page.quit()
+        cls.page = cls.enterClassContext(browser.start())
 
     def setUp(self):
         self.workspace = Workspace()
