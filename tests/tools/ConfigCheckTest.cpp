@@ -366,8 +366,8 @@ struct CommandRow {
 const support::Rows<CommandRow> commandRows(
     "ConfigCheck/CommandLine",
     {{"help", "--help", 0, "Usage: zephan-config-check [OPTION]... FILE...\n"},
-     {"version", "--version", 0, "zephan-config-check (ZephanRSMLogger) "},
-     {"no file", "", 2, "no FILE to check\nTry 'zephan-config-check --help'"},
+     {"version", "--version", 0, "zephan-config-check " VERSION "\n"},
+     {"no file", "", 2, "no FILE to check\nTry zephan-config-check --help.\n"},
      {"unknown option", "--no-such good.xml", 2, "unknown option --no-such"},
      {"option without its value", "--schedule", 2, "no value for option --schedule"},
      {"empty path of the schedule", "--schedule= good.xml", 2, "the path of the schedule file is empty"},

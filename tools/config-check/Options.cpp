@@ -20,8 +20,8 @@ are looked at.
   -j, --json             print one JSON document
   -s, --schedule=PATH    also check PATH, the schedule file that the agent gives
                          to the data-source start-up
-  -h, --help             display this help and exit
-  -V, --version          output version information and exit
+  -h, --help             print this text and end
+  -V, --version          print the version and end
 
 Exit status:
   0  nothing was found

@@ -46,14 +46,13 @@ ExitStatus runAsTold(int count, char** words) {
                 std::cout << check::kHelp;
                 return nothingFound;
             case check::Options::Mode::version:
-                std::cout << "zephan-config-check (ZephanRSMLogger) " CHECK_VERSION "\n";
+                std::cout << "zephan-config-check " CHECK_VERSION "\n";
                 return nothingFound;
             case check::Options::Mode::check:
                 return run(options);
         }
     } catch (const check::UsageError& error) {
-        std::cerr << "zephan-config-check: " << error.what()
-                  << "\nTry 'zephan-config-check --help' for more information.\n";
+        std::cerr << "zephan-config-check: " << error.what() << "\nTry zephan-config-check --help.\n";
     } catch (const std::exception& error) {
         std::cerr << "zephan-config-check: " << error.what() << "\n";
     }
