@@ -31,8 +31,8 @@ std::chrono::seconds clockOption(const char* text) {
 }  // namespace
 
 const char* const kHelp =
-    R"(Usage: krx-agent-sim replay SCENARIO [--module PATH] [--trace FILE] [--report FILE]
-  or:  krx-agent-sim run [SCENARIO] [--module PATH] [--trace FILE] [--report FILE] [--http [ADDRESS:]PORT]
+    R"(Usage: krx-agent-sim replay SCENARIO [--module PATH] [--brief | --trace FILE] [--report FILE] [--strict] [--patience S]
+  or:  krx-agent-sim run [SCENARIO] [--http [ADDRESS:]PORT] [OPTION OF replay]...
   or:  krx-agent-sim report TRACE -o FILE [--config FILE] [--clock TIME]
   or:  krx-agent-sim status [--config FILE] [--schedule FILE] [--json] [--clock TIME]
 
