@@ -7,7 +7,6 @@
 #include <charconv>
 #include <limits>
 #include <numeric>
-#include <regex>
 #include <stdexcept>
 #include <utility>
 
@@ -105,6 +104,10 @@ std::string faultOf(const Verb& verb, const std::vector<Word>& arguments) {
     return "";
 }
 
+bool isDigits(std::string_view text) {
+    return !text.empty() && text.find_first_not_of("0123456789") == std::string_view::npos;
+}
+
 /// How many letters must be put in, left out or changed to make one text of the other.
 std::size_t distance(std::string_view from, std::string_view to) {
     std::vector<std::size_t> row(to.size() + 1);
@@ -172,9 +175,6 @@ std::optional<std::int64_t> parseDecimal(const std::string& text) {
     const std::size_t point = std::min(text.find('.'), text.size());
     const std::string whole = text.substr(start, point - start);
     const std::string fraction = point < text.size() ? text.substr(point + 1) : "0";
-    const auto isDigits = [](const std::string& part) {
-        return !part.empty() && part.find_first_not_of("0123456789") == std::string::npos;
-    };
     if (!isDigits(whole) || !isDigits(fraction) || whole.size() > 12) {
         return std::nullopt;
     }
@@ -197,8 +197,13 @@ std::optional<unsigned int> parseCount(const std::string& text, unsigned int max
 }
 
 bool isTooLarge(const std::string& text) {
-    static const std::regex number(R"([+-]?[0-9]+(\.[0-9]+)?)");
-    return std::regex_match(text, number);
+    std::string_view digits = text;
+    if (digits.starts_with('-') || digits.starts_with('+')) {
+        digits.remove_prefix(1);
+    }
+    const std::size_t point = std::min(digits.find('.'), digits.size());
+    return isDigits(digits.substr(0, point)) &&
+           (point == digits.size() || isDigits(digits.substr(point + 1)));
 }
 
 std::optional<std::uint8_t> parseLevel(const std::string& text) {

@@ -102,9 +102,11 @@ const support::Rows<VerbRow> verbRows("Scenario/AcceptedVerbs",
                                                     row.words);
                                       });
 
+const std::string kEndless(300'000, '1');
+
 struct RefusedRow {
     support::RowName name;
-    const char* text;
+    std::string text;
     std::string expected;  ///< behind the name of the file
 };
 
@@ -117,6 +119,7 @@ const support::Rows<RefusedRow> refusedRows(
         {"time without decimals", "1. end", "1: '1.' is no time in seconds"},
         {"time with an exponent", "1e3 end", "1: '1e3' is no time in seconds"},
         {"time that is too large", "999999999999 end", "1: '999999999999' is too large"},
+        {"endless time", kEndless + " end", "1: '" + kEndless + "' is too large"},
         {"time before the line above", "2 unload\n\n1 end", "3: time 1 lies before the line above"},
         {"half a verb", "0 start", "1: unknown verb 'start'"},
         {"misspelled connect", "0 conect 10 30",
