@@ -15,6 +15,8 @@ namespace {
 
 /// Ten years: a longer scenario is a slip of the pen.
 constexpr Instant kLongest = std::chrono::hours(24 * 365 * 10);
+/// What some editors put before the first line.
+constexpr std::string_view kByteOrderMark = "\xef\xbb\xbf";
 
 Instant parseTime(const std::string& text, Instant previous) {
     const bool relative = text.starts_with('+');
@@ -73,6 +75,9 @@ Scenario readScenario(std::istream& stream, const std::string& file) {
     std::string text;
     for (int line = 1; std::getline(stream, text); ++line) {
         try {
+            if (line == 1 && text.starts_with(kByteOrderMark)) {
+                text.erase(0, kByteOrderMark.size());
+            }
             const std::vector<Word> words = splitWords(text);
             if (words.empty()) {
                 continue;

@@ -58,7 +58,7 @@ TEST(Scenario, OnlyTheBareWordIsNull) {
 
 TEST(Scenario, TimesAndPlaces) {
     const Scenario scenario = parsed(
-        "# first\nclock 2026-03-01T10:00:00Z\n\n1.5 end\n+0.25 connect 10 \"30\" # c\n1.75 unload\n1000000 "
+        "\xef\xbb\xbf# first\nclock 2026-03-01T10:00:00Z\n\n1.5 end\n+0.25 connect 10 \"30\" # c\n1.75 unload\n1000000 "
         "end\n");
     ASSERT_EQ(scenario.actions.size(), 4U);
     EXPECT_EQ(scenario.clock, std::chrono::seconds(1772359200));
