@@ -299,6 +299,11 @@ class SafetyTest(unittest.TestCase):
         answered, text, _ = self.live.ask("POST", "/do/audit", b"x", {"Content-Type": "multipart/form-data; boundary=x"})
         self.assertEqual(answered, 415, text)
 
+    def test_an_order_without_a_body_is_not_waited_for(self):
+        with socket.create_connection((self.live.host, self.live.port), timeout=5) as client:  # half of the server's own patience
+            client.sendall(b"POST /do/exit HTTP/1.1\r\nHost: " + self.live.authority.encode() + b"\r\n\r\n")
+            self.assertIn(b" 200 ", client.recv(100))
+
     def test_paths_lead_nowhere(self):
         for path in ("/../../etc/passwd", "/%2e%2e/%2e%2e/etc/passwd", "/zephan-config.xml", "/state/resume.xml", "//etc/passwd", "/do/../status", "/krx/"):
             with self.subTest(path):

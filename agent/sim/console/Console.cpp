@@ -62,7 +62,10 @@ void refuse(Response& response, Status status, const std::string& reason) {
 }
 
 /// The body, or none and a response that says why.
-std::optional<std::string> bodyOf(const ContentReader& reader, Response& response) {
+std::optional<std::string> bodyOf(const Request& request, const ContentReader& reader, Response& response) {
+    if (!request.has_header("Content-Length") && !request.has_header("Transfer-Encoding")) {
+        return "";  // none is announced; the library would wait for one until the client leaves
+    }
     std::string body;
     bool fits = true;
     const bool complete = reader([&](const char* data, std::size_t size) {
@@ -243,13 +246,14 @@ void Console::Server::setRoutes() {
             response.set_content(registrationXml(*profile), "application/xml");
         }
     });
-    Post("/krx/ZephanServices", [this](const Request&, Response& response, const ContentReader& reader) {
-        if (const auto body = bodyOf(reader, response)) {
-            callService(*body, response);
-        }
-    });
+    Post("/krx/ZephanServices",
+         [this](const Request& request, Response& response, const ContentReader& reader) {
+             if (const auto body = bodyOf(request, reader, response)) {
+                 callService(*body, response);
+             }
+         });
     Post(R"(/do/([a-z]+))", [this](const Request& request, Response& response, const ContentReader& reader) {
-        if (const auto body = bodyOf(reader, response)) {
+        if (const auto body = bodyOf(request, reader, response)) {
             doForm(request.matches[1], *body, response);
         }
     });
