@@ -1,5 +1,6 @@
 """The report page without a browser: what it holds, and how it is made."""
 import json
+import os
 import re
 import unittest
 
@@ -55,6 +56,7 @@ class ReportTest(unittest.TestCase):
             ("no thread", good + '{"t":1.000,"event":"x"}\n', 1, "bad.jsonl:2: is no event of a trace"),
             ("a time before the start", good.replace("1.000", "-1.000"), 1, "bad.jsonl:1: its time is out of range"),
             ("a known event long after", good + good.replace("1.000", "1e300"), 1, "bad.jsonl:2: its time is out of range"),
+            ("nested without end", good + good.replace("}", ',"x":' + "[" * 300000 + "]" * 300000 + "}") + good, 1, "bad.jsonl:2: is no event of a trace"),
             ("bytes", "\x00\x01\n", 1, "bad.jsonl:1: is no event of a trace"),
         ]
         for name, text, status, message in rows:
@@ -71,6 +73,7 @@ class ReportTest(unittest.TestCase):
             (("report", "trace.jsonl"), 2, "no file for the page"),
             (("report",), 2, "no trace to report"),
             (("report", "missing.jsonl", "-o", "page.html"), 1, "missing.jsonl: No such file"),
+            (("report", ".", "-o", "page.html"), 1, ".: cannot be read"),
             (("replay", "s", "--report", "missing/page.html"), 1, "missing/page.html: No such file"),
             (("report", "s", "-o", "p", "--clock", "ten"), 2, "'ten' is no time"),
         ]
@@ -104,12 +107,16 @@ class ReportTest(unittest.TestCase):
         rows = [
             ("the example", None, ["Remote tunnel opened", "Desktop session opened"]),
             ("none", "<a/>", []),
+            ("blanks around", "<a><TunnelMessags><OpenMessage><Message>\t Remote </Message><Message> </Message></OpenMessage></TunnelMessags></a>", ["Remote"]),
             ("unreadable", "<a", None),
+            ("a FIFO", os.mkfifo, None),
         ]
         for name, configuration, texts in rows:
             with self.subTest(name), Workspace() as workspace:
                 start = "0 start rsm zephan-config.xml\n"
-                if configuration is not None:
+                if callable(configuration):
+                    configuration(workspace.path / "other.xml")
+                elif configuration is not None:
                     (workspace.path / "other.xml").write_text(configuration)
                 workspace.replay(start)
                 arguments = [] if configuration is None else ["--config", "other.xml"]

@@ -2,10 +2,10 @@
 
 #include "lib/XmlElement.h"
 #include "sim/Event.h"
+#include "sim/FileVerbs.h"
 #include "sim/report/ScriptText.h"
 
 #include <algorithm>
-#include <fstream>
 #include <iterator>
 #include <stdexcept>
 
@@ -13,20 +13,26 @@ namespace sim {
 
 namespace {
 
-constexpr std::size_t kLargestFile = std::size_t{1} << 20U;  // bytes
-
 const agent::XmlElement* childOf(const agent::XmlElement& parent, std::string_view name) {
     const auto found = std::find_if(parent.children.begin(), parent.children.end(),
                                     [name](const agent::XmlElement& child) { return child.name == name; });
     return found == parent.children.end() ? nullptr : &*found;
 }
 
+/// An element's text as the module takes it, without the blanks around it; empty without the element.
+std::string textOf(const agent::XmlElement* element) {
+    constexpr std::string_view blanks = " \t";
+    const std::string text = element == nullptr ? "" : element->text;
+    const std::size_t begin = std::min(text.find_first_not_of(blanks), text.size());
+    return text.substr(begin, text.find_last_not_of(blanks) + 1 - begin);
+}
+
 std::vector<std::string> messagesOf(const agent::XmlElement& parent, std::string_view list) {
     std::vector<std::string> texts;
     if (const agent::XmlElement* element = childOf(parent, list)) {
         for (const agent::XmlElement& message : element->children) {
-            if (message.name == "Message" && !message.text.empty()) {
-                texts.push_back(message.text);
+            if (message.name == "Message" && !textOf(&message).empty()) {
+                texts.push_back(textOf(&message));
             }
         }
     }
@@ -45,25 +51,19 @@ void appendList(std::string& target, std::string_view name, const std::vector<st
 }  // namespace
 
 AuditTexts readAuditTexts(const std::string& configurationFile) {
-    std::ifstream file(configurationFile, std::ios::binary);
-    std::string contents(kLargestFile, '\0');
-    file.read(contents.data(), static_cast<std::streamsize>(contents.size()));
-    contents.resize(static_cast<std::size_t>(file.gcount()));
     AuditTexts texts;
     try {
-        const agent::XmlElement root = agent::parseXml(contents);
+        const agent::XmlElement root = agent::parseXml(readFile(configurationFile).value_or(""));
         if (const agent::XmlElement* tunnels = childOf(root, "TunnelMessags")) {
             texts.tunnelOpen = messagesOf(*tunnels, "OpenMessage");
             texts.tunnelClose = messagesOf(*tunnels, "CloseMessage");
-            const agent::XmlElement* abort = childOf(*tunnels, "AbortMessage");
-            texts.abort = abort == nullptr ? "" : abort->text;
+            texts.abort = textOf(childOf(*tunnels, "AbortMessage"));
         }
         if (const agent::XmlElement* files = childOf(root, "FileMessages")) {
             texts.fileOpen = messagesOf(*files, "OpenMessage");
             texts.fileClose = messagesOf(*files, "CloseMessage");
         }
-        const agent::XmlElement* resume = childOf(root, "RSMResumeStatusFile");
-        texts.resumeFile = resume == nullptr ? "" : resume->text;
+        texts.resumeFile = textOf(childOf(root, "RSMResumeStatusFile"));
         texts.source = configurationFile;
     } catch (const std::runtime_error&) {
         // The module says what is wrong with it; a page without these texts is still worth having.

@@ -17,6 +17,7 @@ using nlohmann::ordered_json;
 constexpr std::string_view kStart = "{\"t\":";
 constexpr int kMillisecondsPerSecond = 1000;
 constexpr double kLatest = 1e12;  // seconds
+constexpr int kDeepest = 16;      // far deeper than any event
 
 std::int64_t milliseconds(std::chrono::microseconds time) {
     return std::chrono::floor<std::chrono::milliseconds>(time).count();
@@ -52,9 +53,16 @@ void SessionRecord::addLine(std::string_view line) {
             }
         }
     }
-    ordered_json event = ordered_json::parse(line, nullptr, false);
-    if (!event.is_object() || !event.contains("t") || !event["t"].is_number() || !event.contains("thread") ||
-        !event["thread"].is_string() || !event.contains("event") || !event["event"].is_string()) {
+    // What is nested deeper would take the stack when it is written again.
+    bool isDeep = false;
+    const auto look = [&isDeep](int depth, ordered_json::parse_event_t, const ordered_json&) {
+        isDeep = isDeep || depth > kDeepest;
+        return !isDeep;
+    };
+    ordered_json event = ordered_json::parse(line, look, false);
+    if (isDeep || !event.is_object() || !event.contains("t") || !event["t"].is_number() ||
+        !event.contains("thread") || !event["thread"].is_string() || !event.contains("event") ||
+        !event["event"].is_string()) {
         throw std::runtime_error("is no event of a trace");
     }
     const double seconds = event["t"].get<double>();

@@ -22,6 +22,9 @@ bool readTrace(std::istream& trace, const std::string& file, SessionRecord& sess
             throw std::runtime_error(located(file, number, error.what()));
         }
     }
+    if (trace.bad()) {
+        throw std::runtime_error(file + ": cannot be read");
+    }
     return true;
 }
 
