@@ -15,10 +15,10 @@ namespace KRX::Services {
 /// `ZPXRSMWSDestroyService`. The order of the virtual operations is part of the binary interface.
 ///
 /// A call consists of `CreateMessage`, reading the received request into the message's request
-/// object, `Execute`, writing the response from the response object, `Cleanup`. One object may
-/// serve several calls at once, each with a message of its own, on any threads; all data of a call
-/// are in its message. The object keeps nothing of the module alive and outlives its stops: a call
-/// finds what runs then.
+/// object, `Execute`, writing the response from the response object, `Cleanup`; each answers -1
+/// without a message. One object may serve several calls at once, each with a message of its own,
+/// on any threads; all data of a call are in its message. The object keeps nothing of the module
+/// alive and outlives its stops: a call finds what runs then.
 class Service {
   public:
     /// Keeps copies of both texts; null stays null.

@@ -19,7 +19,9 @@ std::int8_t ZephanServicesService::CreateMessage(const char* operation,
     std::int8_t result = -1;
     try {
         ZephanServicesMessages messages(serviceName(), "", serviceNamespace());
-        result = messages.CreateMessage(operation, *message);
+        if (message != nullptr) {
+            result = messages.CreateMessage(operation, *message);
+        }
     } catch (const std::exception&) {
         // Memory ran out: there is no message pair, as for an unknown operation.
     }
@@ -33,6 +35,9 @@ std::int8_t ZephanServicesService::CreateMessage(const char* operation,
 }
 
 std::int8_t ZephanServicesService::Execute(Messaging::WebServiceMessage* message) {
+    if (message == nullptr) {
+        return -1;
+    }
     try {
         switch (operationNamed(message->GetRequestHeader().GetOperation())) {
             case Operation::Connect:
@@ -71,8 +76,9 @@ std::int8_t ZephanServicesService::executeDisconnect(Messaging::WebServiceMessag
 }
 
 std::int8_t ZephanServicesService::Cleanup(Messaging::WebServiceMessage* message) {
-    if (ZephanServicesMessages::Cleanup(*message) != 0) {
-        const char* const operation = message->GetRequestHeader().GetOperation();
+    if (message == nullptr || ZephanServicesMessages::Cleanup(*message) != 0) {
+        const char* const operation =
+            message == nullptr ? nullptr : message->GetRequestHeader().GetOperation();
         KRXLog(level::kError, "ZephanServicesService::Cleanup Unable to clean-up message for %s operation.\n",
                operation == nullptr ? "" : operation);
         return -1;

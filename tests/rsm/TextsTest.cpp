@@ -281,6 +281,18 @@ TEST(Messages, UnknownOperations) {
               "50 ZephanServicesService::Cleanup Unable to clean-up message for  operation.\n|");
 }
 
+TEST(Messages, NoMessage) {
+    support::Lines lines;
+    const agent::AgentHost host({&lines, nullptr, nullptr});
+    ZephanServicesServiceImpl service;
+    EXPECT_EQ(service.CreateMessage("connect", nullptr), -1);
+    EXPECT_EQ(service.Execute(nullptr), -1);
+    EXPECT_EQ(service.Cleanup(nullptr), -1);
+    EXPECT_EQ(lines.all,
+              "50 ZephanServicesService::CreateMessage Unable to create message for connect operation.\n|"
+              "50 ZephanServicesService::Cleanup Unable to clean-up message for  operation.\n|");
+}
+
 // What a host may make of the message between the three steps of a call.
 TEST(Messages, ObjectsOfAnotherOperation) {
     const agent::AgentHost host;
