@@ -34,7 +34,7 @@ Character characterAt(std::string_view text) {
     }
     constexpr std::array<char32_t, 5> kSmallest = {0, 0, 0x80, 0x800, 0x10000};
     const bool surrogate = code >= 0xD800 && code < 0xE000;
-    if (first < 0xC0 || code < kSmallest[length] || code > 0x10FFFF || surrogate) {
+    if (first < 0xC0 || first > 0xF4 || code < kSmallest[length] || code > 0x10FFFF || surrogate) {
         return {first};
     }
     return {code, length, true};
