@@ -113,7 +113,13 @@ std::vector<std::string> SourceText::excerpt(Position position, std::size_t& mar
             break;
         }
         const std::size_t length = characterLength(std::string_view(text_).substr(at));
-        characters.push_back(text_.substr(at, length));
+        const auto byte = static_cast<unsigned char>(text_[at]);
+        if (length == 1 && byte >= 0x80) {
+            const char16_t character = byte;
+            characters.push_back(toUtf8(&character, 1));
+        } else {
+            characters.push_back(text_.substr(at, length));
+        }
         at += length;
     }
     return characters;

@@ -18,8 +18,8 @@ class SourceText final {
     Position startOfTag(Position end) const;
     /// The first place from `start` on that is neither a blank nor a line break.
     Position afterBlanks(Position start) const;
-    /// The line that a position is in, or of a long one the part around it, a string a character; `mark`
-    /// becomes the index of the character at the position.
+    /// The line that a position is in, or of a long one the part around it, a string a character, in UTF-8
+    /// (a byte that is none counts as Latin 1); `mark` becomes the index of the character at the position.
     std::vector<std::string> excerpt(Position position, std::size_t& mark) const;
 
   private:
