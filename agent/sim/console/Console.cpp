@@ -157,7 +157,9 @@ class Console::Server final : public httplib::Server {
         }
         ClientStream stream(socket, kLimits);
         bool closed = false;
-        const bool served = process_request(stream, true, closed, nullptr);
+        // The answers are small and made anew each time; thousands of ranges would make a giant of one.
+        const bool served =
+            process_request(stream, true, closed, [](Request& request) { request.ranges.clear(); });
         stream.drain();
         const std::lock_guard lock(mutex_);
         clients_.erase(socket);
