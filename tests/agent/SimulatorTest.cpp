@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <csignal>
 #include <cstdlib>
 #include <pty.h>
 #include <string>
@@ -11,6 +12,7 @@
 
 #include <gtest/gtest.h>
 #include <poll.h>
+#include <sys/ioctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -156,6 +158,12 @@ class Person final {
     void type(std::string_view keys) {
         ASSERT_EQ(::write(terminal_, keys.data(), keys.size()), ssize_t(keys.size()));
     }
+    /// Makes the window so wide; who watches windows may tell of it twice.
+    void resize(unsigned short columns) const {
+        const winsize size = {24, columns, 0, 0};
+        ASSERT_EQ(::ioctl(terminal_, TIOCSWINSZ, &size), 0);
+        ::kill(child_, SIGWINCH);
+    }
     /// Waits until `text` is there, and forgets what came before.
     bool sees(const std::string& text) {
         for (std::size_t at = 0; (at = seen_.find(text)) == std::string::npos;) {
@@ -202,6 +210,21 @@ TEST_F(SimulatorTest, KeyboardEditsCompletesAndStaysWhole) {
     EXPECT_TRUE(person.sees("eave "));
     EXPECT_TRUE(person.sees("file: nowhere holds nothing"));
     EXPECT_TRUE(person.sees("rsm> thread-destroy leave "));  // there again behind what was printed
+    person.type("\nquit\n");
+    EXPECT_EQ(person.exitStatus(), 0);
+}
+
+TEST_F(SimulatorTest, KeyboardFollowsTheWindowsWidth) {
+    Person person({SIMULATOR, "run", "--module", FAKE_MODULE});
+    ASSERT_TRUE(person.sees("rsm> "));
+    for (unsigned short i = 0; i < 100; ++i) {
+        person.resize(static_cast<unsigned short>(60 + i));
+        person.type("show nowhere\n");
+        ASSERT_TRUE(person.sees("file: nowhere holds nothing"));
+    }
+    person.resize(10);
+    person.type("show nowhere");
+    EXPECT_TRUE(person.sees("show  \bnowhere")) << "is not wrapped behind the tenth column";
     person.type("\nquit\n");
     EXPECT_EQ(person.exitStatus(), 0);
 }

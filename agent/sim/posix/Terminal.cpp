@@ -3,6 +3,7 @@
 #include "sim/Verbs.h"
 
 #include <algorithm>
+#include <csignal>
 #include <cstring>
 #include <editline/readline.h>
 #include <vector>
@@ -31,6 +32,15 @@ void takeLine(char* line) {
     }
     receiver->emplace_back(line);
     std::free(line);  // NOLINT(cppcoreguidelines-no-malloc): the library's
+}
+
+/// The library's own handler for the window's size must never run: two threads in it at once jump to nowhere,
+/// and it hears of the first change after a key alone. For all threads that are made from here on.
+void blockSizeSignal() {
+    sigset_t size;
+    sigemptyset(&size);
+    sigaddset(&size, SIGWINCH);
+    pthread_sigmask(SIG_BLOCK, &size, nullptr);
 }
 
 /// What may stand behind `before` (words, and a blank if there are any).
@@ -87,6 +97,7 @@ std::unique_ptr<Terminal> Terminal::open() {
 }
 
 Terminal::Terminal(std::FILE* output) : output_(output) {
+    blockSizeSignal();
     rl_instream = stdin;
     rl_outstream = output_;
     rl_readline_name = "krx-agent-sim";
@@ -113,6 +124,7 @@ void Terminal::close() {
 bool Terminal::read(std::deque<std::string>& lines) {
     const std::size_t before = lines.size();
     receiver = &lines;
+    rl_resize_terminal();
     rl_callback_read_char();
     if (lines.size() > before) {
         // A finished line leaves the terminal as it was found.
@@ -131,6 +143,7 @@ Terminal::Hidden::Hidden(Terminal* terminal)
 
 Terminal::Hidden::~Hidden() {
     if (terminal_ != nullptr) {
+        rl_resize_terminal();
         rl_forced_update_display();
         std::fflush(terminal_->output_);
     }
