@@ -104,7 +104,7 @@
 //   hold. The library must not be unloaded before all of them have left it, all service objects are
 //   destroyed and the thread "Data Polling" has ended: a stop that logs "FORCEFULLY" has left that
 //   to the agent's KRXThreadDestroy.
-// - A child of fork() calls nothing here; it may exec.
+// - A child of fork() calls nothing here; it may exec or end.
 #ifndef ZEPHAN_RSM_LOGGER_H
 #define ZEPHAN_RSM_LOGGER_H
 

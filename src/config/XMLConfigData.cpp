@@ -3,6 +3,7 @@
 #include "platform/Immortal.h"
 #include "platform/Published.h"
 #include "platform/ScopeEnd.h"
+#include "platform/ThreadEnd.h"
 #include "platform/agent/Logging.h"
 
 #include <atomic>
@@ -14,7 +15,11 @@ platform::Immortal<platform::Published<XMLConfigData>> published;
 std::atomic<std::uint64_t> changes;
 
 /// An object that no stop took away goes with the library.
-const platform::ScopeEnd atUnload([] { XMLConfigData::destroyInstance(); });
+const platform::ScopeEnd atUnload([] {
+    if (platform::mayWaitAtUnload()) {
+        XMLConfigData::destroyInstance();
+    }
+});
 
 }  // namespace
 

@@ -7,12 +7,14 @@
 
 #include <atomic>
 #include <condition_variable>
+#include <cstdlib>
 #include <fstream>
 #include <functional>
 #include <malloc.h>
 #include <mutex>
 #include <stdexcept>
 #include <thread>
+#include <vector>
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -300,6 +302,33 @@ TEST_F(HostThreads, AStopDoesNotWaitForStandardOutputThatNobodyReads) {
             EXPECT_EQ(families_.stop(Families::logger), 0);
             ::_exit(HasFailure() ? 1 : 0);  // what is left to be flushed would wait for a reader
         });
+    }
+}
+
+TEST(ForkedChildren, EndWhateverLocksTheyHaveCopiesOf) {
+    if (kSanitized) {
+        GTEST_SKIP() << "a sanitizer has locks of its own, of which the child has copies, too";
+    }
+    const agent::AgentHost host;
+    const Library library;
+    std::atomic<bool> over = false;
+    std::vector<std::thread> callers;
+    for (int i = 0; i < 2; ++i) {
+        callers.emplace_back([&] {
+            while (!over) {
+                library.ZPXRSMDSExectue(nullptr, nullptr, "", nullptr, nullptr);
+            }
+        });
+    }
+    for (int i = 0; i < 100 && !HasFailure(); ++i) {
+        support::inChild([] {
+            ::alarm(5);
+            std::exit(0);
+        });
+    }
+    over = true;
+    for (std::thread& caller : callers) {
+        caller.join();
     }
 }
 

@@ -1,8 +1,14 @@
 #include "platform/ThreadEnd.h"
 
 #include <pthread.h>
+#include <unistd.h>
 
 namespace platform {
+namespace {
+
+const pid_t loadedBy = ::getpid();
+
+}  // namespace
 
 KeepThread::KeepThread() noexcept {
     pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &before_);
@@ -12,8 +18,9 @@ KeepThread::~KeepThread() {
     pthread_setcancelstate(before_, nullptr);
 }
 
+// A child of fork() that ends has no other threads, but copies of the locks that they held.
 bool mayWaitAtUnload() noexcept {
-    return true;
+    return ::getpid() == loadedBy;
 }
 
 }  // namespace platform
