@@ -2,12 +2,12 @@
 
 #include "controller/ZephanRSMSingleTon.h"
 #include "platform/EchoWithoutWait.h"
+#include "platform/ThreadEnd.h"
 #include "platform/agent/Logging.h"
 #include "platform/agent/ServiceAgent.h"
 #include "platform/agent/Threads.h"
 
 #include <algorithm>
-#include <exception>
 #include <limits>
 
 namespace {
@@ -29,21 +29,20 @@ int ForcePollingTask::DataPollingTask(void* argument) {
         const auto controller = ZephanRSMSingleTon::existing();
         return controller != nullptr && controller->thread_.has(number);
     };
-    int result = 1;
-    if (argument == nullptr) {
-        KRXLog(level::kError, "DataPollingTask(): Invalid Ext Handle");
-    } else if (!isTheirs()) {
-        KRXLog(level::kError,
-               "Failed to get RSMSingleton pointer in convertDelayedToNormal(mode). Returning... \n");
-    } else {
-        try {
-            ForcePollingTask(number, *static_cast<KRX::ServiceAgentNS::ServiceAgent*>(argument)).run();
-            result = 0;
-        } catch (const std::exception&) {
-            // Memory ran out. The next order finds that the thread has ended. What is no error passes: an
-            // agent may unwind its threads with an exception of its own.
+    // When memory runs out, say, the next order finds that the thread has ended.
+    const int result = platform::guarded(1, [&] {
+        if (argument == nullptr) {
+            KRXLog(level::kError, "DataPollingTask(): Invalid Ext Handle");
+            return 1;
         }
-    }
+        if (!isTheirs()) {
+            KRXLog(level::kError,
+                   "Failed to get RSMSingleton pointer in convertDelayedToNormal(mode). Returning... \n");
+            return 1;
+        }
+        ForcePollingTask(number, *static_cast<KRX::ServiceAgentNS::ServiceAgent*>(argument)).run();
+        return 0;
+    });
     if (const auto controller = ZephanRSMSingleTon::existing()) {
         controller->thread_.setEnded(number);
     }
@@ -153,11 +152,11 @@ bool ForcePollingTask::pollOnce(KRX::ServiceAgentNS::VirtualAsset& asset) {
     }
     profile->introduce(asset);
     profile.reset();
-    try {
+    // When the agent has no memory for this poll, say, it counts, and the next one comes.
+    platform::guarded(false, [&] {
         asset.ForcePoll();
-    } catch (const std::exception&) {
-        // The agent had no memory for this poll, say. It counts, and the next one comes.
-    }
+        return true;
+    });
     return std::all_of(std::begin(RsmState::kAfterPoll), std::end(RsmState::kAfterPoll),
                        [this](RsmState::Step step) { return apply(step); });
 }

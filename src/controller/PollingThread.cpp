@@ -57,7 +57,11 @@ struct PollingThread::Object {
     ~Object() {
         if (constructed) {
             const platform::KeepThread keep;  // not to be unwound in a destructor
-            KRXThreadDestroy(&thread);
+            try {
+                KRXThreadDestroy(&thread);
+            } catch (...) {
+                // What the agent has not given back is lost.
+            }
         }
     }
     KRXThread thread;

@@ -2,13 +2,13 @@
 
 #include "controller/RsmState.h"
 #include "platform/Console.h"
+#include "platform/ThreadEnd.h"
 #include "platform/agent/Logging.h"
 #include "platform/agent/ServiceAgent.h"
 #include "scheduling/GmtClock.h"
 
 #include <array>
 #include <cstdio>
-#include <exception>
 #include <span>
 
 using KRX::Services::RegistrationNS::Asset;
@@ -117,11 +117,10 @@ ProfileReport::Client::Client(KRX::ServiceAgentNS::VirtualAsset& ofAsset)
 std::shared_ptr<ProfileReport::Client> ProfileReport::clientOf(KRX::ServiceAgentNS::VirtualAsset& asset) {
     auto client = client_.get();
     if (client == nullptr || client->asset != &asset) {
-        try {
-            client = std::make_shared<Client>(asset);
+        client =
+            platform::guarded(std::shared_ptr<Client>(), [&] { return std::make_shared<Client>(asset); });
+        if (client != nullptr) {
             client_.exchange(client);
-        } catch (const std::exception&) {
-            return nullptr;
         }
     }
     return client;
@@ -178,8 +177,10 @@ void ProfileReport::send(const RsmState& state) {
             LogRSMProfile(state);
             return;
         }
-    } catch (const std::exception&) {
-        // Memory ran out in the agent's objects: as a refusal by the enterprise. The next report sends all.
+    } catch (const platform::ForcedUnwind&) {
+        throw;
+    } catch (...) {
+        // Memory ran out in the agent's objects, say: as a refusal by the enterprise. The next report sends all.
     }
     KRXLog(level::kWarn, "\n Failed to Update Properties...... \n");
 }

@@ -3,6 +3,7 @@
 #include "lib/AgentHost.h"
 #include "lib/FreeRuntime.h"
 #include "lib/Observer.h"
+#include "platform/agent/Messaging.h"
 #include "support/Child.h"
 
 #include <atomic>
@@ -44,12 +45,17 @@ class Agent final : public agent::Observer, public agent::Enterprise {
             atLine_(text);
         }
     }
-    void onForcePoll() override { count(polls_); }
+    void onForcePoll() override {
+        count(polls_);
+        throwIfToldTo();
+    }
+    void onThreadDestroyed(const std::string& /*name*/) override { throwIfToldTo(); }
     void onSleep(unsigned int /*milliseconds*/) override { count(sleeps_); }
     std::int8_t receive(const std::string& /*member*/, const agent::NamedValues& record) override {
         std::unique_lock lock(mutex_);
         const auto action = atRecord_;
         lock.unlock();
+        throwIfToldTo();
         if (action) {
             action();  // may end the thread
         }
@@ -74,6 +80,8 @@ class Agent final : public agent::Observer, public agent::Enterprise {
         return changed_.wait_for(lock, 30s, [&] { return sleeps_ >= altogether; });
     }
 
+    /// From now on polls, reports and the ends of threads end with an exception.
+    void throwFromNowOn() { throws_ = true; }
     void setAtLine(std::function<void(std::string_view)> action) {
         const std::lock_guard lock(mutex_);
         atLine_ = std::move(action);
@@ -84,6 +92,11 @@ class Agent final : public agent::Observer, public agent::Enterprise {
     }
 
   private:
+    void throwIfToldTo() const {
+        if (throws_) {
+            throw "no standard exception";
+        }
+    }
     void count(int& counter) {
         const std::lock_guard lock(mutex_);
         ++counter;
@@ -103,6 +116,7 @@ class Agent final : public agent::Observer, public agent::Enterprise {
     std::string mode_;
     int polls_ = 0;
     int sleeps_ = 0;
+    std::atomic<bool> throws_ = false;
 };
 
 /// 'S' for a thread of this process that sleeps in the system.
@@ -245,6 +259,23 @@ TEST_F(HostThreads, AStopIsWholeThoughTheAgentsLogThrows) {
     agent_.setAtLine(nullptr);
     EXPECT_EQ(host_.audit("opened"), -1) << "the hook is set";
     EXPECT_EQ(library_.ZPRSMExtnStartup(nullptr, nullptr, ""), -1) << "there is a configuration";
+}
+
+TEST_F(HostThreads, WhateverTheAgentThrowsEndsNobody) {
+    start();
+    agent_.throwFromNowOn();
+    EXPECT_EQ(connect("1"), 0);
+    EXPECT_TRUE(agent_.waitForPolls(2));
+    EXPECT_EQ(connect("1"), 0) << "whose report fails";
+    agent_.setAtLine([](std::string_view line) {
+        if (line.find("ZephanServicesService::") != std::string_view::npos) {
+            throw "no space";
+        }
+    });
+    KRX::Messaging::WebServiceMessage message;
+    EXPECT_EQ(service_->CreateMessage("reboot", &message), -1);
+    EXPECT_EQ(service_->Cleanup(&message), -1);
+    stop();
 }
 
 TEST_F(HostThreads, AHostMayUseItsTextAnewAsSoonAsSomethingIsLogged) {
