@@ -83,12 +83,9 @@ void ZephanRSMSingleTon::destroyInstance() {
 
 void ZephanRSMSingleTon::dropIdleInstance() {
     const Reference present = existing();
-    if (present == nullptr) {
-        return;
-    }
-    present->thread_.releaseFinished();
-    // A thread that still runs belongs to a host that ends without a stop, or is wrong to unload.
-    if (!present->thread_.isHeld()) {
+    // One that has to do with the agent belongs to a host that ends without a stop, or is wrong to unload. What
+    // the agent needs for its calls may be gone by now.
+    if (present != nullptr && present->getServiceAgent() == nullptr && !present->thread_.isHeld()) {
         destroyInstance();
     }
 }

@@ -44,7 +44,7 @@ class ZephanRSMSingleTon final {
     static void destroyInstance();
     /// A stop of this controller has begun.
     bool isStopping() const { return thread_.isClosing(); }
-    /// Takes a controller without a polling thread away. For the unloading of the library.
+    /// Takes a controller away that holds nothing of the agent's. For the unloading of the library.
     static void dropIdleInstance();
 
     /// Keeps the host's service agent (not owned) unless one is held. A null agent changes nothing.

@@ -4,6 +4,7 @@
 #include "lib/FreeRuntime.h"
 #include "lib/Observer.h"
 #include "platform/agent/Messaging.h"
+#include "platform/agent/Threads.h"
 #include "support/Child.h"
 
 #include <atomic>
@@ -17,6 +18,7 @@
 #include <thread>
 #include <vector>
 
+#include <dlfcn.h>
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <pthread.h>
@@ -118,6 +120,9 @@ class Agent final : public agent::Observer, public agent::Enterprise {
     int sleeps_ = 0;
     std::atomic<bool> throws_ = false;
 };
+
+/// The agent's library has ended, as one does whose own objects were made after the module was loaded.
+std::atomic<bool> agentIsGone = false;
 
 /// 'S' for a thread of this process that sleeps in the system.
 char stateOf(pid_t thread) {
@@ -363,6 +368,27 @@ TEST(ForkedChildren, EndWhateverLocksTheyHaveCopiesOf) {
     }
 }
 
+TEST(ProcessEnd, WithoutAStopAsksTheAgentForNothingMore) {
+    if (kSanitized) {
+        GTEST_SKIP() << "a sanitizer's child process may have no threads of its own";
+    }
+    for (const bool polls : {true, false}) {
+        const support::Workspace workspace;
+        support::inChild([&workspace, polls] {
+            Agent agent;
+            agent::FreeRuntime runtime(kSpeed);
+            agent::AgentHost host({&agent, &agent, &runtime});
+            const Library library;
+            Families families(library, host.serviceAgent(), workspace);
+            ASSERT_EQ(families.start(Families::rsm), 0);
+            EXPECT_EQ(Families::connect(families.createService(), polls ? "10" : "1", "60"), 0);
+            EXPECT_TRUE(agent.waitForSleeps(1) && (polls || agent.waitForMode("NOT_ACTIVE")));
+            agentIsGone = true;
+            std::exit(HasFailure() ? 1 : 0);
+        });
+    }
+}
+
 TEST(LateMessages, LeaveNothingBehindWhenTheLibraryGoes) {
     if (kSanitized) {
         GTEST_SKIP() << "a sanitizer keeps memory of its own, and tells of lost memory by itself";
@@ -386,3 +412,12 @@ TEST(LateMessages, LeaveNothingBehindWhenTheLibraryGoes) {
 }
 
 }  // namespace
+
+/// In front of the agent's own.
+extern "C" __attribute__((visibility("default"))) int KRXThreadIsActive(KRXThread* thread) {
+    if (agentIsGone) {
+        ::_exit(2);
+    }
+    static const auto own = reinterpret_cast<int (*)(KRXThread*)>(::dlsym(RTLD_NEXT, "KRXThreadIsActive"));
+    return own(thread);
+}
