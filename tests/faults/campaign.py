@@ -67,6 +67,7 @@ EXPECTED = [(kind, json.loads(line)) for kind, line in
 
 STATE_FILES = {"state/resume.xml": "<ResumeRSM>", "state/schedule.xml": "<RSMExecuteCommand>"}
 ECHO_MAY_BE_LOST = {"fwrite", "memory", "agent-memory", "toolkit-memory"}
+MANY_LOCKS = 100  # of a kind in a scenario
 CALMED_DOWN = 60  # seconds from the end of a scenario to the check that the module still works
 
 PROOF_MARK = "The proof begins"
@@ -113,13 +114,18 @@ class Scenario:
         self.full = {False: self.text + once + "+0 end\n", True: self.text + once + again + "+0 end\n"}
         self.clean = {lasting: campaign.replay(self, text, []) for lasting, text in self.full.items()}
 
+    def step(self, kind):
+        """Of how many calls one fails: of like ones by the thousand, not each."""
+        if kind == "toolkit-memory":  # the same load again and again: once it is enough to look at each of its allocations
+            return 1 if self.name == "load" else 97
+        # A thread that waits for a schedule looks every five seconds.
+        return 1 + self.totals[kind] // MANY_LOCKS if kind.startswith("mutex-") else 1
+
     def faults(self):
         for kind, errors in ERRORS.items():
             for error in errors:
                 name, _, count = error.partition("*")
-                # The same load again and again: once it is enough to look at each of its allocations.
-                step = 97 if kind == "toolkit-memory" and self.name != "load" else 1
-                for call in range(1, self.totals[kind] + 1, step):
+                for call in range(1, self.totals[kind] + 1, self.step(kind)):
                     yield Fault(self, kind, call, int(count or 1), name)
         # A file system that knows no rename without replacing: two steps, each of which can fail. Then one that knows no
         # second names either.
