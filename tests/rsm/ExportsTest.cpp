@@ -88,7 +88,12 @@ TEST(Exports, NullsAndOddLists) {
         EXPECT_EQ(destroy(new PropList{new Prop[1]{}, -3}), deleting);
         EXPECT_EQ(destroy(new PropList{new Prop[2]{}, 2}), deleting);
 
-        ASSERT_EQ(families.start(Families::webService) + families.start(Families::dataSource), 0);
+        const std::string scheduleFile = workspace.path("schedule.xml").string();
+        EXPECT_EQ(library.ZPXRSMDSStartup(nullptr, scheduleFile.c_str()), 0);
+        void* handle = nullptr;
+        EXPECT_EQ(library.ZPXRSMDSStartup(&handle, scheduleFile.c_str()), 0);
+        EXPECT_NE(handle, nullptr);
+        ASSERT_EQ(families.start(Families::webService), 0);
         const auto schedule = [&](PropList* list, PropList** response) {
             lines.take();
             const int result = library.ZPXRSMDSExectue(nullptr, nullptr, "ScheduleRSM", list, response);
