@@ -108,6 +108,23 @@ bool isDigits(std::string_view text) {
     return !text.empty() && text.find_first_not_of("0123456789") == std::string_view::npos;
 }
 
+struct Decimal {
+    bool negative;
+    std::string_view whole;
+    std::string_view fraction;
+};
+
+/// The parts of a number like -12.5, whatever its size.
+std::optional<Decimal> splitDecimal(std::string_view text) {
+    const bool negative = text.starts_with('-');
+    if (negative || text.starts_with('+')) {
+        text.remove_prefix(1);
+    }
+    const std::size_t point = std::min(text.find('.'), text.size());
+    const Decimal parts{negative, text.substr(0, point), point < text.size() ? text.substr(point + 1) : "0"};
+    return isDigits(parts.whole) && isDigits(parts.fraction) ? std::optional(parts) : std::nullopt;
+}
+
 /// How many letters must be put in, left out or changed to make one text of the other.
 std::size_t distance(std::string_view from, std::string_view to) {
     std::vector<std::size_t> row(to.size() + 1);
@@ -170,20 +187,17 @@ Action parseAction(const std::vector<Word>& words) {
 std::optional<std::int64_t> parseDecimal(const std::string& text) {
     constexpr std::int64_t unit = 1'000'000;
     constexpr std::int64_t maximum = 1'000'000'000'000;
-    const bool negative = text.starts_with('-');
-    const std::size_t start = negative || text.starts_with('+') ? 1 : 0;
-    const std::size_t point = std::min(text.find('.'), text.size());
-    const std::string whole = text.substr(start, point - start);
-    const std::string fraction = point < text.size() ? text.substr(point + 1) : "0";
-    if (!isDigits(whole) || !isDigits(fraction) || whole.size() > 12) {
+    const auto parts = splitDecimal(text);
+    if (!parts || parts->whole.size() > 12) {
         return std::nullopt;
     }
-    const std::int64_t value = std::stoll(whole);
+    const std::int64_t value = std::stoll(std::string(parts->whole));
     if (value > maximum) {
         return std::nullopt;
     }
-    const std::int64_t millionths = value * unit + std::stoll((fraction + "000000").substr(0, 6));
-    return negative ? -millionths : millionths;
+    const std::int64_t millionths =
+        value * unit + std::stoll((std::string(parts->fraction) + "000000").substr(0, 6));
+    return parts->negative ? -millionths : millionths;
 }
 
 std::optional<unsigned int> parseCount(const std::string& text, unsigned int maximum) {
@@ -197,13 +211,7 @@ std::optional<unsigned int> parseCount(const std::string& text, unsigned int max
 }
 
 bool isTooLarge(const std::string& text) {
-    std::string_view digits = text;
-    if (digits.starts_with('-') || digits.starts_with('+')) {
-        digits.remove_prefix(1);
-    }
-    const std::size_t point = std::min(digits.find('.'), digits.size());
-    return isDigits(digits.substr(0, point)) &&
-           (point == digits.size() || isDigits(digits.substr(point + 1)));
+    return splitDecimal(text).has_value();
 }
 
 std::optional<std::uint8_t> parseLevel(const std::string& text) {
