@@ -11,14 +11,13 @@ class LivePageTest(unittest.TestCase):
         cls.page = cls.enterClassContext(browser.start(height=1400))
 
     def setUp(self):
-        self.live = Live().__enter__()
+        self.live = self.enterContext(Live())
         self.page.get(self.live.url)
         wait_until(lambda: self.text("#link") == "live")
 
     def tearDown(self):
         errors = self.page.get_log("browser")
         self.page.get("about:blank")
-        self.live.__exit__()
         self.assertEqual(errors, [])
 
     def find(self, selector):

@@ -28,8 +28,7 @@ class ReportPageTest(unittest.TestCase):
         cls.page = cls.enterClassContext(browser.start())
 
     def setUp(self):
-        self.workspace = Workspace()
-        self.addCleanup(self.workspace.__exit__)
+        self.workspace = self.enterContext(Workspace())
 
     def show(self, scenario):
         """Replays a scenario and opens its page: the trace's events."""
