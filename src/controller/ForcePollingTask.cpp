@@ -2,7 +2,7 @@
 
 #include "controller/ZephanRSMSingleTon.h"
 #include "platform/EchoWithoutWait.h"
-#include "platform/ThreadEnd.h"
+#include "platform/Guard.h"
 #include "platform/agent/Logging.h"
 #include "platform/agent/ServiceAgent.h"
 #include "platform/agent/Threads.h"
@@ -153,10 +153,7 @@ bool ForcePollingTask::pollOnce(KRX::ServiceAgentNS::VirtualAsset& asset) {
     profile->introduce(asset);
     profile.reset();
     // When the agent has no memory for this poll, say, it counts, and the next one comes.
-    platform::guarded(false, [&] {
-        asset.ForcePoll();
-        return true;
-    });
+    platform::attempt([&] { asset.ForcePoll(); });
     return std::all_of(std::begin(RsmState::kAfterPoll), std::end(RsmState::kAfterPoll),
                        [this](RsmState::Step step) { return apply(step); });
 }

@@ -1,9 +1,9 @@
 #include "controller/PollingThread.h"
 
+#include "platform/Guard.h"
 #include "platform/Immortal.h"
 #include "platform/Lock.h"
 #include "platform/ScopeEnd.h"
-#include "platform/ThreadEnd.h"
 #include "platform/agent/Logging.h"
 
 #include <atomic>
@@ -57,11 +57,7 @@ struct PollingThread::Object {
     ~Object() {
         if (constructed) {
             const platform::KeepThread keep;  // not to be unwound in a destructor
-            try {
-                KRXThreadDestroy(&thread);
-            } catch (...) {
-                // What the agent has not given back is lost.
-            }
+            platform::attempt([this] { KRXThreadDestroy(&thread); });
         }
     }
     KRXThread thread;

@@ -2,7 +2,7 @@
 
 #include "controller/RsmState.h"
 #include "platform/Console.h"
-#include "platform/ThreadEnd.h"
+#include "platform/Guard.h"
 #include "platform/agent/Logging.h"
 #include "platform/agent/ServiceAgent.h"
 #include "scheduling/GmtClock.h"
@@ -146,43 +146,40 @@ void ProfileReport::send(const RsmState& state) {
         KRXLog(level::kError, "Can't send RSM profile to enterprise: Virtaul Asset 0 is null\n");
         return;
     }
+    // Memory that ran out in the agent's objects, say, is as a refusal by the enterprise. The next report sends all.
     const auto client = clientOf(*asset);
-    if (client == nullptr) {
+    if (client == nullptr || !platform::guarded(false, [&] { return update(*client, state); })) {
         KRXLog(level::kWarn, "\n Failed to Update Properties...... \n");
-        return;
     }
-    try {
-        Asset record("Asset");
-        record.CopyFrom(asset->GetAssetProfile());
-        record.ClearProperties();
+}
 
-        Profile profile(state);
-        KRX::Messaging::SerializableArray* const list = record.GetProperties();
-        if (list == nullptr) {
-            platform::echo("Prop list is NULL ");
-            return;
-        }
-        if (const int length = list->GetCount(); length > 0) {
-            KRXLog(level::kWarn, "\n Added property Successfully ");
-            ValueText text{};
-            std::snprintf(text.data(), text.size(), "LENGTH IS %d", length);
-            platform::echo(text.data());
-        }
-        const Withdrawal withdrawal(*list, profile.properties);
-        for (Property& property : profile.properties) {
-            list->AddEntry(&property);
-        }
-        if (client->proxy.UpdateAsset(record, 0) == 0) {
-            KRXLog(level::kWarn, "\n Properties Updated Succesfully.....\n");
-            LogRSMProfile(state);
-            return;
-        }
-    } catch (const platform::ForcedUnwind&) {
-        throw;
-    } catch (...) {
-        // Memory ran out in the agent's objects, say: as a refusal by the enterprise. The next report sends all.
+bool ProfileReport::update(Client& client, const RsmState& state) {
+    Asset record("Asset");
+    record.CopyFrom(client.asset->GetAssetProfile());
+    record.ClearProperties();
+
+    Profile profile(state);
+    KRX::Messaging::SerializableArray* const list = record.GetProperties();
+    if (list == nullptr) {
+        platform::echo("Prop list is NULL ");
+        return true;
     }
-    KRXLog(level::kWarn, "\n Failed to Update Properties...... \n");
+    if (const int length = list->GetCount(); length > 0) {
+        KRXLog(level::kWarn, "\n Added property Successfully ");
+        ValueText text{};
+        std::snprintf(text.data(), text.size(), "LENGTH IS %d", length);
+        platform::echo(text.data());
+    }
+    const Withdrawal withdrawal(*list, profile.properties);
+    for (Property& property : profile.properties) {
+        list->AddEntry(&property);
+    }
+    if (client.proxy.UpdateAsset(record, 0) != 0) {
+        return false;
+    }
+    KRXLog(level::kWarn, "\n Properties Updated Succesfully.....\n");
+    LogRSMProfile(state);
+    return true;
 }
 
 void ProfileReport::LogRSMProfile(const RsmState& state) {

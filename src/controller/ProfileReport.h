@@ -50,6 +50,8 @@ class ProfileReport final {
 
     /// Null without memory for it.
     std::shared_ptr<Client> clientOf(KRX::ServiceAgentNS::VirtualAsset& asset);
+    /// False when the enterprise does not take it; without a list to put it in, that is said instead.
+    static bool update(Client& client, const RsmState& state);
     static void LogRSMProfile(const RsmState& state);
 
     std::atomic<KRX::ServiceAgentNS::ServiceAgent*> serviceAgent_{nullptr};

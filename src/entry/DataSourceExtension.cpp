@@ -1,9 +1,9 @@
 // Exports of the data-source extension.
 #include "ZephanRSMLogger.h"
 #include "controller/ZephanRSMSingleTon.h"
-#include "entry/Guard.h"
 #include "entry/Lifecycle.h"
 #include "platform/EchoWithoutWait.h"
+#include "platform/Guard.h"
 #include "platform/agent/Logging.h"
 #include "platform/agent/Messaging.h"
 #include "scheduling/PropertyAnswer.h"
@@ -73,7 +73,7 @@ std::int32_t execute(const char* command, const PropList* input, PropList** resp
 extern "C" {
 
 std::int8_t ZPXRSMDSStartup(void** handle, const char* scheduleFilePath) {
-    return entry::guarded(entry::kFailure, [&] {
+    return platform::guarded(platform::kFailure, [&] {
         ZephanRSMSingleTon::Reference controller;
         bool made = false;
         {
@@ -86,18 +86,18 @@ std::int8_t ZPXRSMDSStartup(void** handle, const char* scheduleFilePath) {
         }
         if (controller == nullptr || controller->getScheduleHandler() == nullptr) {
             KRXLog(level::kForce, "RSMDSExtn ERROR: Failed to create ScheduleRSMHandler object.");
-            return entry::kFailure;
+            return platform::kFailure;
         }
         if (handle != nullptr) {
             *handle = controller->getScheduleHandler();
         }
         KRXLog(level::kForce, "Custom HVK Extension: %s startup complete.\n", kExtension);
-        return entry::kSuccess;
+        return platform::kSuccess;
     });
 }
 
 std::int8_t ZPXRSMDSShutdown(void) {
-    return entry::answerAfter(entry::kSuccess, [] {
+    return platform::answerAfter(platform::kSuccess, [] {
         const platform::EchoWithoutWait echo(platform::EchoWithoutWait::Kind::Stop);
         KRXLog(level::kForce, "Custom HVK Extension: %s shutdown complete.\n", kExtension);
     });
@@ -113,15 +113,15 @@ std::int32_t ZPXRSMDSSet(void) {
 
 std::int32_t ZPXRSMDSExectue(void* /*reserved1*/, void* /*reserved2*/, const char* command,
                              const PropList* input, PropList** response) {
-    return entry::guarded(kFailed, [&] { return execute(command, input, response); });
+    return platform::guarded(kFailed, [&] { return execute(command, input, response); });
 }
 
 std::int8_t ZPXRSMDSDestoryResponse(void) {
-    return entry::kFailure;
+    return platform::kFailure;
 }
 
 std::int8_t ZPXRSMDSDestroyPropList(void* /*reserved1*/, void* /*reserved2*/, PropList* list) {
-    const std::int8_t result = entry::answerAfter(entry::kSuccess, [list] {
+    const std::int8_t result = platform::answerAfter(platform::kSuccess, [list] {
         if (list == nullptr) {
             KRXLog(level::kError, "ZPXRSMDSDestroyPropList: null property list, nothing to destroy?!\n");
         } else if (list->properties == nullptr) {

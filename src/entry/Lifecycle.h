@@ -2,8 +2,8 @@
 
 #include "config/XMLConfigData.h"
 #include "controller/ZephanRSMSingleTon.h"
-#include "entry/Guard.h"
 #include "platform/EchoWithoutWait.h"
+#include "platform/Guard.h"
 #include "platform/Immortal.h"
 #include "platform/agent/Logging.h"
 
@@ -79,7 +79,7 @@ inline bool load(const std::string& path) {
 /// Takes controller and configuration away, as a stop does that leaves nothing running: both, whatever the
 /// agent throws for the lines of that.
 inline void endAll() {
-    answerAfter(kSuccess, &ZephanRSMSingleTon::destroyInstance);
+    platform::attempt(&ZephanRSMSingleTon::destroyInstance);
     XMLConfigData::destroyInstance();
 }
 

@@ -1,11 +1,11 @@
 // Exports of the logger extension.
 #include "ZephanRSMLogger.h"
 #include "controller/ZephanRSMSingleTon.h"
-#include "entry/Guard.h"
 #include "entry/Lifecycle.h"
 #include "entry/TextCopy.h"
 #include "logging/ConfigHandler.h"
 #include "platform/Console.h"
+#include "platform/Guard.h"
 #include "platform/agent/Logging.h"
 
 namespace {
@@ -20,44 +20,43 @@ static_assert(ZP_LEVEL_TRACE == level::kTrace && ZP_LEVEL_INFO == level::kInfo &
 std::int8_t startUp(const char* initParam) {
     if (initParam == nullptr || *initParam == '\0') {
         KRXLog(level::kError, "RSM Logger Extension: InitParam is not defined in Agent Config file");
-        return entry::kFailure;
+        return platform::kFailure;
     }
     const entry::Lifecycle lifecycle(entry::Lifecycle::Kind::Start);
     if (!entry::load(initParam)) {
-        return entry::kFailure;
+        return platform::kFailure;
     }
     const auto controller = lifecycle.controllerForStart();
     ConfigHandler* const handler = controller == nullptr ? nullptr : controller->getConfigHandler();
     if (handler == nullptr) {
         KRXLog(level::kError, "Error in getting ConfigHandler pointer. %s startup aborted.\n", kExtension);
-        return entry::kFailure;
+        return platform::kFailure;
     }
     handler->setLoggerStarted(true);
     handler->getLogManager().initialize();
     KRXLog(level::kForce, "Custom HVK Extension: %s startup complete.\n", kExtension);
-    return entry::kSuccess;
+    return platform::kSuccess;
 }
 
 /// Delivers one message with `deliver` and echoes it, even when it cannot be delivered.
 template <typename Delivery>
 std::int8_t take(const char* message, Delivery&& deliver) {
     if (message == nullptr) {
-        return entry::answerAfter(entry::kFailure, [] {
+        return platform::answerAfter(platform::kFailure, [] {
             KRXLog(level::kError, "Remote Detection LoggerLog: NULL message pointer %x", 0U);
         });
     }
     // The host may use its own text for the next message as soon as something is logged.
     const entry::TextCopy copy(message);
-    entry::guarded(entry::kFailure, [&] {
+    platform::attempt([&] {
         if (const auto controller = ZephanRSMSingleTon::getInstance()) {
             if (ConfigHandler* const handler = controller->getConfigHandler()) {
                 deliver(handler->getLogManager(), copy.text());
             }
         }
-        return entry::kSuccess;
     });
     platform::echo(copy.text());
-    return entry::kSuccess;
+    return platform::kSuccess;
 }
 
 }  // namespace
@@ -65,11 +64,11 @@ std::int8_t take(const char* message, Delivery&& deliver) {
 extern "C" {
 
 std::int8_t ZPXRSMLoggerStatup(const char* initParam) {
-    return entry::guarded(entry::kFailure, [&] { return startUp(initParam); });
+    return platform::guarded(platform::kFailure, [&] { return startUp(initParam); });
 }
 
 std::int8_t ZPXRSMLoggerShutdown(void) {
-    return entry::answerAfter(entry::kSuccess, [] {
+    return platform::answerAfter(platform::kSuccess, [] {
         const entry::Lifecycle lifecycle(entry::Lifecycle::Kind::Stop);
         entry::endAll();
         // A hook that stays would lead into a library that is gone.

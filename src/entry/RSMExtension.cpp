@@ -2,9 +2,9 @@
 #include "ZephanRSMLogger.h"
 #include "config/XMLConfigData.h"
 #include "controller/ZephanRSMSingleTon.h"
-#include "entry/Guard.h"
 #include "entry/Lifecycle.h"
 #include "logging/ConfigHandler.h"
+#include "platform/Guard.h"
 #include "platform/Text.h"
 #include "platform/agent/Logging.h"
 #include "scheduling/ScheduleRSMHandler.h"
@@ -33,13 +33,13 @@ std::int8_t startUp(void** handle, ZPServiceAgent* serviceAgent, const char* ini
     {
         const entry::Lifecycle lifecycle(entry::Lifecycle::Kind::Start);
         if (!ensureConfiguration(initParam)) {
-            return entry::kFailure;
+            return platform::kFailure;
         }
         controller = lifecycle.controllerForStart();
     }
     if (controller == nullptr) {
         KRXLog(level::kError, "ZPRSMExtStartup: Failed to create a new ZephanRSMSingleTon object.");
-        return entry::kFailure;
+        return platform::kFailure;
     }
     controller->setServiceAgent(serviceAgent);
     if (handle != nullptr) {
@@ -57,13 +57,13 @@ std::int8_t startUp(void** handle, ZPServiceAgent* serviceAgent, const char* ini
         handler->scheduleRSM(*controller);
     }
     KRXLog(level::kForce, "Custom HVK Extension: %s startup complete.\n", kExtension);
-    return entry::kSuccess;
+    return platform::kSuccess;
 }
 
 std::int8_t shutDown(const void* handle) {
     if (handle == nullptr) {
         KRXLog(level::kWarn, "ZPRSMExtShutdown : RSM extension handle is NULL.");
-        return entry::kFailure;
+        return platform::kFailure;
     }
     const entry::Lifecycle lifecycle(entry::Lifecycle::Kind::Stop);
     const auto controller = ZephanRSMSingleTon::getInstance();
@@ -73,12 +73,12 @@ std::int8_t shutDown(const void* handle) {
     if (controller == nullptr || controller->getConfigHandler() == nullptr) {
         KRXLog(level::kError, "Error in getting ConfigHandler pointer. %s startup aborted.\n",
                "RSM Logger Extension");
-        return entry::kFailure;
+        return platform::kFailure;
     }
     if (!controller->getConfigHandler()->isLoggerStarted()) {
         entry::endAll();
     }
-    return entry::answerAfter(entry::kSuccess, [] {
+    return platform::answerAfter(platform::kSuccess, [] {
         KRXLog(level::kForce, "Custom HVK Extension: %s shutdown complete.\n", kExtension);
     });
 }
@@ -88,10 +88,10 @@ std::int8_t shutDown(const void* handle) {
 extern "C" {
 
 std::int8_t ZPRSMExtnStartup(void** handle, ZPServiceAgent* serviceAgent, const char* initParam) {
-    return entry::guarded(entry::kFailure, [&] { return startUp(handle, serviceAgent, initParam); });
+    return platform::guarded(platform::kFailure, [&] { return startUp(handle, serviceAgent, initParam); });
 }
 
 std::int8_t ZPRSMExtnShutdown(void* handle) {
-    return entry::guarded(entry::kFailure, [&] { return shutDown(handle); });
+    return platform::guarded(platform::kFailure, [&] { return shutDown(handle); });
 }
 }

@@ -1,9 +1,9 @@
 // Exports of the web-service extension.
 #include "ZephanRSMLogger.h"
 #include "controller/ZephanRSMSingleTon.h"
-#include "entry/Guard.h"
 #include "entry/Lifecycle.h"
 #include "platform/EchoWithoutWait.h"
+#include "platform/Guard.h"
 #include "platform/agent/Logging.h"
 #include "webservice/ZephanServicesServiceImpl.h"
 
@@ -16,10 +16,10 @@ constexpr char kExtension[] = "RSM WebService Extension";
 extern "C" {
 
 std::int8_t ZPXRSMWSStartup(void** handle, ZPServiceAgent* serviceAgent) {
-    return entry::guarded(entry::kFailure, [&] {
+    return platform::guarded(platform::kFailure, [&] {
         if (handle == nullptr) {
             KRXLog(level::kError, "\nRSMWSExtnStartup: ZephanServices Invalid (null) handle\n");
-            return entry::kFailure;
+            return platform::kFailure;
         }
         const auto controller = [] {
             const entry::Lifecycle lifecycle(entry::Lifecycle::Kind::Start);
@@ -32,12 +32,12 @@ std::int8_t ZPXRSMWSStartup(void** handle, ZPServiceAgent* serviceAgent) {
             KRXLog(level::kError, "\n Error in getting ZephanRSMSingleTon pointer in %s", kExtension);
         }
         KRXLog(level::kForce, "Custom HVK Extension: %s startup complete.\n", kExtension);
-        return entry::kSuccess;
+        return platform::kSuccess;
     });
 }
 
 std::int8_t ZPXRSMWSShutdown(void* handle) {
-    return entry::answerAfter(handle == nullptr ? entry::kFailure : entry::kSuccess, [handle] {
+    return platform::answerAfter(handle == nullptr ? platform::kFailure : platform::kSuccess, [handle] {
         const platform::EchoWithoutWait echo(platform::EchoWithoutWait::Kind::Stop);
         if (handle == nullptr) {
             KRXLog(level::kError, "RSMWSExtnShutdown: null ph\n");
@@ -49,7 +49,7 @@ std::int8_t ZPXRSMWSShutdown(void* handle) {
 
 std::int8_t ZPXRSMWSCreateService(void* handle, ZPService** service) {
     if (service == nullptr || handle == nullptr) {
-        return entry::answerAfter(entry::kFailure, [service] {
+        return platform::answerAfter(platform::kFailure, [service] {
             if (service == nullptr) {
                 KRXLog(level::kError, "ZephanServices Invalid (null) ppSvc\n");
             } else {
@@ -60,15 +60,15 @@ std::int8_t ZPXRSMWSCreateService(void* handle, ZPService** service) {
         });
     }
     using KRX::Services::ZephanServicesNS::ZephanServicesServiceImpl;
-    *service = entry::guarded<ZPService*>(nullptr, [] { return new ZephanServicesServiceImpl; });
-    return entry::answerAfter(entry::kSuccess, [] {
+    *service = platform::guarded<ZPService*>(nullptr, [] { return new ZephanServicesServiceImpl; });
+    return platform::answerAfter(platform::kSuccess, [] {
         KRXLog(level::kForce, "Custom HVK Extension: %s CreateService complete.\n", kExtension);
     });
 }
 
 std::int8_t ZPXRSMWSDestroyService(void* /*handle*/, ZPService* service) {
     delete service;
-    return entry::answerAfter(entry::kSuccess, [] {
+    return platform::answerAfter(platform::kSuccess, [] {
         KRXLog(level::kForce, "Custom HVK Extension: %s DestroyService complete.\n", kExtension);
     });
 }

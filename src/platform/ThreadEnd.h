@@ -9,19 +9,6 @@ namespace platform {
 // kept from going on: a `catch (...)` stands behind a `catch (const platform::ForcedUnwind&) { throw; }`, and
 // no frame that is `noexcept` lies on its way.
 
-/// Runs the body and answers its result; whatever is thrown in it, by the agent too, becomes `failure`. A
-/// thread that is being unwound goes on to its end.
-template <typename Result, typename Body>
-Result guarded(Result failure, Body&& body) {
-    try {
-        return body();
-    } catch (const ForcedUnwind&) {
-        throw;
-    } catch (...) {
-        return failure;
-    }
-}
-
 /// While one lives, the calling thread is not unwound: the end that was ordered comes with the next call
 /// that admits it, afterwards. For functions that must not throw and make system calls that admit it.
 /// May be nested.

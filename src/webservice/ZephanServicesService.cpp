@@ -1,6 +1,6 @@
 #include "webservice/ZephanServicesService.h"
 
-#include "platform/ThreadEnd.h"
+#include "platform/Guard.h"
 #include "platform/agent/Logging.h"
 #include "platform/agent/Messaging.h"
 #include "webservice/ConnectMessage.h"
@@ -9,12 +9,9 @@
 #include "webservice/ZephanServicesMessages.h"
 
 namespace KRX::Services::ZephanServicesNS {
-namespace {
 
-constexpr std::int8_t kSuccess = 0;
-constexpr std::int8_t kFailure = -1;
-
-}  // namespace
+using platform::kFailure;
+using platform::kSuccess;
 
 ZephanServicesService::ZephanServicesService()
     : Service("ZephanServices", "urn:corvane-krx:urn:corvane-krx:ZephanServices_v1_0") {}
@@ -29,11 +26,10 @@ std::int8_t ZephanServicesService::CreateMessage(const char* operation,
         ZephanServicesMessages messages(serviceName(), "", serviceNamespace());
         return messages.CreateMessage(operation, *message);
     });
-    return result == kSuccess ? result : platform::guarded(kFailure, [&] {
+    return result == kSuccess ? result : platform::answerAfter(kFailure, [&] {
         KRXLog(level::kError,
                "ZephanServicesService::CreateMessage Unable to create message for %s operation.\n",
                operation == nullptr ? "" : operation);
-        return kFailure;
     });
 }
 

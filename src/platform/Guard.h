@@ -1,0 +1,42 @@
+#pragma once
+
+#include "platform/ThreadEnd.h"
+
+#include <cstdint>
+
+namespace platform {
+
+// What the exports and the service's operations answer.
+constexpr std::int8_t kSuccess = 0;
+constexpr std::int8_t kFailure = -1;
+
+/// Runs the body and answers its result; whatever is thrown in it, by the agent too, becomes `failure`. A
+/// thread that is being unwound goes on to its end.
+template <typename Result, typename Body>
+Result guarded(Result failure, Body&& body) {
+    try {
+        return body();
+    } catch (const ForcedUnwind&) {
+        throw;
+    } catch (...) {
+        return failure;
+    }
+}
+
+/// Runs the body; what is thrown in it is dropped, as above.
+template <typename Body>
+void attempt(Body&& body) {
+    guarded(kSuccess, [&] {
+        body();
+        return kSuccess;
+    });
+}
+
+/// Runs the body, and answers `result` whatever becomes of that.
+template <typename Result, typename Body>
+Result answerAfter(Result result, Body&& body) {
+    attempt(body);
+    return result;
+}
+
+}  // namespace platform
