@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <utility>
 
 namespace {
 
@@ -24,112 +25,104 @@ unsigned int millisecondsOf(std::int32_t seconds) noexcept {
 
 int ForcePollingTask::DataPollingTask(void* argument) {
     const platform::EchoWithoutWait echo(platform::EchoWithoutWait::Kind::PollingThread);
-    const PollingThread::Number number = PollingThread::enter(argument);
-    const auto isTheirs = [number] {
-        const auto controller = ZephanRSMSingleTon::existing();
-        return controller != nullptr && controller->thread_.has(number);
-    };
-    // When memory runs out, say, the next order finds that the thread has ended.
-    const int result = platform::guarded(1, [&] {
+    const PollingThread::Number number = PollingThread::enter();
+    return platform::guarded(1, [&] {
+        ForcePollingTask task(number, static_cast<KRX::ServiceAgentNS::ServiceAgent*>(argument));
         if (argument == nullptr) {
             KRXLog(level::kError, "DataPollingTask(): Invalid Ext Handle");
+            task.leaves([](const RsmState& /*state*/) { return true; });
             return 1;
         }
-        if (!isTheirs()) {
+        if (task.rsm() == nullptr) {
             KRXLog(level::kError,
                    "Failed to get RSMSingleton pointer in convertDelayedToNormal(mode). Returning... \n");
             return 1;
         }
-        ForcePollingTask(number, *static_cast<KRX::ServiceAgentNS::ServiceAgent*>(argument)).run();
+        const auto runs = [&task] {
+            task.run();
+            return true;
+        };
+        while (!platform::guarded(false, runs)) {
+            if (task.breaksOff()) {
+                return 1;
+            }
+        }
         return 0;
     });
-    if (const auto controller = ZephanRSMSingleTon::existing()) {
-        controller->thread_.setEnded(number);
-    }
-    return result;
 }
 
-template <typename Use>
-bool ForcePollingTask::look(Use&& use) {
+std::shared_ptr<SharedRsm> ForcePollingTask::rsm() const {
     const auto controller = ZephanRSMSingleTon::existing();
-    if (controller == nullptr || !controller->thread_.has(number_)) {
-        return false;
-    }
-    use(*controller);
-    return true;
+    return controller != nullptr && controller->rsm()->thread().has(number_) ? controller->rsm() : nullptr;
 }
 
 template <typename Use>
-bool ForcePollingTask::lookAtState(Use&& use) {
-    return look([&](ZephanRSMSingleTon& controller) { controller.changeState(use); });
+bool ForcePollingTask::look(Use&& use) const {
+    const auto rsm = this->rsm();
+    return rsm != nullptr && rsm->lookAs(number_, use);
+}
+
+template <typename IsDone>
+bool ForcePollingTask::leaves(IsDone&& isDone) const {
+    const auto rsm = this->rsm();
+    return rsm == nullptr || rsm->leaveWhen(number_, isDone);
 }
 
 void ForcePollingTask::run() {
-    KRX::ServiceAgentNS::VirtualAsset* asset = serviceAgent_.GetAsset(0);
-    bool there = report();
-    for (bool done = false; there && !done;) {
+    KRX::ServiceAgentNS::VirtualAsset* asset = serviceAgent_->GetAsset(0);
+    for (bool there = report(); there;) {
         there = waitForDelayedStart();
         if (there && asset == nullptr) {
-            asset = serviceAgent_.GetAsset(0);  // a device may be registered while a schedule waits
+            asset = serviceAgent_->GetAsset(0);  // a device may be registered while a schedule waits
         }
-        // The decision to leave falls together with the last look: an order is either seen by it or sees it.
-        there = there && pollUntilOver(asset) && report() && look([&](ZephanRSMSingleTon& controller) {
-                    controller.changeState([&](const RsmState& state, std::int64_t /*now*/) {
-                        done = state.isDone();
-                        if (done) {
-                            controller.thread_.setLeaving(number_);
-                        }
-                    });
-                });
+        there = there && pollUntilOver(asset) && report() &&
+                !leaves([](const RsmState& state) { return state.isDone(); });
     }
 }
 
+bool ForcePollingTask::breaksOff() {
+    return !look([](RsmState& state, std::int64_t now) {
+        if (!state.restartRequested) {
+            state.breakOff(now);
+        }
+    }) || !report() ||
+           leaves([](RsmState& state) { return !std::exchange(state.restartRequested, false); });
+}
+
 bool ForcePollingTask::waitForDelayedStart() {
-    for (;;) {
+    for (bool slept = false;; slept = true) {
         bool waiting = false;
-        bool due = false;
-        if (!lookAtState([&](const RsmState& state, std::int64_t now) {
+        bool started = false;
+        if (!look([&](RsmState& state, std::int64_t now) {
                 waiting = state.isWaiting();
-                due = state.isDelayedStartDue(now);
+                // Also beside an order that came in during the wait: the profile that is due goes before it.
+                started = (waiting || slept) && state.startWhenDue(now);
+                if (started || !waiting) {
+                    state.beginPolling();
+                }
             })) {
             return false;
         }
-        if (!waiting) {
-            return true;
+        if (started || !waiting) {
+            return !started || report();
         }
-        for (bool otherOrder = false; !due && !otherOrder;) {
-            KRXThreadSleep(kDelayedStartCheckInterval);
-            if (!lookAtState([&](const RsmState& state, std::int64_t now) {
-                    due = state.isDelayedStartDue(now);
-                    otherOrder = state.gracePeriod != 0.0;
-                })) {
-                return false;
-            }
-        }
-        bool started = false;
-        if (!lookAtState([&](RsmState& state, std::int64_t now) { started = state.startWhenDue(now); }) ||
-            (started && !report())) {
+        if (!reportWhatIsLeft()) {
             return false;
         }
+        KRXThreadSleep(kDelayedStartCheckInterval);
     }
 }
 
 bool ForcePollingTask::pollUntilOver(KRX::ServiceAgentNS::VirtualAsset* asset) {
-    if (!lookAtState([](RsmState& state, std::int64_t /*now*/) { state.beginPolling(); })) {
-        return false;
-    }
     for (;;) {
         bool over = false;
-        if (!lookAtState([&](RsmState& state, std::int64_t now) {
+        if (!look([&](RsmState& state, std::int64_t now) {
                 over = state.endWhenOver(asset != nullptr, now);
             })) {
             return false;
         }
-        if (over) {
-            return true;
-        }
-        if (!pollOnce(*asset)) {
-            return false;
+        if (over || !reportWhatIsLeft() || !pollOnce(*asset)) {
+            return over;
         }
     }
 }
@@ -137,21 +130,20 @@ bool ForcePollingTask::pollUntilOver(KRX::ServiceAgentNS::VirtualAsset* asset) {
 bool ForcePollingTask::pollOnce(KRX::ServiceAgentNS::VirtualAsset& asset) {
     std::int32_t rate = 0;
     if (!apply(&RsmState::restartOrFirstPass) ||
-        !lookAtState([&](const RsmState& state, std::int64_t /*now*/) { rate = state.pollingRate; })) {
+        !look([&](const RsmState& state, std::int64_t /*now*/) { rate = state.pollingRate; })) {
         return false;
     }
     KRXThreadSleep(millisecondsOf(rate));
-    if (!look([](const ZephanRSMSingleTon& /*controller*/) {})) {
+    if (rsm() == nullptr) {
         return false;
     }
     KRXLog(level::kForce, "\nZephan Agent is Force Polling  ...");
     // Looked at again: the line may have taken its time, and the asset may be gone.
-    std::shared_ptr<ProfileReport> profile;
-    if (!look([&](const ZephanRSMSingleTon& controller) { profile = controller.profile_; })) {
+    if (const auto rsm = this->rsm()) {
+        rsm->profile().introduce(asset);
+    } else {
         return false;
     }
-    profile->introduce(asset);
-    profile.reset();
     // When the agent has no memory for this poll, say, it counts, and the next one comes.
     platform::attempt([&] { asset.ForcePoll(); });
     return std::all_of(std::begin(RsmState::kAfterPoll), std::end(RsmState::kAfterPoll),
@@ -160,18 +152,20 @@ bool ForcePollingTask::pollOnce(KRX::ServiceAgentNS::VirtualAsset& asset) {
 
 bool ForcePollingTask::apply(RsmState::Step step) {
     RsmState::Effects effects;
-    if (!lookAtState([&](RsmState& state, std::int64_t now) { effects = (state.*step)(now); })) {
-        return false;
-    }
-    if (effects.report && !report()) {
+    if (!look([&](RsmState& state, std::int64_t now) { effects = (state.*step)(now); }) ||
+        (effects.report && !report())) {
         return false;
     }
     if (!effects.save) {
         return true;
     }
     const char* failure = nullptr;
-    if (!look([&](ZephanRSMSingleTon& controller) { failure = controller.saveRSMState(); })) {
-        return false;
+    {
+        const auto controller = ZephanRSMSingleTon::existing();
+        if (controller == nullptr || !controller->rsm()->thread().has(number_)) {
+            return false;
+        }
+        failure = controller->saveRSMState();
     }
     if (failure != nullptr) {
         KRXLog(level::kForce, "%s", failure);
@@ -180,16 +174,13 @@ bool ForcePollingTask::apply(RsmState::Step step) {
 }
 
 bool ForcePollingTask::report() {
-    bool again = true;
-    for (int sent = 0; again && sent < ZephanRSMSingleTon::kMostReports; ++sent) {
-        ZephanRSMSingleTon::Report report;
-        if (!look([&](ZephanRSMSingleTon& controller) { report = controller.beginReport(); })) {
-            return false;
-        }
-        report.profile->send(report.state);
-        if (!look([&](ZephanRSMSingleTon& controller) { again = controller.isOutdated(report); })) {
-            return false;
-        }
+    if (const auto rsm = this->rsm()) {
+        rsm->report(number_);
     }
-    return true;
+    return rsm() != nullptr;
+}
+
+bool ForcePollingTask::reportWhatIsLeft() {
+    const auto rsm = this->rsm();
+    return rsm != nullptr && (!rsm->isReportLeft() || report());
 }

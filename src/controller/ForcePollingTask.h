@@ -3,7 +3,9 @@
 #include "controller/PollingThread.h"
 #include "controller/RsmState.h"
 
-class ZephanRSMSingleTon;
+#include <memory>
+
+class SharedRsm;
 namespace KRX::ServiceAgentNS {
 class ServiceAgent;
 class VirtualAsset;
@@ -18,23 +20,30 @@ class ForcePollingTask final {
     static int DataPollingTask(void* serviceAgent);
 
   private:
-    ForcePollingTask(PollingThread::Number number, KRX::ServiceAgentNS::ServiceAgent& serviceAgent)
+    ForcePollingTask(PollingThread::Number number, KRX::ServiceAgentNS::ServiceAgent* serviceAgent)
         : number_(number), serviceAgent_(serviceAgent) {}
 
     void run();
+    /// After a run that an exception has ended: RSM is off, and the enterprise is told. False when an order has
+    /// come in that no run has taken up: it gets one more.
+    bool breaksOff();
     // Each false when the thread was dropped: then it must end without touching anything more.
     bool waitForDelayedStart();
     bool pollUntilOver(KRX::ServiceAgentNS::VirtualAsset* asset);
     bool pollOnce(KRX::ServiceAgentNS::VirtualAsset& asset);
     bool apply(RsmState::Step step);
     bool report();
-    /// Runs `use(controller)` while the thread belongs to it.
+    /// Tells what a thread of the host's has left to this one.
+    bool reportWhatIsLeft();
+    /// What the threads share while this one belongs to it; null when it was dropped.
+    std::shared_ptr<SharedRsm> rsm() const;
+    /// Runs `use(state, now)` under its lock.
     template <typename Use>
-    bool look(Use&& use);
-    /// The same with `use(state, now)`.
-    template <typename Use>
-    bool lookAtState(Use&& use);
+    bool look(Use&& use) const;
+    /// The last look: true when the thread has to end.
+    template <typename IsDone>
+    bool leaves(IsDone&& isDone) const;
 
     PollingThread::Number number_;
-    KRX::ServiceAgentNS::ServiceAgent& serviceAgent_;
+    KRX::ServiceAgentNS::ServiceAgent* serviceAgent_;
 };

@@ -8,80 +8,90 @@
 #include <limits>
 
 std::int8_t ZephanRSMSingleTon::createThread() {
-    return thread_.createThread(&ForcePollingTask::DataPollingTask, getServiceAgent(),
-                                [this] { UpdateProperty(); });
+    using Creation = PollingThread::Creation;
+    const Creation creation =
+        rsm_->thread().createThread(&ForcePollingTask::DataPollingTask, getServiceAgent());
+    if (creation == Creation::AlreadyThere) {
+        UpdateProperty();
+    }
+    return creation == Creation::AlreadyThere || creation == Creation::Started ? 0 : -1;
 }
 
-std::int8_t ZephanRSMSingleTon::ForcePoll(std::int32_t minutes, std::int32_t pollingRateSeconds,
-                                          std::uint32_t& currentPollInterval) {
-    thread_.releaseFinished();
-    currentPollInterval = std::numeric_limits<std::uint32_t>::max();
-    if (auto* const asset = profile_->findAsset()) {
-        currentPollInterval = asset->GetAssetProfile().GetCurrentPollInterval();
+void ZephanRSMSingleTon::take(const RsmOrder& order) {
+    rsm_->look([&](RsmState& state, std::int64_t now) {
+        if (order.start == 0) {
+            state.forcePoll(order.minutes, order.pollingRate, now);
+        } else {
+            state.scheduleDelayedProfile(order.pollingRate, order.start, order.end, order.minutes);
+        }
+    });
+}
+
+std::int8_t ZephanRSMSingleTon::carryOut(const RsmOrder& order) {
+    PollingThread& thread = rsm_->thread();
+    if (order.start != 0) {
+        KRXLog(level::kWarn, "\n SCHEDULING RSM FOR %s", scheduling::calendarText(order.start).data());
+        thread.releaseFinished();
+        if (!thread.seesOrders()) {
+            const std::int8_t result = createThread();
+            KRXLog(level::kForce, "\nZephanServices....Thread started 3");
+            return result;
+        }
+        if (getServiceAgent() == nullptr) {
+            return -1;
+        }
+        UpdateProperty();
+        return 0;
     }
-    changeState(
-        [&](RsmState& state, std::int64_t now) { state.forcePoll(minutes, pollingRateSeconds, now); });
     KRXLog(level::kWarn, " Web Service Extension is going to force poll.\n");
-    KRXLog(level::kWarn, " Polling Rate = %d seconds \n", pollingRateSeconds);
-    KRXLog(level::kWarn, " Polling Duration = %d min \n", minutes);
+    KRXLog(level::kWarn, " Polling Rate = %d seconds \n", order.pollingRate);
+    KRXLog(level::kWarn, " Polling Duration = %d min \n", order.minutes);
     KRXLog(level::kForce, "\n ZephanServices....ForcePoll called");
     const std::int8_t result = createThread();
     KRXLog(level::kForce, "\nZephanServices....Thread started 1");
     return result;
 }
 
-std::int8_t ZephanRSMSingleTon::Disconnect(const char* /*memberName*/,
-                                           KRX::Messaging::SerializableString& result) {
-    const auto answer = [&result](const char* line, const char* text) {
-        result.SetValue(text);
-        KRXLog(level::kWarn, "%s", line);
-    };
-    if (!thread_.isHeld()) {
-        answer("Disconnect : There is no active thread. ", "There is no active thread.");
-        return 0;
+std::int8_t ZephanRSMSingleTon::ForcePoll(std::int32_t minutes, std::int32_t pollingRateSeconds,
+                                          std::uint32_t& currentPollInterval) {
+    const RsmOrder order{pollingRateSeconds, minutes};
+    take(order);
+    currentPollInterval = std::numeric_limits<std::uint32_t>::max();
+    if (auto* const asset = rsm_->profile().findAsset()) {
+        currentPollInterval = asset->GetAssetProfile().GetCurrentPollInterval();
     }
-    switch (changeState([](RsmState& state, std::int64_t now) { return state.disconnect(now); })) {
-        case rsm::kNotActive:
-            answer("Disconnect : Agent is not in force poll mode. \n", "Agent is not in force poll mode.");
-            break;
-        case rsm::kForcePollActivity:
-            answer("Disconnect : Can not disconnect as agent is in activity mode. \n",
-                   "Agent is in activity mode.");
-            break;
-        case rsm::kForcePollGrace:
-            answer("Disconnect : Going to exit force polling after next poll. \n",
-                   "Thread exited successfully.");
-            break;
-        default:
-            break;
-    }
-    return 0;
+    return carryOut(order);
 }
 
 std::int8_t ZephanRSMSingleTon::scheduleDelayedProfile(std::int32_t pollingRateSeconds, std::int64_t start,
                                                        std::int64_t end, std::int32_t activityGraceMinutes) {
-    thread_.releaseFinished();
-    KRXLog(level::kWarn, "\n SCHEDULING RSM FOR %s", scheduling::calendarText(start).data());
-    // Asked under the same lock as the thread's last look, so a thread that leaves is never counted on.
-    const bool threadSeesIt = changeState([&](RsmState& state, std::int64_t /*now*/) {
-        state.scheduleDelayedProfile(pollingRateSeconds, start, end, activityGraceMinutes);
-        return thread_.seesOrders();
-    });
-    if (!threadSeesIt) {
-        const std::int8_t result = createThread();
-        KRXLog(level::kForce, "\nZephanServices....Thread started 3");
-        return result;
-    }
-    if (getServiceAgent() == nullptr) {
-        return -1;
-    }
-    UpdateProperty();
+    const RsmOrder order{pollingRateSeconds, activityGraceMinutes, start, end};
+    take(order);
+    return carryOut(order);
+}
+
+std::int8_t ZephanRSMSingleTon::Disconnect(const char* /*memberName*/,
+                                           KRX::Messaging::SerializableString& result) {
+    // Without a thread, then by the mode that is found.
+    static constexpr struct {
+        const char* line;
+        const char* text;
+    } kOutcomes[] = {
+        {"Disconnect : There is no active thread. ", "There is no active thread."},
+        {"Disconnect : Agent is not in force poll mode. \n", "Agent is not in force poll mode."},
+        {"Disconnect : Going to exit force polling after next poll. \n", "Thread exited successfully."},
+        {"Disconnect : Can not disconnect as agent is in activity mode. \n", "Agent is in activity mode."},
+    };
+    const auto& outcome = kOutcomes[rsm_->look([&](RsmState& state, std::int64_t now) {
+        return rsm_->thread().isHeld() ? 1 + state.disconnect(now) : 0;
+    })];
+    result.SetValue(outcome.text);
+    KRXLog(level::kWarn, "%s", outcome.line);
     return 0;
 }
 
 void ZephanRSMSingleTon::setRemoteActivity(bool active) {
-    if (changeState(
-            [&](RsmState& state, std::int64_t now) { return state.setRemoteActivity(active, now); })) {
+    if (rsm_->look([&](RsmState& state, std::int64_t now) { return state.setRemoteActivity(active, now); })) {
         UpdateProperty();
     }
 }

@@ -3,13 +3,13 @@
 #include "controller/RsmState.h"
 #include "platform/Console.h"
 #include "platform/Guard.h"
+#include "platform/ScopeEnd.h"
 #include "platform/agent/Logging.h"
 #include "platform/agent/ServiceAgent.h"
 #include "scheduling/GmtClock.h"
 
 #include <array>
 #include <cstdio>
-#include <span>
 
 using KRX::Services::RegistrationNS::Asset;
 using KRX::Services::RegistrationNS::Property;
@@ -28,24 +28,6 @@ const char* modeName(std::int32_t mode) noexcept {
             return "NOT_ACTIVE";
     }
 }
-
-/// Takes properties that are the caller's own out of a record's list again, which otherwise releases them.
-class Withdrawal final {
-  public:
-    Withdrawal(KRX::Messaging::SerializableArray& list, std::span<Property> properties) noexcept
-        : list_(list), properties_(properties) {}
-    Withdrawal(const Withdrawal&) = delete;
-    Withdrawal& operator=(const Withdrawal&) = delete;
-    ~Withdrawal() {
-        for (Property& property : properties_) {
-            list_.RemoveEntry(&property);
-        }
-    }
-
-  private:
-    KRX::Messaging::SerializableArray& list_;
-    std::span<Property> properties_;
-};
 
 ValueText numberText(double value) noexcept {
     ValueText text{};
@@ -66,20 +48,16 @@ struct Profile {
     explicit Profile(const RsmState& state)
         : properties{
               {"update", "RSM_MODE", modeName(state.rsmMode), "Property"},
-              {"update", "RSM_START_TIME", nullptr, "Property"},
-              {"update", "RSM_MODE_START_TIME", nullptr, "Property"},
+              {"update", "RSM_START_TIME", dateText(state.rsmStartTime).data(), "Property"},
+              {"update", "RSM_MODE_START_TIME", dateText(state.modeStartTime).data(), "Property"},
               {"update", "RSM_GRACE_PERIOD", numberText(state.gracePeriod).data(), "Property"},
               {"update", "RSM_FORCED_POLLING_RATE", numberText(state.pollingRate).data(), "Property"},
-              {"update", "RSM_DELAY_PROFILE_START_TIME", nullptr, "Property"},
+              {"update", "RSM_DELAY_PROFILE_START_TIME", dateText(state.delayedStartTime).data(), "Property"},
               {"update", "RSM_DELAY_PROFILE_FORCED_POLLING_RATE", numberText(state.delayedPollingRate).data(),
                "Property"},
               {"update", "RSM_DELAY_PROFILE_GRACE_PERIOD", numberText(state.delayedGracePeriod).data(),
                "Property"},
-          } {
-        properties[1].SetValue(dateText(state.rsmStartTime).data());
-        properties[2].SetValue(dateText(state.modeStartTime).data());
-        properties[5].SetValue(dateText(state.delayedStartTime).data());
-    }
+          } {}
 
     Property properties[8];
 };
@@ -137,20 +115,23 @@ void ProfileReport::dateToString(std::int64_t gmtClockValue, char* text) {
 }
 
 void ProfileReport::send(const RsmState& state) {
-    if (serviceAgent_ == nullptr) {
-        KRXLog(level::kError, "Can't send RSM profile to enterprise: Service agent is null\n");
-        return;
-    }
-    KRX::ServiceAgentNS::VirtualAsset* const asset = findAsset();
-    if (asset == nullptr) {
-        KRXLog(level::kError, "Can't send RSM profile to enterprise: Virtaul Asset 0 is null\n");
-        return;
-    }
-    // Memory that ran out in the agent's objects, say, is as a refusal by the enterprise. The next report sends all.
-    const auto client = clientOf(*asset);
-    if (client == nullptr || !platform::guarded(false, [&] { return update(*client, state); })) {
-        KRXLog(level::kWarn, "\n Failed to Update Properties...... \n");
-    }
+    // What the agent throws, memory that ran out in its objects, say, is as a refusal by the enterprise. The next
+    // report sends all.
+    platform::attempt([&] {
+        if (serviceAgent_ == nullptr) {
+            KRXLog(level::kError, "Can't send RSM profile to enterprise: Service agent is null\n");
+            return;
+        }
+        KRX::ServiceAgentNS::VirtualAsset* const asset = findAsset();
+        if (asset == nullptr) {
+            KRXLog(level::kError, "Can't send RSM profile to enterprise: Virtaul Asset 0 is null\n");
+            return;
+        }
+        const auto client = clientOf(*asset);
+        if (client == nullptr || !platform::guarded(false, [&] { return update(*client, state); })) {
+            KRXLog(level::kWarn, "\n Failed to Update Properties...... \n");
+        }
+    });
 }
 
 bool ProfileReport::update(Client& client, const RsmState& state) {
@@ -170,7 +151,12 @@ bool ProfileReport::update(Client& client, const RsmState& state) {
         std::snprintf(text.data(), text.size(), "LENGTH IS %d", length);
         platform::echo(text.data());
     }
-    const Withdrawal withdrawal(*list, profile.properties);
+    // They are not the record's own, which otherwise releases them.
+    const platform::ScopeEnd withdrawal([&] {
+        for (Property& property : profile.properties) {
+            list->RemoveEntry(&property);
+        }
+    });
     for (Property& property : profile.properties) {
         list->AddEntry(&property);
     }

@@ -14,8 +14,7 @@ class VirtualAsset;
 }  // namespace KRX::ServiceAgentNS
 
 /// The way to the enterprise: sends the RSM profile, eight properties of the agent's asset 0, and writes it
-/// to the log. Shared by the controller and whoever is sending, so a report that takes long outlives the
-/// controller. Any thread, several at once.
+/// to the log. Any thread, several at once.
 class ProfileReport final {
   public:
     ProfileReport() = default;
@@ -34,7 +33,7 @@ class ProfileReport final {
     void introduce(KRX::ServiceAgentNS::VirtualAsset& asset) { clientOf(asset); }
 
     /// Sends the profile of `state`, and logs it, or that the enterprise did not take it. Blocks until
-    /// the enterprise answers.
+    /// the enterprise answers. What the agent throws meanwhile is dropped.
     void send(const RsmState& state);
 
     /// Profile date text, "2007-30-09 GMT 05:06:00"; room for 40 characters.

@@ -3,8 +3,10 @@
 #include "controller/ZephanRSMSingleTon.h"
 #include "platform/Clock.h"
 #include "platform/File.h"
+#include "platform/Lock.h"
 #include "platform/Number.h"
 #include "platform/agent/Logging.h"
+#include "scheduling/GmtClock.h"
 #include "scheduling/TaggedText.h"
 
 #include <algorithm>
@@ -76,11 +78,11 @@ std::optional<ZephanRSMSingleTon::SavedRsm> ZephanRSMSingleTon::readResumeState(
     Value time{};
     Value rate{};
     Value grace{};
-    scheduling::readTaggedValue(text.data(), "RSMStartDate", date, kClassName);
-    scheduling::readTaggedValue(text.data(), "RSMStartTime", time, kClassName);
-    scheduling::readTaggedValue(text.data(), "PollingRate", rate, kClassName);
-    scheduling::readTaggedValue(text.data(), "GracePeriod", grace, kClassName);
-    if (*date == '\0' || *time == '\0' || *rate == '\0' || *grace == '\0') {
+    const auto read = [&text](const char* element, Value& value) {
+        return scheduling::readTaggedValue(text.data(), element, value, kClassName);
+    };
+    if (!read("RSMStartDate", date) || !read("RSMStartTime", time) || !read("PollingRate", rate) ||
+        !read("GracePeriod", grace)) {
         return std::nullopt;  // memory ran out: the record is kept for a start that can read it
     }
     const SavedRsm saved{scheduling::stringToTime(date, time), platform::readNumber(rate),

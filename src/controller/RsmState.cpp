@@ -38,6 +38,30 @@ bool RsmState::isSameProfile(const RsmState& one, const RsmState& other) noexcep
     return told(one) == told(other);
 }
 
+// ---- Where it is
+
+RsmState::State RsmState::state() const noexcept {
+    if (rsmMode != rsm::kNotActive) {
+        return rsmMode == rsm::kForcePollActivity ? State::Activity
+               : remoteActivity                   ? State::GraceWithActivity
+                                                  : State::Grace;
+    }
+    if (polling || restartRequested) {
+        return remoteActivity ? State::EndingWithActivity : State::Ending;
+    }
+    return delayedProfilePending ? State::Waiting : State::Idle;
+}
+
+bool RsmState::isConsistent() const noexcept {
+    const bool isOn = rsmMode == rsm::kForcePollGrace || rsmMode == rsm::kForcePollActivity;
+    const bool isAtRest = state() == State::Idle || state() == State::Waiting;
+    const bool isDelayedEmpty =
+        delayedStartTime == 0 && delayedGracePeriod == 0.0 && delayedPollingRate == 0.0;
+    return (isOn || rsmMode == rsm::kNotActive) && (rsmStartTime != 0) == isOn &&
+           (isOn ? polling || restartRequested : gracePeriod == 0.0) &&
+           (!isAtRest || (pollingRate == 0 && !activityEntered)) && (delayedProfilePending || isDelayedEmpty);
+}
+
 // ---- Orders
 
 void RsmState::forcePoll(std::int32_t minutes, std::int32_t rate, std::int64_t now) noexcept {
@@ -114,7 +138,6 @@ void RsmState::convertDelayedToNormal(std::int32_t mode, std::int64_t now) noexc
 // ---- The polling loop
 
 bool RsmState::startWhenDue(std::int64_t now) noexcept {
-    // Also beside an order that came in during the wait: the profile that is due goes before it.
     if (!delayedProfilePending || !isDelayedStartDue(now)) {
         return false;
     }
@@ -131,13 +154,19 @@ bool RsmState::endWhenOver(bool canPoll, std::int64_t now) noexcept {
     if (rateUsable && (remoteActivity || pollCount < pollLimit())) {
         return false;
     }
+    breakOff(now);
+    return true;
+}
+
+void RsmState::breakOff(std::int64_t now) noexcept {
     gracePeriod = 0.0;
     rsmMode = rsm::kNotActive;
     pollingRate = 0;
     rsmStartTime = 0;
     modeStartTime = now;
     restartRequested = false;
-    return true;
+    activityEntered = false;
+    polling = false;
 }
 
 RsmState::Effects RsmState::restartOrFirstPass(std::int64_t /*now*/) noexcept {
@@ -197,8 +226,12 @@ RsmState::Effects RsmState::markLastPoll(std::int64_t /*now*/) noexcept {
     return {};
 }
 
+bool RsmState::isDueWhilePolling(std::int64_t now) const noexcept {
+    return delayedProfilePending && delayedStartTime < now && rsmMode != rsm::kNotActive;
+}
+
 RsmState::Effects RsmState::takeOverDueProfile(std::int64_t now) noexcept {
-    if (!delayedProfilePending || delayedStartTime >= now) {
+    if (!isDueWhilePolling(now)) {
         return {};
     }
     convertDelayedToNormal(now);
@@ -208,7 +241,7 @@ RsmState::Effects RsmState::takeOverDueProfile(std::int64_t now) noexcept {
 }
 
 RsmState::Effects RsmState::takeOverDueProfileAfterActivity(std::int64_t now) noexcept {
-    if (!delayedProfilePending || delayedStartTime >= now || remoteActivity) {
+    if (!isDueWhilePolling(now) || remoteActivity) {
         return {};
     }
     convertDelayedToNormal(rsm::kForcePollGrace, now);

@@ -53,6 +53,7 @@ struct RsmState {
     std::int64_t modeStartTime = 0;
     std::int64_t rsmStartTime = 0;
     std::int32_t rsmMode = rsm::kNotActive;
+    bool polling = false;         ///< the loop has begun and not come to its end test
     std::uint32_t pollCount = 0;  ///< polls made in the current grace period; wraps around
 
     // ---- Orders
@@ -82,14 +83,21 @@ struct RsmState {
     };
     using Step = Effects (RsmState::*)(std::int64_t now) noexcept;
 
-    /// A delayed profile waits and nothing else runs.
-    bool isWaiting() const noexcept { return delayedProfilePending && rsmMode == rsm::kNotActive; }
+    /// A delayed profile waits, and there is no order to look at first, be it one that was taken back.
+    bool isWaiting() const noexcept {
+        return delayedProfilePending && rsmMode == rsm::kNotActive && !restartRequested;
+    }
     bool isDelayedStartDue(std::int64_t now) const noexcept { return delayedStartTime <= now; }
     /// In the waiting phase: true when the delayed profile has become the active one, its start having come.
     bool startWhenDue(std::int64_t now) noexcept;
-    void beginPolling() noexcept { pollCount = 0; }
+    void beginPolling() noexcept {
+        pollCount = 0;
+        polling = true;
+    }
     /// The end test: true when force polling ends by it, because it is over or because polls cannot be made.
     bool endWhenOver(bool canPoll, std::int64_t now) noexcept;
+    /// Force polling ends at once, as it does when the thread can go on no more.
+    void breakOff(std::int64_t now) noexcept;
     /// Neither a delayed profile nor a new order is left for the thread.
     bool isDone() const noexcept { return !delayedProfilePending && !restartRequested; }
 
@@ -109,6 +117,11 @@ struct RsmState {
         &RsmState::markLastPoll,   &RsmState::takeOverDueProfile, &RsmState::takeOverDueProfileAfterActivity,
         &RsmState::countPoll};
 
+    enum class State { Idle, Waiting, Grace, GraceWithActivity, Activity, Ending, EndingWithActivity };
+    State state() const noexcept;
+    /// What the table says of its state holds.
+    bool isConsistent() const noexcept;
+
     /// The enterprise would be told the same of both.
     static bool isSameProfile(const RsmState& one, const RsmState& other) noexcept;
 
@@ -116,6 +129,7 @@ struct RsmState {
     std::int32_t wholeMinutes() const noexcept;
 
   private:
+    bool isDueWhilePolling(std::int64_t now) const noexcept;
     std::uint32_t pollsPerMinute() const noexcept;
     /// Polls that the grace period allows.
     double pollLimit() const noexcept;

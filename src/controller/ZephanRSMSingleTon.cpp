@@ -10,7 +10,6 @@
 #include "scheduling/ScheduleRSMHandler.h"
 
 #include <exception>
-#include <initializer_list>
 #include <new>
 
 namespace {
@@ -20,8 +19,11 @@ platform::Immortal<platform::Published<ZephanRSMSingleTon>> published;
 /// A message that comes after the last stop makes a controller once more; it goes with the library,
 /// if it can.
 const platform::ScopeEnd atUnload([] {
-    if (platform::mayWaitAtUnload()) {
-        ZephanRSMSingleTon::dropIdleInstance();
+    const auto present = platform::mayWaitAtUnload() ? published->get() : nullptr;
+    // One that has to do with the agent belongs to a host that ends without a stop, or is wrong to unload. What
+    // the agent needs for its calls may be gone by now.
+    if (present != nullptr && present->getServiceAgent() == nullptr && !present->rsm()->thread().isHeld()) {
+        ZephanRSMSingleTon::destroyInstance();
     }
 });
 
@@ -73,36 +75,24 @@ void ZephanRSMSingleTon::destroyInstance() {
     // Also when the stopping thread is unwound while it waits or logs: one that starts nothing must not stay.
     const platform::ScopeEnd removal([&present] {
         published->withdraw(present);
+        if (ScheduleRSMHandler* const handler = present->getScheduleHandler()) {
+            handler->close();
+        }
         if (present->configHandler_ != nullptr) {
             present->configHandler_->getLogManager().close();
         }
     });
     // What is logged while the thread ends still reaches the log file.
-    present->thread_.stop();
+    present->rsm_->thread().stop();
 }
 
-void ZephanRSMSingleTon::dropIdleInstance() {
-    const Reference present = existing();
-    // One that has to do with the agent belongs to a host that ends without a stop, or is wrong to unload. What
-    // the agent needs for its calls may be gone by now.
-    if (present != nullptr && present->getServiceAgent() == nullptr && !present->thread_.isHeld()) {
-        destroyInstance();
-    }
-}
-
-ZephanRSMSingleTon::ZephanRSMSingleTon()
-    : profile_(std::make_shared<ProfileReport>()), configHandler_(new (std::nothrow) ConfigHandler) {}
+ZephanRSMSingleTon::ZephanRSMSingleTon() : configHandler_(new (std::nothrow) ConfigHandler) {}
 
 ZephanRSMSingleTon::~ZephanRSMSingleTon() = default;
 
 int ZephanRSMSingleTon::creationError() const noexcept {
-    for (const int error :
-         {thread_.creationError(), stateLock_.creationError(), resumeFileLock_.creationError()}) {
-        if (error != 0) {
-            return error;
-        }
-    }
-    return 0;
+    const int error = rsm_->creationError();
+    return error != 0 ? error : resumeFileLock_.creationError();
 }
 
 bool ZephanRSMSingleTon::createScheduleHandler(const char* scheduleFilePath) {
@@ -111,29 +101,23 @@ bool ZephanRSMSingleTon::createScheduleHandler(const char* scheduleFilePath) {
     }
     try {
         auto handler = std::make_unique<ScheduleRSMHandler>(scheduleFilePath);
-        const platform::Lock lock(stateLock_);
-        if (scheduleHandler_ != nullptr) {
+        ScheduleRSMHandler* none = nullptr;
+        if (!scheduleHandler_.compare_exchange_strong(none, handler.get())) {
             return false;
         }
         ownedScheduleHandler_ = std::move(handler);
-        scheduleHandler_ = ownedScheduleHandler_.get();
         return true;
     } catch (const std::bad_alloc&) {
         return false;  // no handler: the callers report that
     }
 }
 
-RsmState ZephanRSMSingleTon::state() const {
-    const platform::Lock lock(stateLock_);
-    return state_;
-}
-
 void ZephanRSMSingleTon::setGracePeriod(double minutes) {
-    changeState([&](RsmState& state, std::int64_t /*now*/) { state.gracePeriod = minutes; });
+    rsm_->look([&](RsmState& state, std::int64_t /*now*/) { state.gracePeriod = minutes; });
 }
 
 void ZephanRSMSingleTon::setPollingRate(std::int32_t seconds) {
-    changeState([&](RsmState& state, std::int64_t /*now*/) { state.pollingRate = seconds; });
+    rsm_->look([&](RsmState& state, std::int64_t /*now*/) { state.pollingRate = seconds; });
 }
 
 std::string ZephanRSMSingleTon::getResumeFilePath() const {
@@ -147,26 +131,5 @@ void ZephanRSMSingleTon::setResumeFilePath(const std::string& path) {
         std::string place = platform::absolutePath(path);
         resumeFilePath_ = path;
         resumePlace_ = std::move(place);
-    }
-}
-
-ZephanRSMSingleTon::Report ZephanRSMSingleTon::beginReport() {
-    const platform::Lock lock(stateLock_);
-    newestReport_ = state_;
-    return {profile_, state_, ++reportsBegun_};
-}
-
-bool ZephanRSMSingleTon::isOutdated(const Report& report) const {
-    const platform::Lock lock(stateLock_);
-    return report.number != reportsBegun_ && !RsmState::isSameProfile(report.state, newestReport_);
-}
-
-void ZephanRSMSingleTon::UpdateProperty() {
-    for (int sent = 0; sent < kMostReports; ++sent) {
-        const Report report = beginReport();
-        report.profile->send(report.state);
-        if (!isOutdated(report)) {
-            break;
-        }
     }
 }

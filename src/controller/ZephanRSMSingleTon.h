@@ -1,10 +1,7 @@
 #pragma once
 
-#include "controller/PollingThread.h"
-#include "controller/ProfileReport.h"
-#include "controller/RsmState.h"
-#include "platform/Lock.h"
-#include "scheduling/GmtClock.h"
+#include "controller/SharedRsm.h"
+#include "platform/Mutex.h"
 
 #include <atomic>
 #include <cstdint>
@@ -19,13 +16,20 @@ namespace KRX::Messaging {
 class SerializableString;
 }
 
-/// The RSM controller, of which there is one: shares the RSM state among the threads, runs the force-polling
-/// thread, changes state on behalf of all callers, reports the profile to the enterprise and keeps the
-/// resume state file.
+/// An order to poll, as its giver may put it together with what else belongs to it.
+struct RsmOrder {
+    std::int32_t pollingRate = 0;  ///< seconds
+    std::int32_t minutes = 0;      ///< of polling, or, with a start, of the activity grace period
+    std::int64_t start = 0;        ///< GMT clock values; 0: at once
+    std::int64_t end = 0;
+};
+
+/// The RSM controller, of which there is one: runs the force-polling thread, changes the RSM state on behalf
+/// of all callers, reports the profile to the enterprise and keeps the resume state file.
 ///
 /// Threads: all operations may be called from any thread by whoever holds a reference; the controller goes
 /// with its last one. No lock is held while the host or the agent is called, but for `createThread`, which
-/// lets one caller at a time start the thread or report that there is one.
+/// lets one caller at a time start the thread.
 class ZephanRSMSingleTon final {
   public:
     using Reference = std::shared_ptr<ZephanRSMSingleTon>;
@@ -43,16 +47,14 @@ class ZephanRSMSingleTon final {
     /// takes the controller away from newcomers. What it owns goes with its last user.
     static void destroyInstance();
     /// A stop of this controller has begun.
-    bool isStopping() const { return thread_.isClosing(); }
-    /// Takes a controller away that holds nothing of the agent's. For the unloading of the library.
-    static void dropIdleInstance();
+    bool isStopping() const { return rsm_->thread().isClosing(); }
 
     /// Keeps the host's service agent (not owned) unless one is held. A null agent changes nothing.
     void setServiceAgent(KRX::ServiceAgentNS::ServiceAgent* serviceAgent) {
-        profile_->setServiceAgent(serviceAgent);
+        rsm_->profile().setServiceAgent(serviceAgent);
     }
     KRX::ServiceAgentNS::ServiceAgent* getServiceAgent() const noexcept {
-        return profile_->getServiceAgent();
+        return rsm_->profile().getServiceAgent();
     }
     /// Makes the schedule handler unless there is one or the path is null; true when it was made by this
     /// call, whose caller then lets it report.
@@ -60,6 +62,8 @@ class ZephanRSMSingleTon final {
     ScheduleRSMHandler* getScheduleHandler() const noexcept { return scheduleHandler_; }
     /// Null only when its memory could not be had.
     ConfigHandler* getConfigHandler() const noexcept { return configHandler_.get(); }
+    /// What the threads share, for one that keeps no controller while it reports.
+    const std::shared_ptr<SharedRsm>& rsm() const noexcept { return rsm_; }
 
     std::int32_t getRSMMode() const { return state().rsmMode; }
     void setGracePeriod(double minutes);
@@ -83,27 +87,15 @@ class ZephanRSMSingleTon final {
                                        std::int32_t activityGraceMinutes);
     /// Tells that remote activity begins or has ended. Blocks while the enterprise is told that it begins.
     void setRemoteActivity(bool active);
+    /// The two halves of an order. The first one changes the state, calls nothing else and waits for nothing.
+    void take(const RsmOrder& order);
+    /// The second one, with no lock held: lines, thread, report. As `ForcePoll` or `scheduleDelayedProfile`.
+    std::int8_t carryOut(const RsmOrder& order);
     /// Starts the polling thread, or reports the profile when there is one. 0 when one runs, else -1.
     std::int8_t createThread();
 
-    // ---- Profile
-    /// Sends the RSM profile to the enterprise; blocks until it answers. Reports that overlap may reach it in
-    /// any order, so one that is answered after another, different one was begun is followed by one more: the
-    /// enterprise ends with what is true.
-    void UpdateProperty();
-    /// Reports that one call sends at the most; an agent whose reports cause changes would keep it for ever.
-    static constexpr int kMostReports = 4;
-
-    /// A report under way, for a sender that keeps no controller while it sends.
-    struct Report {
-        std::shared_ptr<ProfileReport> profile;
-        RsmState state;
-        std::uint64_t number = 0;
-    };
-    /// A report of the state as it is now, to be sent through its `profile`.
-    Report beginReport();
-    /// A different report was begun since this one.
-    bool isOutdated(const Report& report) const;
+    /// Sends the RSM profile to the enterprise; blocks until it answers, unless another thread is sending.
+    void UpdateProperty() { rsm_->report(); }
 
     // ---- Resume state file (ResumeState.cpp)
     /// Writes the resume state file anew. Null, or the line to be logged at `level::kForce` if it failed.
@@ -120,29 +112,16 @@ class ZephanRSMSingleTon final {
     void resumeSavedRSM(const SavedRsm& saved);
 
   private:
-    friend class ForcePollingTask;
-
     ZephanRSMSingleTon();
     int creationError() const noexcept;
-    RsmState state() const;
-    /// Looks at or changes the state under its lock: `change(state, now)`, which calls nothing else.
-    template <typename Change>
-    auto changeState(Change&& change) {
-        const std::int64_t now = scheduling::gmtNow();
-        const platform::Lock lock(stateLock_);
-        return std::forward<Change>(change)(state_, now);
+    RsmState state() const {
+        return rsm_->look([](const RsmState& state, std::int64_t /*now*/) { return state; });
     }
 
-    mutable platform::Mutex stateLock_;  ///< of the three below; only the thread's own lock is taken under it
-    RsmState state_;
-    std::uint64_t reportsBegun_ = 0;
-    RsmState newestReport_;  ///< what the last one that was begun tells
-
-    mutable platform::Mutex resumeFileLock_;    ///< of path and file; no agent is called under it
-    std::string resumeFilePath_, resumePlace_;  ///< of the last save or read; where that led at first
-
-    PollingThread thread_;
-    std::shared_ptr<ProfileReport> profile_;
+    const std::shared_ptr<SharedRsm> rsm_ = std::make_shared<SharedRsm>();
+    mutable platform::Mutex resumeFileLock_;  ///< of path and file; no agent is called under it
+    std::string resumeFilePath_ GUARDED_BY(resumeFileLock_);  ///< of the last save or read
+    std::string resumePlace_ GUARDED_BY(resumeFileLock_);     ///< where that led at first
     std::unique_ptr<ConfigHandler> configHandler_;
     std::unique_ptr<ScheduleRSMHandler> ownedScheduleHandler_;
     std::atomic<ScheduleRSMHandler*> scheduleHandler_{nullptr};

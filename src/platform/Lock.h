@@ -6,9 +6,9 @@ namespace platform {
 
 /// Holds a mutex for its scope. One that its owner left behind is taken over, so what the mutex guards must
 /// be usable after any of its changes.
-class Lock final {
+class SCOPED_CAPABILITY Lock final {
   public:
-    explicit Lock(Mutex& mutex) noexcept : mutex_(mutex) {
+    explicit Lock(Mutex& mutex) noexcept ACQUIRES(mutex) UNCHECKED : mutex_(mutex) {
         Mutex::Wait outcome = mutex.wait();
         while (outcome == Mutex::Wait::Abandoned) {
             outcome = mutex.wait();
@@ -17,7 +17,7 @@ class Lock final {
     }
     Lock(const Lock&) = delete;
     Lock& operator=(const Lock&) = delete;
-    ~Lock() {
+    ~Lock() RELEASES() UNCHECKED {
         if (held_) {
             mutex_.release();
         }

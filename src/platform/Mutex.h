@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/ThreadSafety.h"
+
 #include <array>
 #include <chrono>
 #include <cstddef>
@@ -8,7 +10,7 @@ namespace platform {
 
 /// An operating-system mutex that admits again the thread which holds it and tells when its previous owner
 /// ended without releasing it. It takes no memory and is no point at which a thread is ended. Any thread.
-class Mutex final {
+class CAPABILITY("mutex") Mutex final {
   public:
     enum class Wait {
         Obtained,

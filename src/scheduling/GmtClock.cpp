@@ -35,13 +35,8 @@ std::int64_t stringToTime(const char* date, const char* time) noexcept {
 }
 
 GmtFields gmtFields(std::int64_t gmtClockValue) noexcept {
-    const std::tm fields = platform::utcFields(gmtClockValue);
-    return {fields.tm_year + kTmYearOrigin,
-            fields.tm_mon + 1,
-            fields.tm_mday,
-            fields.tm_hour,
-            fields.tm_min,
-            fields.tm_sec};
+    const std::tm at = platform::utcFields(gmtClockValue);
+    return {at.tm_year + kTmYearOrigin, at.tm_mon + 1, at.tm_mday, at.tm_hour, at.tm_min, at.tm_sec};
 }
 
 std::array<char, 40> calendarText(std::int64_t gmtClockValue) noexcept {

@@ -1,5 +1,6 @@
 // The "ScheduleRSM" command: what it takes, how it is checked, what it answers.
 #include "ZephanRSMLogger.h"
+#include "controller/ZephanRSMSingleTon.h"
 #include "platform/Number.h"
 #include "platform/agent/Logging.h"
 #include "scheduling/GmtClock.h"
@@ -137,18 +138,18 @@ bool ScheduleRSMHandler::isValidTime(const char* time) noexcept {
 
 std::int32_t ScheduleRSMHandler::executeScheduleCommand(const PropList* input, PropList** response,
                                                         ZephanRSMSingleTon& controller) {
-    Schedule ordered = schedule();
+    Schedule ordered;
     const Rejected rejected = takeIn(input, ordered);
     if (std::find(rejected.begin(), rejected.end(), true) != rejected.end()) {
-        keep(ordered);
+        keepRejected(ordered);
         giveRejections(rejected, response);
         return kFailed;
     }
     // For all of the order: while it is stored the second may end, and with it the first of its minutes.
     const std::int64_t now = scheduling::gmtNow();
     computePeriod(ordered, now);
-    store(ordered);
     if (!ordered.isCurrent(now)) {
+        store(ordered, nullptr, controller);
         giveAnswer(
             response,
             std::array<AnswerEntry, 2>{
@@ -156,7 +157,9 @@ std::int32_t ScheduleRSMHandler::executeScheduleCommand(const PropList* input, P
                  {"RSMStartDate", "RSM is scheduled for elapsed date. Please check the date entered."}}});
         return kFailed;
     }
-    handOver(ordered, now, controller);
+    const RsmOrder order = orderOf(ordered, now);
+    store(ordered, &order, controller);
+    controller.carryOut(order);
     std::array<char, scheduling::kValueSize + 4> gmtStartTime{};
     std::snprintf(gmtStartTime.data(), gmtStartTime.size(), "%s GMT", ordered.startTime);
     giveAnswer(response, std::array<AnswerEntry, 5>{{{"CommandResult", "Pass"},

@@ -2,7 +2,6 @@
 
 #include "controller/ZephanRSMSingleTon.h"
 #include "platform/Console.h"
-#include "platform/Lock.h"
 #include "platform/Number.h"
 #include "platform/agent/Logging.h"
 #include "scheduling/GmtClock.h"
@@ -48,97 +47,100 @@ ScheduleRSMHandler::Load ScheduleRSMHandler::load() {
 }
 
 void ScheduleRSMHandler::reportLoad() const {
-    switch (loaded_) {
-        case Load::Done:
-            break;
-        case Load::NoMemory:
-            KRXLog(level::kForce, "new Failed in ScheduleRSMHandler of ScheduleRSMHandler. \n");
-            break;
-        case Load::NotReadable:
-            KRXLog(level::kForce, "\n Unable to read the schedule in file = %s", filePath_.c_str());
-            break;
-        case Load::NotInFormat:
-            platform::echo(filePath_.c_str());
-            platform::echo(" file is not in correct format.");
-            break;
+    if (loaded_ == Load::NoMemory) {
+        KRXLog(level::kForce, "new Failed in ScheduleRSMHandler of ScheduleRSMHandler. \n");
+    } else if (loaded_ == Load::NotReadable) {
+        KRXLog(level::kForce, "\n Unable to read the schedule in file = %s", filePath_.c_str());
+    } else if (loaded_ == Load::NotInFormat) {
+        platform::echo(filePath_.c_str());
+        platform::echo(" file is not in correct format.");
     }
 }
 
-scheduling::Schedule ScheduleRSMHandler::schedule() const {
+bool ScheduleRSMHandler::isScheduleCurrent() const {
     const platform::Lock lock(lock_);
-    return schedule_;
+    return schedule_.isCurrent(scheduling::gmtNow());
 }
 
-bool ScheduleRSMHandler::isScheduleCurrent() const {
-    return schedule().isCurrent(scheduling::gmtNow());
+RsmOrder ScheduleRSMHandler::orderOf(const scheduling::Schedule& schedule, std::int64_t now) {
+    const std::int32_t rate = platform::readNumber(schedule.pollingRateText);
+    if (schedule.startTimeValue > now) {
+        return {rate, platform::readNumber(schedule.gracePeriodText), schedule.startTimeValue,
+                schedule.endTimeValue};
+    }
+    const std::int64_t minutesLeft = (schedule.endTimeValue - now) / scheduling::kSecondsPerMinute;
+    return {rate, static_cast<std::int32_t>(
+                      std::min<std::int64_t>(minutesLeft, std::numeric_limits<std::int32_t>::max()))};
 }
 
 void ScheduleRSMHandler::scheduleRSM(ZephanRSMSingleTon& controller) const {
-    handOver(schedule(), scheduling::gmtNow(), controller);
-}
-
-void ScheduleRSMHandler::handOver(const scheduling::Schedule& schedule, std::int64_t now,
-                                  ZephanRSMSingleTon& controller) {
-    const std::int32_t rate = platform::readNumber(schedule.pollingRateText);
-    if (rate < 1) {
+    RsmOrder order;
+    {
+        // As one step, as orders are: the one that comes last is the last everywhere.
+        const platform::Lock lock(lock_);
+        order = orderOf(schedule_, scheduling::gmtNow());
+        if (order.pollingRate >= 1) {
+            controller.take(order);
+        }
+    }
+    if (order.pollingRate < 1) {
         KRXLog(
             level::kError,
             "Failed to schedule RSM ScheduleRSMHandler::scheduleRSM(). As polling rate is not greater than 0. ... \n");
         return;
     }
-    if (schedule.startTimeValue > now) {
-        controller.scheduleDelayedProfile(rate, schedule.startTimeValue, schedule.endTimeValue,
-                                          platform::readNumber(schedule.gracePeriodText));
-        return;
-    }
-    const std::int64_t minutesLeft = (schedule.endTimeValue - now) / scheduling::kSecondsPerMinute;
-    std::uint32_t pollInterval = 0;
-    controller.ForcePoll(static_cast<std::int32_t>(
-                             std::min<std::int64_t>(minutesLeft, std::numeric_limits<std::int32_t>::max())),
-                         rate, pollInterval);
+    controller.carryOut(order);
 }
 
-bool ScheduleRSMHandler::isFileOpen() const {
+void ScheduleRSMHandler::keepRejected(scheduling::Schedule rejected) {
     const platform::Lock lock(lock_);
-    return scheduleFile_.isOpen();
+    rejected.startTimeValue = schedule_.startTimeValue;
+    rejected.endTimeValue = schedule_.endTimeValue;
+    schedule_ = rejected;
 }
 
-void ScheduleRSMHandler::keep(const scheduling::Schedule& schedule) {
-    const platform::Lock lock(lock_);
-    schedule_ = schedule;
-}
-
-bool ScheduleRSMHandler::keep(const scheduling::Schedule& schedule,
-                              const scheduling::Schedule::Record& record) {
-    const platform::Lock lock(lock_);
-    schedule_ = schedule;
+bool ScheduleRSMHandler::write(const scheduling::Schedule::Record& record) {
     if (!scheduleFile_.isOpen() || !scheduleFile_.overwriteStart(record.data())) {
         return false;
     }
     hasUnreadRecord_ = false;
-    return scheduleFile_.sync();
+    const bool synced = scheduleFile_.sync();
+    platform::syncName(place_);
+    return synced;
 }
 
-void ScheduleRSMHandler::store(const scheduling::Schedule& schedule) {
+void ScheduleRSMHandler::store(const scheduling::Schedule& schedule, const RsmOrder* order,
+                               ZephanRSMSingleTon& controller) {
     const scheduling::Schedule::Record record = schedule.record();
-    if (isFileOpen()) {
+    bool written = false;
+    {
+        const platform::Lock lock(lock_);
+        written = scheduleFile_.isOpen();
+    }
+    if (written) {
         KRXLog(level::kForce, "\n GOING TO PUT IN A FILE = %s", record.data());
     }
-    if (keep(schedule, record)) {
-        platform::syncName(place_);
-    } else {
+    {
+        // As one step: of two orders the last one is the last everywhere, and the clean-up sees all of one or nothing.
+        const platform::Lock lock(lock_);
+        schedule_ = schedule;
+        written = write(record);
+        if (order != nullptr) {
+            controller.take(*order);
+        }
+    }
+    if (!written) {
         KRXLog(level::kForce, "\n Unable to put the schedule in file = %s", filePath_.c_str());
     }
 }
 
 void ScheduleRSMHandler::performCleanUp(const ZephanRSMSingleTon& controller) {
-    const bool isOver = controller.getDelayedEndTime() < scheduling::gmtNow();
     const platform::Lock lock(lock_);
     if (!scheduleFile_.isOpen()) {
         return;
     }
     scheduleFile_.close();
-    if (isOver && !hasUnreadRecord_) {
+    if (controller.getDelayedEndTime() < scheduling::gmtNow() && !hasUnreadRecord_) {
         platform::removeFile(place_);
     }
 }

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/File.h"
-#include "platform/Mutex.h"
+#include "platform/Lock.h"
 #include "scheduling/Schedule.h"
 
 #include <cstdint>
@@ -9,10 +9,11 @@
 
 class ZephanRSMSingleTon;
 struct PropList;
+struct RsmOrder;
 
 /// Keeps the current RSM schedule in its fields and in the schedule file, takes in the "ScheduleRSM" command
-/// and hands a stored schedule to the controller that owns it, which the caller names. Any thread; its lock
-/// stands around fields and file only and is never held while the controller or the agent is called.
+/// and hands a stored schedule to the controller that owns it, which the caller names. Any thread. Fields,
+/// file and the controller's RSM state change as one step under the lock, with which no agent is called.
 class ScheduleRSMHandler final {
   public:
     /// Opens the schedule file, creating it when missing, and loads the record it holds. Without a file the
@@ -38,6 +39,13 @@ class ScheduleRSMHandler final {
     /// A file whose record could not be read stays, since nobody knows what was ordered.
     void performCleanUp(const ZephanRSMSingleTon& controller);
 
+    /// Stores nothing any more: the next start's handler has the file, and must not find it changed by an order
+    /// that comes too late.
+    void close() {
+        const platform::Lock lock(lock_);
+        scheduleFile_.close();
+    }
+
     std::string getFilePath() const { return filePath_; }
     void setFilePath(const std::string& path) {
         filePath_ = path;
@@ -55,19 +63,19 @@ class ScheduleRSMHandler final {
     enum class Load { Done, NoMemory, NotReadable, NotInFormat };
 
     Load load();
-    scheduling::Schedule schedule() const;
-    bool isFileOpen() const;
-    /// Puts a schedule into the fields; with its record, into the file, too: false when it is not there.
-    void keep(const scheduling::Schedule& schedule);
-    bool keep(const scheduling::Schedule& schedule, const scheduling::Schedule::Record& record);
-    void store(const scheduling::Schedule& schedule);
-    static void handOver(const scheduling::Schedule& schedule, std::int64_t now,
-                         ZephanRSMSingleTon& controller);
+    /// What the controller is ordered by a schedule that has not ended.
+    static RsmOrder orderOf(const scheduling::Schedule& schedule, std::int64_t now);
+    /// Puts a schedule into the fields, into the file, and, with an order, into the controller's state.
+    void store(const scheduling::Schedule& schedule, const RsmOrder* order, ZephanRSMSingleTon& controller);
+    bool write(const scheduling::Schedule::Record& record) REQUIRES(lock_);
+    /// Puts the texts of a rejected command into the fields.
+    void keepRejected(scheduling::Schedule rejected);
 
     mutable platform::Mutex lock_;
-    scheduling::Schedule schedule_;
-    platform::File scheduleFile_;   ///< held open until the clean-up
-    bool hasUnreadRecord_ = false;  ///< in the file, what may be a record and was not read whole
+    scheduling::Schedule schedule_ GUARDED_BY(lock_);
+    platform::File scheduleFile_ GUARDED_BY(lock_);  ///< held open until the clean-up
+    bool hasUnreadRecord_ GUARDED_BY(lock_) =
+        false;  ///< in the file, what may be a record and was not read whole
     Load loaded_ = Load::Done;
     std::string filePath_;
     std::string place_;  ///< where that led at the start; the host may change its directory

@@ -41,15 +41,22 @@ constexpr int kSpeed = 100;  // of all that the agent lets pass: a second takes 
 class Agent final : public agent::Observer, public agent::Enterprise {
   public:
     void onLog(int level, std::string_view text) override {
-        const std::lock_guard lock(mutex_);
+        std::unique_lock lock(mutex_);
         lines_ += std::to_string(level) + " " + std::string(text) + "|";
-        if (atLine_) {
-            atLine_(text);
+        const auto action = atLine_;
+        lock.unlock();
+        if (action) {
+            action(text);
         }
     }
     void onForcePoll() override {
         count(polls_);
         throwIfToldTo();
+    }
+    void onThreadStart(const std::string& /*name*/, std::int8_t /*result*/) override {
+        if (atStart_) {
+            atStart_();
+        }
     }
     void onThreadDestroyed(const std::string& /*name*/) override { throwIfToldTo(); }
     void onSleep(unsigned int /*milliseconds*/) override { count(sleeps_); }
@@ -63,6 +70,8 @@ class Agent final : public agent::Observer, public agent::Enterprise {
         }
         lock.lock();
         mode_ = record.at(0).second.value();
+        delayedRate_ = record.at(6).second.value();
+        rate_ = record.at(4).second.value();
         changed_.notify_all();
         return 0;
     }
@@ -76,6 +85,11 @@ class Agent final : public agent::Observer, public agent::Enterprise {
         std::unique_lock lock(mutex_);
         return changed_.wait_for(lock, 30s, [&] { return mode_ == mode; });
     }
+    /// It has heard of this rate last, and of this one of a delayed profile.
+    bool waitForRates(const std::string& rate, const std::string& delayedRate) {
+        std::unique_lock lock(mutex_);
+        return changed_.wait_for(lock, 30s, [&] { return rate_ == rate && delayedRate_ == delayedRate; });
+    }
     bool waitForPolls(int more) { return waitFor(polls_, more); }
     bool waitForSleeps(int altogether) {
         std::unique_lock lock(mutex_);
@@ -88,6 +102,7 @@ class Agent final : public agent::Observer, public agent::Enterprise {
         const std::lock_guard lock(mutex_);
         atLine_ = std::move(action);
     }
+    void setAtStart(std::function<void()> action) { atStart_ = std::move(action); }
     void setAtRecord(std::function<void()> action) {
         const std::lock_guard lock(mutex_);
         atRecord_ = std::move(action);
@@ -114,8 +129,9 @@ class Agent final : public agent::Observer, public agent::Enterprise {
     std::condition_variable changed_;
     std::function<void(std::string_view)> atLine_;
     std::function<void()> atRecord_;
+    std::function<void()> atStart_;
     std::string lines_;
-    std::string mode_;
+    std::string mode_, rate_, delayedRate_;
     int polls_ = 0;
     int sleeps_ = 0;
     std::atomic<bool> throws_ = false;
@@ -149,6 +165,14 @@ class HostThreads : public testing::Test {
             ASSERT_EQ(families_.start(family), 0);
         }
         service_ = families_.createService();
+    }
+    int schedule(const std::string& rate) {
+        std::string texts[] = {"RSMStartDate", "2999:01:01", "RSMStartTime", "10:00:00", "PollingRate", rate};
+        Prop properties[] = {{texts[0].data(), nullptr, nullptr, texts[1].data()},
+                             {texts[2].data(), nullptr, nullptr, texts[3].data()},
+                             {texts[4].data(), nullptr, nullptr, texts[5].data()}};
+        const PropList list{properties, 3};
+        return library_.ZPXRSMDSExectue(nullptr, nullptr, "ScheduleRSM", &list, nullptr);
     }
     int connect(const char* rate = "60") { return Families::connect(service_, "10", rate); }
     void stop() {
@@ -190,7 +214,7 @@ TEST_F(HostThreads, OneThatIsUnwoundInAReportLeavesNothingHeld) {
     stop();
 }
 
-TEST_F(HostThreads, OneThatIsEndedInAReportLeavesItsMutexWhichIsTold) {
+TEST_F(HostThreads, OneThatIsEndedInAReportOrAStartKeepsNobodyBack) {
     if (kSanitized) {
         GTEST_SKIP() << "a sanitizer has to know of the end of each thread";
     }
@@ -198,9 +222,87 @@ TEST_F(HostThreads, OneThatIsEndedInAReportLeavesItsMutexWhichIsTold) {
     EXPECT_EQ(connect(), 0);
     endIn(
         agent_, [&] { connect(); }, [] { ::syscall(SYS_exit, 0); });
+    EXPECT_EQ(connect("50"), 0);
+    EXPECT_TRUE(agent_.waitForRates("50", "0")) << "which takes the dead one's role over";
+    EXPECT_EQ(families_.stop(Families::logger), 0);
+    std::filesystem::remove(workspace_.path("state/resume.xml"));
+    for (const int family : {Families::dataSource, Families::rsm}) {
+        EXPECT_EQ(families_.start(family), 0);
+    }
+    agent_.setAtStart([] { ::syscall(SYS_exit, 0); });
+    std::thread([&] { connect(); }).join();
+    agent_.setAtStart(nullptr);
     EXPECT_EQ(connect(), -1);
     EXPECT_TRUE(agent_.hasLogged("50 \n The thread got ownership of an abandoned logging mutex.|"));
     EXPECT_EQ(connect(), 0);
+    stop();
+}
+
+/// What another thread does, whole, in the middle of something.
+void onAnotherThread(const std::function<void()>& action) {
+    std::thread(action).join();
+}
+
+TEST_F(HostThreads, AnOrderIsNotDeletedByAStopBesideIt) {
+    start();
+    agent_.setAtLine([&](std::string_view line) {
+        if (line.find("SCHEDULING RSM FOR") != std::string_view::npos) {
+            onAnotherThread([&] { EXPECT_EQ(families_.stop(Families::rsm), 0); });
+        }
+    });
+    EXPECT_EQ(schedule("30"), 0);
+    agent_.setAtLine(nullptr);
+    EXPECT_NE(workspace_.read("state/schedule.xml").find("<PollingRate>30<"), std::string::npos);
+    stop();
+}
+
+TEST_F(HostThreads, OfTwoOrdersTheLastIsTheLastEverywhere) {
+    start();
+    std::atomic<bool> second = false;
+    agent_.setAtLine([&](std::string_view line) {
+        if (line.find("SCHEDULING RSM FOR") != std::string_view::npos && !second.exchange(true)) {
+            onAnotherThread([&] { EXPECT_EQ(schedule("40"), 0); });
+        }
+    });
+    EXPECT_EQ(schedule("30"), 0);
+    agent_.setAtLine(nullptr);
+    EXPECT_NE(workspace_.read("state/schedule.xml").find("<PollingRate>40<"), std::string::npos);
+    EXPECT_TRUE(agent_.waitForRates("0", "40"));
+    stop();
+}
+
+// Five orders of another thread overtake each record of this one.
+TEST_F(HostThreads, TheEnterpriseEndsWithWhatIsTrueHoweverOftenItsReporterIsOvertaken) {
+    start();
+    EXPECT_EQ(connect("1"), 0);
+    EXPECT_TRUE(agent_.waitForPolls(1));
+    int rate = 10;
+    agent_.setAtRecord([&, slow = std::this_thread::get_id()] {
+        if (std::this_thread::get_id() == slow) {
+            for (int i = 0; i < 5; ++i) {
+                onAnotherThread([&] { EXPECT_EQ(schedule(std::to_string(++rate)), 0); });
+            }
+        }
+    });
+    EXPECT_EQ(connect("1"), 0);
+    EXPECT_TRUE(agent_.waitForRates("1", std::to_string(rate)));
+    agent_.setAtRecord(nullptr);
+    stop();
+}
+
+// An agent whose link takes up what the enterprise orders while a record is on its way.
+TEST_F(HostThreads, AnOrderOnTheThreadThatSendingWaitsForWaitsForNobody) {
+    start();
+    EXPECT_EQ(connect("1"), 0);
+    EXPECT_TRUE(agent_.waitForPolls(1));
+    std::atomic<bool> ordered = false;
+    agent_.setAtRecord([&] {
+        if (!ordered.exchange(true)) {
+            onAnotherThread([&] { EXPECT_EQ(connect("2"), 0); });
+        }
+    });
+    EXPECT_EQ(connect("1"), 0);
+    EXPECT_TRUE(agent_.waitForRates("2", "0"));
     stop();
 }
 

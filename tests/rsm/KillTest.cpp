@@ -8,6 +8,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <random>
+#include <thread>
 
 #include <gtest/gtest.h>
 #include <sys/wait.h>
@@ -41,6 +42,11 @@ class Agent final : public agent::Observer, public agent::Enterprise {
         tell({Message::starting});
         families.start(Families::dataSource);
         families.start(Families::rsm);
+        // The resumed thread may be telling what came before the schedule, and goes on to tell that, too.
+        const auto until = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+        while (!first && scheduled_ == 0 && std::chrono::steady_clock::now() < until) {
+            std::this_thread::yield();
+        }
         tell({Message::pickedUp, scheduled_, minutes_, threads_});
         families.start(Families::webService);
         if (first) {
@@ -73,10 +79,7 @@ class Agent final : public agent::Observer, public agent::Enterprise {
     std::int8_t receive(const std::string& /*member*/, const agent::NamedValues& record) override {
         const auto value = [&](std::size_t i) { return record.at(i).second.value(); };
         minutes_ = value(0) == "FORCE_POLL_GRACE" && value(4) == kRunningRate ? std::stoi(value(3)) : -1;
-        // The report of the resumed thread may arrive behind the one of the schedule, not knowing it yet.
-        if (const int rate = std::stoi(value(6)); rate != 0) {
-            scheduled_ = rate;
-        }
+        scheduled_ = std::stoi(value(6));
         return 0;
     }
 

@@ -43,45 +43,42 @@ class PollingThreadTest : public testing::Test {
         std::promise<void> end;
         static int run(void* life) {
             auto& own = *static_cast<Life*>(life);
-            own.number.set_value(PollingThread::enter(life));
+            own.number.set_value(PollingThread::enter());
             own.end.get_future().wait();
             return 0;
         }
     };
 
-    std::int8_t create(void* argument, KRXThreadEntry entry = &Life::run) {
-        return thread_.createThread(entry, argument, [this] { ++alreadyThere_; });
+    using Creation = PollingThread::Creation;
+    Creation create(void* argument, KRXThreadEntry entry = &Life::run) {
+        return thread_.createThread(entry, argument);
     }
 
     Watcher watcher_;
     agent::FreeRuntime runtime_{100};  // the three seconds of a stop are 30 ms
     agent::AgentHost host_{{&watcher_, nullptr, &runtime_}};
-    PollingThread thread_;
-    int alreadyThere_ = 0;
+    platform::Mutex lock_;
+    PollingThread thread_{lock_};
 };
 
 TEST_F(PollingThreadTest, SeesOrdersUntilItLeaves) {
     Life life;
     EXPECT_FALSE(thread_.isHeld() || thread_.seesOrders());
-    EXPECT_EQ(create(&life), 0);
+    EXPECT_EQ(create(&life), Creation::Started);
     const PollingThread::Number number = life.number.get_future().get();
     EXPECT_TRUE(number != 0 && thread_.has(number) && !thread_.has(number + 1) && !thread_.has(0));
     EXPECT_TRUE(thread_.isHeld() && thread_.seesOrders());
-    EXPECT_EQ(create(&life), 0) << "and no second one";
-    EXPECT_EQ(alreadyThere_, 1);
+    EXPECT_EQ(create(&life), Creation::AlreadyThere);
     EXPECT_EQ(watcher_.all, "50 \n createThread --- Thread was already created.|");
     thread_.setLeaving(number + 1);
-    thread_.setEnded(number + 1);
     EXPECT_TRUE(thread_.seesOrders());
     thread_.setLeaving(number);
     EXPECT_TRUE(thread_.isHeld() && !thread_.seesOrders());
     life.end.set_value();
     Life next;
-    EXPECT_EQ(create(&next), 0) << "the one that leaves is replaced";
+    EXPECT_EQ(create(&next), Creation::Started) << "the one that leaves is replaced";
     const PollingThread::Number second = next.number.get_future().get();
     EXPECT_TRUE(second > number && thread_.has(second) && !thread_.has(number) && thread_.seesOrders());
-    thread_.setEnded(second);
-    EXPECT_FALSE(thread_.seesOrders());
     next.end.set_value();
     thread_.stop();
     EXPECT_FALSE(thread_.isHeld() || thread_.has(second));
@@ -90,7 +87,8 @@ TEST_F(PollingThreadTest, SeesOrdersUntilItLeaves) {
 }
 
 TEST_F(PollingThreadTest, AFinishedOneIsReleased) {
-    EXPECT_EQ(create(this, [](void* argument) { return PollingThread::enter(argument) == 0 ? 1 : 0; }), 0);
+    EXPECT_EQ(create(this, [](void* /*argument*/) { return PollingThread::enter() == 0 ? 1 : 0; }),
+              Creation::Started);
     for (const auto until = std::chrono::steady_clock::now() + 30s;
          thread_.isHeld() && std::chrono::steady_clock::now() < until;) {
         thread_.releaseFinished();
@@ -101,11 +99,11 @@ TEST_F(PollingThreadTest, AFinishedOneIsReleased) {
 }
 
 TEST_F(PollingThreadTest, AFinishedOneIsReplaced) {
-    EXPECT_EQ(create(this, [](void* argument) { return PollingThread::enter(argument) == 0 ? 1 : 0; }), 0);
+    EXPECT_EQ(create(this, [](void* /*argument*/) { return PollingThread::enter() == 0 ? 1 : 0; }),
+              Creation::Started);
     EXPECT_TRUE(host_.endThreads());
     Life life;
-    EXPECT_EQ(create(&life), 0);
-    ASSERT_EQ(alreadyThere_, 0);
+    ASSERT_EQ(create(&life), Creation::Started);
     EXPECT_TRUE(thread_.has(life.number.get_future().get()));
     life.end.set_value();
     thread_.stop();
@@ -113,7 +111,7 @@ TEST_F(PollingThreadTest, AFinishedOneIsReplaced) {
 
 TEST_F(PollingThreadTest, AStopWithoutAnEndDropsIt) {
     Life life;
-    EXPECT_EQ(create(&life), 0);
+    EXPECT_EQ(create(&life), Creation::Started);
     const PollingThread::Number number = life.number.get_future().get();
     EXPECT_FALSE(thread_.isClosing());
     thread_.stop();
@@ -121,7 +119,7 @@ TEST_F(PollingThreadTest, AStopWithoutAnEndDropsIt) {
     EXPECT_EQ(watcher_.all, "250 \n Force Polling Thread FORCEFULLY shutdown complete.|");
     watcher_.all.clear();
     Life next;
-    EXPECT_EQ(create(&next), -1);
+    EXPECT_EQ(create(&next), Creation::Stopping);
     EXPECT_EQ(watcher_.all, kNotStarted);
     life.end.set_value();
     EXPECT_TRUE(host_.endThreads());
@@ -136,7 +134,7 @@ TEST_F(PollingThreadTest, AStopInTheMiddleOfAStart) {
         EXPECT_TRUE(thread_.has(number)) << "its starter ends it";
         life.end.set_value();
     };
-    EXPECT_EQ(create(&life), -1);
+    EXPECT_EQ(create(&life), Creation::Stopping);
     EXPECT_FALSE(thread_.has(number) || thread_.isHeld());
     EXPECT_EQ(watcher_.all, kNotStarted);
 }
@@ -144,11 +142,10 @@ TEST_F(PollingThreadTest, AStopInTheMiddleOfAStart) {
 // An agent may carry out queued orders while it starts a thread.
 TEST_F(PollingThreadTest, AnOrderInTheMiddleOfAStartStartsNoOther) {
     Life life;
-    std::int8_t inner = -1;
+    Creation inner = Creation::Failed;
     watcher_.atStart = [&] { inner = create(&life); };
-    EXPECT_EQ(create(&life), 0);
-    EXPECT_EQ(inner, 0);
-    EXPECT_EQ(alreadyThere_, 1);
+    EXPECT_EQ(create(&life), Creation::Started);
+    EXPECT_EQ(inner, Creation::AlreadyThere);
     life.end.set_value();
     thread_.stop();
     EXPECT_FALSE(thread_.isHeld());
@@ -157,9 +154,9 @@ TEST_F(PollingThreadTest, AnOrderInTheMiddleOfAStartStartsNoOther) {
 // The thread that its starter waits for, since a stop came first, may be carrying out an order itself.
 TEST_F(PollingThreadTest, AStopInTheMiddleOfAStartBesideAnOrderOfTheThread) {
     struct Ordering {
-        std::function<std::int8_t()> order;
+        std::function<Creation()> order;
         std::promise<void> stopped;
-        std::int8_t result = 0;
+        Creation result = Creation::Failed;
     } ordering;
     ordering.order = [&] { return create(&ordering); };
     watcher_.atStart = [&] {
@@ -169,13 +166,13 @@ TEST_F(PollingThreadTest, AStopInTheMiddleOfAStartBesideAnOrderOfTheThread) {
     EXPECT_EQ(create(&ordering,
                      [](void* argument) {
                          auto& own = *static_cast<Ordering*>(argument);
-                         PollingThread::enter(argument);
+                         PollingThread::enter();
                          own.stopped.get_future().wait();
                          own.result = own.order();
                          return 0;
                      }),
-              -1);
-    EXPECT_EQ(ordering.result, -1);
+              Creation::Stopping);
+    EXPECT_EQ(ordering.result, Creation::Stopping);
     EXPECT_EQ(watcher_.all, std::string(kNotStarted) + kNotStarted) << "each told once its order was over";
 }
 
@@ -187,20 +184,18 @@ TEST_F(PollingThreadTest, OneThatHasYetToBeginKeepsOthersBack) {
     const auto late = [](void* argument) {
         auto& own = *static_cast<Late*>(argument);
         own.begin.get_future().wait();
-        own.number.set_value(PollingThread::enter(argument));
+        own.number.set_value(PollingThread::enter());
         return 0;
     };
-    EXPECT_EQ(create(&life, late), 0);
-    PollingThread other;
-    const auto createOther = [&] { return other.createThread(late, &life, [] {}); };
-    EXPECT_EQ(createOther(), -1);
+    EXPECT_EQ(create(&life, late), Creation::Started);
+    PollingThread other(lock_);
+    EXPECT_EQ(other.createThread(late, &life), Creation::Failed);
     EXPECT_EQ(
         watcher_.all,
         "50 \n generateThread --- A Force Polling thread that was started before has yet to begin, none is started.|");
-    EXPECT_EQ(PollingThread::enter(&other), 0) << "with another argument";
     life.begin.set_value();
     EXPECT_TRUE(thread_.has(life.number.get_future().get()));
-    EXPECT_EQ(PollingThread::enter(&life), 0) << "a number is given once";
+    EXPECT_EQ(PollingThread::enter(), 0) << "a number is given once";
     thread_.stop();
 }
 

@@ -181,41 +181,6 @@ TEST(Controller, OneUntilItIsDestroyed) {
     ZephanRSMSingleTon::destroyInstance();
 }
 
-// An enterprise whose answers cause reports would keep a reporter for ever.
-TEST(Controller, ReportsNoMoreThanItsMost) {
-    struct Restless final : agent::Enterprise {
-        std::int8_t receive(const std::string& /*member*/,
-                            const agent::NamedValues& /*properties*/) override {
-            controller->setPollingRate(++received);
-            controller->beginReport();
-            return 0;
-        }
-        ZephanRSMSingleTon::Reference controller;
-        std::atomic<int> received = 0;
-    } enterprise;
-    struct FirstSleep final : agent::Observer {
-        void onSleep(unsigned int /*milliseconds*/) override {
-            if (!seen.exchange(true)) {
-                slept.set_value();
-            }
-        }
-        std::atomic<bool> seen = false;
-        std::promise<void> slept;
-    } sleep;
-    agent::FreeRuntime runtime{1000};
-    agent::AgentHost host({&sleep, &enterprise, &runtime});
-    const auto controller = enterprise.controller = ZephanRSMSingleTon::getInstance();
-    controller->setServiceAgent(host.serviceAgent());
-    controller->UpdateProperty();
-    EXPECT_EQ(enterprise.received, 4);
-    std::uint32_t interval = 0;
-    EXPECT_EQ(controller->ForcePoll(10, 30, interval), 0);
-    sleep.slept.get_future().wait();
-    EXPECT_EQ(enterprise.received, 4 + 4);
-    ZephanRSMSingleTon::destroyInstance();
-    EXPECT_TRUE(host.endThreads());
-}
-
 // An order may be half stored when the waiting thread looks: it sleeps before it looks again.
 TEST(Waiting, SleepsBetweenItsLooks) {
     struct Sleeps final : agent::Observer {

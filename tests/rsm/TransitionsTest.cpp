@@ -11,7 +11,9 @@ idle, waiting, grace | 5 schedule 10:02:00 30 2 | 150..240/30 | 5 off, 120 grace
 connect while waiting | 5 schedule 10:10:00 20 1; 62 connect 2 30 | 95..185/30 620..660/20
     | 5 off, 62 grace, 185 off, 600 grace, 660 off
 connect and disconnect while waiting | 5 schedule 10:10:00 20 1; 61 connect 2 30; 62 disconnect | 620..660/20
-    | 5 off, 61 grace, 600 grace, 660 off
+    | 5 off, 61 grace, 65 off, 600 grace, 660 off
+connect for no time while waiting | 5 schedule 10:10:00 20 1; 61 connect 0 30 | 620..660/20
+    | 5 off, 61 grace, 65 off, 600 grace, 660 off
 useless connect while waiting | 5 schedule 10:02:00 20 1; 61 connect 2 0 | 140..180/20
     | 5 off, 61 grace, 65 off, 120 grace, 180 off
 due during grace, the pass counts | 5 connect 10 30; 40 schedule 10:03:00 20 2 | 35..185/30 205..285/20
@@ -58,6 +60,8 @@ const Table disconnects("Transitions/Disconnects", __LINE__, R"(
 grace with activity | 2 audit opened; 5 connect 1 30; 40 disconnect | 35 65 | 5 grace, 65 off | >Thread exited
 a schedule waits | 5 connect 10 30; 40 schedule 10:02:00 30 1; 41 disconnect | 35 65 150 180
     | 5 grace, 40 grace, 65 off, 120 grace, 180 off
+a schedule falls due before the last poll | 1 connect 10 30; 2 schedule 10:01:20 20 1; 65 disconnect | 31..91/30 111..151/20
+    | 1 grace, 2 grace, 91 off, 91 grace, 151 off | >Thread exited | "RSM_START_TIME","2026-01-03 GMT 10:01:20"
 )");
 
 }  // namespace
