@@ -1,7 +1,7 @@
 #include "Comparison.h"
 
 #include <algorithm>
-#include <chrono>
+#include <ctime>
 #include <thread>
 #include <utility>
 #include <vector>
@@ -13,6 +13,13 @@ Quartiles quartilesOf(std::vector<double> values) {
     std::sort(values.begin(), values.end());
     const auto at = [&](std::size_t quarter) { return values[(values.size() - 1) * quarter / 4]; };
     return {at(1), at(2), at(3)};
+}
+
+/// In nanoseconds.
+double now(Time time) {
+    timespec moment{};
+    ::clock_gettime(time == Time::OfTheClock ? CLOCK_MONOTONIC : CLOCK_PROCESS_CPUTIME_ID, &moment);
+    return static_cast<double>(moment.tv_sec) * 1e9 + static_cast<double>(moment.tv_nsec);
 }
 
 }  // namespace
@@ -37,14 +44,14 @@ Comparison compare(const Round& subject, const Round& reference, int rounds) {
             quartilesOf(differences)};
 }
 
-Round roundOf(std::function<void()> work, int operations, int threads) {
-    return [work = std::move(work), operations, threads] {
+Round roundOf(std::function<void()> work, int operations, int threads, Time time) {
+    return [work = std::move(work), operations, threads, time] {
         const auto loop = [&] {
             for (int i = 0; i < operations; ++i) {
                 work();
             }
         };
-        const auto start = std::chrono::steady_clock::now();
+        const double start = now(time);
         {
             std::vector<std::jthread> others;
             for (int i = 1; i < threads; ++i) {
@@ -52,8 +59,7 @@ Round roundOf(std::function<void()> work, int operations, int threads) {
             }
             loop();
         }
-        const std::chrono::duration<double, std::nano> time = std::chrono::steady_clock::now() - start;
-        return time.count() / (operations * threads);
+        return (now(time) - start) / (operations * threads);
     };
 }
 

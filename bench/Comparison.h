@@ -25,7 +25,12 @@ struct Comparison {
 /// round disturbs both, and a round that only one of them was disturbed in counts no more than any other.
 Comparison compare(const Round& subject, const Round& reference, int rounds);
 
+enum class Time {
+    OfTheClock,
+    OfTheProcessors  ///< spent by all threads of the process: what waits costs nothing
+};
+
 /// A round of `operations` calls of `work`, on each of `threads` threads.
-Round roundOf(std::function<void()> work, int operations, int threads = 1);
+Round roundOf(std::function<void()> work, int operations, int threads = 1, Time time = Time::OfTheClock);
 
 }  // namespace bench

@@ -22,6 +22,7 @@ using bench::Bar;
 using bench::compare;
 using bench::report;
 using bench::roundOf;
+using bench::Time;
 
 constexpr int kRounds = 200;
 constexpr int kEntries = 500;           // of one round, on each thread
@@ -45,12 +46,12 @@ struct Fixture {
 };
 
 template <typename Against>
-void entry(benchmark::State& state, int threads, Against&& against, Bar bar) {
+void entry(benchmark::State& state, int threads, Against&& against, Bar bar, Time time) {
     for (auto _ : state) {
         Fixture fixture;
         const auto logged =
-            roundOf([&] { fixture.module.log(ZP_LEVEL_INFO, kMessage.c_str()); }, kEntries, threads);
-        const auto other = roundOf([&] { against(fixture); }, kEntries, threads);
+            roundOf([&] { fixture.module.log(ZP_LEVEL_INFO, kMessage.c_str()); }, kEntries, threads, time);
+        const auto other = roundOf([&] { against(fixture); }, kEntries, threads, time);
         report(
             state, [&] { return compare(logged, other, kRounds); }, bar);
     }
@@ -137,17 +138,21 @@ void define() {
     const auto add = [](const char* name, auto function) {
         benchmark::RegisterBenchmark(name, function)->Iterations(1)->UseManualTime();
     };
-    const auto addEntry = [&](const char* name, int threads, auto against, Bar bar) {
-        add(name, [=](benchmark::State& state) { entry(state, threads, against, bar); });
+    const auto addEntry = [&](const char* name, int threads, auto against, Bar bar,
+                              Time time = Time::OfTheClock) {
+        add(name, [=](benchmark::State& state) { entry(state, threads, against, bar, time); });
     };
     const auto floor = [](Fixture& with) { with.floor.entry(); };
+    const auto lookingFloor = [](Fixture& with) { with.floor.lookingEntry(); };
     const auto lockedFloor = [](Fixture& with) { with.floor.lockedEntry(); };
     const auto spdlog = [](Fixture& with) { with.spdlog.entry(); };
     const auto spdlogWithCheck = [](Fixture& with) { with.spdlog.checkedEntry(); };
-    addEntry("entry / floor", 1, floor, {0.95, {}});
+    addEntry("entry / floor", 1, floor, {0.70, {}});
+    addEntry("entry / one look, one write, echo", 1, lookingFloor, {1.35, {}});
     addEntry("entry / spdlog", 1, spdlog, {});
     addEntry("entry / spdlog + size check", 1, spdlogWithCheck, {});
     addEntry("2 threads: entry / floor under a mutex", 2, lockedFloor, {1.00, {}});
+    addEntry("2 threads, processor time: the same", 2, lockedFloor, {0.85, {}}, Time::OfTheProcessors);
     addEntry("2 threads: entry / floor", 2, floor, {});
     addEntry("2 threads: entry / spdlog", 2, spdlog, {});
     addEntry("2 threads: entry / spdlog + size check", 2, spdlogWithCheck, {});
@@ -155,6 +160,9 @@ void define() {
     add("audit message / log message, 3 texts", [](benchmark::State& state) { audit(state, 3, 100); });
     add("audit message / log message, 20 texts", [](benchmark::State& state) { audit(state, 20, 200); });
     add("audit message / log message, 100 texts", [](benchmark::State& state) { audit(state, 100, 1000); });
+    add("audit message / log message, 1000 texts", [](benchmark::State& state) { audit(state, 1000, 1000); });
+    add("audit message / log message, 10000 texts",
+        [](benchmark::State& state) { audit(state, 10'000, 3000); });
 }
 
 }  // namespace

@@ -11,6 +11,7 @@
 #include <spdlog/logger.h>
 #include <spdlog/pattern_formatter.h>
 #include <spdlog/sinks/rotating_file_sink.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace bench {
@@ -36,10 +37,22 @@ class Floor final {
         : path_(std::move(path)), message_(message), text_("Date:2026-3-14 Time:15:9:26 :: " + message) {}
     Floor(const Floor&) = delete;
     Floor& operator=(const Floor&) = delete;
-    ~Floor() { ::close(descriptor_); }
+    ~Floor() {
+        ::close(descriptor_);
+        ::close(directory_);
+    }
 
     void entry() {
         checkAndWrite();
+        echo(message_);
+    }
+
+    /// The same with a look in place of the opening, as one who holds the directory can have it.
+    void lookingEntry() {
+        struct statx seen {};
+        if (::statx(directory_, name_.c_str(), 0, STATX_SIZE, &seen) == 0 && seen.stx_size < kFullSize) {
+            write();
+        }
         echo(message_);
     }
 
@@ -55,13 +68,19 @@ class Floor final {
   private:
     void checkAndWrite() {
         if (!isFull(path_)) {
-            [[maybe_unused]] const ssize_t written = ::write(descriptor_, text_.data(), text_.size());
+            write();
         }
     }
 
+    void write() const {
+        [[maybe_unused]] const ssize_t written = ::write(descriptor_, text_.data(), text_.size());
+    }
+
     std::string path_;
+    std::string name_ = path_.substr(path_.rfind('/') + 1);
     std::string message_;
     std::string text_;
+    int directory_ = ::open(path_.substr(0, path_.rfind('/')).c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC);
     int descriptor_ = ::open(path_.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0666);
     std::mutex mutex_;
 };

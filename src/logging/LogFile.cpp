@@ -4,6 +4,7 @@
 #include <utility>
 
 using platform::File;
+using platform::Look;
 using platform::OpenMode;
 
 LogFile::LogFile(const std::string& path) {
@@ -15,52 +16,52 @@ LogFile::LogFile(const std::string& path) {
     const std::size_t archiveEnd = place.size() - path.size() + std::min(path.rfind('.'), path.size());
     const std::size_t archiveAt = archiveEnd < nameAt ? 0 : nameAt;
     archiveName_ = place.substr(archiveAt, archiveEnd - archiveAt);
-    directory_.open(directoryPath_);
+    lookForDirectory();
     openStream();
 }
 
 std::int64_t LogFile::size() noexcept {
-    if (!stream_.isOpen()) {
-        const File present = directory_.openFile(name_, OpenMode::Read);
-        if (!present.isOpen()) {
-            directory_.open(directoryPath_);
-            return 0;
-        }
-        return present.size();
+    Look present = directory_.look(name_);
+    if (present.kind == Look::Kind::Missing || present.kind == Look::Kind::Unknown) {
+        lookForDirectory();
+        present = directory_.look(name_);
     }
-    const std::int64_t size = directory_.probeSize(name_);
-    if (size < 0) {
-        directory_.open(directoryPath_);
+    if (stream_.isOpen() && !present.isSameFile(written_) && openStream()) {
+        present = written_;  // entries would have gone on into a file that nobody finds
     }
-    if (size != expectedSize_) {
-        follow();
+    if (present.kind != Look::Kind::Regular) {
+        return present.kind == Look::Kind::Missing ? 0 : stream_.size();
     }
-    return expectedSize_;
+    if (!present.hasSameAccess(judged_)) {
+        judged_ = present;
+        mayRead_ = directory_.mayRead(name_);
+    }
+    return mayRead_ ? present.size : 0;
 }
 
-void LogFile::lookAgain() noexcept {
+void LogFile::lookForDirectory() noexcept {
     directory_.open(directoryPath_);
-    if (stream_.isOpen()) {
-        follow();
-    }
 }
 
 void LogFile::append(std::string_view entry) noexcept {
     if (reopenDue_) {
-        reopen();
+        reopenDue_ = !openStream();
     }
     if (stream_.isOpen()) {
-        expectedSize_ += static_cast<std::int64_t>(stream_.append(entry).value_or(0));
+        stream_.append(entry);
     }
 }
 
-void LogFile::close() noexcept {
-    stream_.close();
-    reopenDue_ = true;
+void LogFile::beginRotation() noexcept {
+    if (!platform::kRenamesOpenFiles) {
+        stream_.close();
+    }
 }
 
-void LogFile::reopen() noexcept {
-    openStream();
+void LogFile::endRotation(bool moved) noexcept {
+    if (moved || !stream_.isOpen()) {
+        openStream();
+    }
     reopenDue_ = !stream_.isOpen();
 }
 
@@ -72,19 +73,12 @@ platform::Renaming LogFile::moveToArchive(const std::string& suffix) const {
     return directory_.rename(name_, archiveName_ + suffix);
 }
 
-void LogFile::openStream() noexcept {
-    stream_ = directory_.openFile(name_, OpenMode::Append);
-    expectedSize_ = stream_.size();
-}
-
-/// Opens afresh what stands at the path if that is another file than the open one: entries would go on into
-/// one that nobody finds.
-void LogFile::follow() noexcept {
-    const File present = directory_.openFile(name_, OpenMode::Read);
-    if (!present.isOpen() || !present.isSameFile(stream_)) {
-        if (File fresh = directory_.openFile(name_, OpenMode::Append); fresh.isOpen()) {
-            stream_ = std::move(fresh);
-        }
+bool LogFile::openStream() noexcept {
+    File fresh = directory_.openFile(name_, OpenMode::Append);
+    if (!fresh.isOpen()) {
+        return false;
     }
-    expectedSize_ = stream_.size();
+    stream_ = std::move(fresh);
+    written_ = stream_.look();
+    return true;
 }

@@ -15,37 +15,40 @@
 /// path stays where the process's working directory was then.
 class LogFile final {
   public:
-    /// Opens it for appending. When that fails the file stays closed until `reopen`.
+    /// Opens it for appending. When that fails the file stays closed until the end of a rotation.
     explicit LogFile(const std::string& path);
     LogFile(const LogFile&) = delete;
     LogFile& operator=(const LogFile&) = delete;
 
-    /// The length of what stands at the path now, 0 when that cannot be opened for reading. An open file of
-    /// another length than `append` left is looked for afresh.
+    /// The length of what stands at the path now, 0 when nothing does or it may not be read. Another file than
+    /// the open one is opened in its place; when it cannot be, or is no regular file, the open one is written
+    /// on, and its length counts.
     std::int64_t size() noexcept;
-    /// To be called now and then: finds a directory or file that was replaced, be it by one of equal length.
-    void lookAgain() noexcept;
+    /// To be called now and then: finds a directory that was replaced.
+    void lookForDirectory() noexcept;
     /// Writes an entry at the end, or nothing: when the file is closed, or there is no room.
     void append(std::string_view entry) noexcept;
 
-    /// Until `reopen`. When that is not called or fails, each `append` makes up for it.
-    void close() noexcept;
-    /// Opens what stands at the path, made when missing, never emptied.
-    void reopen() noexcept;
+    // Around `moveToArchive`. Where the system allows it the file stays open until what stands at the path
+    // afterwards is open, too, made when missing, never emptied: when that fails entries go on in the old one.
+    // One that was closed is opened whatever became of the move, by the next `append` when not now.
+    void beginRotation() noexcept;
+    void endRotation(bool moved) noexcept;
 
     /// An archive is called as the path up to its last ".", and what is given here.
     bool hasArchive(const std::string& suffix) const;
     platform::Renaming moveToArchive(const std::string& suffix) const;
 
   private:
-    void openStream() noexcept;
-    void follow() noexcept;
+    bool openStream() noexcept;
 
     std::string directoryPath_;
     std::string name_;
     std::string archiveName_;  ///< the beginning of one, beside the log file or with an absolute path
     platform::Directory directory_;
     platform::File stream_;
-    std::int64_t expectedSize_ = 0;  ///< as `append` left it
+    platform::Look written_;  ///< the open one, as it was when it was opened
+    platform::Look judged_;   ///< what `mayRead_` was asked for: only who may do what can change that
+    bool mayRead_ = false;
     bool reopenDue_ = false;
 };

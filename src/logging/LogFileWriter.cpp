@@ -168,7 +168,7 @@ void LogFileWriter::stampEntry() noexcept {
                       "Date:%d-%d-%d Time:%d:%d:%d :: ", fields.tm_year + kTmYearOrigin, fields.tm_mon + 1,
                       fields.tm_mday, fields.tm_hour, fields.tm_min, fields.tm_sec);
     entry_.stampLength = static_cast<std::size_t>(length);
-    file_->lookAgain();  // costs too much to be done for each entry
+    file_->lookForDirectory();  // costs too much to be done for each entry
 }
 
 std::string_view LogFileWriter::entryOf(const char* message, bool lineEnd) noexcept {
@@ -192,12 +192,13 @@ bool LogFileWriter::mayRotate(const char* message) const noexcept {
 }
 
 void LogFileWriter::rotate(const char* message) {
-    file_->close();
+    file_->beginRotation();
     const bool moved = moveToArchive();
-    // Appending is right in both cases: after the move there is nothing to empty, without it nothing to lose.
-    file_->reopen();
+    file_->endRotation(moved);
     file_->append(entryOf(message, true));
-    if (!moved) {
+    // What keeps one rotation from being made keeps all that follow: a line for each entry would say no more.
+    if (!moved && toldIn_ != entry_.second) {
+        toldIn_ = entry_.second;
         ++failedRenames_;
     }
 }

@@ -72,6 +72,7 @@ class LogFileWriter final {
     std::int32_t sizeLimit_ = 0;  ///< bytes
     std::optional<LogFile> file_;
     Entry entry_;
+    std::int64_t toldIn_ = -1;  ///< the second of the last failed rename that is told of
     std::atomic<std::uint32_t> failedRenames_{0};
     std::atomic<std::uint32_t> abandonedWaits_{0};
     std::atomic<std::uint32_t> failedReleases_{0};

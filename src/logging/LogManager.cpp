@@ -14,6 +14,7 @@
 #include <cstring>
 #include <exception>
 #include <new>
+#include <utility>
 
 namespace {
 
@@ -32,23 +33,13 @@ bool attachListener(std::unique_ptr<Listener>& listener, Handler* handler) {
     }
 }
 
-/// True when one of the texts of a list (up to its empty end entry) occurs in the message.
-bool containsAny(const char* message, const std::string* texts) noexcept {
-    for (; texts != nullptr && !texts->empty(); ++texts) {
-        if (std::strstr(message, texts->c_str()) != nullptr) {
-            return true;
-        }
-    }
-    return false;
-}
-
 /// The count after one step up for an open text and one down for a close text.
-std::int32_t counted(const char* message, const std::string* openTexts, const std::string* closeTexts,
+std::int32_t counted(const char* message, const TextSearch& openTexts, const TextSearch& closeTexts,
                      std::int32_t count) noexcept {
-    if (containsAny(message, openTexts)) {
+    if (openTexts.occursIn(message)) {
         ++count;
     }
-    if (count > 0 && containsAny(message, closeTexts)) {
+    if (count > 0 && closeTexts.occursIn(message)) {
         --count;
     }
     return count;
@@ -108,8 +99,11 @@ void LogManager::audit(const char* message) {
             // The stored copy: the host may use its own text for the next message already.
             const char* const text =
                 messageHandler_ != nullptr ? messageHandler_->getMessage().c_str() : message;
-            UpdateTunnelCount(*configuration, text);
-            UpdateFileCount(*configuration, text);
+            if (texts_.configuration != configuration) {
+                texts_ = Texts(configuration);
+            }
+            UpdateTunnelCount(text);
+            UpdateFileCount(text);
         }
         changed = !changes_.empty();
     }
@@ -125,10 +119,16 @@ void LogManager::audit(const char* message) {
     }
 }
 
-void LogManager::UpdateTunnelCount(const XMLConfigData& configuration, const char* message) {
-    std::int32_t count = counted(message, configuration.getTunnelOpenMessages(),
-                                 configuration.getTunnelCloseMessages(), tunnelCount_);
-    const std::string& abort = configuration.getAbortMessage();
+LogManager::Texts::Texts(std::shared_ptr<const XMLConfigData> of) noexcept
+    : configuration(std::move(of)),
+      tunnelOpen(configuration->getTunnelOpenMessages()),
+      tunnelClose(configuration->getTunnelCloseMessages()),
+      fileOpen(configuration->getFileOpenMessages()),
+      fileClose(configuration->getFileCloseMessages()) {}
+
+void LogManager::UpdateTunnelCount(const char* message) {
+    std::int32_t count = counted(message, texts_.tunnelOpen, texts_.tunnelClose, tunnelCount_);
+    const std::string& abort = texts_.configuration->getAbortMessage();
     if (count > 0 && !abort.empty() && std::strstr(message, abort.c_str()) != nullptr) {
         count = 0;
     }
@@ -138,9 +138,8 @@ void LogManager::UpdateTunnelCount(const XMLConfigData& configuration, const cha
     }
 }
 
-void LogManager::UpdateFileCount(const XMLConfigData& configuration, const char* message) {
-    const std::int32_t count = counted(message, configuration.getFileOpenMessages(),
-                                       configuration.getFileCloseMessages(), fileCount_);
+void LogManager::UpdateFileCount(const char* message) {
+    const std::int32_t count = counted(message, texts_.fileOpen, texts_.fileClose, fileCount_);
     if (count != fileCount_) {
         changes_.push_back({&RDMessageHandler::setFileActive, count >= 1});
         fileCount_ = count;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "detection/TextSearch.h"
 #include "platform/Mutex.h"
 
 #include <atomic>
@@ -48,9 +49,21 @@ class LogManager final {
         bool active;
     };
 
+    /// The texts of the configuration that the last audit message found, prepared for the search.
+    struct Texts {
+        Texts() noexcept = default;
+        explicit Texts(std::shared_ptr<const XMLConfigData> of) noexcept;
+
+        std::shared_ptr<const XMLConfigData> configuration;
+        TextSearch tunnelOpen;
+        TextSearch tunnelClose;
+        TextSearch fileOpen;
+        TextSearch fileClose;
+    };
+
     // Count the open and close texts in an audit message, and note the change if there is one.
-    void UpdateTunnelCount(const XMLConfigData& configuration, const char* message);
-    void UpdateFileCount(const XMLConfigData& configuration, const char* message);
+    void UpdateTunnelCount(const char* message);
+    void UpdateFileCount(const char* message);
     void tellChanges();
     bool takeChange(Change& change);
 
@@ -63,6 +76,7 @@ class LogManager final {
     std::unique_ptr<TunnelListner> tunnelListner_;
     std::unique_ptr<RemoteDetection> remoteDetection_;
     std::atomic<bool> attaching_{false};
+    Texts texts_;
     std::int32_t fileCount_ = 0;
     std::int32_t tunnelCount_ = 0;
     std::vector<Change> changes_;  ///< not told yet

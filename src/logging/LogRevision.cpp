@@ -9,6 +9,8 @@
 namespace {
 
 constexpr std::int64_t kSecondsPerDay = 86400;
+/// 2001-01-01: the present of a clock that is not set, as of a board without a battery, lies before it.
+constexpr std::int64_t kClockUnset = 978307200;
 constexpr char kExtension[] = ".xml";
 
 }  // namespace
@@ -32,15 +34,18 @@ LogRevision::LogRevision() {
     listDirectory(atRoot ? path.substr(0, 1) : directory, opened, names);
     KRXLog(level::kForce, "\n Revision for no of days = %s \n", configuration->getLogRevisionDays().c_str());
     const std::int64_t daysKept = platform::readNumber(configuration->getLogRevisionDays());
+    const bool inDirectoryName = directory.find(kExtension) != std::string::npos;
     for (const std::string& name : names) {
-        if (name.find(baseName) == std::string::npos) {
+        if (name.find(baseName) == std::string::npos ||
+            (!inDirectoryName && name.find(kExtension) == std::string::npos)) {
+            continue;
+        }
+        const auto age = fileAgeInDays(opened, name);
+        if (!age || *age <= daysKept || !opened.mayRead(name)) {
             continue;
         }
         std::string fullPath = directory;
         fullPath.append(1, separator == std::string::npos ? '/' : path[separator]).append(name);
-        if (fullPath.find(kExtension) == std::string::npos || fileAgeInDays(opened, name) <= daysKept) {
-            continue;
-        }
         KRXLog(level::kForce, "\n deleting file = %s \n", fullPath.c_str());
         if (opened.remove(name)) {
             KRXLog(level::kForce, "\n File successfully deleted.");
@@ -62,8 +67,17 @@ int LogRevision::listDirectory(const std::string& path, platform::Directory& dir
     return error;
 }
 
-std::int64_t LogRevision::fileAgeInDays(const platform::Directory& directory, const std::string& name) {
+std::optional<std::int64_t> LogRevision::fileAgeInDays(const platform::Directory& directory,
+                                                       const std::string& name) {
     // Of a link the younger age: what it leads to may be the log that is being written.
     const auto modifiedAt = directory.modifiedAt(name);
-    return modifiedAt ? (platform::now() - *modifiedAt) / kSecondsPerDay : 0;
+    if (!modifiedAt) {
+        return std::nullopt;
+    }
+    const std::int64_t now = platform::now();
+    if (*modifiedAt < kClockUnset && now >= kClockUnset) {
+        // Written before the clock was set. How long ago that was nobody knows: it counts from now on.
+        return directory.setModifiedAt(name, now) ? std::optional<std::int64_t>(0) : std::nullopt;
+    }
+    return (now - *modifiedAt) / kSecondsPerDay;
 }

@@ -26,8 +26,8 @@ class Directory final {
     Directory& operator=(const Directory&) = delete;
     ~Directory() { close(); }
 
-    /// Takes hold of the directory that the path leads to now, instead of the one held before. 0, or the
-    /// error number (2 for what is not there as a directory).
+    /// Takes hold of the directory that the path leads to now, instead of the one held before, which stays
+    /// when that fails. 0, or the error number (2 for what is not there as a directory).
     int open(std::string_view path) noexcept;
     void close() noexcept;
 
@@ -36,12 +36,15 @@ class Directory final {
     int list(std::vector<std::string>& names) const;
     /// As `File::open`.
     File openFile(const std::string& name, OpenMode mode) const noexcept;
-    /// Opens an entry for reading and answers its length, -1 when it cannot be opened. The cheapest look:
-    /// what kind of thing it is is not examined, and the caller has to keep its thread.
-    std::int64_t probeSize(const std::string& name) const noexcept;
-    /// Seconds (UTC scale) of the last modification of a regular file that can be read, or of a symbolic link,
-    /// for which that of the file that it leads to counts when it is the later one; nothing for other things.
+    /// What stands at the name, behind symbolic links. On POSIX nothing is opened.
+    Look look(const std::string& name) const noexcept;
+    /// False when the system says that the process may not read what stands at the name. Opens nothing.
+    bool mayRead(const std::string& name) const noexcept;
+    /// Seconds (UTC scale) of the last modification of a regular file, or of a symbolic link, for which that
+    /// of the file that it leads to counts when it is the later one; nothing for other things.
     std::optional<std::int64_t> modifiedAt(const std::string& name) const noexcept;
+    /// Gives that time to a file, or to a symbolic link itself. False when it fails.
+    bool setModifiedAt(const std::string& name, std::int64_t moment) const noexcept;
     /// Removes a file or a symbolic link. False when it fails.
     bool remove(const std::string& name) const noexcept;
     /// Renames what leads to a regular file, and nothing else, without replacing what exists. (A file system

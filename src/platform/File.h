@@ -18,6 +18,31 @@ enum class OpenMode {
     Append      ///< made when missing, never emptied; every write goes to the end
 };
 
+/// What can be seen of a file without opening it. Of one that is not regular only its kind is told.
+struct Look {
+    enum class Kind {
+        Unknown,  ///< it could not be looked at
+        Missing,
+        Regular,
+        Other
+    };
+    Kind kind = Kind::Unknown;
+    std::int64_t size = 0;  ///< bytes
+    std::uint64_t device = 0;
+    std::uint64_t number = 0;  ///< of the file, on its device
+    std::uint32_t mode = 0;
+    std::uint32_t owner = 0;
+    std::uint32_t group = 0;
+
+    bool isSameFile(const Look& other) const noexcept {
+        return kind == other.kind && device == other.device && number == other.number;
+    }
+    /// Whether also who may do what with it is unchanged.
+    bool hasSameAccess(const Look& other) const noexcept {
+        return isSameFile(other) && mode == other.mode && owner == other.owner && group == other.group;
+    }
+};
+
 /// A regular file, open or not. Paths may be spelled with slashes or backslashes. Descriptors are
 /// close-on-exec and never one of the three standard ones; anything but a regular file counts as not to be
 /// opened, is left alone, and no open ever blocks. Not for use by two threads at once.
@@ -68,6 +93,7 @@ class File final {
     /// Waits until the contents are on the disk. False when it fails.
     bool sync() noexcept;
 
+    Look look() const noexcept;
     /// True when both are open on the same file.
     bool isSameFile(const File& other) const noexcept;
 

@@ -16,12 +16,13 @@
 namespace faults {
 
 /// What can fail. Memory is told apart by who asks for it on the module's behalf.
-constexpr std::array kKinds = {"memory",     "toolkit-memory", "agent-memory", "open",           "openat",
-                               "fcntl",      "close",          "lseek",        "fstat",          "pread",
-                               "pwrite",     "write",          "ftruncate",    "fsync",          "renameat2",
-                               "renameat",   "linkat",         "unlinkat",     "unlink",         "fstatat",
-                               "fdopendir",  "readdir",        "closedir",     "mutexattr-init", "mutex-init",
-                               "mutex-lock", "mutex-trylock",  "mutex-unlock", "system",         "fwrite"};
+constexpr std::array kKinds = {
+    "memory",    "toolkit-memory", "agent-memory", "open",       "openat",        "fcntl",
+    "close",     "lseek",          "fstat",        "pread",      "pwrite",        "write",
+    "ftruncate", "fsync",          "renameat2",    "renameat",   "linkat",        "unlinkat",
+    "unlink",    "fstatat",        "statx",        "faccessat",  "fdopendir",     "readdir",
+    "closedir",  "mutexattr-init", "mutex-init",   "mutex-lock", "mutex-trylock", "mutex-unlock",
+    "system",    "fwrite"};
 
 /// A kind's number.
 consteval std::size_t numberOf(std::string_view name) {

@@ -108,6 +108,11 @@ FAILING(int, linkat, -1,
 FAILING(int, unlinkat, -1, (int directory, const char* name, int flags) noexcept, directory, name, flags)
 FAILING(int, fstatat, -1, (int directory, const char* name, struct stat* status, int flags) noexcept,
         directory, name, status, flags)
+FAILING(int, statx, -1,
+        (int directory, const char* name, int flags, unsigned int mask, struct statx* seen) noexcept,
+        directory, name, flags, mask, seen)
+FAILING(int, faccessat, -1, (int directory, const char* name, int mode, int flags) noexcept, directory, name,
+        mode, flags)
 FAILING(DIR*, fdopendir, nullptr, (int descriptor), descriptor)
 FAILING(dirent*, readdir, nullptr, (DIR * stream), stream)
 FAILING(int, system, -1, (const char* command), command)

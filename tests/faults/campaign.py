@@ -45,6 +45,8 @@ ERRORS = {
     "unlinkat": ["EACCES", "EIO"],
     "unlink": ["EACCES", "EIO"],
     "fstatat": ["EIO"],
+    "statx": ["EIO", "EPERM", "EIO*5"],
+    "faccessat": ["EACCES"],
     "fdopendir": ["EMFILE"],
     "readdir": ["EIO"],
     "closedir": ["EIO"],

@@ -160,9 +160,9 @@ TEST(FileLogger, KeepsItsEntriesWhenTheRenameFails) {
         const Workspace workspace;
         workspace.write("config", configuration(setting("FileSize", "30") + setting("LogFilePath", path)));
         const Replay replay(workspace, kStart + "0 log info a\n" + (routed ? "0 route on\n" : "") +
-                                           "1 log info b\n1 log info c\n");
+                                           "1 log info b\n1 log info c\n2 log info d\n");
         const std::string report = routed ? "|/ Error renaming file" : "";
-        EXPECT_EQ(logs::files(workspace), path + " |a|b/" + report + "|c/" + report);
+        EXPECT_EQ(logs::files(workspace), path + " |a|b/" + report + "|c/|d/" + report);
         EXPECT_EQ(replay.countLogged(250, "\n Error renaming file"), 2);
     }
 }
@@ -218,5 +218,19 @@ const Rows<OldFileRow> oldFileRows(
         EXPECT_EQ(workspace.read(file), row.stays ? "old" : "") << replay.printed();
         EXPECT_EQ(replay.countLogged(250, "\n File successfully deleted."), row.stays ? 0 : 1);
     });
+
+/// A board without a clock battery writes its first log in 1970, and then its clock is set.
+TEST(FileLogger, FilesOfAnUnsetClockCountFromTheFirstCleanUpOn) {
+    const Workspace workspace;
+    workspace.write("config", configuration());
+    const std::string start = "start logger config\n", stop = "stop logger\n";
+    const Replay replay(
+        workspace, "clock 1970-01-01T00:00:00Z\n0 write log/k0.xml a\n0 age log/k0.xml 0\n1 " + start +
+                       "2 log info a\n3 " + stop + "4 clock-step 1772359200\n15 " + start + "16 " + stop +
+                       "17 show log/k0.xml\n2592000 " + start + "2592001 " + stop +
+                       "2592002 show log/k0.xml\n2678416 " + start + "2678417 " + stop);
+    EXPECT_EQ(logs::files(workspace), "log/k.xml ");
+    EXPECT_EQ(replay.countLogged(250, "\n File successfully deleted."), 2) << replay.printed();
+}
 
 }  // namespace

@@ -20,6 +20,10 @@ int openDescriptor(int directory, const char* path, int flags) noexcept;
 /// As above in one of the file modes, and only for a regular file.
 int openRegular(int directory, const char* path, OpenMode mode) noexcept;
 
+/// What stands at `path` below `directory`, or is open as `directory` (AT_EMPTY_PATH). As true as an opening
+/// would tell it, also where a file lies on another machine.
+Look lookAt(int directory, const char* path, int flags) noexcept;
+
 /// Whether files had a largest size when one was opened last. Writes then need `WriteSignals`, for which
 /// others need not pay.
 bool isSizeLimited() noexcept;

@@ -18,15 +18,16 @@ namespace platform {
 
 int Directory::open(std::string_view path) noexcept {
     const KeepThread keep;
-    close();
     posix::PathBuffer native;
-    if (posix::toNative(path, native)) {
-        descriptor_ = posix::openDescriptor(AT_FDCWD, native.data(), O_PATH | O_DIRECTORY);
+    const int opened = posix::toNative(path, native)
+                           ? posix::openDescriptor(AT_FDCWD, native.data(), O_PATH | O_DIRECTORY)
+                           : -1;
+    if (opened < 0) {
+        return errno == ENOTDIR ? ENOENT : errno;
     }
-    if (descriptor_ >= 0) {
-        return 0;
-    }
-    return errno == ENOTDIR ? ENOENT : errno;
+    close();
+    descriptor_ = opened;
+    return 0;
 }
 
 void Directory::close() noexcept {
@@ -61,35 +62,34 @@ File Directory::openFile(const std::string& name, OpenMode mode) const noexcept 
     return File(posix::openRegular(descriptor_, name.c_str(), mode));
 }
 
-std::int64_t Directory::probeSize(const std::string& name) const noexcept {
-    const int descriptor = posix::openDescriptor(descriptor_, name.c_str(), O_RDONLY);
-    if (descriptor < 0) {
-        return -1;
-    }
-    const off_t end = ::lseek(descriptor, 0, SEEK_END);
-    ::close(descriptor);
-    return end < 0 ? 0 : end;
+Look Directory::look(const std::string& name) const noexcept {
+    return posix::lookAt(descriptor_, name.c_str(), 0);
+}
+
+bool Directory::mayRead(const std::string& name) const noexcept {
+    return ::faccessat(descriptor_, name.c_str(), R_OK, AT_EACCESS) == 0 || errno != EACCES;
 }
 
 std::optional<std::int64_t> Directory::modifiedAt(const std::string& name) const noexcept {
-    const KeepThread keep;
-    struct stat status {};
-    if (::fstatat(descriptor_, name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) {
+    struct stat own {};
+    if (::fstatat(descriptor_, name.c_str(), &own, AT_SYMLINK_NOFOLLOW) != 0) {
         return std::nullopt;
     }
-    if (S_ISREG(status.st_mode)) {
-        const int descriptor = posix::openDescriptor(descriptor_, name.c_str(), O_RDONLY | O_NOFOLLOW);
-        if (descriptor < 0) {
-            return std::nullopt;
-        }
-        ::close(descriptor);
-    } else if (S_ISLNK(status.st_mode)) {
-        return std::max(std::optional<std::int64_t>(status.st_mtime),
-                        openFile(name, OpenMode::Read).modifiedAt());
-    } else {
+    if (S_ISREG(own.st_mode)) {
+        return own.st_mtime;
+    }
+    if (!S_ISLNK(own.st_mode)) {
         return std::nullopt;
     }
-    return status.st_mtime;
+    struct stat target {};
+    const bool leadsToAFile =
+        ::fstatat(descriptor_, name.c_str(), &target, 0) == 0 && S_ISREG(target.st_mode);
+    return leadsToAFile ? std::max(own.st_mtime, target.st_mtime) : own.st_mtime;
+}
+
+bool Directory::setModifiedAt(const std::string& name, std::int64_t moment) const noexcept {
+    const timespec times[] = {{0, UTIME_OMIT}, {moment, 0}};
+    return ::utimensat(descriptor_, name.c_str(), times, AT_SYMLINK_NOFOLLOW) == 0;
 }
 
 bool Directory::remove(const std::string& name) const noexcept {

@@ -150,6 +150,10 @@ bool File::sync() noexcept {
     return ::fsync(descriptor_) == 0;
 }
 
+Look File::look() const noexcept {
+    return posix::lookAt(descriptor_, "", AT_EMPTY_PATH);
+}
+
 bool File::isSameFile(const File& other) const noexcept {
     struct stat mine {};
     struct stat others {};

@@ -38,9 +38,8 @@ windows::PathBuffer pathOf(const NativeDirectory& directory, const std::string& 
 }  // namespace
 
 int Directory::open(std::string_view path) noexcept {
-    close();
     windows::PathBuffer given;
-    windows::PathBuffer& full = descriptor_.path;
+    windows::PathBuffer full;
     if (!windows::toNative(path, given)) {
         return ENOENT;
     }
@@ -66,7 +65,8 @@ int Directory::open(std::string_view path) noexcept {
         ::CloseHandle(handle);
         return ENOENT;
     }
-    descriptor_.handle = reinterpret_cast<NativeFile>(handle);
+    close();
+    descriptor_ = {reinterpret_cast<NativeFile>(handle), full};
     return 0;
 }
 
@@ -99,9 +99,12 @@ File Directory::openFile(const std::string& name, OpenMode mode) const noexcept 
     return File(windows::openRegular(pathOf(descriptor_, name).data(), mode));
 }
 
-std::int64_t Directory::probeSize(const std::string& name) const noexcept {
-    const File file = openFile(name, OpenMode::Read);
-    return file.isOpen() ? file.size() : -1;
+Look Directory::look(const std::string& name) const noexcept {
+    return openFile(name, OpenMode::Read).look();
+}
+
+bool Directory::mayRead(const std::string& /*name*/) const noexcept {
+    return true;  // nothing is seen here of what may not be read
 }
 
 std::optional<std::int64_t> Directory::modifiedAt(const std::string& name) const noexcept {
@@ -115,6 +118,19 @@ std::optional<std::int64_t> Directory::modifiedAt(const std::string& name) const
     const auto own = File(reinterpret_cast<NativeFile>(handle)).modifiedAt();
     const bool isLink = (::GetFileAttributesA(path.data()) & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
     return own && isLink ? std::max(own, openFile(name, OpenMode::Read).modifiedAt()) : own;
+}
+
+bool Directory::setModifiedAt(const std::string& name, std::int64_t moment) const noexcept {
+    const HANDLE handle = ::CreateFileA(pathOf(descriptor_, name).data(), FILE_WRITE_ATTRIBUTES,
+                                        FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                                        OPEN_EXISTING, FILE_FLAG_OPEN_REPARSE_POINT, nullptr);
+    if (handle == INVALID_HANDLE_VALUE) {
+        return false;
+    }
+    const FILETIME written = windows::momentOf(moment);
+    const bool done = ::SetFileTime(handle, nullptr, nullptr, &written) != FALSE;
+    ::CloseHandle(handle);
+    return done;
 }
 
 bool Directory::remove(const std::string& name) const noexcept {

@@ -157,6 +157,20 @@ bool File::sync() noexcept {
     return ::FlushFileBuffers(windows::systemHandle(descriptor_)) != FALSE;
 }
 
+Look File::look() const noexcept {
+    constexpr unsigned halfBits = 32;
+    BY_HANDLE_FILE_INFORMATION seen{};
+    Look look;
+    if (::GetFileInformationByHandle(windows::systemHandle(descriptor_), &seen) != FALSE) {
+        look.kind = Look::Kind::Regular;
+        look.size = static_cast<std::int64_t>(std::uint64_t{seen.nFileSizeHigh} << halfBits |
+                                              std::uint64_t{seen.nFileSizeLow});
+        look.device = seen.dwVolumeSerialNumber;
+        look.number = std::uint64_t{seen.nFileIndexHigh} << halfBits | std::uint64_t{seen.nFileIndexLow};
+    }
+    return look;
+}
+
 bool File::isSameFile(const File& other) const noexcept {
     BY_HANDLE_FILE_INFORMATION mine{};
     BY_HANDLE_FILE_INFORMATION others{};

@@ -21,4 +21,7 @@ struct NativeDirectory {
 };
 constexpr NativeDirectory kNoDirectory{};
 
+/// Whether a file can be renamed while this process has it open.
+constexpr bool kRenamesOpenFiles = false;
+
 }  // namespace platform

@@ -7,6 +7,10 @@ namespace {
 
 constexpr std::string_view kDevices = "\\\\.\\";  // also of pipes, which take an opening for an order
 
+constexpr std::int64_t kTicksPerSecond = 10'000'000;
+constexpr std::int64_t kOriginOf1970 = 11'644'473'600;  // seconds since 1601
+constexpr unsigned kHalfBits = 32;
+
 bool isSeparator(char character) noexcept {
     return character == '\\' || character == '/';
 }
@@ -66,12 +70,14 @@ NativeFile openRegular(const char* path, OpenMode mode) noexcept {
 }
 
 std::int64_t secondsOf(const FILETIME& moment) noexcept {
-    constexpr std::int64_t ticksPerSecond = 10'000'000;
-    constexpr std::int64_t originOf1970 = 11'644'473'600;  // seconds since 1601
-    constexpr unsigned halfBits = 32;
-    const auto ticks = static_cast<std::int64_t>(std::uint64_t{moment.dwHighDateTime} << halfBits |
+    const auto ticks = static_cast<std::int64_t>(std::uint64_t{moment.dwHighDateTime} << kHalfBits |
                                                  std::uint64_t{moment.dwLowDateTime});
-    return ticks / ticksPerSecond - originOf1970;
+    return ticks / kTicksPerSecond - kOriginOf1970;
+}
+
+FILETIME momentOf(std::int64_t seconds) noexcept {
+    const auto ticks = static_cast<std::uint64_t>((seconds + kOriginOf1970) * kTicksPerSecond);
+    return {static_cast<DWORD>(ticks), static_cast<DWORD>(ticks >> kHalfBits)};
 }
 
 }  // namespace platform::windows

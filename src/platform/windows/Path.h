@@ -27,5 +27,7 @@ NativeFile openRegular(const char* path, OpenMode mode) noexcept;
 
 /// Seconds since 1970 of a moment of the system's.
 std::int64_t secondsOf(const FILETIME& moment) noexcept;
+/// The other way round.
+FILETIME momentOf(std::int64_t seconds) noexcept;
 
 }  // namespace platform::windows
