@@ -68,7 +68,7 @@ build() {
 }
 
 BUILD_PACKAGES=(cmake ninja-build g++ libxerces-c-dev libexpat1-dev libedit-dev libre2-dev nlohmann-json3-dev
-    libcpp-httplib-dev pkg-config)
+    libmicrohttpd-dev pkg-config)
 PACKAGE_PACKAGES=(dpkg-dev file help2man lintian)
 TEST_PACKAGES=(libgtest-dev libxml2-utils python3 curl "${PACKAGE_PACKAGES[@]}" bash-completion)
 BROWSER_PACKAGES=(chromium chromium-driver python3-selenium)

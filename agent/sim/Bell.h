@@ -2,7 +2,7 @@
 
 namespace sim {
 
-/// Wakes the host's thread where it waits for input, from any thread.
+/// Wakes a thread where it waits for input, from any thread.
 class Bell final {
   public:
     /// Throws std::system_error when there is none to be had.
@@ -11,7 +11,7 @@ class Bell final {
     Bell& operator=(const Bell&) = delete;
     ~Bell();
 
-    /// Readable while it was rung more often than answered; for `Input`.
+    /// Readable from a ring until the next answer, which whoever answers gives before looking for what is new.
     int descriptor() const { return descriptor_; }
     void ring();
     void answer();

@@ -13,26 +13,31 @@ constexpr std::size_t kMostOrders = 1000;
 
 }  // namespace
 
-std::future<OrderQueue::Outcome> OrderQueue::submit(std::vector<std::string> lines) {
-    Order order{std::move(lines), {}};
-    std::future<Outcome> answer = order.answer.get_future();
+void OrderQueue::Order::answer(Outcome found) {
+    outcome.set_value(std::move(found));
+    answered->ring();
+}
+
+std::shared_future<OrderQueue::Outcome> OrderQueue::submit(std::vector<std::string> lines, Bell& answered) {
+    Order order{std::move(lines), {}, &answered};
+    std::shared_future<Outcome> outcome = order.outcome.get_future().share();
     const std::lock_guard lock(mutex_);
     if (closed_) {
-        order.answer.set_value({{}, {}, true});
+        order.answer({{}, {}, true});
     } else if (orders_.size() >= kMostOrders) {
-        order.answer.set_value({"too many orders wait already", {}, false});
+        order.answer({"too many orders wait already", {}, false});
     } else {
         orders_.push_back(std::move(order));
         bell_.ring();
     }
-    return answer;
+    return outcome;
 }
 
 void OrderQueue::close() {
     const std::lock_guard lock(mutex_);
     closed_ = true;
     for (Order& order : std::exchange(orders_, {})) {
-        order.answer.set_value({{}, {}, true});
+        order.answer({{}, {}, true});
     }
 }
 
@@ -59,7 +64,7 @@ void OrderQueue::perform(const std::function<void(const std::string&)>& performL
         outcome.error = error.what();
     }
     outcome.calls = std::exchange(calls_, {});
-    order.answer.set_value(std::move(outcome));
+    order.answer(std::move(outcome));
 }
 
 void OrderQueue::onEvent(const Event& event) noexcept {

@@ -40,7 +40,8 @@ class OrderQueue final : public EventListener {
     /// Rings while an order waits.
     const Bell& bell() const { return bell_; }
 
-    std::future<Outcome> submit(std::vector<std::string> lines);
+    /// Rings `answered` when the outcome is there; it must outlive the queue.
+    std::shared_future<Outcome> submit(std::vector<std::string> lines, Bell& answered);
     /// Orders that wait, and later ones, are not performed any more.
     void close();
 
@@ -54,7 +55,10 @@ class OrderQueue final : public EventListener {
   private:
     struct Order {
         std::vector<std::string> lines;
-        std::promise<Outcome> answer;
+        std::promise<Outcome> outcome = {};
+        Bell* answered = nullptr;
+
+        void answer(Outcome found);
     };
 
     Bell bell_;

@@ -74,7 +74,7 @@ class Session final {
     const ShownTime shownTime_;
     SimulatedAgent agent_;
     Simulation simulation_;
-    std::optional<Console> console_;
+    std::unique_ptr<Console> console_;
 };
 
 }  // namespace sim

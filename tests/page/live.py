@@ -4,6 +4,7 @@ import os
 import http.client
 import re
 import signal
+import socket
 import subprocess
 import threading
 import time
@@ -51,14 +52,13 @@ class Live:
             assert "Sanitizer" not in said, said
         return self.process.wait(timeout=20)
 
-    def ask(self, method, path, body=None, headers=None, raw=False):
+    def ask(self, method, path, body=None, headers=None):
         """Status, body and headers of a response."""
         connection = http.client.HTTPConnection(self.host, self.port, timeout=20)
         try:
             connection.request(method, path, body, headers or {})
             response = connection.getresponse()
-            content = response.read()
-            return response.status, content if raw else content.decode(), response.headers
+            return response.status, response.read().decode(), response.headers
         finally:
             connection.close()
 
@@ -66,13 +66,26 @@ class Live:
         return self.ask("GET", path, headers=headers)[:2]
 
     def post(self, path, body=""):
-        return self.ask("POST", path, body.encode() if isinstance(body, str) else body)[:2]
+        form = path.startswith("/do/")
+        return self.ask("POST", path, body.encode(), {"Content-Type": "application/json" if form else "text/xml; charset=utf-8"})[:2]
 
     def do(self, form, **values):
         return self.post(f"/do/{form}", json.dumps(values))
 
     def call(self, xml):
         return self.post("/krx/ZephanServices", xml)
+
+    def say(self, sent):
+        """What is answered to bytes, until the other side closes or falls silent."""
+        said = b""
+        with socket.create_connection((self.host, self.port), timeout=0.5) as client:
+            try:
+                client.sendall(sent)
+                while part := client.recv(65536):
+                    said += part
+            except OSError:
+                pass  # let go before all was sent, or waited for
+        return said
 
     def status(self):
         return json.loads(self.get("/status")[1])

@@ -39,6 +39,9 @@ class LivePageTest(unittest.TestCase):
                 field.send_keys(str(value))
         self.find(f"form[data-form={form}] button")[0].click()
 
+    def rows(self):
+        return self.ask("[...document.querySelectorAll('#table .body .row')].map(row => row.textContent)")
+
     def modes(self):
         return self.ask("page.story.bands.map(band => band.mode)")
 
@@ -50,7 +53,7 @@ class LivePageTest(unittest.TestCase):
         self.assertIn("connect 1 1", self.text("#answer"))
         wait_until(lambda: "RSM runs until about" in self.text("#state"))
         self.assertEqual(len(self.find("#picture .accepted")), 1)
-        self.assertTrue(any("FORCE_POLL_GRACE" in row.text for row in self.find("#table .body .row")))
+        self.assertTrue(any("FORCE_POLL_GRACE" in row for row in self.rows()))
 
         self.fill("message", level="audit-message", text="Remote tunnel opened by operator-7")
         wait_until(lambda: self.modes()[-1] == "activity")
@@ -58,7 +61,7 @@ class LivePageTest(unittest.TestCase):
         wait_until(lambda: self.modes()[-1] == "grace")
 
         self.find("#text")[0].send_keys("tunnel opened")
-        self.assertEqual(len([row for row in self.find("#table .body .row") if "audit Remote tunnel opened" in row.text]), 1)
+        self.assertEqual(len([row for row in self.rows() if "audit Remote tunnel opened" in row]), 1)
         self.find("#text")[0].clear()
         self.find("#text")[0].send_keys("x\b")
 

@@ -10,35 +10,20 @@ namespace sim {
 class LiveSession;
 class OrderQueue;
 
-/// Serves a session over HTTP on threads of its own, from its creation to its end.
-class Console final {
+/// Serves a session over HTTP on a thread of its own. Its end is that of the session and of the orders for
+/// the clients, which are let go.
+class Console {
   public:
-    /// Where to listen.
-    struct Place {
-        std::string address = "127.0.0.1";
-        int port = 0;  ///< 0: any that is free
-    };
-
-    /// `session` and `orders` must outlive the console. `status` answers the session's status as JSON, on any
-    /// thread. Throws std::runtime_error when the place cannot be had.
-    Console(const Place& place, LiveSession& session, OrderQueue& orders,
-            std::function<std::string()> status);
-    Console(const Console&) = delete;
-    Console& operator=(const Console&) = delete;
-    /// Ends the session and the orders for the clients, and lets them go.
-    ~Console();
+    virtual ~Console() = default;
 
     /// Its address for a browser.
-    const std::string& url() const { return url_; }
-
-  private:
-    class Server;
-
-    std::unique_ptr<Server> server_;
-    std::string url_;
+    virtual std::string url() const = 0;
 };
 
-/// "[ADDRESS:]PORT"; an address with colons stands in brackets. Throws std::runtime_error for anything else.
-Console::Place parsePlace(const std::string& text);
+/// `place` is "[ADDRESS:]PORT": this machine's own address if there is none, one with colons in brackets, and
+/// port 0 for any that is free. `session` and `orders` must outlive the console. `status` answers the
+/// session's status as JSON, on any thread. Throws std::runtime_error when the place cannot be had.
+std::unique_ptr<Console> openConsole(const std::string& place, LiveSession& session, OrderQueue& orders,
+                                     std::function<std::string()> status);
 
 }  // namespace sim

@@ -10,7 +10,7 @@ namespace sim {
 
 namespace {
 
-constexpr std::size_t kMostLines = 500;  // at once
+constexpr std::size_t kMostLines = 100;  // at once
 constexpr std::string_view kStart = "start ";
 
 }  // namespace
@@ -24,32 +24,27 @@ void LiveSession::onEvent(const Event& event) noexcept {
             member_ = textOf(event, "member").value_or("");
         } else if (event.name == "update-asset" && succeeded) {
             profile_ = Profile{member_, listOf(event, "properties")};
-        } else if (event.name == "call" && succeeded) {
-            noteStart(textOf(event, "verb").value_or(""));
+        } else if (event.name == "call" && succeeded &&
+                   textOf(event, "verb").value_or("").starts_with(kStart)) {
+            noteStart(*textOf(event, "verb"));
         }
     }
-    changed_.notify_all();
+    bell_.ring();
 }
 
 void LiveSession::noteStart(const std::string& verb) {
-    if (!verb.starts_with(kStart)) {
-        return;
-    }
-    const std::size_t end = std::min(verb.find(' ', kStart.size()), verb.size());
+    const std::size_t end = verb.find(' ', kStart.size());
     const std::string family = verb.substr(0, end);
-    // The trace has the words without their quotes.
     std::string line = family;
-    if (end < verb.size()) {
+    // The trace has the words without their quotes.
+    if (end != std::string::npos) {
         const std::string argument = verb.substr(end + 1);
         line += " " + (argument == "null" ? argument : inQuotes(argument));
     }
-    const auto known = std::find_if(starts_.begin(), starts_.end(),
-                                    [&family](const auto& start) { return start.first == family; });
-    if (known == starts_.end()) {
-        starts_.emplace_back(family, line);
-    } else {
-        known->second = line;
-    }
+    const auto known = std::find_if(starts_.begin(), starts_.end(), [&](const std::string& start) {
+        return (start + " ").starts_with(family + " ");
+    });
+    (known == starts_.end() ? starts_.emplace_back() : *known) = line;
 }
 
 void LiveSession::close() {
@@ -57,7 +52,7 @@ void LiveSession::close() {
         const std::lock_guard lock(mutex_);
         over_ = true;
     }
-    changed_.notify_all();
+    bell_.ring();
 }
 
 std::string LiveSession::page() const {
@@ -65,9 +60,8 @@ std::string LiveSession::page() const {
     return sessionPage(record_, true);
 }
 
-LiveSession::News LiveSession::wait(std::uint64_t first, std::chrono::milliseconds time) const {
-    std::unique_lock lock(mutex_);
-    changed_.wait_for(lock, time, [&] { return over_ || record_.data().size() > first; });
+LiveSession::News LiveSession::news(std::uint64_t first) const {
+    const std::lock_guard lock(mutex_);
     return {record_.data().lines(first, kMostLines), over_};
 }
 
@@ -78,11 +72,7 @@ std::optional<LiveSession::Profile> LiveSession::profile() const {
 
 std::vector<std::string> LiveSession::startLines() const {
     const std::lock_guard lock(mutex_);
-    std::vector<std::string> lines;
-    for (const auto& [family, line] : starts_) {
-        lines.push_back(line);
-    }
-    return lines;
+    return starts_;
 }
 
 }  // namespace sim

@@ -2,11 +2,11 @@
 #pragma once
 
 #include "lib/Enterprise.h"
+#include "sim/Bell.h"
 #include "sim/Clock.h"
 #include "sim/EventListener.h"
 #include "sim/report/SessionRecord.h"
 
-#include <condition_variable>
 #include <cstdint>
 #include <functional>
 #include <mutex>
@@ -40,8 +40,10 @@ class LiveSession final : public EventListener {
 
     /// The page as it is now.
     std::string page() const;
-    /// Waits at most `time` for events from number `first` on.
-    News wait(std::uint64_t first, std::chrono::milliseconds time) const;
+    /// Events from number `first` on.
+    News news(std::uint64_t first) const;
+    /// Rings at each event, and at the end.
+    Bell& bell() { return bell_; }
     Instant now() const { return now_(); }
     std::optional<Profile> profile() const;
     /// The lines that start again what was started last; empty when nothing was.
@@ -52,13 +54,12 @@ class LiveSession final : public EventListener {
 
     SessionRecord& record_;
     std::function<Instant()> now_;
+    Bell bell_;
     mutable std::mutex mutex_;  ///< of everything below, and of the record
-    mutable std::condition_variable changed_;
     bool over_ = false;
     std::string member_;
     std::optional<Profile> profile_;
-    /// Family and line, in the order of their first start.
-    std::vector<std::pair<std::string, std::string>> starts_;
+    std::vector<std::string> starts_;  ///< a line each, in the order of their first start
 };
 
 }  // namespace sim

@@ -8,7 +8,7 @@
 
 namespace sim {
 
-Bell::Bell() : descriptor_(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK | EFD_SEMAPHORE)) {
+Bell::Bell() : descriptor_(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
     if (descriptor_ < 0) {
         throw std::system_error(errno, std::generic_category(), "eventfd");
     }

@@ -7,7 +7,10 @@ namespace sim {
 
 class SessionRecord;
 
-/// One HTML file that needs nothing else. A live one follows the session of the program that serves it.
+/// One HTML file that needs nothing else. A live one follows the session of the program that serves it, and
+/// leaves it to that program to tell the policy.
 std::string sessionPage(const SessionRecord& session, bool live);
+/// The page's Content-Security-Policy: its own style and script, and what a live one asks the program for.
+std::string pagePolicy(bool live);
 
 }  // namespace sim

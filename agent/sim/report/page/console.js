@@ -124,7 +124,8 @@ class LiveConsole {
         if (button) {
             button.disabled = true;
         }
-        const response = await fetch(`/do/${name}`, {method: 'POST', body: JSON.stringify(values)}).catch(() => null);
+        const request = {method: 'POST', headers: {'Content-Type': 'application/json'}, body: JSON.stringify(values)};
+        const response = await fetch(`/do/${name}`, request).catch(() => null);
         const text = response === null ? 'there is no answer' : await response.text();
         if (button) {
             button.disabled = Boolean(this.isOver);

@@ -1,3 +1,5 @@
+'use strict';
+
 // ---- The session's events, as they lie in the page: texts that occurred, and runs of steps through them.
 
 /// Name in the page's data, of many, of one, what it is.

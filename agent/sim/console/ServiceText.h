@@ -1,5 +1,7 @@
-// A web service request as it comes over the network.
+// What goes over the network in the enterprise's web service.
 #pragma once
+
+#include "sim/console/LiveSession.h"
 
 #include <string>
 #include <string_view>
@@ -10,5 +12,9 @@ namespace sim {
 /// more than that, `call` otherwise. Throws std::runtime_error with the reason when the text is no request of
 /// the service; whether the operation and its sub-elements exist is for the module to say.
 std::string lineOfRequest(std::string_view xml);
+
+/// What the enterprise last accepted, as a registration record would bear it.
+std::string registrationXml(const LiveSession::Profile& profile);
+std::string registrationJson(const LiveSession::Profile& profile);
 
 }  // namespace sim
