@@ -10,7 +10,7 @@ namespace sim {
 
 /// A thread that takes turns.
 struct Scheduler::TakingTurns final : agent::Thread {
-    explicit TakingTurns(Kind kind) : Thread(kind) {}
+    explicit TakingTurns(Kind kind) : Thread(kind) { party.thread = this; }
 
     Party party{Rank::thread};
 };
@@ -99,6 +99,25 @@ Scheduler::Wake Scheduler::idle(Instant due, bool untilNoThreads) {
     return untilNoThreads && activeThreads_ == 0 ? Wake::noThreads : Wake::due;
 }
 
+void Scheduler::offerTurn() {
+    std::unique_lock lock(mutex_);
+    if (choice_) {
+        Party& self = caller();
+        ready_.push_front(&self);
+        passTurn(true);
+        awaitTurn(lock, self);
+    }
+}
+
+void Scheduler::endThread(agent::ThreadDestroy how) {
+    const auto running = std::find_if(threads().begin(), threads().end(), [](const auto& thread) {
+        return thread->isActive() && thread->kind() == agent::Thread::Kind::module;
+    });
+    if (running != threads().end()) {
+        end(**running, how);
+    }
+}
+
 std::vector<std::string> Scheduler::stopAll() {
     std::vector<std::string> names;
     for (const auto& thread : threads()) {
@@ -133,6 +152,7 @@ void Scheduler::body(TakingTurns& thread) {
         ~End() {  // also when the thread is unwound
             const std::lock_guard lock(scheduler.mutex_);
             thread.setEnded();
+            scheduler.ended_ = &thread;
             scheduler.activeThreads_ -= thread.kind() == agent::Thread::Kind::module ? 1 : 0;
             scheduler.wake();
             scheduler.passTurn();
@@ -141,7 +161,7 @@ void Scheduler::body(TakingTurns& thread) {
     {
         std::unique_lock lock(mutex_);
         self.whereabouts = &agent::Place::here();
-        self.turn.wait(lock, [&] { return holder_ == &self; });
+        awaitTurn(lock, self);
     }
     thread.run();
 }
@@ -154,12 +174,9 @@ void Scheduler::end(TakingTurns& thread) {
     Party& party = thread.party;
     Party& self = caller();
     std::unique_lock lock(mutex_);
-    std::erase(blocked_, &party);
-    std::erase(ready_, &party);
     ready_.push_front(&self);  // goes on when that one has ended, or waits on its way out
-    ready_.push_front(&party);
-    passTurn();
-    self.turn.wait(lock, [&] { return holder_ == &self; });
+    giveTurn(party);
+    awaitTurn(lock, self);
 }
 
 void Scheduler::block(std::unique_lock<std::mutex>& lock, Party& self, Instant due, const Condition* until) {
@@ -167,7 +184,7 @@ void Scheduler::block(std::unique_lock<std::mutex>& lock, Party& self, Instant d
     self.until = until;
     blocked_.push_back(&self);
     passTurn();
-    self.turn.wait(lock, [&] { return holder_ == &self; });
+    awaitTurn(lock, self);
     self.until = nullptr;
 }
 
@@ -184,12 +201,13 @@ void Scheduler::wake() {
     blocked_.erase(firstAwake, blocked_.end());
 }
 
-void Scheduler::passTurn() {
+void Scheduler::passTurn(bool mayStay) {
     const bool hostIdles = host_.rank == Rank::idleHost;
-    Party* next = nullptr;
-    if (!ready_.empty()) {
+    Party* next = choice_ ? choose(mayStay) : nullptr;
+    if (next != nullptr) {
+        // chosen
+    } else if (!ready_.empty()) {
         next = ready_.front();
-        ready_.pop_front();
     } else if (hostIdles && idleUntilNoThreads_ && activeThreads_ == 0) {
         next = &host_;
     } else {
@@ -203,13 +221,46 @@ void Scheduler::passTurn() {
                 next = &host_;
             }
             ++progress_;
+            if (choice_ && next != &host_) {
+                next = choose(false);
+            }
         }
     }
-    std::erase(blocked_, next);
-    if (holder_ != next) {
-        holder_ = next;
-        next->turn.notify_one();
+    giveTurn(*next);
+}
+
+void Scheduler::giveTurn(Party& next) {
+    std::erase(ready_, &next);
+    std::erase(blocked_, &next);
+    if (holder_ != &next) {
+        holder_ = &next;
+        next.turn.notify_one();
     }
+}
+
+void Scheduler::awaitTurn(std::unique_lock<std::mutex>& lock, Party& self) {
+    self.turn.wait(lock, [&] { return holder_ == &self; });
+    if (ended_ != nullptr) {
+        std::exchange(ended_, nullptr)->join();  // With it a lock that it held is known to be left behind.
+    }
+}
+
+Scheduler::Party* Scheduler::choose(bool mayStay) {
+    std::vector<Party*> able;
+    std::vector<const agent::Thread*> threads;
+    const auto add = [&](Party* party) {
+        if (party != &host_) {
+            able.push_back(party);
+            threads.push_back(party->thread);
+        }
+    };
+    std::for_each(ready_.begin(), ready_.end(), add);
+    for (Party* party : blocked_) {
+        if (party->due <= clock_.now()) {
+            add(party);
+        }
+    }
+    return able.empty() ? nullptr : able.size() == 1 ? able.front() : able.at(choice_(threads, mayStay));
 }
 
 Scheduler::Party* Scheduler::earliest() const {

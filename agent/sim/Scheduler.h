@@ -28,6 +28,10 @@ class Scheduler final : public agent::Runtime {
     /// Is told who waits where, on any thread, and must not return: nothing goes on any more.
     using HangHandler = std::function<void(const std::string& whoWaitsWhere)>;
 
+    /// Chooses who goes on of those that can, by its place among them. When `mayStay`, the first of them holds
+    /// the turn; otherwise that one waits or has ended.
+    using Choice = std::function<std::size_t(const std::vector<const agent::Thread*>& able, bool mayStay)>;
+
     /// `patience`: how long the clock may stand still in real time while the module runs and no program that
     /// it started does.
     Scheduler(Clock& clock, HangHandler onHang, std::chrono::milliseconds patience);
@@ -55,6 +59,18 @@ class Scheduler final : public agent::Runtime {
     void failNextConstruct() { failConstruct_ = true; }
     void failNextStart() { failStart_ = true; }
 
+    /// From now on `choice` says who goes on whenever more than one can, the host, which comes last, not
+    /// counted; null lets them take turns in order again.
+    void letChoose(Choice choice) { choice_ = std::move(choice); }
+    /// A point at which the calling thread may lose the turn though it could go on.
+    void offerTurn();
+
+    /// How many threads of the module are active.
+    int activeThreads() const { return activeThreads_; }
+    /// Ends the one that was started first, as an agent does that does not ask the module.
+    void endThread(agent::ThreadDestroy how);
+    std::string whoWaitsWhere() const;
+
     /// Ends every active thread: the names of the module's, in the order of their starts.
     std::vector<std::string> stopAll();
     /// Releases the threads of a module that is gone.
@@ -73,7 +89,8 @@ class Scheduler final : public agent::Runtime {
         std::condition_variable turn;
         Instant due{0};
         Rank rank;
-        const Condition* until = nullptr;  ///< makes this one go on before it is due
+        const agent::Thread* thread = nullptr;  ///< none of the host
+        const Condition* until = nullptr;       ///< makes this one go on before it is due
         const agent::Whereabouts* whereabouts = nullptr;
     };
 
@@ -85,12 +102,15 @@ class Scheduler final : public agent::Runtime {
     /// Lets those go on that need not wait any more.
     void wake();
     /// Gives the turn to whoever is next.
-    void passTurn();
+    void passTurn(bool mayStay = false);
+    void giveTurn(Party& next);
+    void awaitTurn(std::unique_lock<std::mutex>& lock, Party& self);
+    /// Chooses among those that can go on at this instant, if there are any.
+    Party* choose(bool mayStay);
     Party* earliest() const;
     /// Whether nobody but the idle host can ever go on.
     bool allWaitForEver() const;
     Instant after(std::chrono::milliseconds time) const;
-    std::string whoWaitsWhere() const;
     void watch(std::chrono::milliseconds patience);
 
     Clock& clock_;
@@ -99,6 +119,8 @@ class Scheduler final : public agent::Runtime {
     Party* holder_ = &host_;
     std::deque<Party*> ready_;
     std::vector<Party*> blocked_;  ///< in the order in which they began to wait
+    Choice choice_;
+    agent::Thread* ended_ = nullptr;  ///< gave its last turn away; the system's thread may still be there
     bool idleUntilNoThreads_ = false;
     bool interrupted_ = false;
     int activeThreads_ = 0;  ///< of the module

@@ -1,0 +1,119 @@
+// What several threads do at once, in every order of their turns.
+#include "Explorer.h"
+#include "Host.h"
+#include "support/Rows.h"
+
+#include <cstdlib>
+#include <cstring>
+#include <iostream>
+#include <optional>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+int preemptions = 1;
+std::optional<Turns> only;
+
+struct Scene {
+    support::RowName name;
+    std::function<void(Host&)> before;  ///< what the clients find
+    int polls;                          ///< after which they come
+    std::vector<Host::Client> clients;
+};
+
+void explore(const Scene& scene, bool killed) {
+    Host host;
+    constexpr const char* kKiller = "killer";
+    Explorer explorer(preemptions, killed ? kKiller : nullptr, only ? &*only : nullptr);
+    const std::string failure = explorer.explore([&] {
+        std::vector<Host::Client> clients = scene.clients;
+        if (killed) {
+            clients.emplace_back(kKiller, [](Host& self) { self.killThread(); });
+        }
+        host.begin();
+        scene.before(host);
+        host.play(clients, scene.polls);
+        return host.judge();
+    });
+    EXPECT_EQ(failure, "");
+    std::cout << explorer.runs() << " orders of turns\n";
+}
+
+const auto nothing = [](Host& /*host*/) {};
+const auto polling = [](Host& host) {
+    host.connect("1", "20");
+    host.pass(1000);
+};
+const auto order = [](const char* time) { return [time](Host& host) { host.schedule(time); }; };
+const auto stop = [](Host& host) { host.stop(); };
+
+const Scene kScenes[] = {
+    {"order and stop",
+     nothing,
+     0,
+     {{"order", [](Host& host) { host.log("an entry"), host.schedule("12:00:00"); }}, {"stop", stop}}},
+    {"two orders", nothing, 0, {{"first", order("12:00:00")}, {"second", order("13:00:00")}}},
+    {"connect and the thread's end", polling, 3, {{"connect", [](Host& host) { host.connect("1", "20"); }}}},
+    {"disconnect and due start",
+     [](Host& host) {
+         host.connect("10", "30");
+         host.schedule("10:01:20");
+         host.pass(85000);
+     },
+     3,
+     {{"disconnect", [](Host& host) { host.disconnect(); }}}},
+    {"report and change",
+     [](Host& host) { host.answerSlowly("Data Polling"); },
+     0,
+     {{"first", order("12:00:00")},
+      {"second",
+       [](Host& host) {
+           host.pass(500);
+           for (const char* time : {"13:00:00", "13:01:00", "13:02:00", "13:03:00", "13:04:00"}) {
+               host.schedule(time);
+               host.pass(800);
+           }
+       }}}},
+    {"activity and end",
+     polling,
+     3,
+     {{"opens", [](Host& host) { host.log("one entry"), host.audit("opened"); }},
+      {"closes", [](Host& host) { host.log("another entry"), host.audit("closed"); }}}},
+    {"start and stop",
+     [](Host& host) {
+         host.schedule("12:00:00");
+         host.pass(1000);
+     },
+     0,
+     {{"stop", stop}, {"start", [](Host& host) { host.start(), host.log("an entry"); }}}},
+};
+
+const bool registered = [] {
+    for (const Scene& scene : kScenes) {
+        support::registerRow("Interleavings", scene.name, [&scene] { explore(scene, false); });
+        support::registerRow("Interleavings",
+                             {scene.name.text + ", and a kill", scene.name.file, scene.name.line},
+                             [&scene] { explore(scene, true); });
+    }
+    return true;
+}();
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    testing::InitGoogleTest(&argc, argv);
+    for (int i = 1; i < argc; ++i) {
+        const std::string option = argv[i];
+        const std::string value = option.substr(std::min(option.find('=') + 1, option.size()));
+        if (option.starts_with("--preemptions=")) {
+            preemptions = std::atoi(value.c_str());
+        } else if (option.starts_with("--turns=")) {
+            only = parseTurns(value);
+        } else {
+            std::cerr << "interleavings [--gtest_filter=SCENE] [--preemptions=N] [--turns='AT:WHO ...']\n";
+            return 2;
+        }
+    }
+    return RUN_ALL_TESTS();
+}
