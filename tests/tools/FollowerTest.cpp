@@ -1,5 +1,7 @@
 // Following a log while it grows, is rotated, replaced and emptied.
 #include "Follower.h"
+#include "LogFiles.h"
+#include "support/Shell.h"
 #include "support/Workspace.h"
 
 #include <cstdio>
@@ -20,11 +22,19 @@ class FollowerTest : public testing::Test {
     void append(const std::string& bytes) const {
         std::ofstream(path, std::ios::app | std::ios::binary) << bytes;
     }
-    void entry(const std::string& text) const { append("Date:2026-3-1 Time:9:0:0 :: " + text); }
+    void entry(const std::string& text, const std::string& time = "9:0:0") const {
+        append("Date:2026-3-1 Time:" + time + " :: " + text);
+    }
     void rotate(const std::string& end) const {
         std::filesystem::rename(path, workspace.path("log/k2026_3_1_" + end + ".xml"));
     }
-    Follower follower() { return {path, platform::File::open(path, platform::OpenMode::Read), listing}; }
+    Follower follower() {
+        LogFiles files({path}, zone);
+        return {files.older().back(), files.archives(), zone, listing, false};
+    }
+    void compress(const std::string& end) const {
+        ASSERT_EQ(support::shell(workspace, "gzip log/k2026_3_1_" + end + ".xml").status, 0);
+    }
 
     /// What was printed since the last call, without the times, entries parted by blanks.
     std::string printed() {
@@ -41,8 +51,9 @@ class FollowerTest : public testing::Test {
     std::string path = workspace.path("log/k.xml").string();
     std::FILE* output = std::fopen(workspace.path("printed").c_str(), "w");
     std::size_t seen = 0;
-    Listing listing{TimeZone::named("UTC"), Selection({}, {}), EntryWriter(false, TimeZone::named("UTC")),
-                    std::nullopt, output};
+    TimeZone zone = TimeZone::named("UTC");
+    Listing listing{zone, Selection({}, {}), EntryWriter(Form::shown, zone),
+                    Printing{{}, false, 0, output, nullptr}};
 };
 
 TEST_F(FollowerTest, PrintsAnEntryOnceItsEndIsKnownOrNothingFollows) {
@@ -93,6 +104,38 @@ TEST_F(FollowerTest, OverRotations) {
     EXPECT_EQ(printed(), "c d e f g");
     following.look();
     EXPECT_EQ(printed(), "h");
+}
+
+// What is new is told by the files: names and times of old ones may lie behind those of the new ones.
+TEST_F(FollowerTest, OverRotationsAfterTheClockWasSetBack) {
+    for (const char* const end : {"9_10_0", "9_20_0", "9_30_0"}) {
+        entry("old", "9:5:0");
+        rotate(end);
+    }
+    entry("a", "9:30:0");
+    Follower following = follower();
+    following.look();
+    entry("b", "9:30:1");
+    rotate("9_40_0");
+    entry("c", "9:40:0");
+    rotate("9_0_0");
+    entry("d", "9:0:0");
+    rotate("9_15_0");
+    entry("e", "9:15:0");
+    following.look();
+    following.look();
+    EXPECT_EQ(printed(), "a b c d e");
+    compress("9_20_0");  // an old one under a new name
+    entry("f", "9:15:1");
+    rotate("8_0_0");
+    compress("8_0_0");  // what is being followed, too
+    entry("g", "8:0:0");
+    rotate("7_0_0");
+    compress("7_0_0");
+    entry("h", "7:0:0");
+    following.look();
+    following.look();
+    EXPECT_EQ(printed(), "f g h");
 }
 
 TEST_F(FollowerTest, ALogThatIsDeletedReplacedOrEmptied) {

@@ -1,6 +1,7 @@
 // Which files belong to a log, and in which order.
 #include "LogFiles.h"
 #include "support/Rows.h"
+#include "support/Shell.h"
 #include "support/Workspace.h"
 
 #include <algorithm>
@@ -24,10 +25,13 @@ struct LogFolder {
         workspace.write("log/" + name, time.empty() ? "" : "Date:2026-3-1 Time:" + time + " :: x\n");
     }
 
-    static std::string files(const std::vector<std::string>& named) {
+    static std::string files(const std::vector<std::string>& named, const char* zone = "UTC") {
         std::string text;
-        for (const LogFile& file : filesFor(named)) {
-            text += (text.empty() ? "" : " ") + file.path;
+        LogFiles files(named, TimeZone::named(zone));
+        for (std::vector<LogFile> part; !(part = files.older()).empty();) {
+            for (auto file = part.rbegin(); file != part.rend(); ++file) {
+                text = file->path + (text.empty() ? "" : " ") + text;
+            }
         }
         return text;
     }
@@ -40,15 +44,15 @@ class LogFilesTest : public testing::Test, protected LogFolder {};
 TEST_F(LogFilesTest, ArchiveNames) {
     for (const char* const name :
          {"k2026_3_1_10_5_9.xml", "k2026_12_31_23_59_59.xml", "a/b2026_3_1_10_5_912.xml",
-          "2026_3_1_0_0_0.xml", "k52026_3_1_0_0_04.xml", ".2026_3_1_0_0_0.xml"}) {
-        EXPECT_TRUE(isArchiveName(name)) << name;
+          "2026_3_1_0_0_0.xml", "k52026_3_1_0_0_04.xml", ".2026_3_1_0_0_0.xml", "k2026_3_1_10_5_9.xml.gz"}) {
+        EXPECT_TRUE(Archives::isArchive(name)) << name;
     }
     for (const char* const name :
          {"k.xml", "k2026_3_1_10_5.xml", "k2026_13_1_10_5_9.xml", "k2026_2_30_10_5_9.xml",
-          "k2026_3_1_24_5_9.xml", "k2026_3_1_10_60_9.xml", "k2026_3_1_10_5_9.xml.gz", "k2026_3_1_10_5_9.log",
+          "k2026_3_1_24_5_9.xml", "k2026_3_1_10_60_9.xml", "k2026_3_1_10_5_9.gz", "k2026_3_1_10_5_9.log",
           "k2026_3_1_10_5_.xml", "k026_3_1_10_5_9.xml", "k2026_3_1_10_5_9999999999999.xml",
           "2026_3_1_0_0_0.xml/k"}) {
-        EXPECT_FALSE(isArchiveName(name)) << name;
+        EXPECT_FALSE(Archives::isArchive(name)) << name;
     }
 }
 
@@ -114,12 +118,50 @@ const support::Rows<OrderRow> orderRows(
         EXPECT_EQ(LogFolder::files(backwards), expected + "k.xml") << "all of them named";
     });
 
+// Their names say which clock time it was, but not in which of the two hours.
+TEST_F(LogFilesTest, TheHourThatComesTwiceIsOrderedByTheAgeOfItsFiles) {
+    std::string expected;
+    for (const auto& [end, written] : {std::pair("2_10_0", "00:10"), std::pair("2_50_0", "00:50"),
+                                       std::pair("2_20_0", "01:20"), std::pair("2_55_0", "01:55")}) {
+        const std::string name = std::string("k2026_10_25_") + end + ".xml";
+        workspace.write("log/" + name, "text that bears no time");
+        ASSERT_EQ(support::shell(workspace, "touch -d '2026-10-25 " + std::string(written) + "Z' log/" + name)
+                      .status,
+                  0);
+        expected += name + " ";
+    }
+    EXPECT_EQ(files({"k.xml"}, "CET-1CEST,M3.5.0,M10.5.0/3"), expected + "k.xml");
+}
+
+// As after a correction of the clock: the name that fits to the beginning of the next file is the one before it.
+TEST_F(LogFilesTest, AClockThatWasSetBack) {
+    make("k2026_3_1_9_10_0.xml", "9:0:0");
+    make("k2026_3_1_9_50_0.xml", "9:10:0");
+    make("k2026_3_1_9_20_0.xml", "9:50:0");  // to 9:15 in it
+    make("k2026_3_1_9_30_0.xml", "9:20:0");
+    make("k.xml", "9:30:0");
+    EXPECT_EQ(files({"k.xml"}),
+              "k2026_3_1_9_10_0.xml k2026_3_1_9_50_0.xml k2026_3_1_9_20_0.xml "
+              "k2026_3_1_9_30_0.xml k.xml");
+}
+
+TEST_F(LogFilesTest, WhatIsBeingCompressedIsReadOnce) {
+    make("k2026_3_1_9_0_5.xml", "9:0:0");
+    make("k2026_3_1_9_0_5.xml.gz");
+    make("k2026_3_1_8_0_5.xml.gz");
+    EXPECT_EQ(files({"k.xml"}), "k2026_3_1_8_0_5.xml.gz k2026_3_1_9_0_5.xml k.xml");
+}
+
 TEST_F(LogFilesTest, ALogThatHasJustBecomeAnArchiveIsReadOnce) {
     make("k.xml", "9:0:0");
-    auto log = platform::File::open("k.xml", platform::OpenMode::Read);
+    const auto log = platform::File::open("k.xml", platform::OpenMode::Read);
     std::filesystem::rename("k.xml", "k2026_3_1_9_0_5.xml");
     make("k2026_3_1_8_0_5.xml", "8:0:0");
-    EXPECT_EQ(archivesOf("k.xml", log), std::vector<std::string>{"k2026_3_1_8_0_5.xml"});
+    Archives archives(TimeZone::named("UTC"));
+    archives.addOf("k.xml");
+    const auto isLog = [&](const platform::File& file) { return file.isSameFile(log); };
+    EXPECT_EQ(archives.older(isLog)->path, "k2026_3_1_8_0_5.xml");
+    EXPECT_FALSE(archives.older(isLog));
 }
 
 }  // namespace

@@ -20,7 +20,7 @@ const char* const kMiddleEurope = "CET-1CEST,M3.5.0,M10.5.0/3";
 
 std::string isoText(sys_seconds moment, const TimeZone& zone) {
     std::string line;
-    EntryWriter(false, zone).append(line, {}, moment, "");
+    EntryWriter(Form::shown, zone).append(line, {}, moment, {});
     return line.substr(0, line.find(' '));
 }
 
@@ -126,6 +126,12 @@ const support::Rows<SpanRow> spanRows(
         {"ago", "-2h", "-1h30m", "2026-03-01T06:30:00+01:00 2026-03-01T07:00:00+01:00"},
         {"week ago", "-1w", "now", "2026-02-22T08:30:00+01:00 2026-03-01T08:30:00+01:00"},
         {"days and seconds ago", "-3d", "-90s", "2026-02-26T08:30:00+01:00 2026-03-01T08:28:30+01:00"},
+        {"tomorrow", {}, "tomorrow", " 2026-03-02T23:59:59+01:00"},
+        {"in words", "1 hour 30 minutes ago", "45 min ago",
+         "2026-03-01T07:00:00+01:00 2026-03-01T07:45:00+01:00"},
+        {"seconds since 1970", "@1772350205", "@1772350205.9",
+         "2026-03-01T08:30:05+01:00 2026-03-01T08:30:05+01:00"},
+        {"fractions", "08:29:59.5", "08:29:59.25", "2026-03-01T08:29:59+01:00 2026-03-01T08:29:59+01:00"},
         {"hour that comes twice", "2025-10-26 02:30", "2025-10-26 02:30",
          "2025-10-26T02:30:00+02:00 2025-10-26T02:30:00+01:00"},
     },
@@ -139,9 +145,30 @@ const support::Rows<SpanRow> spanRows(
 
 TEST(TimeWords, RefusedTimes) {
     const TimeZone zone = TimeZone::named(kMiddleEurope);
-    for (const char* const text :
-         {"", " ", "-", "-2", "-2y", "-h", "2026-02-29", "2026-13-01", "24:00", "1:60", "1:2", "22",
-          "2026-03-0110:00", "tomorrow", "today10:00", "Z", "10:00:61", "-9999999w"}) {
+    for (const char* const text : {"",
+                                   " ",
+                                   "-",
+                                   "-2",
+                                   "-2y",
+                                   "-h",
+                                   "2026-02-29",
+                                   "2026-13-01",
+                                   "24:00",
+                                   "1:60",
+                                   "1:2",
+                                   "22",
+                                   "2026-03-0110:00",
+                                   "today10:00",
+                                   "Z",
+                                   "10:00:61",
+                                   "-9999999w",
+                                   "@",
+                                   "@x",
+                                   "1 hour",
+                                   "hour ago",
+                                   "1 year ago",
+                                   " ago",
+                                   "10:00:05."}) {
         EXPECT_THROW(readSpan(text, std::nullopt, kNow, zone), UsageError) << text;
     }
 }

@@ -8,6 +8,7 @@
 #include <fstream>
 #include <nlohmann/json.hpp>
 #include <re2/re2.h>
+#include <set>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -126,16 +127,43 @@ const support::Rows<OptionsRow> optionsRows(
         {"zone of both", "--zone -01:00 --since '2026-03-01 8:00:02' log/k.xml",
          "2026-03-01T08:00:02-01:00 \\x1b[1mthird\\xff\n"},
         {"JSON", "--json log/k.xml",
-         R"({"time":null,"text":"torn end","file":"log/k.xml","offset":0})"
+         R"({"time":null,"text":"torn end","file":"log/k.xml","offset":0,"id":"132e1b3b7f469dc9-0"})"
          "\n"
-         R"({"time":"2026-03-01T09:00:00Z","text":"first","file":"log/k.xml","offset":9})"
+         R"({"time":"2026-03-01T09:00:00Z","text":"first","file":"log/k.xml","offset":9,"id":"132e1b3b7f469dc9-9"})"
          "\n"
-         R"({"time":"2026-03-01T09:00:01Z","text":"second\n  line","file":"log/k.xml","offset":46})"
+         R"({"time":"2026-03-01T09:00:01Z","text":"second\n  line","file":"log/k.xml","offset":46,"id":"132e1b3b7f469dc9-46"})"
          "\n"
-         R"({"time":"2026-03-01T09:00:02Z","text":"\u001b[1mthird\u00ff","file":"log/k.xml","offset":88})"
+         R"({"time":"2026-03-01T09:00:02Z","text":"\u001b[1mthird\u00ff","file":"log/k.xml","offset":88,"id":"132e1b3b7f469dc9-88"})"
          "\n"},
+        {"lines are last", "--lines 1 log/k.xml", kThird},
+        {"newest first", "-r -S 2026-03-01T09:00:01 log/k.xml", kThird + kSecond},
+        {"the last, newest first", "-rn 2 -U 2026-03-01T09:00:01 log/k.xml", kSecond + kFirst},
+        {"the message alone", "-o cat -g first log/k.xml", "first\n"},
+        {"short", "-o short -q --no-pager -g first log/k.xml", kFirst},
+        {"context", "-C1 -g first log/k.xml", "(no time) torn end\n" + kFirst + kSecond},
+        {"context apart", "-C 0 -g 'first|third' log/k.xml", kFirst + kThird},
+        {"files", "--files log/k.xml",
+         "2026-03-01T09:00:00Z  2026-03-01T09:00:02Z        3 entries         126 bytes  log/k.xml\n"},
+        {"disk usage", "--disk-usage log/k.xml", "126 bytes in 1 file\n"},
+        {"until before since", "-S 2026-03-02 -U 2026-03-01 log/k.xml",
+         "status 1 zephan-log: --until lies before --since, so there is nothing to print\n"},
+        {"levels", "-p 3 log/k.xml",
+         "status 2 zephan-log: entries carry no levels, so there is no -p; --grep chooses by the message\n"
+         "Try zephan-log --help.\n"},
+        {"unknown letter", "-izz log/k.xml",
+         "status 2 zephan-log: unknown option -z\nTry zephan-log --help.\n"},
+        {"no number of entries", "-C3x log/k.xml",
+         "status 2 zephan-log: not a number of entries: 3x\nTry zephan-log --help.\n"},
+        {"value that does not belong", "--json=x log/k.xml",
+         "status 2 zephan-log: no value belongs to option --json=x\nTry zephan-log --help.\n"},
+        {"control characters in a name", "\"$(printf 'a\\033[1m\\nb')\"",
+         "status 2 zephan-log: a\\x1b[1m\\x0ab: No such file or directory\n"},
         {"absent file among others", "absent log/k.xml -n 1",
          kThird + "status 2 zephan-log: absent: No such file or directory\n"},
+        {"absent file and none of its entries", "-n 0 absent",
+         "status 2 zephan-log: absent: No such file or directory\n"},
+        {"disk usage of no file", "--disk-usage",
+         "status 2 zephan-log: --files and --disk-usage take a FILE\nTry zephan-log --help.\n"},
         {"directory", "log", "status 2 zephan-log: log: not a regular file\n"},
         {"no configuration", "--config log/k.xml",
          "status 2 zephan-log: log/k.xml: not a configuration file that can be read\n"},
@@ -171,6 +199,63 @@ TEST_F(ZephanLogTest, TimesGoOnThroughTheHourThatComesTwice) {
               "2026-10-25T00:50:00Z summer\n2026-10-25T01:20:00Z winter\n");
 }
 
+// The id of an entry is the key under which a collector knows it.
+TEST_F(ZephanLogTest, IdsStayWhereverTheFileLies) {
+    const std::string entry = "Date:2026-3-1 Time:9:0:0 :: same";
+    workspace.write("log/k2026_3_1_9_0_0.xml", entry);
+    workspace.write("log/k2026_3_1_9_0_01.xml", entry);
+    workspace.write("log/k.xml", entry + "\n" + entry);
+    const auto ids = [this](const std::string& files) {
+        return output("'" ZEPHAN_LOG "' --json " + files + " | sed 's/.*\"id\":\"//; s/\"}//'");
+    };
+    const std::vector<std::string> before = linesOf(ids("log/k.xml"));
+    ASSERT_EQ(before.size(), 4U);
+    EXPECT_EQ(std::set<std::string>(before.begin(), before.end()).size(), 4U);
+    EXPECT_EQ(linesOf(ids("-n 1 log/k.xml")).back(), before.back());
+    EXPECT_EQ(output("mv log/k.xml log/k2026_3_1_9_0_02.xml && gzip log/k2026_3_1_9_0_01.xml"), "");
+    workspace.write("log/k.xml", "");
+    EXPECT_EQ(linesOf(ids("log/k.xml")), before);
+    EXPECT_EQ(linesOf(ids("- <log/k2026_3_1_9_0_0.xml")).front(), before.front());
+}
+
+TEST_F(ZephanLogTest, ACursorGoesOnBehindTheLastEntryPrinted) {
+    const std::string command = "--cursor-file cursor log/k.xml -o cat";
+    const auto entry = [](int second) {
+        return "Date:2026-3-1 Time:9:0:" + std::to_string(second) + " :: " + std::to_string(second);
+    };
+    workspace.write("log/k.xml", entry(1) + entry(2));
+    EXPECT_EQ(run(command + " -n 1"), "2\n");
+    EXPECT_EQ(run(command), "status 1 ");
+    workspace.write("log/k.xml", entry(1) + entry(2) + entry(3));
+    EXPECT_EQ(output("mv log/k.xml log/k2026_3_1_9_0_4.xml && gzip log/k2026_3_1_9_0_4.xml"), "");
+    workspace.write("log/k2026_3_1_9_0_5.xml", entry(4));
+    workspace.write("log/k.xml", entry(5));
+    EXPECT_EQ(run(command), "3\n4\n5\n");
+    workspace.write("log/k.xml", entry(5) + entry(6));
+    EXPECT_EQ(output("timeout 1 '" ZEPHAN_LOG "' --follow " + command + " 2>said || true"), "6\n");
+    EXPECT_EQ(run(command), "status 1 ");
+    // Not there any more: what is left is printed again rather than not at all.
+    workspace.write("log/k.xml", "");
+    workspace.write("log/k2026_3_1_9_0_5.xml", entry(7));
+    std::filesystem::remove(workspace.path("log/k2026_3_1_9_0_4.xml.gz"));
+    EXPECT_EQ(run(command), "7\n");
+    EXPECT_NE(workspace.read("said").find("is gone"), std::string::npos);
+    workspace.write("cursor", "");
+    EXPECT_EQ(run(command + " -q"), "7\n");
+    EXPECT_EQ(workspace.read("said"), "");
+}
+
+TEST_F(ZephanLogTest, CompressedFiles) {
+    workspace.write("log/k2026_3_1_9_0_5.xml", "Date:2026-3-1 Time:9:0:0 :: a");
+    workspace.write("log/k.xml", "Date:2026-3-1 Time:9:0:5 :: b");
+    EXPECT_EQ(output("gzip log/k2026_3_1_9_0_5.xml"), "");
+    EXPECT_EQ(run("-o cat log/k.xml"), "a\nb\n");
+    EXPECT_EQ(output("cd log && cat *.gz *.gz >two.xml.gz && head -c 30 two.xml.gz >cut.xml.gz"), "");
+    EXPECT_EQ(run("-o cat log/two.xml.gz"), "a\na\n");
+    EXPECT_EQ(run("-o cat log/cut.xml.gz log/k.xml"),
+              "a\nb\nstatus 2 zephan-log: log/cut.xml.gz: the compressed file ends in its middle\n");
+}
+
 TEST_F(ZephanLogTest, StandardInput) {
     EXPECT_EQ(
         output("printf 'Date:2026-3-1 Time:9:0:0 :: aDate:2026-3-1 Time:9:0:1 :: b' | TZ=UTC '" ZEPHAN_LOG
@@ -203,8 +288,11 @@ TEST_F(ZephanLogTest, FollowBeginsWithTheLastTenEntries) {
 TEST_F(ZephanLogTest, HelpNamesEveryOption) {
     const std::string help = run("--help");
     for (const char* const option :
-         {"--since", "--until", "--grep", "--exclude", "--ignore-case", "--last", "--follow", "--json",
-          "--utc", "--zone", "--log-zone", "--config", "--help", "--version"}) {
+         {"-S, --since",   "-U, --until",  "-g, --grep",   "--exclude",     "-i, --ignore-case",
+          "-C, --context", "-n, --last",   "--lines",      "--cursor-file", "-f, --follow",
+          "-r, --reverse", "-o, --output", "--json",       "--utc",         "--zone",
+          "--log-zone",    "--no-pager",   "-q, --quiet",  "--files",       "--disk-usage",
+          "--config",      "-h, --help",   "-V, --version"}) {
         EXPECT_NE(help.find(option), std::string::npos) << option;
     }
     for (const std::string& line : linesOf(help)) {

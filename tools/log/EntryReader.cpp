@@ -10,7 +10,6 @@ namespace logreader {
 
 namespace {
 
-constexpr std::size_t kBufferSize = std::size_t{256} << 10U;
 constexpr std::size_t kLongestMessage = LogFileWriter::kLongestMessage;
 
 std::string_view trimmed(std::string_view text) {
@@ -22,7 +21,8 @@ std::string_view trimmed(std::string_view text) {
 
 }  // namespace
 
-EntryReader::EntryReader(Source source) : source_(std::move(source)), buffer_(kBufferSize) {}
+EntryReader::EntryReader(Source source, std::size_t bufferSize)
+    : source_(std::move(source)), buffer_(bufferSize) {}
 
 bool EntryReader::next(Entry& entry) {
     do {

@@ -26,7 +26,8 @@ class EntryReader final {
     /// Fills a buffer with the bytes that follow; 0 when there are none, or none yet.
     using Source = std::function<std::size_t(char* buffer, std::size_t size)>;
 
-    explicit EntryReader(Source source);
+    /// The buffer has to hold the longest entry.
+    explicit EntryReader(Source source, std::size_t bufferSize = std::size_t{256} << 10U);
 
     /// The next entry whose end is known. False when the source has no more.
     bool next(Entry& entry);

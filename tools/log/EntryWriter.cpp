@@ -21,8 +21,8 @@ void appendDigits(std::string& target, int count, int number) {
 }  // namespace
 
 void EntryWriter::append(std::string& target, const Entry& entry,
-                         std::optional<std::chrono::sys_seconds> moment, const std::string& path) {
-    if (json_) {
+                         std::optional<std::chrono::sys_seconds> moment, const Origin& origin) {
+    if (form_ == Form::json) {
         target += "{\"time\":";
         if (moment) {
             target.append("\"").append(timeText(*moment)).append("\"");
@@ -32,12 +32,16 @@ void EntryWriter::append(std::string& target, const Entry& entry,
         target += ",\"text\":";
         appendJson(target, entry.text);
         target += ",\"file\":";
-        appendJson(target, path);
-        target += ",\"offset\":" + std::to_string(entry.offset) + "}\n";
+        appendJson(target, origin.path);
+        const std::string offset = std::to_string(entry.offset);
+        target.append(",\"offset\":").append(offset);
+        target.append(",\"id\":\"").append(origin.mark).append("-").append(offset).append("\"}\n");
         return;
     }
-    target.append(moment ? std::string_view(timeText(*moment)) : "(no time)").append(" ");
-    appendShown(target, entry.text, kIndent);
+    if (form_ == Form::shown) {
+        target.append(moment ? std::string_view(timeText(*moment)) : "(no time)").append(" ");
+    }
+    appendShown(target, entry.text, form_ == Form::cat ? std::string_view() : kIndent);
     target += '\n';
 }
 

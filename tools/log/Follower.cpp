@@ -1,16 +1,25 @@
 #include "Follower.h"
 
-#include "LogFiles.h"
-#include "platform/Console.h"
+#include "Messages.h"
 
+#include <algorithm>
+#include <filesystem>
+#include <stdexcept>
 #include <utility>
 
 namespace logreader {
 
-Follower::Follower(std::string path, platform::File file, Listing& listing)
-    : path_(std::move(path)), listing_(listing) {
-    if (file.isOpen()) {
-        log_ = std::make_unique<OpenLog>(path_, std::move(file));
+Follower::Follower(const LogFile& log, std::vector<ArchiveIdentity> known, TimeZone logZone, Listing& listing,
+                   bool quiet)
+    : path_(log.path),
+      known_(std::move(known)),
+      logZone_(std::move(logZone)),
+      listing_(listing),
+      quiet_(quiet) {
+    std::sort(known_.begin(), known_.end());
+    if (log.file) {
+        listing_.beginFile(path_);
+        log_ = std::make_unique<OpenLog>(path_, log.file);
     }
 }
 
@@ -23,60 +32,143 @@ void Follower::look() {
     if (!present.isOpen()) {
         return;
     }
-    if (log_ && log_->file().isSameFile(present)) {
-        if (static_cast<std::uint64_t>(present.size()) >= log_->bytesRead()) {
-            return;
-        }
-        platform::complain(("zephan-log: " + path_ + " was emptied; reading it anew\n").c_str());
-        log_ = std::make_unique<OpenLog>(path_, std::move(present));
-    } else {
+    if (!log_ || !log_->file().isSameFile(present)) {
         goOver(std::move(present));
+    } else if (static_cast<std::uint64_t>(present.size()) < log_->bytesRead()) {
+        note(path_ + " was emptied; reading it anew");
+        follow(std::move(present));
+    } else {
+        return;
     }
     printNew();
+}
+
+void Follower::follow(platform::File file) {
+    log_ = std::make_unique<OpenLog>(path_, std::make_shared<platform::File>(std::move(file)));
+    listing_.beginFile(path_);
 }
 
 /// False when there was nothing new.
 bool Follower::printNew() {
     const std::uint64_t before = log_->bytesRead();
     for (Entry entry; log_->entries().next(entry);) {
-        listing_.take(entry, path_);
+        listing_.take(entry);
     }
     return log_->bytesRead() != before;
 }
 
 void Follower::printRest() {
     for (Entry entry; log_->entries().rest(entry);) {
-        listing_.take(entry, path_);
+        listing_.take(entry);
     }
 }
 
-/// The log file is another one: reads the rest of the old one, and the archives between the two.
+/// The log file is another one: reads the rest of the old one, and the archives that came between the two.
 void Follower::goOver(platform::File present) {
+    bool found = !log_;
     if (log_) {
         // Renamed only after its last entry was written.
         printNew();
         printRest();
-        bool between = false;
-        for (const std::string& path : archivesOf(path_, present)) {
-            platform::File file = platform::File::open(path, platform::OpenMode::Read);
-            if (between && file.isOpen()) {
-                OpenLog archive(path, std::move(file));
-                printAll(archive, listing_);
-            } else {
-                between = between || (file.isOpen() && file.isSameFile(log_->file()));
-            }
+    }
+    std::vector<ArchiveIdentity> listed;
+    Archives fresh(logZone_);
+    Archives::forEachOf(path_, [&](const std::string& path, const ArchiveIdentity& archive) {
+        if (isKnown(archive)) {
+            listed.push_back(archive);
+        } else {
+            fresh.add(path, archive.number);
         }
-        if (!between) {
-            platform::complain(
-                ("zephan-log: " + path_ + " was replaced; going on with the new one\n").c_str());
+    });
+    for (LogFile& archive : inOrder(fresh, present)) {
+        const platform::File file = openArchive(archive.path);
+        if (file.isOpen() && file.isSameFile(present)) {
+            break;  // renamed in this moment; those behind it come with the next look
+        }
+        listed.push_back(archive.identity);
+        if (!found && ((file.isOpen() && file.isSameFile(log_->file())) || isWhatWasFollowed(archive))) {
+            found = true;
+        } else {
+            printAll(archive, listing_);
         }
     }
-    log_ = std::make_unique<OpenLog>(path_, std::move(present));
+    std::sort(listed.begin(), listed.end());
+    known_ = std::move(listed);
+    if (!found) {
+        note(path_ + " was replaced; going on with the new one");
+    }
+    follow(std::move(present));
 }
 
-void printAll(OpenLog& log, Listing& listing) {
-    for (Entry entry; log.entries().next(entry) || log.entries().rest(entry);) {
-        listing.take(entry, log.path());
+/// Those that came within one look, oldest first. Where each begins when the one before it was full, that is their order,
+/// however the clock was set meanwhile; otherwise that of their ages and names.
+std::vector<LogFile> Follower::inOrder(Archives& archives, const platform::File& present) const {
+    archives.trustNames();
+    std::vector<LogFile> files;
+    while (auto archive = archives.older([](const platform::File&) { return false; })) {
+        files.push_back(std::move(*archive));
+    }
+    const auto age = [](const LogFile& file) {
+        std::error_code error;
+        return std::filesystem::last_write_time(file.path, error);
+    };
+    std::stable_sort(files.begin(), files.end(),
+                     [&](const LogFile& left, const LogFile& right) { return age(left) > age(right); });
+    std::vector<const LogFile*> left;
+    std::vector<LogFile> chain;
+    for (const LogFile& file : files) {
+        left.push_back(&file);
+    }
+    for (auto next = beginningOf(present).clock; next && !left.empty(); next = chain.back().beginning.clock) {
+        const auto before = std::find_if(left.begin(), left.end(), [&](const LogFile* file) {
+            const auto full = logZone_.clockAt(file->full);
+            return full == *next || full == *next + std::chrono::seconds(1);
+        });
+        if (before == left.end()) {
+            break;
+        }
+        chain.push_back(**before);
+        left.erase(before);
+    }
+    std::vector<LogFile>& newestFirst = left.empty() ? chain : files;
+    std::reverse(newestFirst.begin(), newestFirst.end());
+    return std::move(newestFirst);
+}
+
+/// A name that is known, compressed or not, and stands for the same file; a compressed one never is.
+bool Follower::isKnown(const ArchiveIdentity& archive) const {
+    for (auto known = std::lower_bound(known_.begin(), known_.end(), ArchiveIdentity{archive.stem, 0, false});
+         known != known_.end() && known->stem == archive.stem; ++known) {
+        if (archive.compressed || known->compressed || archive.number == known->number) {
+            return true;
+        }
+    }
+    return false;
+}
+
+/// The file that was followed has been compressed since.
+bool Follower::isWhatWasFollowed(const LogFile& archive) const {
+    return archive.identity.compressed && archive.beginning.mark != 0 &&
+           archive.beginning.mark == beginningOf(log_->file()).mark;
+}
+
+void Follower::note(const std::string& text) const {
+    if (!quiet_) {
+        complain(text);
+    }
+}
+
+bool printAll(const LogFile& file, Listing& listing) {
+    try {
+        OpenLog log(file.path, file.file);
+        listing.beginFile(log.path());
+        for (Entry entry; log.entries().next(entry) || log.entries().rest(entry);) {
+            listing.take(entry);
+        }
+        return true;
+    } catch (const std::runtime_error& error) {
+        complain(error.what());
+        return false;
     }
 }
 

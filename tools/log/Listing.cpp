@@ -1,8 +1,12 @@
 #include "Listing.h"
 
+#include "Messages.h"
+
 #include <cerrno>
 #include <cstring>
+#include <iterator>
 #include <stdexcept>
+#include <tuple>
 #include <utility>
 
 namespace logreader {
@@ -13,55 +17,146 @@ constexpr std::size_t kWrittenAtOnce = std::size_t{64} << 10U;
 
 }  // namespace
 
-Listing::Listing(TimeZone logZone, Selection selection, EntryWriter writer, std::optional<std::size_t> last,
-                 std::FILE* output)
+Listing::Listing(TimeZone logZone, Selection selection, EntryWriter writer, const Printing& printing)
     : logZone_(std::move(logZone)),
       selection_(std::move(selection)),
       writer_(std::move(writer)),
-      last_(last),
-      output_(output) {}
+      printing_(printing) {}
 
-void Listing::take(const Entry& entry, const std::string& path) {
-    if (entry.clock) {
-        moment_ = logZone_.momentOf(*entry.clock, moment_.value_or(std::chrono::sys_seconds::min()));
+void Listing::beginFile(const std::string& path) {
+    place_.origin.path = path;
+    place_.atFileBegin = true;
+}
+
+void Listing::passOver(const Beginning& beginning) {
+    if (beginning.mark != 0) {
+        place_.marks.next(beginning.clock, beginning.mark);
     }
-    if (!selection_.wants(moment_, entry.text)) {
+}
+
+void Listing::take(const Entry& entry) {
+    if (entry.clock) {
+        place_.moment =
+            logZone_.momentOf(*entry.clock, place_.moment.value_or(std::chrono::sys_seconds::min()));
+    }
+    if (std::exchange(place_.atFileBegin, false)) {
+        place_.origin.mark = place_.marks.next(entry.clock, markOf(entry));
+    }
+    const bool skipped = skipped_ && place_.origin.mark == skipped_->mark && entry.offset <= skipped_->offset;
+    if (skipped || isFull() || !selection_.spans(place_.moment)) {
         return;
     }
-    std::string* target = &text_;
-    if (last_) {
-        if (*last_ == 0) {
-            return;
-        }
-        // The oldest gives its memory to the newest.
-        std::string reused;
-        if (held_.size() == *last_) {
-            reused = std::move(held_.front());
-            reused.clear();
-            held_.pop_front();
-        }
-        target = &held_.emplace_back(std::move(reused));
+    if (selection_.wants(entry.text)) {
+        printContext();
+    } else if (contextLeft_ > 0) {
+        --contextLeft_;
+    } else {
+        keepAsContext(entry);
+        return;
     }
-    writer_.append(*target, entry, entry.clock ? moment_ : std::nullopt, path);
+    append(target(), entry);
     printedAny_ = true;
+    if (printing_.cursor != nullptr) {
+        last_ = {place_.origin.mark, entry.offset};
+    }
     if (text_.size() >= kWrittenAtOnce) {
         flush();
     }
 }
 
-void Listing::releaseLast() {
-    for (const std::string& entry : held_) {
-        text_ += entry;
-    }
-    held_.clear();
-    last_.reset();
+void Listing::append(std::string& text, const Entry& entry) {
+    writer_.append(text, entry, entry.clock ? place_.moment : std::nullopt, place_.origin);
 }
 
-void Listing::flush() {
-    if (std::fwrite(text_.data(), 1, text_.size(), output_) != text_.size() || std::fflush(output_) != 0) {
+/// Where the next entry goes.
+std::string& Listing::target() {
+    if (!isHeld()) {
+        return text_;
+    }
+    // The oldest gives its memory to the newest.
+    std::string reused;
+    if (held_.size() == printing_.last) {
+        reused = std::move(held_.front());
+        reused.clear();
+        held_.pop_front();
+    }
+    return held_.emplace_back(std::move(reused));
+}
+
+/// What stands before an entry that is printed, and lets as much be printed behind it.
+void Listing::printContext() {
+    if (printing_.context == 0) {
+        return;
+    }
+    if (std::exchange(gap_, false) && printedAny_ && !isHeld()) {
+        text_ += writer_.gap();
+    }
+    for (const std::string& text : before_) {
+        target() += text;
+    }
+    before_.clear();
+    contextLeft_ = printing_.context;
+}
+
+void Listing::keepAsContext(const Entry& entry) {
+    if (printing_.context == 0) {
+        return;
+    }
+    if (before_.size() == printing_.context) {
+        before_.pop_front();
+        gap_ = true;
+    }
+    append(before_.emplace_back(), entry);
+}
+
+void Listing::goBack() {
+    if (!newest_) {
+        newest_ = {place_, last_};
+    }
+    place_ = {};
+    if (printing_.last) {
+        *printing_.last -= held_.size();
+    }
+    if (printing_.reverse) {
+        for (; !held_.empty(); held_.pop_back()) {
+            text_ += held_.back();
+        }
+        write();
+    } else {
+        newer_.insert(newer_.begin(), std::move_iterator(held_.begin()), std::move_iterator(held_.end()));
+        held_.clear();
+    }
+}
+
+void Listing::release() {
+    goBack();
+    for (const std::string& entry : newer_) {
+        text_ += entry;
+    }
+    newer_.clear();
+    printing_.last.reset();
+    printing_.reverse = false;
+    std::tie(place_, last_) = *newest_;
+}
+
+void Listing::write() {
+    if (std::fwrite(text_.data(), 1, text_.size(), printing_.output) != text_.size() ||
+        std::fflush(printing_.output) != 0) {
         throw std::runtime_error(std::string("standard output: ") + std::strerror(errno));
     }
     text_.clear();
+}
+
+void Listing::flush() {
+    write();
+    if (printing_.cursor == nullptr || last_.mark.empty() || isHeld()) {
+        return;
+    }
+    const bool kept = printing_.cursor->write(last_.mark + "-" + std::to_string(last_.offset));
+    if (!kept && cursorIsKept_) {
+        complain(printing_.cursor->path() + ": " + std::strerror(errno));
+    }
+    cursorIsKept_ = kept;
 }
 
 }  // namespace logreader

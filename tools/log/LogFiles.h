@@ -1,26 +1,42 @@
 #pragma once
 
-#include "platform/File.h"
+#include "Archives.h"
+#include "TimeZone.h"
 
+#include <chrono>
+#include <optional>
 #include <string>
 #include <vector>
 
 namespace logreader {
 
-/// True for a name that a rotation gives to a full log file, as kelp-logs2026_3_1_10_5_9.xml.
-bool isArchiveName(const std::string& path);
+/// All files to be read for the ones named on a command line, each once: archives, oldest first, then log files as they
+/// were named. They are handed out from the end. Log files are opened at once, so that a rotation that comes between
+/// this and the reading loses nothing.
+class LogFiles final {
+  public:
+    LogFiles(const std::vector<std::string>& named, const TimeZone& zone);
 
-/// The archives of a log file, oldest first. They lie where the log file's path up to its last "." leads,
-/// wherever that is. `log`, which may be closed, is not among them, though it may just have become one.
-std::vector<std::string> archivesOf(const std::string& logPath, const platform::File& log);
+    /// The files before those handed out, in their order; none when there are no more. They can be read without those
+    /// before them: they begin with an entry whose moment is certain, and in another second than the file before.
+    std::vector<LogFile> older();
+    /// False when none of the files that are left can hold an entry of this moment or a later one.
+    bool mayHoldFrom(std::chrono::sys_seconds moment);
+    /// See `Archives`. Before the first `older`.
+    void leaveOutFrom(std::chrono::sys_seconds moment) { archives_.leaveOutFrom(moment); }
+    bool clockWasSetBack() const { return archives_.clockWasSetBack(); }
+    std::vector<ArchiveIdentity> archives() const { return archives_.identities(); }
 
-struct LogFile {
-    std::string path;     ///< "-" stands for standard input
-    platform::File file;  ///< open for a log file that is there, not yet for an archive
+  private:
+    void openWithArchives(const std::string& path);
+    std::optional<LogFile> next();
+
+    TimeZone zone_;
+    Archives archives_;
+    std::vector<LogFile> logs_;
+    std::size_t logsLeft_ = 0;
+    std::optional<LogFile> ahead_;  ///< the one before those handed out
+    bool begun_ = false;
 };
-
-/// All files to be read for the ones named, each once, in order: archives first, oldest first, then log files
-/// as they were named. A rotation that comes between this and the reading loses nothing.
-std::vector<LogFile> filesFor(const std::vector<std::string>& named);
 
 }  // namespace logreader

@@ -9,31 +9,40 @@ namespace logreader {
 
 namespace {
 
-std::runtime_error failure(const std::string& path) {
-    // Opening takes nothing but regular files.
-    return std::runtime_error(path + ": " + (errno == EINVAL ? "not a regular file" : std::strerror(errno)));
-}
-
-platform::File opened(const std::string& path) {
-    platform::File file = platform::File::open(path, platform::OpenMode::Read);
+std::shared_ptr<const platform::File> opened(std::string& path) {
+    platform::File file = openArchive(path);
     if (!file.isOpen()) {
-        throw failure(path);
+        // Opening takes nothing but regular files.
+        throw std::runtime_error(path + ": " +
+                                 (errno == EINVAL ? "not a regular file" : std::strerror(errno)));
     }
-    return file;
+    return std::make_shared<platform::File>(std::move(file));
 }
 
 }  // namespace
 
-OpenLog::OpenLog(const std::string& path) : OpenLog(path, opened(path)) {}
+platform::File openArchive(std::string& path) {
+    platform::File file = platform::File::open(path, platform::OpenMode::Read);
+    if (!file.isOpen() && errno == ENOENT && path.ends_with(".xml")) {
+        file = platform::File::open(path + ".gz", platform::OpenMode::Read);
+        if (file.isOpen()) {
+            path += ".gz";
+        } else {
+            errno = ENOENT;
+        }
+    }
+    return file;
+}
 
-OpenLog::OpenLog(const std::string& path, platform::File file)
-    : path_(path), file_(std::move(file)), entries_([this](char* buffer, std::size_t size) {
-          const std::ptrdiff_t length = file_.readAt(bytesRead_, buffer, size);
-          if (length < 0) {
-              throw failure(path_);
+OpenLog::OpenLog(std::string path, std::shared_ptr<const platform::File> file)
+    : file_(file ? std::move(file) : opened(path)),
+      path_(std::move(path)),
+      entries_([this](char* buffer, std::size_t size) {
+          try {
+              return bytes_.read(buffer, size);
+          } catch (const std::runtime_error& error) {
+              throw std::runtime_error(path_ + ": " + error.what());
           }
-          bytesRead_ += static_cast<std::uint64_t>(length);
-          return static_cast<std::size_t>(length);
       }) {}
 
 }  // namespace logreader

@@ -1,6 +1,8 @@
 // The command line.
 #pragma once
 
+#include "EntryWriter.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -17,7 +19,7 @@ class UsageError final : public std::runtime_error {
 };
 
 struct Options {
-    enum class Mode : std::uint8_t { read, help, version };
+    enum class Mode : std::uint8_t { read, files, diskUsage, help, version };
 
     Mode mode = Mode::read;
     std::optional<std::string> since;
@@ -26,8 +28,13 @@ struct Options {
     std::optional<std::string> exclude;
     bool ignoreCase = false;
     bool follow = false;
-    bool json = false;
+    bool reverse = false;
+    std::size_t context = 0;          ///< entries around each
     std::optional<std::size_t> last;  ///< entries to begin with, counted from the end
+    std::optional<std::string> cursorFile;
+    Form form = Form::shown;
+    bool pager = true;  ///< on a terminal
+    bool quiet = false;
     std::optional<std::string> zone;
     std::optional<std::string> logZone;
     std::optional<std::string> config;

@@ -30,10 +30,11 @@ Selection::Selection(const Options& options, const Span& span)
 Selection::Selection(Selection&&) noexcept = default;
 Selection::~Selection() = default;
 
-bool Selection::wants(std::optional<std::chrono::sys_seconds> moment, std::string_view text) const {
-    if ((span_.since && (!moment || *moment < *span_.since)) || (span_.until && moment > span_.until)) {
-        return false;
-    }
+bool Selection::spans(std::optional<std::chrono::sys_seconds> moment) const {
+    return (!span_.since || (moment && *moment >= *span_.since)) && (!span_.until || !(moment > span_.until));
+}
+
+bool Selection::wants(std::string_view text) const {
     const re2::StringPiece piece(text.data(), text.size());
     return (!grep_ || RE2::PartialMatch(piece, *grep_)) &&
            (!exclude_ || !RE2::PartialMatch(piece, *exclude_));

@@ -22,8 +22,10 @@ class Selection final {
     Selection(Selection&&) noexcept;
     ~Selection();
 
-    /// `moment` is the entry's, or the last one before it for text that has none.
-    bool wants(std::optional<std::chrono::sys_seconds> moment, std::string_view text) const;
+    /// By its time: the entry's, or the last one before it for text that has none.
+    bool spans(std::optional<std::chrono::sys_seconds> moment) const;
+    /// By its text.
+    bool wants(std::string_view text) const;
 
   private:
     Span span_;

@@ -2,7 +2,11 @@
 
 #include "Options.h"
 
+#include <algorithm>
 #include <re2/re2.h>
+#include <string_view>
+#include <utility>
+#include <vector>
 
 namespace logreader {
 
@@ -15,41 +19,56 @@ using std::chrono::seconds;
 using std::chrono::sys_seconds;
 
 [[noreturn]] void fail(const std::string& text) {
-    throw UsageError("not a time: " + text + " (try 2026-03-01T10:00, 10:00, yesterday, -2h)");
+    throw UsageError("not a time: " + text + " (try 2026-03-01T10:00, 10:00, yesterday, -2h, '1 hour ago')");
 }
 
-seconds unitOf(char letter) {
-    switch (letter) {
-        case 'w':
-            return std::chrono::weeks(1);
-        case 'd':
-            return days(1);
-        case 'h':
-            return std::chrono::hours(1);
-        case 'm':
-            return std::chrono::minutes(1);
-        default:
-            return seconds(1);
+std::optional<seconds> unitOf(const std::string& word) {
+    static const std::pair<seconds, std::vector<std::string_view>> units[] = {
+        {std::chrono::weeks(1), {"w", "week", "weeks"}},
+        {days(1), {"d", "day", "days"}},
+        {std::chrono::hours(1), {"h", "hr", "hour", "hours"}},
+        {std::chrono::minutes(1), {"m", "min", "mins", "minute", "minutes"}},
+        {seconds(1), {"s", "sec", "secs", "second", "seconds"}}};
+    for (const auto& [length, words] : units) {
+        if (std::find(words.begin(), words.end(), word) != words.end()) {
+            return length;
+        }
     }
+    return std::nullopt;
 }
 
-/// The length of "-1h30m", nothing when the text has another form.
+/// The length of "-1h30m" or "1 hour 30 minutes ago", nothing when the text has another form.
 std::optional<seconds> readSpanBack(re2::StringPiece text) {
-    static const RE2 part(R"((\d{1,6})([wdhms]))");
-    if (!text.starts_with("-")) {
+    static const RE2 part(R"( ?(\d{1,6}) ?([a-z]+))");
+    if (text.starts_with("-")) {
+        text.remove_prefix(1);
+    } else if (text.ends_with(" ago")) {
+        text.remove_suffix(4);
+    } else {
         return std::nullopt;
     }
-    text.remove_prefix(1);
     seconds length(0);
     do {
         int number = 0;
-        char unit = 0;
-        if (!RE2::Consume(&text, part, &number, &unit)) {
+        std::string word;
+        if (!RE2::Consume(&text, part, &number, &word)) {
             return std::nullopt;
         }
-        length += number * unitOf(unit);
+        const auto unit = unitOf(word);
+        if (!unit) {
+            return std::nullopt;
+        }
+        length += number * *unit;
     } while (!text.empty());
     return length;
+}
+
+/// "@1772355605", seconds since 1970, and perhaps a fraction.
+std::optional<sys_seconds> readEpoch(const std::string& text) {
+    std::int64_t moment = 0;
+    return RE2::FullMatch(text, R"(@(\d{1,11})(?:\.\d+)?)", &moment)
+               ? std::optional(sys_seconds(seconds(moment)))
+               : std::nullopt;
 }
 
 /// A text like "2026-03-01T10:00:05+02:00" or "yesterday 22:00", taken apart.
@@ -66,7 +85,7 @@ int number(const std::string& digits) {
 
 ClockText readClockText(const std::string& text, local_days today) {
     static const RE2 form(
-        R"((?:(today|yesterday)|(\d{4})-(\d\d?)-(\d\d?))?(?:(?:^|[T ])(\d\d?):(\d\d)(?::(\d\d))?)? ?(?:(Z)|([+-])(\d\d):?(\d\d))?)");
+        R"((?:(today|yesterday|tomorrow)|(\d{4})-(\d\d?)-(\d\d?))?(?:(?:^|[T ])(\d\d?):(\d\d)(?::(\d\d)(?:[.,]\d+)?)?)? ?(?:(Z)|([+-])(\d\d):?(\d\d))?)");
     std::string dayName;
     std::string year;
     std::string month;
@@ -85,7 +104,7 @@ ClockText readClockText(const std::string& text, local_days today) {
     }
     ClockText read;
     if (!dayName.empty()) {
-        read.day = dayName == "today" ? today : today - days(1);
+        read.day = today + days(dayName == "today" ? 0 : dayName == "tomorrow" ? 1 : -1);
     } else if (!year.empty()) {
         const auto date = std::chrono::year(number(year)) / number(month) / number(day);
         if (!date.ok()) {
@@ -146,6 +165,9 @@ class Reader final {
         }
         if (const auto back = readSpanBack(text)) {
             return now_ - *back;
+        }
+        if (const auto moment = readEpoch(text)) {
+            return *moment;
         }
         const ClockText clock = readClockText(text, std::chrono::floor<days>(zone_.clockAt(now_)));
         const local_seconds chosen = choose(clock);

@@ -1,16 +1,22 @@
 // zephan-log: prints the module's log file and its archives, one entry a line.
 #include "ConfiguredPath.h"
+#include "Cursor.h"
+#include "FileTable.h"
 #include "Follower.h"
 #include "Listing.h"
 #include "LogFiles.h"
-#include "OpenLog.h"
+#include "Messages.h"
 #include "Options.h"
+#include "Pager.h"
+#include "Reading.h"
 #include "platform/Clock.h"
 
 #include <chrono>
 #include <cstdio>
 #include <exception>
+#include <filesystem>
 #include <iostream>
+#include <optional>
 #include <thread>
 
 #include <unistd.h>
@@ -24,10 +30,6 @@ enum ExitStatus : int { printed = 0, nothingToPrint = 1, failed = 2 };
 constexpr std::chrono::milliseconds kLookInterval(100);
 constexpr std::size_t kLastWhenFollowing = 10;
 
-void complain(const std::exception& error) {
-    std::cerr << "zephan-log: " << error.what() << std::endl;
-}
-
 /// Prints each entry as soon as the next one begins, for what comes through a pipe.
 void printStandardInput(Listing& listing) {
     EntryReader entries([&listing](char* buffer, std::size_t size) {
@@ -35,27 +37,9 @@ void printStandardInput(Listing& listing) {
         const ssize_t length = ::read(STDIN_FILENO, buffer, size);
         return length < 0 ? 0 : static_cast<std::size_t>(length);
     });
+    listing.beginFile("-");
     for (Entry entry; entries.next(entry) || entries.rest(entry);) {
-        listing.take(entry, "-");
-    }
-}
-
-/// False when the file could not be read.
-bool print(LogFile& file, Listing& listing) {
-    try {
-        if (file.path == "-") {
-            printStandardInput(listing);
-        } else if (file.file.isOpen()) {
-            OpenLog log(file.path, std::move(file.file));
-            printAll(log, listing);
-        } else {
-            OpenLog log(file.path);
-            printAll(log, listing);
-        }
-        return true;
-    } catch (const std::runtime_error& error) {
-        complain(error);
-        return false;
+        listing.take(entry);
     }
 }
 
@@ -70,74 +54,145 @@ std::vector<std::string> namedFiles(const Options& options) {
         }
         named.emplace_back("-");
     }
-    if (options.follow && (named.size() != 1 || named.front() == "-")) {
+    const bool isOne = named.size() == 1 && named.front() != "-";
+    if (options.mode != Options::Mode::read && named.front() == "-") {
+        throw UsageError("--files and --disk-usage take a FILE");
+    }
+    if (options.follow && !isOne) {
         throw UsageError("--follow takes one FILE");
+    }
+    if (options.cursorFile && !isOne) {
+        throw UsageError("--cursor-file takes one FILE");
     }
     return named;
 }
 
-Listing listingFor(const Options& options) {
-    const TimeZone logZone = options.logZone ? TimeZone::named(*options.logZone) : TimeZone::local();
-    const TimeZone zone = options.zone ? TimeZone::named(*options.zone) : logZone;
-    const std::chrono::sys_seconds now{std::chrono::seconds(platform::now())};
-    std::optional<std::size_t> last = options.last;
-    if (options.follow && !options.since && !last) {
-        last = kLastWhenFollowing;
+/// One run of the program.
+class Run final {
+  public:
+    explicit Run(const Options& options)
+        : options_(options),
+          logZone_(options.logZone ? TimeZone::named(*options.logZone) : TimeZone::local()),
+          zone_(options.zone ? TimeZone::named(*options.zone) : logZone_),
+          files_(namedFiles(options), logZone_) {
+        reading_.span = readSpan(options.since, options.until,
+                                 std::chrono::sys_seconds{std::chrono::seconds(platform::now())}, zone_);
+        if (reading_.span.until && reading_.span.until < reading_.span.since) {
+            note("--until lies before --since, so there is nothing to print");
+        }
     }
-    return {logZone, Selection(options, readSpan(options.since, options.until, now, zone)),
-            EntryWriter(options.json, zone), last, stdout};
-}
+
+    ExitStatus entries() {
+        Selection selection(options_, reading_.span);
+        Listing listing(logZone_, std::move(selection), EntryWriter(options_.form, zone_), printing());
+        if (reading_.after) {
+            listing.skipTo(*reading_.after);
+        }
+        std::optional<Follower> follower;
+        const ReadResult result = readFor(listing, files_, logZone_, reading_, [&](const LogFile& file) {
+            if (file.path == "-") {
+                printStandardInput(listing);
+            } else if (options_.follow && !file.isArchive()) {
+                follower.emplace(file, files_.archives(), logZone_, listing, options_.quiet);
+                follower->look();
+                follower->look();  // what stands at the end of the file is one of the last entries, too
+            } else {
+                return printAll(file, listing);
+            }
+            return true;
+        });
+        listing.release();
+        if (!result.found) {
+            note("the entry that " + *options_.cursorFile +
+                 " names is gone; beginning with the oldest that there is");
+        }
+        listing.flush();
+        while (follower) {
+            std::this_thread::sleep_for(kLookInterval);
+            follower->look();
+            listing.flush();
+        }
+        return !result.complete || !listing.cursorIsKept() ? failed
+               : listing.printedAny()                      ? printed
+                                                           : nothingToPrint;
+    }
+
+    ExitStatus files() {
+        EntryWriter times(options_.form, zone_);
+        return printFiles(files_, logZone_, times, options_.form, output()) ? printed : failed;
+    }
+
+    ExitStatus diskUsage() { return printDiskUsage(files_, options_.form, output()) ? printed : failed; }
+
+  private:
+    Printing printing() {
+        Printing printing;
+        printing.last = options_.last;
+        printing.reverse = options_.reverse;
+        printing.context = options_.context;
+        printing.output = output();
+        if (options_.cursorFile) {
+            printing.cursor = &cursor_.emplace(*options_.cursorFile);
+            reading_.after = cursor_->read();
+            if (!reading_.after && std::filesystem::exists(*options_.cursorFile)) {
+                note(*options_.cursorFile + " names no entry; beginning with the oldest that there is");
+            }
+        } else if (options_.follow && !options_.since && !options_.last) {
+            printing.last = kLastWhenFollowing;
+            reading_.logOnly = true;
+        }
+        reading_.stepwise = (printing.last || printing.reverse) && printing.context == 0 && !reading_.logOnly;
+        return printing;
+    }
+
+    /// Wrong usage has been told by now.
+    std::FILE* output() {
+        return pager_.emplace(options_.pager && !options_.follow && options_.form != Form::json).output();
+    }
+
+    void note(const std::string& text) const {
+        if (!options_.quiet) {
+            complain(text);
+        }
+    }
+
+    const Options& options_;
+    TimeZone logZone_;
+    TimeZone zone_;
+    LogFiles files_;
+    Reading reading_;
+    std::optional<Cursor> cursor_;
+    std::optional<Pager> pager_;
+};
 
 ExitStatus run(const Options& options) {
-    Listing listing = listingFor(options);
-    std::vector<LogFile> files = filesFor(namedFiles(options));
-    bool complete = true;
-    if (!options.follow) {
-        for (LogFile& file : files) {
-            complete = print(file, listing) && complete;
-        }
-        listing.releaseLast();
-        listing.flush();
-        return !complete ? failed : listing.printedAny() ? printed : nothingToPrint;
+    switch (options.mode) {
+        case Options::Mode::help:
+            std::cout << kHelp;
+            return printed;
+        case Options::Mode::version:
+            std::cout << "zephan-log " TOOL_VERSION "\n";
+            return printed;
+        case Options::Mode::files:
+            return Run(options).files();
+        case Options::Mode::diskUsage:
+            return Run(options).diskUsage();
+        case Options::Mode::read:
+            break;
     }
-    LogFile log = std::move(files.back());
-    files.pop_back();
-    if (options.since || options.last) {
-        for (LogFile& archive : files) {
-            print(archive, listing);
-        }
-    }
-    Follower follower(log.path, std::move(log.file), listing);
-    follower.look();
-    follower.look();  // what stands at the end of the file is one of the last entries, too
-    listing.releaseLast();
-    for (;;) {
-        listing.flush();
-        std::this_thread::sleep_for(kLookInterval);
-        follower.look();
-    }
+    return Run(options).entries();
 }
 
 }  // namespace
 
 int main(int count, char** words) {
     try {
-        const Options options = parseOptions(count, words);
-        switch (options.mode) {
-            case Options::Mode::help:
-                std::cout << kHelp;
-                return printed;
-            case Options::Mode::version:
-                std::cout << "zephan-log " TOOL_VERSION "\n";
-                return printed;
-            case Options::Mode::read:
-                return run(options);
-        }
+        return run(parseOptions(count, words));
     } catch (const UsageError& error) {
-        complain(error);
+        complain(error.what());
         std::cerr << "Try zephan-log --help.\n";
     } catch (const std::exception& error) {
-        complain(error);
+        complain(error.what());
     }
     return failed;
 }

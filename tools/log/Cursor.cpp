@@ -1,0 +1,36 @@
+#include "Cursor.h"
+
+#include "platform/File.h"
+
+#include <cstdio>
+#include <memory>
+#include <re2/re2.h>
+
+namespace logreader {
+
+std::optional<Cursor::Place> Cursor::read() const {
+    constexpr std::size_t kLongest = 100;
+    const auto text = platform::File::open(path_, platform::OpenMode::Read).readWhole(kLongest);
+    Place place;
+    if (text && RE2::FullMatch(*text, R"(([0-9a-f]{16}(?:\.\d+)?)-(\d+)\n)", &place.mark, &place.offset)) {
+        return place;
+    }
+    return std::nullopt;
+}
+
+bool Cursor::write(const std::string& id) {
+    if (id == written_) {
+        return true;
+    }
+    const std::string fresh = path_ + ".new";
+    const auto close = [](std::FILE* file) { std::fclose(file); };
+    std::unique_ptr<std::FILE, decltype(close)> file(std::fopen(fresh.c_str(), "we"), close);
+    if (!file || std::fputs((id + "\n").c_str(), file.get()) < 0 || std::fclose(file.release()) != 0 ||
+        std::rename(fresh.c_str(), path_.c_str()) != 0) {
+        return false;
+    }
+    written_ = id;
+    return true;
+}
+
+}  // namespace logreader

@@ -1,0 +1,123 @@
+#include "Reading.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace logreader {
+
+namespace {
+
+using std::chrono::sys_seconds;
+
+/// Files that follow one another, and how many of them are only passed over.
+struct Part {
+    std::vector<LogFile> files;
+    std::size_t passedOver = 0;
+};
+
+std::optional<std::size_t> indexOf(const std::string& mark, const std::vector<LogFile>& files) {
+    FileMarks marks;
+    for (std::size_t index = 0; index < files.size(); ++index) {
+        const Beginning& beginning = files[index].beginning;
+        if (beginning.mark != 0 && marks.next(beginning.clock, beginning.mark) == mark) {
+            return index;
+        }
+    }
+    return std::nullopt;
+}
+
+class Reader final {
+  public:
+    Reader(LogFiles& files, const TimeZone& logZone, const Reading& reading)
+        : files_(files), logZone_(logZone), reading_(reading) {}
+
+    /// The next part towards the oldest file; nothing when no more is to be read.
+    std::optional<Part> older() {
+        while (!atEnd_) {
+            Part part{files_.older()};
+            if (part.files.empty()) {
+                found_ = !reading_.after;
+                return std::nullopt;
+            }
+            if (reading_.logOnly) {
+                part.passedOver = part.files.size() - 1;
+                atEnd_ = true;
+            }
+            if (const auto index =
+                    reading_.after ? indexOf(reading_.after->mark, part.files) : std::nullopt) {
+                part.passedOver = *index;
+                atEnd_ = true;
+            }
+            atEnd_ = atEnd_ || (reading_.span.since && !files_.mayHoldFrom(*reading_.span.since));
+            if (!isTooLate(part)) {
+                return part;
+            }
+        }
+        return std::nullopt;
+    }
+    bool found() const { return found_; }
+
+  private:
+    bool isTooLate(const Part& part) const {
+        return reading_.span.until && !files_.clockWasSetBack() &&
+               std::all_of(part.files.begin(), part.files.end(), [this](const LogFile& file) {
+                   return file.isArchive() && file.beginning.clock &&
+                          logZone_.momentOf(*file.beginning.clock, sys_seconds::min()) > *reading_.span.until;
+               });
+    }
+
+    LogFiles& files_;
+    const TimeZone& logZone_;
+    const Reading& reading_;
+    bool atEnd_ = false;
+    bool found_ = true;
+};
+
+}  // namespace
+
+ReadResult readFor(Listing& listing, LogFiles& files, const TimeZone& logZone, const Reading& reading,
+                   const std::function<bool(const LogFile&)>& read) {
+    ReadResult result;
+    const auto readPart = [&](const Part& part) {
+        for (std::size_t index = 0; index < part.files.size(); ++index) {
+            if (index < part.passedOver) {
+                listing.passOver(part.files[index].beginning);
+            } else {
+                result.complete = read(part.files[index]) && result.complete;
+            }
+        }
+    };
+    if (reading.stepwise) {
+        Reader reader(files, logZone, reading);
+        // The first part has all log files that were named: one that cannot be read is told in any case.
+        for (auto part = reader.older(); part; part = listing.isFull() ? std::nullopt : reader.older()) {
+            readPart(*part);
+            listing.goBack();
+        }
+        result.found = reader.found();
+        return result;
+    }
+    std::vector<Part> parts;
+    const auto collect = [&](LogFiles& from) {
+        Reader reader(from, logZone, reading);
+        parts.clear();
+        while (auto part = reader.older()) {
+            parts.push_back(std::move(*part));
+        }
+        result.found = reader.found();
+    };
+    if (reading.span.until) {
+        LogFiles early = files;
+        early.leaveOutFrom(*reading.span.until);
+        collect(early);
+        if (early.clockWasSetBack()) {
+            collect(files);
+        }
+    } else {
+        collect(files);
+    }
+    std::for_each(parts.rbegin(), parts.rend(), readPart);
+    return result;
+}
+
+}  // namespace logreader
