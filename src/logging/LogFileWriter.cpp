@@ -20,6 +20,7 @@ namespace {
 constexpr int kTmYearOrigin = 1900;
 constexpr char kNullMessage[] = "Received NULL message for Logging.";
 constexpr char kRenameFailed[] = "\n Error renaming file";
+constexpr int kMostCounters = 10'000;  // tried for one archive
 constexpr std::size_t kConsoleLineSize = 64;
 
 platform::Immortal<platform::Mutex> instanceLock;
@@ -220,8 +221,12 @@ bool LogFileWriter::moveToArchive() {
             return outcome == platform::Renaming::Done;
         }
     }
-    ++collisionCounter_;
-    collisionFlag_ = true;
-    return file_->moveToArchive(plain + std::to_string(collisionCounter_) + ".xml") ==
-           platform::Renaming::Done;
+    // A name with a counter may be taken, too: after a restart within the second, or by another process.
+    auto outcome = platform::Renaming::NameTaken;
+    for (int tries = 0; tries < kMostCounters && outcome == platform::Renaming::NameTaken; ++tries) {
+        ++collisionCounter_;
+        collisionFlag_ = true;
+        outcome = file_->moveToArchive(plain + std::to_string(collisionCounter_) + ".xml");
+    }
+    return outcome == platform::Renaming::Done;
 }
