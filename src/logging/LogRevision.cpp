@@ -6,6 +6,8 @@
 #include "platform/Number.h"
 #include "platform/agent/Logging.h"
 
+#include <algorithm>
+
 namespace {
 
 constexpr std::int64_t kSecondsPerDay = 86400;
@@ -35,13 +37,19 @@ LogRevision::LogRevision() {
     KRXLog(level::kForce, "\n Revision for no of days = %s \n", configuration->getLogRevisionDays().c_str());
     const std::int64_t daysKept = platform::readNumber(configuration->getLogRevisionDays());
     const bool inDirectoryName = directory.find(kExtension) != std::string::npos;
-    for (const std::string& name : names) {
-        if (name.find(baseName) == std::string::npos ||
-            (!inDirectoryName && name.find(kExtension) == std::string::npos)) {
-            continue;
-        }
+    const auto isOld = [&](const std::string& name) {
         const auto age = fileAgeInDays(opened, name);
-        if (!age || *age <= daysKept || !opened.mayRead(name)) {
+        return age && *age > daysKept;
+    };
+    std::erase_if(names, [&](const std::string& name) {
+        return name.find(baseName) == std::string::npos ||
+               (!inDirectoryName && name.find(kExtension) == std::string::npos) || !isOld(name);
+    });
+    // The order in which a file system yields names differs from one to the next.
+    std::sort(names.begin(), names.end());
+    for (const std::string& name : names) {
+        // Once more: among many files some time has passed, and another process may write to this one by now.
+        if (!isOld(name) || !opened.mayRead(name)) {
             continue;
         }
         std::string fullPath = directory;

@@ -53,8 +53,6 @@ int Directory::list(std::vector<std::string>& names) const {
     while (const dirent* entry = ::readdir(stream.get())) {
         names.emplace_back(entry->d_name);
     }
-    // The order in which a file system yields names differs from one to the next.
-    std::sort(names.begin(), names.end());
     return 0;
 }
 

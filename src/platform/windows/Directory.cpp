@@ -86,12 +86,9 @@ int Directory::list(std::vector<std::string>& names) const {
     if (scan == nullptr) {
         return errno;
     }
-    const auto first = static_cast<std::ptrdiff_t>(names.size());
     while (const char* name = windows::readdir(scan.get())) {
         names.emplace_back(name);
     }
-    // The order in which a file system yields names differs from one to the next.
-    std::sort(names.begin() + first, names.end());
     return 0;
 }
 
