@@ -46,7 +46,7 @@ class TreeBuilder final {
         if (XML_Parse(parser_, document.data(), static_cast<int>(document.size()), XML_TRUE) !=
             XML_STATUS_OK) {
             const char* reason = reason_ == nullptr ? XML_ErrorString(XML_GetErrorCode(parser_)) : reason_;
-            throw std::runtime_error("line " + std::to_string(XML_GetCurrentLineNumber(parser_)) + ": " +
+            throw std::runtime_error("line " + std::to_string(XML_GetCurrentLineNumber64(parser_)) + ": " +
                                      reason);
         }
         return std::move(root_.children.front());

@@ -107,7 +107,8 @@ void SessionData::appendJson(std::string& target) const {
     target += "\"events\":" + std::to_string(size_) + ",\"clock\":[";
     const char* separator = "";
     for (const auto& [first, ahead] : clock_) {
-        target.append(separator).append("[" + std::to_string(first) + "," + std::to_string(ahead) + "]");
+        target.append(separator).append("[").append(std::to_string(first));
+        target.append(",").append(std::to_string(ahead)).append("]");
         separator = ",";
     }
     target += "],\n\"bodies\":[";
@@ -119,9 +120,12 @@ void SessionData::appendJson(std::string& target) const {
     target += "],\n\"runs\":[";
     separator = "\n";
     forEachRun([&](const Run& run) {
-        target.append(separator).append("[" + std::to_string(run.count));
+        target.append(separator).append("[").append(std::to_string(run.count));
         for (const Step& step : run.steps) {
-            target.append("," + std::to_string(step.delay)).append("," + std::to_string(step.body));
+            target.append(",")
+                .append(std::to_string(step.delay))
+                .append(",")
+                .append(std::to_string(step.body));
         }
         target += ']';
         separator = ",\n";

@@ -25,7 +25,7 @@ std::int64_t milliseconds(std::chrono::microseconds time) {
 
 /// What follows the time in a line of a trace, as an object of its own.
 std::string bodyOf(std::string_view line) {
-    return "{" + std::string(line.substr(line.find(',') + 1));
+    return std::string("{").append(line.substr(line.find(',') + 1));
 }
 
 }  // namespace
