@@ -50,8 +50,11 @@ def run(command, seconds, folder, environment=None):
 class Program:
     """A program of the tests, with all its cases, or a command."""
 
-    def __init__(self, name, command, folder):
-        self.name, self.command, self.folder = name, command, folder
+    def __init__(self, name, command, properties, build):
+        self.name, self.command = name, command
+        self.folder = properties.get("WORKING_DIRECTORY", build)
+        self.skipped = int(properties.get("SKIP_RETURN_CODE", 0))
+        self.variables = dict(setting.split("=", 1) for setting in properties.get("ENVIRONMENT", []))
         self.seconds = 0.0
 
 
@@ -92,13 +95,13 @@ class Tree:
         found = {}
         for test in json.loads(output[output.index("{"):])["tests"]:
             command, name = test["command"], test["name"]
-            if any(p["name"] == "PASS_REGULAR_EXPRESSION" for p in test.get("properties", [])):
+            properties = {p["name"]: p["value"] for p in test.get("properties", [])}
+            if "PASS_REGULAR_EXPRESSION" in properties:
                 continue  # its exit status does not tell
             if any("--gtest_filter" in word for word in command):
                 name = pathlib.Path(command[0]).name
                 command = [command[0], "--gtest_fail_fast", "--gtest_brief=1"]
-            folder = next((p["value"] for p in test.get("properties", []) if p["name"] == "WORKING_DIRECTORY"), self.build)
-            found.setdefault(name, Program(name, command, folder))
+            found.setdefault(name, Program(name, command, properties, self.build))
         for program in found.values():
             path = pathlib.Path(program.command[0])
             built = path.is_relative_to(self.build)
@@ -130,9 +133,9 @@ class Tree:
             shutil.rmtree(self.temporary, ignore_errors=True)
             self.temporary.mkdir(parents=True)
             begin = time.monotonic()
-            status, output = run(program.command, seconds_of(program), program.folder, self.environment)
+            status, output = run(program.command, seconds_of(program), program.folder, self.environment | program.variables)
             program.seconds = time.monotonic() - begin
-            if status != 0:
+            if status not in (0, program.skipped):
                 case = re.search(r"\[  FAILED  \] (\S+)", output)
                 return program.name, case.group(1) if case else output[-300:].strip() if status == -1 else f"status {status}"
         return None
