@@ -55,7 +55,7 @@ quietly() {
 }
 
 # Configures and builds one preset: build PRESET EFFORT [TARGET...], with further configure options in CONFIGURE_OPTIONS.
-# EFFORT says what the first build takes.
+# EFFORT says what the first build takes. STRICT, "strict-", takes warnings as errors in the presets in which users build.
 build() {
     local preset=$1 effort=$2
     shift 2
@@ -63,7 +63,10 @@ build() {
         effort="only what has changed"
     fi
     say "Building in build/$preset: $effort"
-    quietly cmake --preset "$preset" "${CONFIGURE_OPTIONS[@]}"
+    case $preset in
+        release | windows-*) quietly cmake --preset "${STRICT-}$preset" "${CONFIGURE_OPTIONS[@]}" ;;
+        *) quietly cmake --preset "$preset" "${CONFIGURE_OPTIONS[@]}" ;;
+    esac
     cmake --build --preset "$preset" ${1:+--target "$@"}
 }
 
@@ -74,4 +77,5 @@ TEST_PACKAGES=(libgtest-dev libxml2-utils python3 curl "${PACKAGE_PACKAGES[@]}" 
 BROWSER_PACKAGES=(chromium chromium-driver python3-selenium)
 WINDOWS_PACKAGES=(libgtest-dev python3 dpkg-dev g++-mingw-w64-x86-64-posix g++-mingw-w64-i686-posix wine64)
 BENCH_PACKAGES=(libbenchmark-dev libspdlog-dev)
+FUZZ_PACKAGES=(clang libclang-rt-dev)
 CONFIGURE_OPTIONS=()

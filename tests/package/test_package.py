@@ -1,6 +1,6 @@
 """The Debian packages, made of a build and laid out in a directory of their own, and the module as a part of another project.
 
-The environment names the build (BUILD), CMAKE, CPACK and the compilers (CC, CXX)."""
+The environment names the build (BUILD), CMAKE, CPACK, the compilers (CC, CXX) and their warnings (WARNINGS)."""
 import os
 import pathlib
 import re
@@ -104,7 +104,7 @@ class Packages(unittest.TestCase):
         shutil.copy(self.examples / "minimal-agent.c", place)
         flags = run("pkg-config", "--cflags", "--libs", "zephan-rsm-logger", cwd=place,
                     environment={"PKG_CONFIG_PATH": str(self.libraries / "pkgconfig")})
-        run(os.environ["CC"], "-std=c99", "-Wall", "-Wextra", "-Wpedantic", "-Werror", "-o", "agent", "minimal-agent.c",
+        run(os.environ["CC"], "-std=c99", *shlex.split(os.environ["WARNINGS"]), "-o", "agent", "minimal-agent.c",
             *shlex.split(flags), cwd=place, environment=self.environment)
         said = run("./agent", "zephan-config.xml", "state/schedule.xml", cwd=place, environment=self.environment)
         self.assertIn("CommandResult: Pass", said)
@@ -115,7 +115,7 @@ class Packages(unittest.TestCase):
     def test_cpp_example_with_find_package(self):
         place = workspace(self.scratch, "cpp", self.share / "zephan-config.xml")
         run(os.environ["CMAKE"], "-S", SOURCE / "tests/package/consumer", "-B", "build", f"-DCMAKE_PREFIX_PATH={self.root}/usr",
-            f"-DEXAMPLE={self.examples}/minimal-agent.cpp", "-DCMAKE_CXX_FLAGS=-Wall -Wextra -Werror", cwd=place)
+            f"-DEXAMPLE={self.examples}/minimal-agent.cpp", f"-DCMAKE_CXX_FLAGS={os.environ['WARNINGS']}", cwd=place)
         run(os.environ["CMAKE"], "--build", "build", cwd=place)
         # By the name without a number, as agents load it.
         said = run("build/agent", "libZephanRSMLogger.so", "zephan-config.xml", "state/schedule.xml", cwd=place,
