@@ -71,11 +71,11 @@
 //   what                             on which thread                   for how long
 //   -------------------------------  --------------------------------  ------------------------------
 //   the agent's log (KRXLog)         all that call in, "Data Polling"
-//   sending the RSM profile          the one that changes RSM:         until the enterprise answers
-//     to the enterprise              "Data Polling"; an order while
-//                                    RSM runs; ZPRSMExtnStartup; the
-//                                    audit message that begins
-//                                    activity
+//   sending the RSM profile          one at a time: "Data Polling"; an until the enterprise answers; an
+//     to the enterprise              order while RSM runs;             order without a polling thread
+//                                    ZPRSMExtnStartup; the audit       also tells what came in
+//                                    message that begins activity.     meanwhile
+//                                    Others leave theirs to it
 //   ForcePoll of asset 0             "Data Polling"                    until it returns
 //   the agent's thread functions     orders, starts and stops          a stop waits at most 3 seconds
 //   the modality script              the audit message that begins     until the script ends
@@ -93,8 +93,7 @@
 // - across ZPXRSMLoggerAudit, that sending to the enterprise needs.
 // The agent's log may hold a lock of its own around its hook, one that its holder may take again.
 //
-// The host calls no start and no stop from within a function that the module has called, and gives
-// no order ("connect", "ScheduleRSM") on a thread that sending to the enterprise waits for.
+// The host calls no start and no stop from within a function that the module has called.
 //
 //
 // ---- End of threads and processes ---------------------------------------------------------------
@@ -213,8 +212,8 @@ ZP_EXPORT int32_t ZPXRSMDSSet(void);
 ///
 /// RSM starts at once when either of the first two is "immediate" or the start has passed. Other
 /// names are ignored, so a misspelt one counts as absent. Of a number the leading digits count;
-/// values have at most 99 characters. With a rate above 60 nothing is polled: a period has as many
-/// polls as fit whole into each of its minutes. When it answers 0, the order is on the disk, or a
+/// values have at most 99 characters. A period has as many polls as fit whole into each of its
+/// minutes: with a rate above 60 none, unless remote activity goes on. When it answers 0, the order is on the disk, or a
 /// line at ZP_LEVEL_FORCE has said that it could not be written. The answer is one of
 ///
 ///   0  CommandResult "Pass", RSMStartDate, RSMStartTime ("09:00:00 GMT"), PollingRate, GracePeriod
@@ -222,9 +221,10 @@ ZP_EXPORT int32_t ZPXRSMDSSet(void);
 ///   1  CommandResult "Failed"; RSMStartDate with the reason: the whole period has passed
 ///   1  none: the data source was not started, or memory ran out
 ///
-/// "ExitRSM" ends RSM after its next poll. Its answer is one property, CommandResult:
+/// "ExitRSM" ends RSM after its next poll. Remote activity that begins before that poll keeps RSM
+/// polling until it ends. Its answer is one property, CommandResult:
 ///
-///   0  "Thread exited successfully."       RSM ends after one more poll
+///   0  "Thread exited successfully."       RSM ends after one more poll, as above
 ///   0  "Agent is in activity mode."        remote activity goes on, and so does RSM
 ///   0  "There is no active thread."        nothing polls
 ///   0  "Agent is not in force poll mode."  RSM ended meanwhile
@@ -254,8 +254,9 @@ ZP_EXPORT int8_t ZPXRSMLoggerShutdown(void);
 ZP_EXPORT int8_t ZPXRSMLoggerLog(uint8_t level, const char* message);
 
 /// Takes one audit message: as above, and searched for the configured texts of remote activity. The
-/// call that begins an activity returns when the enterprise has been told and the modality script
-/// has ended; audit messages of other threads do not wait for that. 0, or -1 for a null message.
+/// call that begins an activity returns when the enterprise has been told, by this thread or by one
+/// that is at it and goes on to, and the modality script has ended; audit messages of other threads do
+/// not wait for that. 0, or -1 for a null message.
 ZP_EXPORT int8_t ZPXRSMLoggerAudit(const char* message);
 
 // ---- Web-service extension ----------------------------------------------------------------------

@@ -21,10 +21,6 @@ std::uint32_t RsmState::pollsPerMinute() const noexcept {
     return pollingRate < 1 ? 0U : static_cast<std::uint32_t>(scheduling::kSecondsPerMinute / pollingRate);
 }
 
-double RsmState::pollLimit() const noexcept {
-    return pollsPerMinute() * gracePeriod;
-}
-
 std::int32_t RsmState::wholeMinutes() const noexcept {
     return withoutFraction(gracePeriod);
 }
@@ -110,11 +106,6 @@ bool RsmState::setRemoteActivity(bool active, std::int64_t now) noexcept {
     }
     remoteActivity = active;
     return enters;
-}
-
-void RsmState::enterRemoteActivityMode(std::int64_t now) noexcept {
-    rsmMode = rsm::kForcePollActivity;
-    modeStartTime = now;
 }
 
 void RsmState::convertDelayedToNormal(std::int64_t now) noexcept {
@@ -224,10 +215,6 @@ RsmState::Effects RsmState::markLastPoll(std::int64_t /*now*/) noexcept {
         gracePeriod = 0.0;
     }
     return {};
-}
-
-bool RsmState::isDueWhilePolling(std::int64_t now) const noexcept {
-    return delayedProfilePending && delayedStartTime < now && rsmMode != rsm::kNotActive;
 }
 
 RsmState::Effects RsmState::takeOverDueProfile(std::int64_t now) noexcept {

@@ -1,27 +1,37 @@
 // The RSM state and all of its transitions. A plain value: no lock, clock, thread, file or agent is in it,
 // and the present (a GMT clock value) is an argument, so a whole session takes microseconds in a test.
 //
-//   State                 mode  thread         what else holds
-//   Idle                  0     none or ended  grace period 0, rate 0
-//   Waiting               0     waiting phase  a delayed profile is pending, its start lies ahead
-//   Grace                 1     polling        in its grace period
-//   Activity              2     polling        remote activity; out of the grace period once it was taken up
-//   Grace with activity   1     polling        activity began before force polling; the poll count is held
-//   Ending                0     last sleep     after a disconnect: grace period 0, one more poll comes
+//   State               Mode  Polls  What else holds
+//   Idle                0     no     grace period 0, rate 0, no start of RSM
+//   Waiting             0     no     the same; a delayed profile is pending, at its start RSM begins
+//   Grace               1     yes    no remote activity
+//   GraceWithActivity   1     yes    remote activity that began before force polling, or behind its last poll; it
+//                                    keeps RSM polling
+//   Activity            2     yes    remote activity that began during force polling; when it has ended, one more
+//                                    poll comes before its grace period
+//   Ending              0     yes    after a disconnect: grace period 0; the end test comes after one more poll
+//   EndingWithActivity  0     yes    remote activity that began after the disconnect; it keeps RSM polling
 //
-//   From                  To                    by
-//   any                   Grace                 forcePoll; from Activity it stays Activity
-//   any                   (Waiting)             scheduleDelayedProfile; with a thread that polls, the state stays
-//   Waiting               Grace                 startWhenDue
-//   Grace, Activity       the same, afresh      takeOverDueProfile (the mode stays)
-//   any, no activity      Grace                 takeOverDueProfileAfterActivity
-//   Grace                 Activity              setRemoteActivity(true), while the grace period is not 0
-//   Activity              Activity, held        takeUpActivity, holdForActivity
-//   Grace with activity   Grace w. a., held     holdForActivity
-//   Activity, G. w. a.    Grace                 setRemoteActivity(false), then endActivity after one more poll
-//   Grace                 Ending                disconnect
-//   Grace                 Grace, period 0       markLastPoll
-//   Grace, Ending         Idle or Waiting       endWhenOver
+//   "Polls" counts from the order, or the start of a delayed profile, to the end test.
+//
+//   From                                        To                  By
+//   Idle                                        Waiting             scheduleDelayedProfile
+//   Idle, Waiting, Ending                       Grace               forcePoll
+//   Idle, Waiting, EndingWithActivity           GraceWithActivity   forcePoll
+//   Waiting, Ending, Activity                   Grace               startWhenDue
+//   Waiting, EndingWithActivity, Activity       GraceWithActivity   startWhenDue
+//   Grace                                       Activity            setRemoteActivity, grace period not 0
+//   Grace                                       GraceWithActivity   setRemoteActivity, grace period 0
+//   GraceWithActivity                           Grace               setRemoteActivity
+//   Ending                                      EndingWithActivity  setRemoteActivity
+//   EndingWithActivity                          Ending              setRemoteActivity
+//   Activity                                    Grace               endActivity, takeOverDueProfileAfterActivity
+//   Grace, GraceWithActivity                    Ending              disconnect
+//   Grace, GraceWithActivity, Activity          Idle, Waiting       endWhenOver, breakOff
+//   Ending, EndingWithActivity                  Idle, Waiting       endWhenOver, breakOff
+//
+// All else leaves the state where it is: forcePoll starts a period afresh, scheduleDelayedProfile replaces what
+// waits, takeOverDueProfile makes it the period that runs, markLastPoll and the others count.
 //
 // Orders come from host threads at any time; the operations of the polling loop are called by the one polling
 // thread. Whoever shares a state among threads calls each operation under one lock.
@@ -67,7 +77,10 @@ struct RsmState {
                                 std::int32_t activityGraceMinutes) noexcept;
     /// Remote activity begins or has ended. True when that entered activity mode, to be reported.
     bool setRemoteActivity(bool active, std::int64_t now) noexcept;
-    void enterRemoteActivityMode(std::int64_t now) noexcept;
+    void enterRemoteActivityMode(std::int64_t now) noexcept {
+        rsmMode = rsm::kForcePollActivity;
+        modeStartTime = now;
+    }
 
     /// The delayed profile becomes the active one; the mode stays, or becomes `mode` (anything but 1 and 2
     /// counts as 0) with the scheduled start as start of RSM.
@@ -129,8 +142,10 @@ struct RsmState {
     std::int32_t wholeMinutes() const noexcept;
 
   private:
-    bool isDueWhilePolling(std::int64_t now) const noexcept;
+    bool isDueWhilePolling(std::int64_t now) const noexcept {
+        return delayedProfilePending && delayedStartTime < now && rsmMode != rsm::kNotActive;
+    }
     std::uint32_t pollsPerMinute() const noexcept;
     /// Polls that the grace period allows.
-    double pollLimit() const noexcept;
+    double pollLimit() const noexcept { return pollsPerMinute() * gracePeriod; }
 };

@@ -112,14 +112,6 @@ bool ZephanRSMSingleTon::createScheduleHandler(const char* scheduleFilePath) {
     }
 }
 
-void ZephanRSMSingleTon::setGracePeriod(double minutes) {
-    rsm_->look([&](RsmState& state, std::int64_t /*now*/) { state.gracePeriod = minutes; });
-}
-
-void ZephanRSMSingleTon::setPollingRate(std::int32_t seconds) {
-    rsm_->look([&](RsmState& state, std::int64_t /*now*/) { state.pollingRate = seconds; });
-}
-
 std::string ZephanRSMSingleTon::getResumeFilePath() const {
     const platform::Lock lock(resumeFileLock_);
     return resumeFilePath_;

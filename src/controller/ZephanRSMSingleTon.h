@@ -66,8 +66,12 @@ class ZephanRSMSingleTon final {
     const std::shared_ptr<SharedRsm>& rsm() const noexcept { return rsm_; }
 
     std::int32_t getRSMMode() const { return state().rsmMode; }
-    void setGracePeriod(double minutes);
-    void setPollingRate(std::int32_t seconds);
+    void setGracePeriod(double minutes) {
+        rsm_->look([&](RsmState& state, std::int64_t /*now*/) { state.gracePeriod = minutes; });
+    }
+    void setPollingRate(std::int32_t seconds) {
+        rsm_->look([&](RsmState& state, std::int64_t /*now*/) { state.pollingRate = seconds; });
+    }
     std::int64_t getDelayedEndTime() const { return state().delayedEndTime; }
     std::string getResumeFilePath() const;
     void setResumeFilePath(const std::string& path);

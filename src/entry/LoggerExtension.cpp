@@ -6,6 +6,7 @@
 #include "logging/ConfigHandler.h"
 #include "platform/Console.h"
 #include "platform/Guard.h"
+#include "platform/ScopeEnd.h"
 #include "platform/agent/Logging.h"
 
 namespace {
@@ -32,9 +33,13 @@ std::int8_t startUp(const char* initParam) {
         KRXLog(level::kError, "Error in getting ConfigHandler pointer. %s startup aborted.\n", kExtension);
         return platform::kFailure;
     }
+    // One that fails, in its last line perhaps, does not count.
+    bool started = handler->isLoggerStarted();
+    const platform::ScopeEnd outcome([&] { handler->setLoggerStarted(started); });
     handler->setLoggerStarted(true);
     handler->getLogManager().initialize();
     KRXLog(level::kForce, "Custom HVK Extension: %s startup complete.\n", kExtension);
+    started = true;
     return platform::kSuccess;
 }
 

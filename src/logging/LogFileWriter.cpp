@@ -7,6 +7,8 @@
 #include "platform/Immortal.h"
 #include "platform/Lock.h"
 #include "platform/Number.h"
+#include "platform/Role.h"
+#include "platform/ScopeEnd.h"
 #include "platform/ThreadEnd.h"
 #include "platform/agent/Logging.h"
 
@@ -26,9 +28,9 @@ constexpr std::size_t kConsoleLineSize = 64;
 platform::Immortal<platform::Mutex> instanceLock;
 platform::Immortal<std::weak_ptr<LogFileWriter>> theInstance;  // under the lock
 
-/// The second in which a failed rotation is being reported. A thread may end in the middle of that, so it
-/// counts for no longer.
-std::atomic<std::int64_t> reportingIn{-1};
+/// Of the thread that reports a failed rotation. Of several one has it; what the others report is told once a
+/// second at the most.
+platform::Immortal<platform::Role> reporter;
 
 }  // namespace
 
@@ -98,9 +100,9 @@ void LogFileWriter::report(const Notices& notices) {
         platform::echo("\n The thread got ownership of an abandoned logging mutex.");
     }
     for (std::uint32_t i = 0; i < notices.failedRenames; ++i) {
-        reportingIn = platform::now();
+        const bool takes = reporter->tryTake();
+        const platform::ScopeEnd over([takes] { takes ? reporter->giveBack() : void(); });
         KRXLog(level::kForce, "%s", kRenameFailed);
-        reportingIn = -1;
     }
     for (std::uint32_t i = 0; i < notices.failedReleases; ++i) {
         platform::echo("\n error while releasing logging mutex.");
@@ -150,7 +152,9 @@ void LogFileWriter::lockedWrite(const char* message) noexcept {
 void LogFileWriter::writeEntry(const char* message) {
     stampEntry();
     const std::int64_t size = file_->size();
-    if (size >= sizeLimit_ && mayRotate(message)) {
+    // The report of a failed rotation comes back as an entry, which would fail to rotate and be reported in turn,
+    // without end.
+    if (size >= sizeLimit_ && !reporter->isMine()) {
         rotate(message);
     } else {
         file_->append(entryOf(message, false));
@@ -180,16 +184,6 @@ std::string_view LogFileWriter::entryOf(const char* message, bool lineEnd) noexc
         text[length++] = '\n';
     }
     return {entry_.text.data(), entry_.stampLength + length};
-}
-
-/// The report of a failed rotation comes back as an entry, which would fail to rotate and be reported in
-/// turn, without end. It may also come later, from a queue, and with words of the agent before it.
-bool LogFileWriter::mayRotate(const char* message) const noexcept {
-    // Without its line end and blank, which the agent may take off.
-    constexpr std::string_view kReport(kRenameFailed + 2);
-    std::string_view text(message);
-    text = text.substr(0, text.find_last_not_of(" \r\n") + 1);
-    return reportingIn != entry_.second && !text.ends_with(kReport);
 }
 
 void LogFileWriter::rotate(const char* message) {

@@ -60,7 +60,6 @@ class LogFileWriter final {
     void writeEntry(const char* message);
     void stampEntry() noexcept;
     std::string_view entryOf(const char* message, bool lineEnd) noexcept;
-    bool mayRotate(const char* message) const noexcept;
     void rotate(const char* message);
     bool moveToArchive();
 

@@ -163,26 +163,10 @@ void LogManager::tellChanges() {
     };
     // Looked at again after the role was given back: a change that found it taken just before relies on that.
     while (areThereAny()) {
-        std::thread::id before = tellingThread_;
-        switch (teller_.tryWait()) {
-            case platform::Mutex::Wait::Obtained:
-                break;
-            case platform::Mutex::Wait::Abandoned:
-                // It has ended, and its id may come again.
-                tellingThread_.compare_exchange_strong(before, std::thread::id());
-                continue;
-            default:
-                return;
+        if (!teller_.tryTake()) {
+            return;  // also when this message was caused by the telling; the change is told in its turn
         }
-        if (tellingThread_ == std::this_thread::get_id()) {
-            teller_.release();  // this message was caused by the telling; the change is told in its turn
-            return;
-        }
-        tellingThread_ = std::this_thread::get_id();
-        const platform::ScopeEnd role([this] {
-            tellingThread_ = std::thread::id();
-            teller_.release();
-        });
+        const platform::ScopeEnd role([this] { teller_.giveBack(); });
         for (Change change{}; takeChange(change);) {
             if (!closed_) {
                 (*rdMessageHandler_.*change.set)(change.active);

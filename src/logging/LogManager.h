@@ -2,11 +2,11 @@
 
 #include "detection/TextSearch.h"
 #include "platform/Mutex.h"
+#include "platform/Role.h"
 
 #include <atomic>
 #include <cstdint>
 #include <memory>
-#include <thread>
 #include <vector>
 
 class FileLogger;
@@ -62,8 +62,8 @@ class LogManager final {
     };
 
     // Count the open and close texts in an audit message, and note the change if there is one.
-    void UpdateTunnelCount(const char* message);
-    void UpdateFileCount(const char* message);
+    void UpdateTunnelCount(const char* message) REQUIRES(delivery_);
+    void UpdateFileCount(const char* message) REQUIRES(delivery_);
     void tellChanges();
     bool takeChange(Change& change);
 
@@ -76,14 +76,11 @@ class LogManager final {
     std::unique_ptr<TunnelListner> tunnelListner_;
     std::unique_ptr<RemoteDetection> remoteDetection_;
     std::atomic<bool> attaching_{false};
-    Texts texts_;
-    std::int32_t fileCount_ = 0;
-    std::int32_t tunnelCount_ = 0;
-    std::vector<Change> changes_;  ///< not told yet
+    Texts texts_ GUARDED_BY(delivery_);
+    std::int32_t fileCount_ GUARDED_BY(delivery_) = 0;
+    std::int32_t tunnelCount_ GUARDED_BY(delivery_) = 0;
+    std::vector<Change> changes_ GUARDED_BY(delivery_);  ///< not told yet
 
-    /// The role of the thread that tells. It is never waited for, only tried; when its holder ends while it
-    /// tells, the next change finds it free.
-    platform::Mutex teller_;
-    std::atomic<std::thread::id> tellingThread_{};  ///< the role's holder, which admits itself again
+    platform::Role teller_;  ///< of the thread that tells
     std::atomic<bool> closed_{false};
 };

@@ -36,6 +36,17 @@ class Role final {
         holder_ = std::this_thread::get_id();
         return true;
     }
+    /// The calling thread has it, and not one that ended and whose id has come again.
+    bool isMine() noexcept {
+        if (holder_ != std::this_thread::get_id()) {
+            return false;
+        }
+        const Mutex::Wait outcome = mutex_.tryWait();
+        if (outcome == Mutex::Wait::Abandoned) {
+            holder_ = std::thread::id();
+        }
+        return outcome == Mutex::Wait::Obtained && mutex_.release();
+    }
     void giveBack() noexcept {
         holder_ = std::thread::id();
         mutex_.release();

@@ -62,7 +62,7 @@ class ScheduleRSMHandler final {
   private:
     enum class Load { Done, NoMemory, NotReadable, NotInFormat };
 
-    Load load();
+    Load load() REQUIRES(lock_);
     /// What the controller is ordered by a schedule that has not ended.
     static RsmOrder orderOf(const scheduling::Schedule& schedule, std::int64_t now);
     /// Puts a schedule into the fields, into the file, and, with an order, into the controller's state.

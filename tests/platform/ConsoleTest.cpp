@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <csignal>
 #include <cstdio>
 #include <sstream>
@@ -92,6 +93,36 @@ const support::Rows<BufferingRow> bufferingRows(
             std::signal(SIGPIPE, SIG_IGN);
         });
     });
+
+// A host's timer, say, whose signals cut the calls of the system short.
+TEST(Console, SignalsTearNothing) {
+    support::inChild([] {
+        const int reader = redirectToPipe();
+        static std::atomic<int> signals = 0;
+        struct sigaction action {};
+        action.sa_handler = [](int) { ++signals; };
+        ::sigaction(SIGUSR1, &action, nullptr);
+        const std::string line = std::string(4 * kPipeSize, 'a') + '\n';
+        std::thread waiting([&] { platform::echo(line.c_str()); });
+        awaitFullPipe(reader);
+        for (int i = 1; i <= 3; ++i) {
+            ::pthread_kill(waiting.native_handle(), SIGUSR1);
+            for (int tries = 0; tries < 1000 && signals < i; ++tries) {
+                ::usleep(1000);
+            }
+        }
+        EXPECT_EQ(signals, 3) << "while the reader is waited for";
+        std::string text;
+        std::thread reading([&] { text = readAll(reader); });
+        waiting.join();
+        platform::echo("b");
+        std::fflush(stdout);
+        EXPECT_EQ(std::ferror(stdout), 0);
+        ::close(STDOUT_FILENO);
+        reading.join();
+        EXPECT_TRUE(text == line + 'b') << text.size() << " bytes";
+    });
+}
 
 TEST(Console, ReaderThatDoesNotReadHoldsUpOneThread) {
     support::inChild([] {

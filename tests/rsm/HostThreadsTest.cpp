@@ -385,6 +385,38 @@ TEST_F(HostThreads, WhateverTheAgentThrowsEndsNobody) {
     stop();
 }
 
+TEST_F(HostThreads, AnExceptionThatEndsRsmIsTold) {
+    start();
+    EXPECT_EQ(connect("1"), 0);
+    EXPECT_TRUE(agent_.waitForPolls(1));
+    agent_.setAtLine([](std::string_view line) {
+        if (line.find("Force Polling  ...") != std::string_view::npos) {
+            throw std::runtime_error("no space");
+        }
+    });
+    EXPECT_TRUE(agent_.waitForMode("NOT_ACTIVE"));
+    agent_.setAtLine(nullptr);
+    EXPECT_EQ(connect("1"), 0);
+    EXPECT_TRUE(agent_.waitForPolls(1));
+    stop();
+}
+
+TEST_F(HostThreads, AStartThatAnswersAFailureDoesNotCount) {
+    agent_.setAtLine([](std::string_view line) {
+        if (line.find("RSM Logger Extension startup complete") != std::string_view::npos) {
+            throw std::runtime_error("no space");
+        }
+    });
+    EXPECT_EQ(families_.start(Families::logger), -1);
+    agent_.setAtLine(nullptr);
+    EXPECT_EQ(families_.start(Families::rsm) + families_.start(Families::webService), 0);
+    service_ = families_.createService();
+    EXPECT_EQ(connect("1"), 0);
+    EXPECT_EQ(families_.stop(Families::rsm), 0);
+    EXPECT_TRUE(agent_.hasLogged("Force Polling Thread")) << "which has ended then";
+    stop();
+}
+
 TEST_F(HostThreads, AHostMayUseItsTextAnewAsSoonAsSomethingIsLogged) {
     start();
     EXPECT_EQ(connect(), 0);

@@ -181,7 +181,7 @@ TEST(Controller, OneUntilItIsDestroyed) {
     ZephanRSMSingleTon::destroyInstance();
 }
 
-// An order may be half stored when the waiting thread looks: it sleeps before it looks again.
+// Whatever the waiting thread finds, it sleeps before it looks again.
 TEST(Waiting, SleepsBetweenItsLooks) {
     struct Sleeps final : agent::Observer {
         void onSleep(unsigned int /*milliseconds*/) override { ++count; }

@@ -5,6 +5,8 @@
 #include "platform/ThreadEnd.h"
 #include "platform/posix/WriteSignals.h"
 
+#include <cerrno>
+#include <climits>
 #include <cstdio>
 #include <stdio_ext.h>
 #include <string_view>
@@ -22,13 +24,34 @@ bool fitsBuffer(std::string_view text, std::FILE* stream) noexcept {
     return text.size() < __fbufsize(stream) - __fpending(stream) && __flbf(stream) == 0;
 }
 
+/// Waits until a stream's file takes something. Signals of the host's come in meanwhile, as they cannot in a
+/// write: one that they cut short would lose what the stream has kept.
+void awaitRoom(std::FILE* stream) noexcept {
+    const KeepThread keep;
+    pollfd output{fileno_unlocked(stream), POLLOUT, 0};
+    while (output.fd >= 0 && ::poll(&output, 1, -1) < 0 && errno == EINTR) {
+    }
+}
+
+/// So much of a text as takes one call of the system at the most.
+std::size_t longestAtOnce(std::FILE* stream) noexcept {
+    const std::size_t size = __fbufsize(stream);
+    const std::size_t room = size - __fpending(stream);
+    return size <= 1 ? PIPE_BUF : room == 0 ? size - 1 : room;
+}
+
 /// To a stream whose lock the caller holds.
 void write(std::string_view text, std::FILE* stream) noexcept {
     if (fitsBuffer(text, stream)) {
         fwrite_unlocked(text.data(), 1, text.size(), stream);
-    } else {
+        return;
+    }
+    while (!text.empty()) {
+        const std::string_view piece = text.substr(0, longestAtOnce(stream));
+        text.remove_prefix(piece.size());
+        awaitRoom(stream);
         const posix::WriteSignals guard;
-        fwrite_unlocked(text.data(), 1, text.size(), stream);
+        fwrite_unlocked(piece.data(), 1, piece.size(), stream);
     }
 }
 
@@ -110,6 +133,7 @@ void echo(const char* text) noexcept {
 void flushEcho() noexcept {
     const Writer writer(output());
     if (writer.isWriter()) {
+        awaitRoom(stdout);
         const posix::WriteSignals guard;
         fflush_unlocked(stdout);
     }

@@ -7,20 +7,22 @@
 namespace platform::posix {
 namespace {
 
-sigset_t setOf(std::initializer_list<int> signals) noexcept {
+sigset_t setOf(int signal) noexcept {
     sigset_t set{};
     sigemptyset(&set);
-    for (const int signal : signals) {
-        sigaddset(&set, signal);
-    }
+    sigaddset(&set, signal);
     return set;
 }
 
 }  // namespace
 
 WriteSignals::WriteSignals() noexcept {
-    const sigset_t own = setOf({SIGPIPE, SIGXFSZ});
-    pthread_sigmask(SIG_BLOCK, &own, &before_);
+    sigset_t all{};
+    sigfillset(&all);
+    for (const int signal : {SIGSEGV, SIGBUS, SIGFPE, SIGILL}) {  // of a fault of the thread's own
+        sigdelset(&all, signal);
+    }
+    pthread_sigmask(SIG_BLOCK, &all, &before_);
     sigemptyset(&pending_);
     if (sigismember(&before_, SIGPIPE) == 1 || sigismember(&before_, SIGXFSZ) == 1) {
         sigpending(&pending_);  // only then they can have come before
@@ -31,7 +33,7 @@ WriteSignals::WriteSignals() noexcept {
 WriteSignals::~WriteSignals() {
     const int signal = errno == EPIPE ? SIGPIPE : errno == EFBIG ? SIGXFSZ : 0;
     if (signal != 0 && sigismember(&pending_, signal) == 0) {
-        const sigset_t sent = setOf({signal});
+        const sigset_t sent = setOf(signal);
         const std::timespec noTime{};
         while (sigtimedwait(&sent, nullptr, &noTime) < 0 && errno == EINTR) {
         }

@@ -7,7 +7,8 @@
 namespace platform::posix {
 
 /// While one lives, a write of the calling thread that fails sends no signal that would end the process: of a
-/// pipe that nobody reads, or of a file at the limit of its size. Nor is the thread unwound.
+/// pipe that nobody reads, or of a file at the limit of its size. Nor is the thread unwound, nor does a signal
+/// cut the write short: it comes afterwards.
 class WriteSignals final {
   public:
     WriteSignals() noexcept;
