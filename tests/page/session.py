@@ -12,7 +12,7 @@ EXAMPLES = ROOT / "examples"
 
 
 def simulator():
-    return os.environ["KRX_AGENT_SIM"]
+    return os.path.abspath(os.environ["KRX_AGENT_SIM"])
 
 
 class Workspace:

@@ -33,9 +33,7 @@ constexpr std::chrono::seconds kHeartbeat(5);
 constexpr std::chrono::milliseconds kFarewell(500);
 constexpr int kTick = 100;  // milliseconds
 
-Answer refusalOfSize() {
-    return refusal(MHD_HTTP_CONTENT_TOO_LARGE, "the body is larger than 64 KiB");
-}
+const Answer kTooLarge = refusal(MHD_HTTP_CONTENT_TOO_LARGE, "the body is larger than 64 KiB");
 
 }  // namespace
 
@@ -50,7 +48,7 @@ struct HttpServer::Client {
 
     MHD_Result end() {
         if (!answer) {
-            answer = received > kLargestBody ? refusalOfSize() : server.handler_(request);
+            answer = received > kLargestBody ? kTooLarge : server.handler_(request);
             due = steady_clock::now() + kOrderTime;
         }
         if (answer->later) {
@@ -131,7 +129,7 @@ struct HttpServer::Client {
                 client.request.path = path;
                 client.request.method = method;
                 const auto length = client.request.value(MHD_HEADER_KIND, "Content-Length").value_or("0");
-                return parseCount(length, kMostDropped) ? MHD_YES : client.send(refusalOfSize());
+                return parseCount(length, kMostDropped) ? MHD_YES : client.send(kTooLarge);
             }
             if (*size == 0) {
                 return client.end();
@@ -151,20 +149,23 @@ struct HttpServer::Client {
 HttpServer::HttpServer(const std::string& address, int port, Bell& bell,
                        std::map<std::string, std::string> headers, Handler handler)
     : bell_(bell), headers_(std::move(headers)), handler_(std::move(handler)) {
-    addrinfo wanted = {};
-    wanted.ai_flags = AI_PASSIVE | AI_NUMERICSERV;
-    wanted.ai_socktype = SOCK_STREAM;
+    const addrinfo wanted = {
+        AI_PASSIVE | AI_NUMERICSERV, AF_UNSPEC, SOCK_STREAM, 0, 0, nullptr, nullptr, nullptr};
     addrinfo* found = nullptr;
     const std::string service = std::to_string(port);
     std::string reason = "no such address";
     if (::getaddrinfo(address.c_str(), service.c_str(), &wanted, &found) == 0) {
-        daemon_ = MHD_start_daemon(MHD_USE_EPOLL | MHD_ALLOW_SUSPEND_RESUME | MHD_USE_SUPPRESS_DATE_NO_CLOCK |
-                                       (found->ai_family == AF_INET6 ? unsigned{MHD_USE_DUAL_STACK} : 0U),
-                                   static_cast<std::uint16_t>(port), nullptr, nullptr, &Client::handle, this,
-                                   MHD_OPTION_SOCK_ADDR, found->ai_addr, MHD_OPTION_NOTIFY_CONNECTION,
-                                   &Client::connect, this, MHD_OPTION_CONNECTION_LIMIT, kMostClients,
-                                   MHD_OPTION_CONNECTION_TIMEOUT, kPatience,
-                                   MHD_OPTION_CONNECTION_MEMORY_LIMIT, kLargestHead, MHD_OPTION_END);
+        const int listener = ::socket(found->ai_family, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
+        const int yes = 1;
+        ::setsockopt(listener, SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes);
+        if (::bind(listener, found->ai_addr, found->ai_addrlen) == 0 && ::listen(listener, SOMAXCONN) == 0) {
+            daemon_ =
+                MHD_start_daemon(MHD_USE_EPOLL | MHD_ALLOW_SUSPEND_RESUME | MHD_USE_SUPPRESS_DATE_NO_CLOCK, 0,
+                                 nullptr, nullptr, &Client::handle, this, MHD_OPTION_LISTEN_SOCKET, listener,
+                                 MHD_OPTION_NOTIFY_CONNECTION, &Client::connect, this,
+                                 MHD_OPTION_CONNECTION_LIMIT, kMostClients, MHD_OPTION_CONNECTION_TIMEOUT,
+                                 kPatience, MHD_OPTION_CONNECTION_MEMORY_LIMIT, kLargestHead, MHD_OPTION_END);
+        }
         reason = std::strerror(errno);
         ::freeaddrinfo(found);
     }

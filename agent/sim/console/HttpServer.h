@@ -46,9 +46,8 @@ class HttpServer final {
     /// What is done on the server's thread. May throw; the client is then told that it cannot be served.
     using Handler = std::function<Answer(const Request&)>;
 
-    /// With port 0 at any that is free. `bell` rings when answers that wait have something new; it must
-    /// outlive the server. `headers` stand in each answer. Throws std::runtime_error when the place cannot be
-    /// had.
+    /// With port 0 at any that is free. `bell` rings when answers that wait have something new, and must
+    /// outlive the server. `headers` stand in each answer. Throws std::runtime_error when it cannot listen.
     HttpServer(const std::string& address, int port, Bell& bell, std::map<std::string, std::string> headers,
                Handler handler);
     /// Gives clients that have an answer a moment to take it, and lets all go.
