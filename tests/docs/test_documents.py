@@ -24,7 +24,7 @@ SKIPPED = [
     (r"\[|FILE\b|SCENARIO", "a form, not a command"),
     (r"^scripts/|^cmake|^ctest|^bench/run|ctest --preset", "takes minutes, and builds in the tree that is being tested"),
     (r"^tests/faults/campaign\.py build/(release$|asan)|^tests/mutation|^bench/zephan_log\.py", "takes minutes; the tests run a short form"),
-    (r"^tests/faults/long_run\.py", "the tests run a short form"),
+    (r"^tests/faults/long_run\.py|test_console\.py", "the tests run a short form"),
     (r"^build/fuzz", "takes minutes, and needs clang"),
     (r"git ", "asks the repository, which an archive of the tree does not have"),
     (r" run ", "on the real clock"),

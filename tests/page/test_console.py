@@ -408,7 +408,8 @@ class SafetyTest(unittest.TestCase):
                         begin = f"POST /do/exit HTTP/1.1\r\nHost: {live.authority}\r\n".encode() if i % 3 == 0 else b""
                         client.sendall(begin + b"".join(chance.choices(parts, k=chance.randrange(1, 20))))
             print(f"{count} requests: {warm} KiB after a quarter, {memory()} KiB at the end", file=sys.stderr)
-            self.assertLess(memory(), warm + 4000)
+            if not os.environ.get("SANITIZE"):  # which keeps what was freed
+                self.assertLess(memory(), warm + 4000)
 
     def test_a_follower_that_reads_nothing(self):
         with socket.create_connection((self.live.host, self.live.port)) as client:
