@@ -213,8 +213,9 @@ ZP_EXPORT int32_t ZPXRSMDSSet(void);
 /// RSM starts at once when either of the first two is "immediate" or the start has passed. Other
 /// names are ignored, so a misspelt one counts as absent. Of a number the leading digits count;
 /// values have at most 99 characters. A period has as many polls as fit whole into each of its
-/// minutes: with a rate above 60 none, unless remote activity goes on. When it answers 0, the order is on the disk, or a
-/// line at ZP_LEVEL_FORCE has said that it could not be written. The answer is one of
+/// minutes: with a rate above 60 none, unless remote activity goes on. When it answers 0, the order
+/// is on the disk, or a line at ZP_LEVEL_FORCE has said that it could not be written. The answer is
+/// one of
 ///
 ///   0  CommandResult "Pass", RSMStartDate, RSMStartTime ("09:00:00 GMT"), PollingRate, GracePeriod
 ///   1  CommandResult "Failed"; for each rejected property, in the order above, its name with the reason
