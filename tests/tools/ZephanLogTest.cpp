@@ -245,6 +245,19 @@ TEST_F(ZephanLogTest, ACursorGoesOnBehindTheLastEntryPrinted) {
     EXPECT_EQ(workspace.read("said"), "");
 }
 
+TEST_F(ZephanLogTest, APagerShowsEntriesOnATerminal) {
+    workspace.write("log/k.xml", "Date:2026-3-1 Time:9:0:0 :: a");
+    const auto onTerminal = [this](const std::string& options) {
+        return output("TZ=UTC PAGER='sed s/^/page:/' script -qec \"'" ZEPHAN_LOG "' log/k.xml " + options +
+                      "\" /dev/null </dev/null | tr -d '\\r'");
+    };
+    EXPECT_EQ(onTerminal(""),
+              "page:"
+              "2026-03-01T09:00:00Z a\n");
+    EXPECT_EQ(onTerminal("--no-pager"), "2026-03-01T09:00:00Z a\n");
+    EXPECT_EQ(onTerminal("--json").substr(0, 8), "{\"time\":");
+}
+
 TEST_F(ZephanLogTest, CompressedFiles) {
     workspace.write("log/k2026_3_1_9_0_5.xml", "Date:2026-3-1 Time:9:0:0 :: a");
     workspace.write("log/k.xml", "Date:2026-3-1 Time:9:0:5 :: b");

@@ -59,13 +59,17 @@ ArchiveIdentity identityOf(std::string_view name, const ArchiveName& read, std::
 
 }  // namespace
 
+std::string Archives::folderFor(const std::string& logPath) {
+    return folderOf(baseOf(logPath));
+}
+
 void Archives::forEachOf(const std::string& logPath,
-                         const std::function<void(const std::string&, const ArchiveIdentity&)>& take) {
+                         const std::function<void(std::string_view, const ArchiveIdentity&)>& take) {
     const std::string base = baseOf(logPath);
     const std::string folder = folderOf(base);
     forEachName(folder, nameIn(base),
                 [&](std::string_view name, const ArchiveName& read, std::uint64_t number) {
-                    take(folder + std::string(name), logreader::identityOf(name, read, number));
+                    take(name, logreader::identityOf(name, read, number));
                 });
 }
 

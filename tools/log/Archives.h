@@ -69,9 +69,10 @@ class Archives final {
     bool clockWasSetBack() const { return setBack_; }
 
     std::vector<ArchiveIdentity> identities() const;
-    /// Calls `take(path, identity)` for each archive of a log file, in any order.
+    /// Calls `take(name, identity)` for each archive of a log file, in any order; they lie in `folderFor` it.
     static void forEachOf(const std::string& logPath,
-                          const std::function<void(const std::string&, const ArchiveIdentity&)>& take);
+                          const std::function<void(std::string_view, const ArchiveIdentity&)>& take);
+    static std::string folderFor(const std::string& logPath);
 
   private:
     /// Small, since there may be a hundred thousand.

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <stdexcept>
+#include <string_view>
 #include <utility>
 
 namespace logreader {
@@ -73,11 +74,12 @@ void Follower::goOver(platform::File present) {
     }
     std::vector<ArchiveIdentity> listed;
     Archives fresh(logZone_);
-    Archives::forEachOf(path_, [&](const std::string& path, const ArchiveIdentity& archive) {
+    listed.reserve(known_.size());
+    Archives::forEachOf(path_, [&](std::string_view name, const ArchiveIdentity& archive) {
         if (isKnown(archive)) {
             listed.push_back(archive);
         } else {
-            fresh.add(path, archive.number);
+            fresh.add(Archives::folderFor(path_) + std::string(name), archive.number);
         }
     });
     for (LogFile& archive : inOrder(fresh, present)) {
@@ -86,7 +88,7 @@ void Follower::goOver(platform::File present) {
             break;  // renamed in this moment; those behind it come with the next look
         }
         listed.push_back(archive.identity);
-        if (!found && ((file.isOpen() && file.isSameFile(log_->file())) || isWhatWasFollowed(archive))) {
+        if (!found && isWhatWasFollowed(archive)) {
             found = true;
         } else {
             printAll(archive, listing_);
@@ -100,26 +102,23 @@ void Follower::goOver(platform::File present) {
     follow(std::move(present));
 }
 
-/// Those that came within one look, oldest first. Where each begins when the one before it was full, that is their order,
-/// however the clock was set meanwhile; otherwise that of their ages and names.
+/// Those that came between what was followed and `present`, oldest first. Where each begins when the one before it was
+/// full, that is their order, however the clock was set meanwhile. What does not belong between the two is newer if
+/// `present` is not the log file any more, and comes with the next look. Otherwise their ages and names tell the order.
 std::vector<LogFile> Follower::inOrder(Archives& archives, const platform::File& present) const {
     archives.trustNames();
     std::vector<LogFile> files;
     while (auto archive = archives.older([](const platform::File&) { return false; })) {
         files.push_back(std::move(*archive));
     }
-    const auto age = [](const LogFile& file) {
-        std::error_code error;
-        return std::filesystem::last_write_time(file.path, error);
-    };
-    std::stable_sort(files.begin(), files.end(),
-                     [&](const LogFile& left, const LogFile& right) { return age(left) > age(right); });
+    std::vector<LogFile> between;
     std::vector<const LogFile*> left;
-    std::vector<LogFile> chain;
     for (const LogFile& file : files) {
         left.push_back(&file);
     }
-    for (auto next = beginningOf(present).clock; next && !left.empty(); next = chain.back().beginning.clock) {
+    const bool isLog = platform::File::open(path_, platform::OpenMode::Read).isSameFile(present);
+    bool reached = false;
+    for (auto next = beginningOf(present).clock; next && !reached; next = between.back().beginning.clock) {
         const auto before = std::find_if(left.begin(), left.end(), [&](const LogFile* file) {
             const auto full = logZone_.clockAt(file->full);
             return full == *next || full == *next + std::chrono::seconds(1);
@@ -127,12 +126,22 @@ std::vector<LogFile> Follower::inOrder(Archives& archives, const platform::File&
         if (before == left.end()) {
             break;
         }
-        chain.push_back(**before);
+        between.push_back(**before);
         left.erase(before);
+        reached = !isLog && log_ && isWhatWasFollowed(between.back());
     }
-    std::vector<LogFile>& newestFirst = left.empty() ? chain : files;
-    std::reverse(newestFirst.begin(), newestFirst.end());
-    return std::move(newestFirst);
+    if (reached || left.empty()) {
+        std::reverse(between.begin(), between.end());
+        return between;
+    }
+    const auto age = [](const LogFile& file) {
+        std::error_code error;
+        return std::filesystem::last_write_time(file.path, error);
+    };
+    std::reverse(files.begin(), files.end());
+    std::stable_sort(files.begin(), files.end(),
+                     [&](const LogFile& one, const LogFile& other) { return age(one) < age(other); });
+    return files;
 }
 
 /// A name that is known, compressed or not, and stands for the same file; a compressed one never is.
@@ -146,10 +155,13 @@ bool Follower::isKnown(const ArchiveIdentity& archive) const {
     return false;
 }
 
-/// The file that was followed has been compressed since.
+/// The same file, or what it was compressed to.
 bool Follower::isWhatWasFollowed(const LogFile& archive) const {
-    return archive.identity.compressed && archive.beginning.mark != 0 &&
-           archive.beginning.mark == beginningOf(log_->file()).mark;
+    std::string path = archive.path;
+    const platform::File file = openArchive(path);
+    return (file.isOpen() && file.isSameFile(log_->file())) ||
+           (path.ends_with(".gz") && archive.beginning.mark != 0 &&
+            archive.beginning.mark == beginningOf(log_->file()).mark);
 }
 
 void Follower::note(const std::string& text) const {

@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <memory>
 #include <set>
+#include <string_view>
 #include <utility>
 
 namespace logreader {
@@ -24,7 +25,7 @@ LogFile openedLog(const std::string& path) {
 
 }  // namespace
 
-LogFiles::LogFiles(const std::vector<std::string>& named, const TimeZone& zone)
+LogFiles::LogFiles(const std::vector<std::string>& named, const TimeZone& zone, bool followed)
     : zone_(zone), archives_(zone) {
     std::set<std::filesystem::path> seen;
     const auto isNew = [&](const std::string& path) {
@@ -42,11 +43,12 @@ LogFiles::LogFiles(const std::vector<std::string>& named, const TimeZone& zone)
             }
         } else if (isNew(path)) {
             if (named.size() == 1) {
-                openWithArchives(path);
+                openWithArchives(path, followed);
                 continue;
             }
             logs_.push_back(openedLog(path));
-            Archives::forEachOf(path, [&](const std::string& archive, const ArchiveIdentity&) {
+            Archives::forEachOf(path, [&](std::string_view name, const ArchiveIdentity&) {
+                const std::string archive = Archives::folderFor(path) + std::string(name);
                 if (isNew(archive)) {
                     archives_.add(archive);
                 }
@@ -59,18 +61,22 @@ LogFiles::LogFiles(const std::vector<std::string>& named, const TimeZone& zone)
     }
 }
 
-/// A rotation while the archives are listed puts files among them that are newer than the log file that was opened: then
-/// both are taken anew. Who rotates all the time is not waited for.
-void LogFiles::openWithArchives(const std::string& path) {
-    constexpr int kTries = 5;
+/// While the archives are listed, the log file may be rotated; then they are listed anew. Who rotates all the time is not
+/// waited for: then some archives are newer than the log file, or, if what is followed, some are not listed yet.
+void LogFiles::openWithArchives(const std::string& path, bool followed) {
+    constexpr int kTries = 3;
+    LogFile before = openedLog(path);
     for (int count = 0; count < kTries; ++count) {
-        logs_ = {openedLog(path)};
         archives_ = Archives(zone_);
         archives_.addOf(path);
-        const auto present = platform::File::open(path, platform::OpenMode::Read);
-        if (logs_[0].file ? present.isOpen() && present.isSameFile(*logs_[0].file) : !present.isOpen()) {
+        LogFile behind = openedLog(path);
+        const bool same =
+            before.file && behind.file ? before.file->isSameFile(*behind.file) : before.file == behind.file;
+        logs_ = {followed ? behind : before};
+        if (same) {
             break;
         }
+        before = std::move(behind);
     }
 }
 

@@ -15,7 +15,8 @@ namespace logreader {
 /// this and the reading loses nothing.
 class LogFiles final {
   public:
-    LogFiles(const std::vector<std::string>& named, const TimeZone& zone);
+    /// `followed`: a log file whose archives, as far as they are not among these, are read as they come.
+    LogFiles(const std::vector<std::string>& named, const TimeZone& zone, bool followed = false);
 
     /// The files before those handed out, in their order; none when there are no more. They can be read without those
     /// before them: they begin with an entry whose moment is certain, and in another second than the file before.
@@ -28,7 +29,7 @@ class LogFiles final {
     std::vector<ArchiveIdentity> archives() const { return archives_.identities(); }
 
   private:
-    void openWithArchives(const std::string& path);
+    void openWithArchives(const std::string& path, bool followed);
     std::optional<LogFile> next();
 
     TimeZone zone_;

@@ -69,8 +69,8 @@ const char* const kHelp =
 Print a device's log with its archives, one entry a line, oldest first.
 
 FILE is the log file, as log/kelp-logs.xml; its archives beside it are found by their names. An archive, or a
-copy of one, can be named by itself. Files that gzip has compressed are read, too. With no FILE and no
---config, or when FILE is -, read standard input.
+copy of one, can be named by itself. What gzip has compressed is read, too. With no FILE and no --config, or
+when FILE is -, read standard input.
 
 Which entries:
   -S, --since T        not before T

@@ -74,7 +74,7 @@ class Run final {
         : options_(options),
           logZone_(options.logZone ? TimeZone::named(*options.logZone) : TimeZone::local()),
           zone_(options.zone ? TimeZone::named(*options.zone) : logZone_),
-          files_(namedFiles(options), logZone_) {
+          files_(namedFiles(options), logZone_, options.follow) {
         reading_.span = readSpan(options.since, options.until,
                                  std::chrono::sys_seconds{std::chrono::seconds(platform::now())}, zone_);
         if (reading_.span.until && reading_.span.until < reading_.span.since) {
