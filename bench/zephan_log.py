@@ -1,10 +1,11 @@
 #!/usr/bin/env python3
 """What reading a log costs: time and memory of zephan-log beside `cat` and `wc -l` on the same files.
 
-    bench/zephan_log.py [PROGRAM] [--directory DIR]
+    bench/zephan_log.py [PROGRAM] [--directory DIR] [--megabytes N ...] [--archives N]
 
 PROGRAM is build/release/bin/zephan-log unless named. Writes two logs of 100 and 400 MB with archives of 50 MB into a
-fresh directory below DIR (build) and removes it at the end. Each command runs three times, the fastest counts.
+fresh directory below DIR (build) and removes it at the end. Each command runs three times, the fastest counts. With
+--archives a log of N small archives is written instead, one every seven seconds up to now.
 """
 import argparse
 import datetime
@@ -42,6 +43,20 @@ def write_log(directory, megabytes, archive_megabytes=50):
     return count
 
 
+def write_archives(directory, number):
+    """A log of so many archives of seven entries each."""
+    path = os.path.join(directory, "kelp-logs.xml")
+    start = datetime.datetime.now().replace(microsecond=0) - datetime.timedelta(seconds=7 * number)
+    for count in range(number + 1):
+        entries = "".join("Date:%d-%d-%d Time:%d:%d:%d :: " % (start + datetime.timedelta(seconds=second)).timetuple()[:6] +
+                          MESSAGES[second % len(MESSAGES)] for second in range(7 if count < number else 1))
+        start += datetime.timedelta(seconds=7)
+        name = path if count == number else path[:-4] + "%d_%d_%d_%d_%d_%d.xml" % start.timetuple()[:6]
+        with open(name, "w") as file:
+            file.write(entries)
+        os.utime(name, (start.timestamp(), start.timestamp()))
+
+
 def peak_memory(pid):
     """KiB so far. (The one in the kernel's final account counts what the child had before it became the command.)"""
     try:
@@ -73,9 +88,22 @@ def main():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("program", nargs="?", default="build/release/bin/zephan-log")
     parser.add_argument("--directory", default="build")
+    parser.add_argument("--megabytes", type=int, nargs="+", default=(100, 400))
+    parser.add_argument("--archives", type=int)
     options = parser.parse_args()
     print(f"{platform.platform()}, {os.cpu_count()} processors, load {os.getloadavg()[0]:.1f}; files are in the page cache")
-    for megabytes in (100, 400):
+    if options.archives:
+        directory = tempfile.mkdtemp(prefix="zephan-log-", dir=options.directory)
+        try:
+            write_archives(directory, options.archives)
+            print(f"\n{options.archives} archives\n{'':32}{'elapsed':>9}{'processor':>11}{'memory':>10}")
+            for words in (["--last", "1"], ["--since", "-1m"], ["--last", "100"]):
+                elapsed, processor, memory = measure([options.program, os.path.join(directory, "kelp-logs.xml"), *words])
+                print(f"{'zephan-log ' + ' '.join(words):32}{elapsed:7.2f} s{processor:9.2f} s{memory:6} KiB")
+        finally:
+            shutil.rmtree(directory)
+        return
+    for megabytes in options.megabytes:
         directory = tempfile.mkdtemp(prefix="zephan-log-", dir=options.directory)
         try:
             count = write_log(directory, megabytes)
@@ -83,7 +111,8 @@ def main():
             print(f"\n{megabytes} MB, {count} entries, {len(files)} files")
             print(f"{'':32}{'elapsed':>9}{'MB/s':>7}{'processor':>11}{'MB/s':>7}{'memory':>10}")
             log = [options.program, os.path.join(directory, "kelp-logs.xml")]
-            for name, command in (("cat", ["cat", *files]), ("wc -l", ["wc", "-l", *files]), ("zephan-log", log),
+            for name, command in (("cat", ["cat", *files]), ("wc -l", ["wc", "-l", *files]),
+                                  ("cat | wc -c", ["sh", "-c", 'cat "$@" | wc -c', "sh", *files]), ("zephan-log", log),
                                   ("zephan-log --json", [*log, "--json"]),
                                   ("zephan-log --grep tunnel", [*log, "--grep", "tunnel"]),
                                   ("zephan-log --grep 'bin$|^RSM'", [*log, "--grep", "bin$|^RSM"]),
