@@ -203,9 +203,11 @@ void Archives::settle(sys_seconds minute) {
     };
     std::sort(begin, end, [&](const Item& left, const Item& right) { return place(left) < place(right); });
     for (auto item = begin; item + 1 < end; ++item) {
-        // Being compressed just now: there are both.
+        // Being compressed just now: there are both. (Or the clock came to the second of a compressed one again.)
         if (item->folder == (item + 1)->folder &&
-            readArchiveName(nameOf(*item))->stem == readArchiveName(nameOf(*(item + 1)))->stem) {
+            readArchiveName(nameOf(*item))->stem == readArchiveName(nameOf(*(item + 1)))->stem &&
+            (beginningOf(*(item + 1)).mark == 0 ||
+             beginningOf(*(item + 1)).mark == beginningOf(*item).mark)) {
             (item + 1)->taken = true;
         }
     }
@@ -245,16 +247,29 @@ std::optional<std::size_t> Archives::fullAt(sys_seconds moment) {
 std::optional<std::size_t> Archives::pick() {
     sort();
     const auto last = newest();
-    if (!last || !before_ || namesOnly_ || items_[*last].full() <= *before_) {
-        setBack_ = setBack_ || (partial_ && last && before_ && items_[*last].full() < *before_ - kRotation);
+    if (!last || !before_ || namesOnly_) {
+        return last;
+    }
+    // Of several that were full in one second all but the first begin in it; else the clock came to it twice.
+    const auto isDoubtful = [&](std::size_t at) {
+        return at > 0 && !items_[at - 1].taken && items_[at - 1].full() == items_[at].full() &&
+               beginningOf(items_[at]).clock != zone_.clockAt(items_[at].full());
+    };
+    const sys_seconds full = items_[*last].full();
+    if (full <= *before_) {
+        setBack_ = setBack_ || (partial_ && full < *before_ - kRotation);
+        unsure_ = unsure_ || isDoubtful(*last);
         return last;
     }
     const auto fitting = fullAt(*before_);
-    if (items_[*last].full() == *before_ + kRotation &&
-        (!fitting || beginningOf(items_[*last]).clock == zone_.clockAt(*before_))) {
-        return last;  // the second passed before the rename
+    if (full == *before_ + kRotation) {
+        unsure_ = unsure_ || fitting;
+        if (!fitting || beginningOf(items_[*last]).clock == zone_.clockAt(*before_)) {
+            return last;  // the second passed before the rename
+        }
     }
     setBack_ = true;
+    unsure_ = unsure_ || !fitting || isDoubtful(*fitting);
     return fitting.value_or(fullAt(*before_ + kRotation).value_or(*last));
 }
 

@@ -67,6 +67,8 @@ class Archives final {
     void leaveOutFrom(std::chrono::sys_seconds moment);
     /// What was handed out shows that the clock was set back, or may have been.
     bool clockWasSetBack() const { return setBack_; }
+    /// And it came to the second of an old rotation again: their order may be another one.
+    bool orderIsUnsure() const { return unsure_; }
 
     std::vector<ArchiveIdentity> identities() const;
     /// Calls `take(name, identity)` for each archive of a log file, in any order; they lie in `folderFor` it.
@@ -114,6 +116,7 @@ class Archives final {
     std::size_t end_ = 0;      ///< all from here on are taken
     bool sorted_ = false;
     bool setBack_ = false;
+    bool unsure_ = false;
     std::optional<std::chrono::sys_seconds> before_;  ///< where the last one begins
     std::unordered_map<std::uint32_t, Beginning>
         beginnings_;  ///< of those that were opened before their turn

@@ -144,11 +144,11 @@ std::vector<LogFile> Follower::inOrder(Archives& archives, const platform::File&
     return files;
 }
 
-/// A name that is known, compressed or not, and stands for the same file; a compressed one never is.
+/// A name that is known and stands for the same file, or for what it was compressed to.
 bool Follower::isKnown(const ArchiveIdentity& archive) const {
     for (auto known = std::lower_bound(known_.begin(), known_.end(), ArchiveIdentity{archive.stem, 0, false});
          known != known_.end() && known->stem == archive.stem; ++known) {
-        if (archive.compressed || known->compressed || archive.number == known->number) {
+        if (archive.compressed || archive.number == known->number) {
             return true;
         }
     }

@@ -26,6 +26,7 @@ class LogFiles final {
     /// See `Archives`. Before the first `older`.
     void leaveOutFrom(std::chrono::sys_seconds moment) { archives_.leaveOutFrom(moment); }
     bool clockWasSetBack() const { return archives_.clockWasSetBack(); }
+    bool orderIsUnsure() const { return archives_.orderIsUnsure(); }
     std::vector<ArchiveIdentity> archives() const { return archives_.identities(); }
 
   private:

@@ -36,7 +36,6 @@ class Reader final {
         while (!atEnd_) {
             Part part{files_.older()};
             if (part.files.empty()) {
-                found_ = !reading_.after;
                 return std::nullopt;
             }
             if (reading_.logOnly) {
@@ -45,8 +44,12 @@ class Reader final {
             }
             if (const auto index =
                     reading_.after ? indexOf(reading_.after->mark, part.files) : std::nullopt) {
-                part.passedOver = *index;
-                atEnd_ = true;
+                found_ = true;
+                // Rather again than not at all: if the order is unsure, new ones may stand in front of it.
+                if (!part.files[*index].isArchive() || !files_.orderIsUnsure()) {
+                    part.passedOver = *index;
+                    atEnd_ = true;
+                }
             }
             atEnd_ = atEnd_ || (reading_.span.since && !files_.mayHoldFrom(*reading_.span.since));
             if (!isTooLate(part)) {
@@ -55,7 +58,8 @@ class Reader final {
         }
         return std::nullopt;
     }
-    bool found() const { return found_; }
+    /// Or none was asked for, or it lies before the span.
+    bool found() const { return found_ || !reading_.after || atEnd_; }
 
   private:
     bool isTooLate(const Part& part) const {
@@ -70,7 +74,7 @@ class Reader final {
     const TimeZone& logZone_;
     const Reading& reading_;
     bool atEnd_ = false;
-    bool found_ = true;
+    bool found_ = false;
 };
 
 }  // namespace
