@@ -3,6 +3,7 @@
 #include "lib/AgentHost.h"
 #include "lib/Module.h"
 #include "lib/Observer.h"
+#include "platform/agent/Threads.h"
 #include "sim/ServiceCall.h"
 #include "sim/StdoutCapture.h"
 #include "sim/windows/ModuleCalls.h"
@@ -53,6 +54,7 @@ class Trap final {
 
 Trap writing;
 Trap echoing;
+Trap asking;
 
 BOOL WINAPI writeFile(HANDLE file, LPCVOID data, DWORD size, LPDWORD written, LPOVERLAPPED position) {
     writing.pass();
@@ -62,6 +64,11 @@ BOOL WINAPI writeFile(HANDLE file, LPCVOID data, DWORD size, LPDWORD written, LP
 std::size_t writeStream(const void* data, std::size_t size, std::size_t count, std::FILE* stream) {
     echoing.pass();
     return std::fwrite(data, size, count, stream);
+}
+
+int isThreadActive(KRXThread* thread) {
+    asking.pass();
+    return KRXThreadIsActive(thread);
 }
 
 /// An enterprise on whose answer a thread can wait for ever.
@@ -81,6 +88,10 @@ struct Lines final : agent::Observer {
     bool has(const std::string& line) {
         const std::lock_guard lock(mutex);
         return all.find(line + "|") != std::string::npos;
+    }
+    void forget() {
+        const std::lock_guard lock(mutex);
+        all.clear();
     }
     std::mutex mutex;
     std::string all;
@@ -140,25 +151,43 @@ TEST_F(Abandonment, InAnEchoTheOthersGoAroundTheStream) {
     EXPECT_TRUE(isLogged("second"));
 }
 
-TEST_F(Abandonment, InAReportTheNextStartFailsAndTheOneBehindDoesNot) {
-    void* handle = nullptr;
-    ASSERT_EQ(module_.ZPRSMExtnStartup(&handle, host_.serviceAgent(), "config.xml"), 0);
-    ZPService* service = nullptr;
-    ASSERT_EQ(module_.ZPXRSMWSCreateService(handle, &service), 0);
-    const auto connect = [service] {
-        return sim::callService(*service, "connect", {{"pollDuration", "10"}, {"pollingRate", "30"}}).result;
-    };
-    ASSERT_EQ(connect(), 0);
-    while (!lines_.has("40 \n Properties Updated Succesfully.....\n")) {
-        ::Sleep(1);
+class AbandonmentInRsm : public Abandonment {
+  protected:
+    void SetUp() override {
+        sim::redirect(::GetModuleHandleA(ZEPHAN_MODULE), "KRXThreadIsActive",
+                      reinterpret_cast<void*>(isThreadActive));
+        ASSERT_EQ(module_.ZPRSMExtnStartup(&handle_, host_.serviceAgent(), "config.xml"), 0);
+        ASSERT_EQ(module_.ZPXRSMWSCreateService(handle_, &service_), 0);
+        ASSERT_EQ(connect(), 0);
+        awaitReport();
     }
-    enterprise_.answering.terminateIn([&connect] { connect(); });
+    void TearDown() override { EXPECT_EQ(module_.ZPXRSMWSDestroyService(handle_, service_), 0); }
+    int connect() {
+        return sim::callService(*service_, "connect", {{"pollDuration", "10"}, {"pollingRate", "30"}}).result;
+    }
+    void awaitReport() {
+        while (!lines_.has("40 \n Properties Updated Succesfully.....\n")) {
+            ::Sleep(1);
+        }
+    }
+    void* handle_ = nullptr;
+    ZPService* service_ = nullptr;
+};
+
+TEST_F(AbandonmentInRsm, InAStartTheNextFailsAndTheOneBehindDoesNot) {
+    asking.terminateIn([this] { connect(); });
     const std::string abandoned = "50 \n The thread got ownership of an abandoned logging mutex.";
     EXPECT_FALSE(lines_.has(abandoned));
     EXPECT_EQ(connect(), -1);
     EXPECT_TRUE(lines_.has(abandoned));
     EXPECT_EQ(connect(), 0);
-    EXPECT_EQ(module_.ZPXRSMWSDestroyService(handle, service), 0);
+}
+
+TEST_F(AbandonmentInRsm, InAReportTheNextIsStillTold) {
+    enterprise_.answering.terminateIn([this] { connect(); });
+    lines_.forget();
+    EXPECT_EQ(connect(), 0);
+    awaitReport();
 }
 
 }  // namespace
