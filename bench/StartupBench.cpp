@@ -63,38 +63,8 @@ void call(void* library, const char* name, Arguments... arguments) {
     reinterpret_cast<void (*)(Arguments...)>(::dlsym(library, name))(arguments...);
 }
 
-double timeOfLoading(bool xercesThere) {
-    return inChild([=] {
-        if (xercesThere) {
-            load(BENCH_XERCES_PROBE);
-        }
-        return timed([] { load(BENCH_MODULE); });
-    });
-}
-
-double timeOfStart(const std::string& configuration) {
-    return inChild([&] {
-        const agent::AgentHost host;
-        const agent::Module library(BENCH_MODULE);
-        return timed([&] { library.ZPXRSMLoggerStatup(configuration.c_str()); });
-    });
-}
-
-struct XercesTimes {
-    double initialize;
-    double parse;
-    double terminate;
-};
-
-XercesTimes timesOfXerces(const std::string& configuration) {
-    std::stringstream text;
-    text << std::ifstream(configuration).rdbuf();
-    return inChild([contents = text.str()] {
-        void* const library = load(BENCH_XERCES_PROBE);
-        return XercesTimes{timed([&] { call(library, "probeInitialize"); }),
-                           timed([&] { call(library, "probeParse", contents.data(), contents.size()); }),
-                           timed([&] { call(library, "probeTerminate"); })};
-    });
+double timeOfLoading(const char* library) {
+    return inChild([=] { return timed([=] { load(library); }); });
 }
 
 /// Replays a day in which the agent is polled every 10 seconds. The whole process's time.
@@ -158,7 +128,7 @@ std::string settings() {
     return "Medians of " + std::to_string(kRounds) + " processes each (replay: " + std::to_string(kReplays) +
            ") in turn; configuration of " + std::to_string(std::filesystem::file_size(configuration)) +
            " bytes\n" +
-           held("dlopen of the module, Xerces-C being there, takes    ", BENCH_XERCES_PROBE,
+           held("dlopen of the module, Expat being there, takes       ", BENCH_EXPAT_PROBE,
                 [](void*, ZPServiceAgent*) { load(BENCH_MODULE); }) +
            held("the four start-ups take, while RSM is idle           ", BENCH_MODULE,
                 [&](void* module, ZPServiceAgent* serviceAgent) {
@@ -167,12 +137,6 @@ std::string settings() {
                     call(module, "ZPRSMExtnStartup", &handle, serviceAgent, configuration.c_str());
                     call(module, "ZPXRSMLoggerStatup", configuration.c_str());
                     call(module, "ZPXRSMWSStartup", &handle, serviceAgent);
-                }) +
-           held("of that Xerces-C keeps by itself, though terminated  ", BENCH_XERCES_PROBE,
-                [](void* probe, ZPServiceAgent*) {
-                    call(probe, "probeInitialize");
-                    call(probe, "probeParse", "<a/>", std::size_t{4});
-                    call(probe, "probeTerminate");
                 });
 }
 
@@ -200,22 +164,11 @@ void define(const char* name, Measurement subject, Measurement reference, int ro
 
 int main(int argumentCount, char** arguments) {
     using bench::Scratch;
-    const Measurement start = [](const Scratch&, const std::string& file) { return timeOfStart(file); };
     define(
-        "dlopen of the module, Xerces-C there / not",
-        [](const Scratch&, const std::string&) { return timeOfLoading(true); },
-        [](const Scratch&, const std::string&) { return timeOfLoading(false); }, kRounds);
-    define(
-        "Xerces-C's Initialize / logger start-up",
-        [](const Scratch&, const std::string& file) { return timesOfXerces(file).initialize; }, start,
-        kRounds);
-    define(
-        "Xerces-C's parse / logger start-up",
-        [](const Scratch&, const std::string& file) { return timesOfXerces(file).parse; }, start, kRounds);
-    define(
-        "Xerces-C's Terminate / logger start-up",
-        [](const Scratch&, const std::string& file) { return timesOfXerces(file).terminate; }, start,
-        kRounds);
+        "dlopen of the module / of one that needs the same",
+        [](const Scratch&, const std::string&) { return timeOfLoading(BENCH_MODULE); },
+        [](const Scratch&, const std::string&) { return timeOfLoading(BENCH_EXPAT_PROBE); }, kRounds,
+        {2.5, {}});
     define("replay of a day, poll every 10 s / 0.5 s", timeOfDay,
            [](const Scratch&, const std::string&) { return kHalfSecond; }, kReplays, {1.0, {}});
     return bench::run(argumentCount, arguments, settings);

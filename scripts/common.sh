@@ -70,7 +70,7 @@ build() {
     cmake --build --preset "$preset" ${1:+--target "$@"}
 }
 
-BUILD_PACKAGES=(cmake ninja-build g++ libxerces-c-dev libexpat1-dev libedit-dev libre2-dev zlib1g-dev nlohmann-json3-dev
+BUILD_PACKAGES=(cmake ninja-build g++ libexpat1-dev libedit-dev libre2-dev zlib1g-dev nlohmann-json3-dev
     libmicrohttpd-dev pkg-config)
 PACKAGE_PACKAGES=(dpkg-dev file help2man lintian)
 TEST_PACKAGES=(libgtest-dev libxml2-utils python3 curl "${PACKAGE_PACKAGES[@]}" bash-completion)

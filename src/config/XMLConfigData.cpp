@@ -4,7 +4,6 @@
 #include "platform/Published.h"
 #include "platform/ScopeEnd.h"
 #include "platform/ThreadEnd.h"
-#include "platform/agent/Logging.h"
 
 #include <atomic>
 #include <utility>
@@ -48,20 +47,4 @@ void XMLConfigData::destroyInstance() noexcept {
 
 std::uint64_t XMLConfigData::age() noexcept {
     return changes;
-}
-
-void XMLConfigData::setLogLevel(const std::string& name) {
-    struct NamedLevel {
-        const char* name;
-        std::int32_t level;
-    };
-    static constexpr NamedLevel kLevels[] = {{"trace", level::kTrace}, {"info", level::kInfo},
-                                             {"warn", level::kWarn},   {"error", level::kError},
-                                             {"force", level::kForce}, {"audit", level::kAudit}};
-    settings_.logLevel = level::kInfo;
-    for (const NamedLevel& known : kLevels) {
-        if (name == known.name) {
-            settings_.logLevel = known.level;
-        }
-    }
 }

@@ -1,15 +1,9 @@
 #pragma once
 
 #include "config/ConfigData.h"
-#include "config/TagNames.h"
+#include "config/Settings.h"
 
 #include <memory>
-
-#include <xercesc/util/XercesDefs.hpp>
-
-XERCES_CPP_NAMESPACE_BEGIN
-class DOMElement;
-XERCES_CPP_NAMESPACE_END
 
 /// The one configuration object, filled from an XML file.
 class XMLConfigData final : public ConfigData {
@@ -34,13 +28,17 @@ class XMLConfigData final : public ConfigData {
     const std::string& getLogRevisionDays() const override { return settings_.logRevisionDays; }
     void setLogRevisionDays(const std::string& days) override { settings_.logRevisionDays = days; }
     std::int32_t getLogLevel() const override { return settings_.logLevel; }
-    void setLogLevel(const std::string& name) override;
+    void setLogLevel(const std::string& name) override { settings_.logLevel = config::levelNamed(name); }
     bool getFileLogger() const override { return settings_.fileLogger; }
     void setFileLogger(bool on) override { settings_.fileLogger = on; }
-    const std::string* getTunnelOpenMessages() const override { return settings_.tunnelOpenMessages.get(); }
-    const std::string* getTunnelCloseMessages() const override { return settings_.tunnelCloseMessages.get(); }
-    const std::string* getFileOpenMessages() const override { return settings_.fileOpenMessages.get(); }
-    const std::string* getFileCloseMessages() const override { return settings_.fileCloseMessages.get(); }
+    const std::string* getTunnelOpenMessages() const override {
+        return firstOf(settings_.tunnelOpenMessages);
+    }
+    const std::string* getTunnelCloseMessages() const override {
+        return firstOf(settings_.tunnelCloseMessages);
+    }
+    const std::string* getFileOpenMessages() const override { return firstOf(settings_.fileOpenMessages); }
+    const std::string* getFileCloseMessages() const override { return firstOf(settings_.fileCloseMessages); }
     const std::string& getAbortMessage() const override { return settings_.abortMessage; }
     void setAbortMessage(const std::string& text) override { settings_.abortMessage = text; }
     const std::string& getScript() const override { return settings_.script; }
@@ -54,51 +52,23 @@ class XMLConfigData final : public ConfigData {
     const std::string& getRSMResumeStatusFile() const override { return settings_.resumeStatusFile; }
     void setRSMResumeStatusFile(const std::string& path) override { settings_.resumeStatusFile = path; }
 
+    const config::Settings& settings() const noexcept { return settings_; }
+
   private:
-    using MessageList = std::shared_ptr<const std::string[]>;
-
-    static constexpr TagNames tags_{};
-    /// No level of a message: nothing but `level::kForce` passes it.
-    static constexpr std::int32_t kDefaultLogLevel = 80;
-
     explicit XMLConfigData(const std::string& path) : configFilePath_(path) {}
     XMLConfigData(const XMLConfigData& other)
         : configFilePath_(other.configFilePath_), settings_(other.settings_) {}
 
-    // Reading of the file (XMLConfigReader.cpp)
-    void readDocument(const xercesc::DOMElement& root);
-    void readSettingOfRoot(const xercesc::DOMElement& child);
-    void handleElement(const xercesc::DOMElement& element);
-    void readFileLogging(const xercesc::DOMElement& element);
-    void readTunnelMessages(const xercesc::DOMElement& element);
-    void readListeners(const xercesc::DOMElement& element);
-    void readFileMessages(const xercesc::DOMElement& element);
-    void readMessageList(const xercesc::DOMElement& parent, TagNames::Tag tag, MessageList& list) const;
-
-    struct Settings {
-        std::string logFilePath = "..\\log\\kelp-logs.xml";
-        std::string fileSize = "5000000";
-        std::string logRevisionDays = "30";
-        std::int32_t logLevel = kDefaultLogLevel;
-        bool fileLogger = true;
-        MessageList tunnelOpenMessages;
-        MessageList tunnelCloseMessages;
-        MessageList fileOpenMessages;
-        MessageList fileCloseMessages;
-        std::string abortMessage;
-        std::string resumeStatusFile;
-        std::string script;
-        bool rdListner = false;
-        bool tunnelListner = false;
-        bool fileListner = false;
-    };
+    static const std::string* firstOf(const config::MessageList& list) {
+        return list.empty() ? nullptr : list.data();
+    }
+    void read(const config::Element& child);
 
     std::string configFilePath_;
-    Settings settings_;
+    config::Settings settings_;
 };
 
-/// Loads the configuration: starts the XML toolkit, reads the file of the first load into a copy of the
-/// present object, publishes that, stops the toolkit. Null when the object cannot be had. Throws
-/// std::runtime_error when the file cannot be read; what was read before is published all the same. Any
-/// thread; of loads that overlap the last one that is published stays.
+/// Loads the configuration: reads the file of the first load into a copy of the present object and publishes that.
+/// Null when the object cannot be had. Throws std::runtime_error when the file cannot be read; what was read before is
+/// published all the same. Any thread; of loads that overlap the last one that is published stays.
 std::shared_ptr<const XMLConfigData> loadConfiguration(const std::string& path);

@@ -39,29 +39,13 @@ thread_local bool moduleCalled __attribute__((tls_model("initial-exec"))) = fals
 struct Stack {
     bool anyDepth;
     int hostFrames = 0;
-    bool toolkit = false;
-    void* toolkitEntry = nullptr;  ///< where the module has called it
+    bool parser = false;
     bool agent = false;
     bool module = false;
 };
 
-bool isToolkit(const char* library) noexcept {
-    return std::strstr(library, "/libxerces-c") != nullptr;
-}
-
-/// The toolkit's stop allocates where nothing may be thrown. The module asks for memory right before it, so
-/// that what follows is not made to fail.
-bool isToolkitsStop(void* address) noexcept {
-    thread_local void* known __attribute__((tls_model("initial-exec"))) = nullptr;
-    thread_local bool isStop __attribute__((tls_model("initial-exec"))) = false;
-    void* const function = _Unwind_FindEnclosingFunction(address);
-    if (function != known) {  // a name is looked for among all names
-        Dl_info info{};
-        known = function;
-        isStop = ::dladdr(function, &info) != 0 && info.dli_sname != nullptr &&
-                 std::strstr(info.dli_sname, "XMLPlatformUtils9Terminate") != nullptr;
-    }
-    return isStop;
+bool isParser(const char* library) noexcept {
+    return std::strstr(library, "/libexpat") != nullptr;
 }
 
 _Unwind_Reason_Code visit(_Unwind_Context* context, void* data) {
@@ -80,18 +64,15 @@ _Unwind_Reason_Code visit(_Unwind_Context* context, void* data) {
         return stack.anyDepth ? _URC_NO_REASON : _URC_END_OF_STACK;
     }
     if (stack.module) {
-        // The toolkit gets memory through the module, too.
-        stack.toolkit |= isToolkit(name);
+        // What the parser reports gets memory through the module, too.
+        stack.parser |= isParser(name);
         return _URC_END_OF_STACK;
     }
     if (!stack.anyDepth) {
         // The simulator has functions of its own before this library's; they call on for the module.
         return *name == '\0' && stack.hostFrames++ == 0 ? _URC_NO_REASON : _URC_END_OF_STACK;
     }
-    if (isToolkit(name)) {
-        stack.toolkit = true;
-        stack.toolkitEntry = address;
-    }
+    stack.parser |= isParser(name);
     stack.agent |= std::strstr(name, "/libkrx-agent.so") != nullptr;
     return *name == '\0' ? _URC_END_OF_STACK : _URC_NO_REASON;
 }
@@ -181,10 +162,10 @@ bool memoryFails() noexcept {
         return false;
     }
     const Stack stack = look(true);
-    if (!stack.module || (stack.toolkit && isToolkitsStop(stack.toolkitEntry))) {
+    if (!stack.module) {
         return false;
     }
-    return count(stack.toolkit ? numberOf("toolkit-memory")
+    return count(stack.parser  ? numberOf("parser-memory")
                  : stack.agent ? numberOf("agent-memory")
                                : numberOf("memory")) != kNone;
 }

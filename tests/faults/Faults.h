@@ -17,7 +17,7 @@ namespace faults {
 
 /// What can fail. Memory is told apart by who asks for it on the module's behalf.
 constexpr std::array kKinds = {
-    "memory",    "toolkit-memory", "agent-memory", "open",       "openat",        "fcntl",
+    "memory",    "parser-memory",  "agent-memory", "open",       "openat",        "fcntl",
     "close",     "lseek",          "fstat",        "pread",      "pwrite",        "write",
     "ftruncate", "fsync",          "renameat2",    "renameat",   "linkat",        "unlinkat",
     "unlink",    "fstatat",        "statx",        "faccessat",  "fdopendir",     "readdir",

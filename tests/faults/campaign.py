@@ -28,7 +28,7 @@ EXAMPLES = HERE.parent.parent / "examples"
 # then the disk is full; "*N": N calls in a row fail.
 ERRORS = {
     "memory": ["ENOMEM", "ENOMEM*5"],
-    "toolkit-memory": ["ENOMEM"],
+    "parser-memory": ["ENOMEM"],
     "agent-memory": ["ENOMEM"],
     "open": ["EMFILE"],
     "openat": ["EACCES", "EMFILE", "ENOSPC", "EIO", "EINTR", "EMFILE*5"],
@@ -59,16 +59,12 @@ ERRORS = {
     "fwrite": ["EIO"],
 }
 
-TOOLKIT_LOST = "XML toolkit "
-NEED_CONFIGURATION = {"start logger rotation-config.xml", "start rsm rotation-config.xml", "start logger zephan-config.xml",
-                      "start rsm zephan-config.xml", "stop rsm"}
-
 # What has to be seen at least once over the whole campaign: a kind of call, and a line that its failure leads to.
 EXPECTED = [(kind, json.loads(line)) for kind, line in
             (row.split(None, 1) for row in (HERE / "expected-lines").read_text().splitlines() if not row.startswith("#"))]
 
 STATE_FILES = {"state/resume.xml": "<ResumeRSM>", "state/schedule.xml": "<RSMExecuteCommand>"}
-ECHO_MAY_BE_LOST = {"fwrite", "memory", "agent-memory", "toolkit-memory"}
+ECHO_MAY_BE_LOST = {"fwrite", "memory", "agent-memory", "parser-memory"}
 MANY_LOCKS = 100  # of a kind in a scenario
 CALMED_DOWN = 60  # seconds from the end of a scenario to the check that the module still works
 
@@ -118,7 +114,7 @@ class Scenario:
 
     def step(self, kind):
         """Of how many calls one fails: of like ones by the thousand, not each."""
-        if kind == "toolkit-memory":  # the same load again and again: once it is enough to look at each of its allocations
+        if kind == "parser-memory":  # the same load again and again: once it is enough to look at each of its allocations
             return 1 if self.name == "load" else 97
         # A thread that waits for a schedule looks every five seconds.
         return 1 + self.totals[kind] // MANY_LOCKS if kind.startswith("mutex-") else 1
@@ -224,8 +220,7 @@ class Campaign:
                                KRX_FAULTS_REPORT="report", KRX_FAULTS_JOURNAL="journal",
                                ASAN_OPTIONS=f"verify_asan_link_order=0:exitcode=23:detect_leaks={scenario.leaks_count}",
                                UBSAN_OPTIONS="print_stacktrace=1",
-                               LSAN_OPTIONS=f"print_suppressions=0:suppressions={HERE / 'toolkit-leaks.supp'}"
-                               if "toolkit" in "".join(plans) else "print_suppressions=0")
+                               LSAN_OPTIONS="print_suppressions=0")
             try:
                 done = subprocess.run([self.simulator, "replay", "scenario", "--trace", "trace"], cwd=directory,
                                       env=environment, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, timeout=60)
@@ -303,10 +298,6 @@ class Campaign:
             return calls, polls, shown, any(b"Still at work" in text for text in replay.logged)
 
         found, wanted = of(result), of(clean)
-        if any(TOOLKIT_LOST in text for text in result.texts()):
-            # A toolkit that lacked memory in the middle of its start stays out of use, and with it the configuration.
-            found, wanted = ([one for one in of_run[0] if one[0] not in NEED_CONFIGURATION] + of_run[1]
-                             for of_run in (found, wanted))
         if found != wanted:
             yield f"does not work as before afterwards: {[one for one in zip(found, wanted) if one[0] != one[1]]}"
 

@@ -11,8 +11,6 @@
 #include <string>
 #include <string_view>
 
-#include <xercesc/util/PlatformUtils.hpp>
-
 namespace fuzz {
 
 /// Made once a process. Its files lie in a directory of its own, which is removed when the process ends.
@@ -35,7 +33,6 @@ class Host final {
         if (std::freopen("/dev/null", "w", stdout) == nullptr) {
             std::abort();
         }
-        xercesc::XMLPlatformUtils::Initialize();  // counted: starting the toolkit takes longer than a load
     }
 
     support::Workspace workspace_;

@@ -1,6 +1,8 @@
 // What the configuration reader makes of files, good, careless and hostile ones.
 #include "config/XMLConfigData.h"
+#include "lib/AgentHost.h"
 #include "platform/agent/Logging.h"
+#include "support/Lines.h"
 #include "support/Rows.h"
 #include "support/Workspace.h"
 #include "support/Xml.h"
@@ -94,6 +96,8 @@ class Configuration {
     }
 
     const support::Workspace workspace_;
+    mutable support::Lines lines_;
+    const agent::AgentHost host_{{&lines_, nullptr, nullptr}};
 };
 
 class ConfigurationTest : public testing::Test, protected Configuration {};
@@ -109,6 +113,22 @@ std::string opening(const std::string& inside) {
 }
 std::string closing(const std::string& inside) {
     return in("FileMessages", in("CloseMessage", inside));
+}
+
+std::string utf16(const std::string& text) {
+    std::string wide = {'\xff', '\xfe'};
+    for (const char one : text) {
+        wide += {one, '\0'};
+    }
+    return wide;
+}
+/// Texts with the numbers from 0 on between them.
+std::string many(int count, const std::string& before, const std::string& behind) {
+    std::string all;
+    for (int i = 0; i < count; ++i) {
+        all += before + std::to_string(i) + behind;
+    }
+    return all;
 }
 
 struct ElementRow {
@@ -162,23 +182,77 @@ const support::Rows<ElementRow> elementRows(
         {"CDATA", "<Script><![CDATA[<x>]]></Script>", "script=<x>"},
         {"an entity", "<Script>&e;</Script>", ""},
         {"a text before an entity", "<Script>a&e;</Script>", "script=a"},
+        {"an entity that is empty", "<Script>&v;s</Script>", ""},
+        {"an empty entity in a text", "<Script>a&v;b</Script>", "script=a"},
+        {"an empty section", "<Script><![CDATA[]]>s</Script>", ""},
+        {"an instruction", "<Script><?p  d ?>s</Script>", "script=d"},
+        {"an element out of an entity", "&s;" + logging("&f;<FileSize>2</FileSize>"), "size=1"},
+        {"entities within entities", logging("&f2;"), "size=a"},
+        {"messages out of entities", in("TunnelMessags", "&o;"), "tunnel open=[a][c]"},
         {"schema location",
          "<s x:noNamespaceSchemaLocation='no' xmlns:x='http://www.w3.org/2001/XMLSchema-instance'/>", ""},
     },
     [](const ElementRow& row) {
-        EXPECT_EQ(Configuration().load("<!DOCTYPE z [<!ENTITY e 's'>]><z>" + row.inside + "</z>"),
+        EXPECT_EQ(Configuration().load(
+                      "<!DOCTYPE z [<!ENTITY e 's'><!ENTITY v ''><!ENTITY s '<Script>s</Script>'>"
+                      "<!ENTITY f '<FileSize>1</FileSize>'><!ENTITY f2 '<FileSize>a&e;b</FileSize>'>"
+                      "<!ENTITY m '<Message>b</Message>'><!ENTITY o "
+                      "'<OpenMessage><Message>a</Message>&m;<Message>c&v;d</Message></OpenMessage>'>]><z>" +
+                      row.inside + "</z>"),
                   row.expected);
+    });
+
+struct EncodingRow {
+    support::RowName name;  ///< what is declared
+    std::string bytes;
+    std::string expected;  ///< text, or the reason of the refusal
+};
+
+const support::Rows<EncodingRow> encodingRows(
+    "Configuration/Encodings",
+    {
+        {"UTF-8", "\u00e4\u20ac\U0001f600", "\u00e4\u20ac\U0001f600"},
+        {"utf-8", "\xfc", "no character of the encoding UTF-8, line 1, column 50"},
+        {"US-ASCII", "\xfc", "no character of the encoding 'US-ASCII', line 1, column 53"},
+        {"latin1", "\x9b\xfc", "\u009b\u00fc"},
+        {"windows-1252", "\x80\x81\xfc", "\u20ac\u0081\u00fc"},
+        {"Windows-1255", "\xf9\xd1", "\u05e9\u05c1"},  // a letter and its mark, not one character
+        {"cp1258", "a\xcc", "a\u0300"},
+        {"windows-1253", "\xaa", "no character of the encoding 'windows-1253', line 1, column 56"},
+        {"ISO-8859-16", "\xa4", "\u20ac"},
+        {"KOI8-R", "\xc1", "\u0430"},
+        {"TCVN", "a\xb0", "a\u0300"},
+        {"Shift_JIS", "\x93\xfa\xb1", "\u65e5\uff71"},
+        {"EUC-KR", "\xb0\xa1", "\uac00"},
+        {"GB18030", "\x81\x30\x81\x30", "\u0080"},
+        {"Big5", "\xa4\xa4", "\u4e2d"},
+        {"ISO-2022-JP", "\x1b$B$\"\x1b(B", "\u3042"},
+        {"UTF-16", "\u00e4", "\u00e4"},  // which it is not
+        {"no-such", "s",
+         "the encoding 'no-such' is unknown here; UTF-8, UTF-16, US-ASCII, ISO-8859-1 to -16 and windows-1250 to "
+         "-1258 are known everywhere, line 1, column 1"},
+    },
+    [](const EncodingRow& row) {
+        const Configuration configuration;
+        const std::string outcome = configuration.load("<?xml version='1.0' encoding='" + row.name.text +
+                                                       "'?><z><Script>" + row.bytes + "</Script></z>");
+        EXPECT_EQ(outcome == kRefused ? configuration.lines_.take() : outcome,
+                  outcome == kRefused ? "250  Error Parsing File: " + row.expected + "|"
+                                      : "script=" + row.expected);
     });
 
 TEST_F(ConfigurationTest, WholeDocuments) {
     EXPECT_EQ(load("<Script>s</Script>"), "");
-    std::string wide = {'\xff', '\xfe'};
-    for (const char one : std::string("<z><Script>s</Script></z>")) {
-        wide += {one, '\0'};
+    EXPECT_EQ(load(utf16("<z><Script>s</Script></z>")), "script=s");
+    std::string swapped = utf16("<z><Script>\xd8=\xde\x02</Script></z>").substr(2);
+    for (std::size_t i = 0; i < swapped.size(); i += 2) {
+        std::swap(swapped[i], swapped[i + 1]);
     }
-    EXPECT_EQ(load(wide), "script=s");
-    EXPECT_EQ(load("<?xml version='1.0' encoding='Shift_JIS'?><z><Script>s</Script></z><!-- \x83\x41 -->\n"),
-              "script=s");
+    swapped.erase(swapped.find('\xd8') - 1, 1).erase(swapped.find('=') - 1, 1);
+    swapped.erase(swapped.find('\xde') - 1, 1).erase(swapped.find('\x02') - 1, 1);
+    EXPECT_EQ(load(swapped), "script=\U0001f602") << "the other order of bytes, with a pair of surrogates";
+    EXPECT_EQ(load("\xef\xbb\xbf<?xml version='1.0' encoding='windows-1252'?><z><Script>\x80</Script></z>"),
+              "script=\u20ac");
     EXPECT_EQ(load("<z>" + repeated("<a>t</a>", 300) + "<Script>s</Script></z>"), "script=s")
         << "many beside each other are not deep";
     XMLConfigData::destroyInstance();
@@ -207,46 +281,71 @@ const std::string kFull = "<z>" + std::string((1U << 20U) - 7, ' ') + "</z>";
 struct HostileRow {
     support::RowName name;
     std::string document;  ///< SECRET stands for the path of a file outside
+    std::string reason;    ///< as it is logged
 };
+
+const std::string kTooMuch = "its entities and defaults expand to too much";
+const std::string kNoToken = "not well-formed (invalid token)";
+const std::string kNoDocument = "no element found";
 
 const support::Rows<HostileRow> hostileRows(
     "Configuration/Hostile",
     {
-        {"external subset", "<!DOCTYPE z SYSTEM SECRET><z/>"},
-        {"public external subset", "<!DOCTYPE z PUBLIC 'p' SECRET><z/>"},
-        {"external entity", typed("<!ENTITY e SYSTEM SECRET>", "<z><Script>&e;</Script></z>")},
-        {"external entity, unused", typed("<!ENTITY e SYSTEM SECRET>", "<z/>")},
-        {"external parameter entity", typed("<!ENTITY % e SYSTEM SECRET> %e;", "<z/>")},
-        {"unparsed entity", typed("<!NOTATION n SYSTEM 'n'><!ENTITY e SYSTEM SECRET NDATA n>", "<z/>")},
-        {"billion laughs", typed(laughs("", "&", "ha"), "<z><Script>&a12;</Script></z>")},
-        {"billion silences", typed(laughs("", "&", ""), "<z>&a12;</z>")},
-        {"billion elements", typed(laughs("", "&", "<b/>"), "<z>&a12;</z>")},
-        {"billion laughs in an attribute", typed(laughs("", "&", "ha"), "<z t='&a12;'/>")},
-        {"billion laughs by default", typed(laughs("", "&", "ha") + "<!ATTLIST z t CDATA '&a12;'>", "<z/>")},
-        {"billion declarations", typed(laughs("% ", "&#37;", "<!ENTITY x 'y'>") + "%a12;", "<z/>")},
+        {"external subset", "<!DOCTYPE z SYSTEM SECRET><z/>",
+         "the document type names the external subset SECRET"},
+        {"public external subset", "<!DOCTYPE z PUBLIC 'p' SECRET><z/>",
+         "the document type names the external subset SECRET"},
+        {"external entity", typed("<!ENTITY e SYSTEM SECRET>", "<z><Script>&e;</Script></z>"),
+         "the entity 'e' names SECRET, which is outside"},
+        {"external entity, unused", typed("<!ENTITY e SYSTEM SECRET>", "<z/>"),
+         "the entity 'e' names SECRET, which is outside"},
+        {"external parameter entity", typed("<!ENTITY % e SYSTEM SECRET> %e;", "<z/>"),
+         "the entity 'e' names SECRET, which is outside"},
+        {"unparsed entity", typed("<!NOTATION n SYSTEM 'n'><!ENTITY e SYSTEM SECRET NDATA n>", "<z/>"),
+         "the entity 'e' names SECRET, which is outside"},
+        {"billion laughs", typed(laughs("", "&", "ha"), "<z><Script>&a12;</Script></z>"), kTooMuch},
+        {"billion silences", typed(laughs("", "&", ""), "<z>&a12;</z>"), kTooMuch},
+        {"billion elements", typed(laughs("", "&", "<b/>"), "<z>&a12;</z>"),
+         "there are more than 32768 elements"},
+        {"billion laughs in an attribute", typed(laughs("", "&", "ha"), "<z t='&a12;'/>"), kTooMuch},
+        {"billion laughs by default", typed(laughs("", "&", "ha") + "<!ATTLIST z t CDATA '&a12;'>", "<z/>"),
+         kTooMuch},
+        {"billion declarations", typed(laughs("% ", "&#37;", "<!ENTITY x 'y'>") + "%a12;", "<z/>"), kTooMuch},
         {"quadratic",
-         typed("<!ENTITY e '" + std::string(100000, 'x') + "'>", "<z>" + repeated("&e;", 10000) + "</z>")},
-        {"quadratic by default", typed("<!ATTLIST b t CDATA '" + std::string(100000, 'x') + "'>",
-                                       "<z>" + repeated("<b/>", 10000) + "</z>")},
-        {"entity within itself", typed("<!ENTITY e '&f;'><!ENTITY f '&e;'>", "<z>&e;</z>")},
-        {"257 deep", "<a>" + kNested + "</a>"},
-        {"257 deep, empty element", repeated("<a>", 256) + "<b/>" + repeated("</a>", 256)},
-        {"above 1 MiB", kFull + " "},
-        {"NUL", "<z><Script>s" + std::string(1, '\0') + "</Script></z>"},
-        {"reference to NUL", "<z>&#0;</z>"},
-        {"no such encoding", "<?xml version='1.0' encoding='no-such'?><z/>"},
-        {"no UTF-8", "<z>\xc3(</z>"},
-        {"nothing", ""},
-        {"blanks", " \n"},
-        {"no XML", "FileSize=1"},
-        {"two roots", "<z/><z/>"},
-        {"undefined entity", "<z>&e;</z>"},
-        {"NUL behind the root", "<z/>" + std::string(1, '\0')},
-        {"a second document behind a NUL", "<z/>\n" + std::string(1, '\0') + "<z/>"},
-        {"character cut off behind the root", "<z/>\n\xe2\x82"},
+         typed("<!ENTITY e '" + std::string(100000, 'x') + "'>", "<z>" + repeated("&e;", 10000) + "</z>"),
+         kTooMuch},
+        {"quadratic by default",
+         typed("<!ATTLIST b t CDATA '" + std::string(100000, 'x') + "'>",
+               "<z>" + repeated("<b/>", 10000) + "</z>"),
+         kTooMuch},
+        {"entity within itself", typed("<!ENTITY e '&f;'><!ENTITY f '&e;'>", "<z>&e;</z>"),
+         "recursive entity reference"},
+        {"many attributes", "<z" + many(40000, " a", "=''") + "/>", "there are more than 32768 attributes"},
+        {"many declared attributes", typed("<!ATTLIST z" + many(5000, " a", " CDATA ''") + ">", "<z/>"),
+         "there are more than 4096 declared attributes"},
+        {"many entities", typed(many(300, "<!ENTITY a", " ''>"), "<z/>"), "there are more than 256 entities"},
+        {"257 deep", "<a>" + kNested + "</a>", "elements are nested deeper than 256"},
+        {"257 deep, empty element", repeated("<a>", 256) + "<b/>" + repeated("</a>", 256),
+         "elements are nested deeper than 256"},
+        {"above 1 MiB", kFull + " ", "the file is larger than 1048576 bytes"},
+        {"NUL", "<z><Script>s" + std::string(1, '\0') + "</Script></z>", kNoToken},
+        {"reference to NUL", "<z>&#0;</z>", "reference to invalid character number"},
+        {"no UTF-8", "<z>\xc3(</z>", "no character of the encoding UTF-8"},
+        {"another encoding than declared", utf16("<?xml version='1.0' encoding='UTF-8'?><z/>"),
+         "the encoding 'UTF-8' is declared, and this is UTF-16"},
+        {"nothing", "", kNoDocument},
+        {"blanks", " \n", kNoDocument},
+        {"no XML", "FileSize=1", kNoToken},
+        {"an end for another", "<z>\n <b></z>\n", "mismatched tag, line 2, column 7"},
+        {"two roots", "<z/><z/>", "junk after document element"},
+        {"undefined entity", "<z>&e;</z>", "undefined entity"},
+        {"NUL behind the root", "<z/>" + std::string(1, '\0'), kNoToken},
+        {"a second document behind a NUL", "<z/>\n" + std::string(1, '\0') + "<z/>", kNoToken},
+        {"character cut off behind the root", "<z/>\n\xe2\x82", "no character of the encoding UTF-8"},
         {"character cut off behind the root, of a code page",
-         "<?xml version='1.0' encoding='Shift_JIS'?><z/>\x83"},
-        {"half a character behind the root", "\xff\xfe<" + std::string("\0z\0/\0>\0x", 8)},
+         "<?xml version='1.0' encoding='Shift_JIS'?><z/>\x83", "no character of the encoding 'Shift_JIS'"},
+        {"half a character behind the root", "\xff\xfe<" + std::string("\0z\0/\0>\0x", 8),
+         "half a character"},
     },
     [](const HostileRow& row) {
         Configuration configuration;
@@ -258,6 +357,9 @@ const support::Rows<HostileRow> hostileRows(
         EXPECT_EQ(
             configuration.load(std::regex_replace(row.document, std::regex("SECRET"), "'" + secret + "'")),
             kRefused);
+        const std::string reason = std::regex_replace(row.reason, std::regex("SECRET"), "'" + secret + "'");
+        const std::string logged = configuration.lines_.take();
+        EXPECT_TRUE(logged.starts_with("250  Error Parsing File: " + reason)) << logged;
         EXPECT_EQ(changes(*XMLConfigData::instance()), "");
         EXPECT_EQ(configuration.load("<z><Script>good</Script></z>"), "script=good");
         EXPECT_EQ(events(), -1) << "the file outside the document was opened";
@@ -313,6 +415,7 @@ TEST_F(ConfigurationTest, FailedLoadsLeaveNothingBehind) {
     const auto heapAfter = [&](int loads) {
         while (loads-- > 0) {
             load(typed(laughs("", "&", "ha"), "<z><Script>&a12;</Script></z>"));
+            lines_.take();
         }
         XMLConfigData::destroyInstance();
         const auto usage = ::mallinfo2();

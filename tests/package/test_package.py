@@ -58,7 +58,8 @@ class Packages(unittest.TestCase):
         version = re.search(r"_(.*)_", self.packages["krx-agent-sim"].name).group(1)
         for name in ("krx-agent-sim", "libzephan-rsm-logger-dev"):
             self.assertIn(f"libzephan-rsm-logger1 (= {version})", depends[name])
-        self.assertIn("libxerces-c3.2", depends["libzephan-rsm-logger1"])
+        libraries = {word.split()[0] for word in depends["libzephan-rsm-logger1"].split(", ")}
+        self.assertEqual(libraries, {"libc6", "libexpat1", "libgcc-s1", "libstdc++6"})
         for name in depends:
             self.assertIn("no licence chosen yet", (self.root / "usr/share/doc" / name / "copyright").read_text())
 

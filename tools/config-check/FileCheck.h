@@ -2,8 +2,6 @@
 #pragma once
 
 #include "Finding.h"
-#include "KnownElements.h"
-#include "SourceText.h"
 
 #include <optional>
 #include <string>
@@ -28,14 +26,13 @@ struct Result {
     std::string file;
     std::string unreadable;  ///< why the file could not be read; empty when it was
     bool accepted = false;   ///< by the module
-    SourceText source{""};
+    std::string text;        ///< of the file, in UTF-8
     Findings findings;
     std::vector<SettingInForce> settings;  ///< none when the module refuses the file
 };
 
-/// Checks one file. The XML toolkit must be running. `schedule` is the path that the host gives to the
+/// Checks one file. `schedule` is the path that the host gives to the
 /// data-source start-up, when it is to be looked at.
-Result checkFile(const std::string& file, const std::optional<std::string>& schedule,
-                 const KnownElements& known);
+Result checkFile(const std::string& file, const std::optional<std::string>& schedule);
 
 }  // namespace check

@@ -1,6 +1,8 @@
 // What the checker has to say about a file.
 #pragma once
 
+#include "config/Document.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -9,14 +11,9 @@
 
 namespace check {
 
-/// A place in a file: lines and characters are counted from 1; line 0 is no place, as for the command line.
-struct Position {
-    std::uint32_t line = 0;
-    std::uint32_t column = 0;
-
-    friend bool operator==(const Position&, const Position&) = default;
-    friend auto operator<=>(const Position&, const Position&) = default;
-};
+/// Line 0 is no place, as for the command line.
+using Position = config::Place;
+constexpr Position kStart{1, 1, 0};
 
 enum class Severity : std::uint8_t {
     error,   ///< what is written is not what is in force, or cannot work

@@ -9,29 +9,17 @@ namespace check {
 namespace {
 
 constexpr std::size_t kLongestShown = 60;
-constexpr std::array<Level, 7> kLevels{{
-    {"trace", level::kTrace, "every message"},
-    {"info", level::kInfo, "every message but those of level trace"},
-    {"warn", level::kWarn, "messages of the levels warn, error and force, and no audit message"},
-    {"error", level::kError, "messages of the levels error and force, and no audit message"},
-    {"force", level::kForce, "messages of level force only"},
-    {"audit", level::kAudit, "nothing at all"},
-    {"", 80, "messages of level force only"},
-}};
 
 }  // namespace
 
-Position Inspection::tagOf(const Element& element) const {
-    return findings.full() ? element.end : source.startOfTag(element.end);
-}
-
-Position Inspection::textPositionOf(const Element& element) const {
-    return findings.full() ? element.end : source.afterBlanks(element.end);
+Position Inspection::afterBlanks(const Element& element, std::size_t byte) const {
+    const std::size_t found = document.text.find_first_not_of(" \t\r\n", byte);
+    return document.placeOf(found == std::string::npos ? byte : found, element.place);
 }
 
 Position Inspection::tagOf(Setting setting, Position otherwise) const {
     const Element* const element = selection[setting];
-    return element == nullptr ? otherwise : tagOf(*element);
+    return element == nullptr ? otherwise : element->place;
 }
 
 std::string shown(std::string_view text) {
@@ -64,17 +52,32 @@ std::string shown(std::string_view text) {
     return out + "'";
 }
 
-const Level* levelNamed(std::string_view name) {
-    const auto* const found = std::find_if(kLevels.begin(), kLevels.end(), [&](const Level& level) {
-        return !name.empty() && name == level.name;
-    });
-    return found == kLevels.end() ? nullptr : found;
+std::string_view nameOfLevel(std::int32_t number) {
+    const auto levels = config::levels();
+    const auto found = std::find_if(levels.begin(), levels.end(),
+                                    [&](const config::NamedLevel& one) { return one.number == number; });
+    return found == levels.end() ? "" : found->name;
 }
 
-const Level* levelNumbered(std::int32_t number) {
-    const auto* const found = std::find_if(kLevels.begin(), kLevels.end(),
-                                           [&](const Level& level) { return level.number == number; });
-    return found == kLevels.end() ? nullptr : found;
+bool isLevel(std::string_view name) {
+    return nameOfLevel(config::levelNamed(name)) == name;
+}
+
+const char* writtenAtLevel(std::int32_t number) {
+    switch (number) {
+        case level::kTrace:
+            return "every message";
+        case level::kInfo:
+            return "every message but those of level trace";
+        case level::kWarn:
+            return "messages of the levels warn, error and force, and no audit message";
+        case level::kError:
+            return "messages of the levels error and force, and no audit message";
+        case level::kAudit:
+            return "nothing at all";
+        default:
+            return "messages of level force only";
+    }
 }
 
 }  // namespace check

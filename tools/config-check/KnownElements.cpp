@@ -10,49 +10,69 @@ namespace {
 constexpr std::size_t kLongestName = 40;  // beyond, a name is no slip of one of ours
 constexpr std::size_t kShortestPart = 5;
 
-std::string lowered(std::string text) {
+std::string lowered(std::string_view given) {
+    std::string text(given);
     std::transform(text.begin(), text.end(), text.begin(),
                    [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
     return text;
 }
 
-}  // namespace
-
-const std::vector<KnownElement>& KnownElements::all() {
-    using enum KnownElement::Holds;
-    static const std::vector<KnownElement> known{
-        {TagNames::FileLogging, elements, {}},
-        {TagNames::LogFilePath, text, {TagNames::FileLogging}},
-        {TagNames::FileSize, text, {TagNames::FileLogging}},
-        {TagNames::LogRevisionDays, text, {TagNames::FileLogging}},
-        {TagNames::LogLevel, text, {TagNames::FileLogging}},
-        {TagNames::FileLogger, flag, {TagNames::FileLogging}},
-        {TagNames::TunnelMessags, elements, {}, false, true},
-        {TagNames::FileMessages, elements, {}},
-        {TagNames::OpenMessage, elements, {TagNames::TunnelMessags, TagNames::FileMessages}},
-        {TagNames::CloseMessage, elements, {TagNames::TunnelMessags, TagNames::FileMessages}},
-        {TagNames::Message, text, {TagNames::OpenMessage, TagNames::CloseMessage}, true},
-        {TagNames::AbortMessage, text, {TagNames::TunnelMessags}},
-        {TagNames::ListnerSet, elements, {}, false, true},
-        {TagNames::RDListner, flag, {TagNames::ListnerSet}, false, true},
-        {TagNames::TunnelListner, flag, {TagNames::ListnerSet}, false, true},
-        {TagNames::FileListner, flag, {TagNames::ListnerSet}, false, true},
-        {TagNames::Script, text, {}},
-        {TagNames::RSMResumeStatusFile, text, {}},
+/// From the module's own table of settings, in its order.
+std::vector<KnownElement> tabled() {
+    using Holds = KnownElement::Holds;
+    std::vector<KnownElement> known;
+    const auto add = [&](Tag tag, Holds holds, std::optional<Tag> parent, bool direct = false) {
+        auto found =
+            std::find_if(known.begin(), known.end(), [&](const KnownElement& one) { return one.tag == tag; });
+        if (found == known.end()) {
+            found = known.insert(found, {tag,
+                                         holds,
+                                         {},
+                                         direct,
+                                         kTags[tag].find("Listner") != std::string_view::npos ||
+                                             tag == TagNames::TunnelMessags || tag == TagNames::ListnerSet});
+        }
+        if (parent &&
+            std::find(found->parents.begin(), found->parents.end(), *parent) == found->parents.end()) {
+            found->parents.push_back(*parent);
+        }
     };
+    for (const config::SettingRow& row : config::settingRows()) {
+        if (row.section) {
+            add(*row.section, Holds::elements, std::nullopt);
+        }
+        const bool isFlag = row.kind == config::Kind::on || row.kind == config::Kind::flag;
+        const bool isList = row.kind == config::Kind::messages;
+        add(row.tag, isList ? Holds::elements : isFlag ? Holds::flag : Holds::text, row.section);
+        if (isList) {
+            add(TagNames::Message, Holds::text, row.tag, true);
+        }
+    }
     return known;
 }
 
-const KnownElement& KnownElements::of(Tag tag) {
-    return *std::find_if(all().begin(), all().end(), [&](const KnownElement& one) { return one.tag == tag; });
+}  // namespace
+
+const std::vector<KnownElement>& knownElements() {
+    static const std::vector<KnownElement> known = tabled();
+    return known;
 }
 
-std::optional<Tag> KnownElements::find(const std::string& name) const {
-    const auto found = std::find(names_.begin(), names_.end(), name);
-    return found == names_.end() ? std::nullopt : std::optional(static_cast<Tag>(found - names_.begin()));
+const KnownElement& knownElement(Tag tag) {
+    return *std::find_if(knownElements().begin(), knownElements().end(),
+                         [&](const KnownElement& one) { return one.tag == tag; });
 }
 
-std::optional<Tag> KnownElements::meantBy(const std::string& name, std::optional<Tag> section) const {
+std::optional<Tag> findTag(std::string_view name) {
+    for (const KnownElement& one : knownElements()) {
+        if (kTags[one.tag] == name) {
+            return one.tag;
+        }
+    }
+    return std::nullopt;
+}
+
+std::optional<Tag> meantBy(const std::string& name, std::optional<Tag> section) {
     const std::string plain = name.substr(name.rfind(':') + 1);
     if (plain.size() > kLongestName) {
         return std::nullopt;
@@ -60,8 +80,8 @@ std::optional<Tag> KnownElements::meantBy(const std::string& name, std::optional
     std::optional<Tag> best;
     // A third of the letters may differ: "LogPath" is no slip of "LogLevel".
     std::size_t least = std::max<std::size_t>(plain.size() / 3, 1) + 1;
-    for (const KnownElement& one : all()) {
-        if (const std::size_t found = difference(plain, names_[one.tag]); found < least) {
+    for (const KnownElement& one : knownElements()) {
+        if (const std::size_t found = difference(plain, kTags[one.tag]); found < least) {
             least = found;
             best = one.tag;
         }
@@ -71,11 +91,11 @@ std::optional<Tag> KnownElements::meantBy(const std::string& name, std::optional
     }
     // "MaxFileSize", "LogFile": a part of a name that would be read here.
     const std::string part = lowered(plain);
-    for (const KnownElement& one : all()) {
+    for (const KnownElement& one : knownElements()) {
         const bool here =
             section ? std::find(one.parents.begin(), one.parents.end(), *section) != one.parents.end()
                     : one.parents.empty();
-        const std::string whole = lowered(names_[one.tag]);
+        const std::string whole = lowered(kTags[one.tag]);
         if (here && (whole.find(part) != std::string::npos || part.find(whole) != std::string::npos)) {
             return one.tag;
         }
@@ -83,19 +103,19 @@ std::optional<Tag> KnownElements::meantBy(const std::string& name, std::optional
     return std::nullopt;
 }
 
-std::string KnownElements::placeOf(Tag tag) const {
-    const KnownElement& element = of(tag);
+std::string placeOf(Tag tag) {
+    const KnownElement& element = knownElement(tag);
     if (element.parents.empty()) {
         return "directly in the root element";
     }
     std::string place = element.direct ? "directly in " : "in ";
     for (const Tag parent : element.parents) {
-        place += (parent == element.parents.front() ? "'" : " or '") + names_[parent] + "'";
+        place.append(parent == element.parents.front() ? "'" : " or '").append(kTags[parent]).append("'");
     }
     return place;
 }
 
-std::size_t difference(const std::string& one, const std::string& other) {
+std::size_t difference(std::string_view one, std::string_view other) {
     const std::string a = lowered(one);
     const std::string b = lowered(other);
     std::vector<std::size_t> before;

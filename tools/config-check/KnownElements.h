@@ -1,13 +1,17 @@
 // The elements that the module knows, and where it reads each of them.
 #pragma once
 
-#include "ModuleConfiguration.h"
+#include "config/Settings.h"
 
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace check {
+
+using Tag = TagNames::Tag;
+inline constexpr TagNames kTags;
 
 struct KnownElement {
     enum class Holds : std::uint8_t { elements, text, flag };
@@ -19,26 +23,16 @@ struct KnownElement {
     bool oddlySpelled = false;  ///< the name looks like a slip and is none
 };
 
-class KnownElements final {
-  public:
-    /// Takes the names from the module; the XML toolkit must be running.
-    KnownElements() : names_(elementNames()) {}
+const std::vector<KnownElement>& knownElements();
+const KnownElement& knownElement(Tag tag);
 
-    static const std::vector<KnownElement>& all();
-    static const KnownElement& of(Tag tag);
-
-    const std::string& name(Tag tag) const { return names_[tag]; }
-    std::optional<Tag> find(const std::string& name) const;
-    /// The element that was meant by a name that none has, inside `section` or, without one, in the root.
-    std::optional<Tag> meantBy(const std::string& name, std::optional<Tag> section) const;
-    /// Where an element is read, as in "'Message' is read directly in ...".
-    std::string placeOf(Tag tag) const;
-
-  private:
-    std::array<std::string, kTagCount> names_;
-};
+std::optional<Tag> findTag(std::string_view name);
+/// The element that was meant by a name that none has, inside `section` or, without one, in the root.
+std::optional<Tag> meantBy(const std::string& name, std::optional<Tag> section);
+/// Where an element is read, as in "'Message' is read directly in ...".
+std::string placeOf(Tag tag);
 
 /// Letters changed, left out, added or swapped between two texts, letter case aside.
-std::size_t difference(const std::string& one, const std::string& other);
+std::size_t difference(std::string_view one, std::string_view other);
 
 }  // namespace check

@@ -5,7 +5,7 @@
 namespace check {
 namespace {
 
-using Texts = std::vector<std::string>;
+using Texts = std::span<const std::string>;
 
 /// A kind of activity that is followed: its texts, and where they stand.
 struct Activity {
@@ -13,13 +13,13 @@ struct Activity {
     const char* section;
     Setting openSetting;
     Setting closeSetting;
-    const Texts& open;
-    const Texts& close;
+    Texts open;
+    Texts close;
     bool otherEnd;  ///< something else ends it, too
 };
 
 void checkEnds(const Inspection& in, const Activity& activity) {
-    const Position root = in.tagOf(in.root());
+    const Position root = in.root().place;
     if (!activity.open.empty() && activity.close.empty() && !activity.otherEnd) {
         in.warning(in.tagOf(activity.openSetting, root), "never-ends",
                    std::string("texts open a ") + activity.name + " and none closes it ('CloseMessage' in '" +
@@ -46,7 +46,7 @@ void checkOverlap(const Inspection& in, const Activity& activity) {
                 continue;
             }
             const Setting setting = closeInOpen ? activity.closeSetting : activity.openSetting;
-            in.error(in.tagOf(setting, in.tagOf(in.root())), "overlap",
+            in.error(in.tagOf(setting, in.root().place), "overlap",
                      closeInOpen
                          ? "the text " + shown(close) + " closes a " + activity.name + ", and is part of " +
                                shown(open) + ", which opens one: such a message opens and closes at once"
@@ -65,7 +65,7 @@ void checkFileListener(const Inspection& in, Position listeners) {
     }
     if (!in.settings.fileListner) {
         if (logging != nullptr) {
-            in.warning(in.tagOf(*logging), "no-effect",
+            in.warning(logging->place, "no-effect",
                        "'FileLogging' has no effect and no log file is written: 'FileListner' is not on");
         }
         return;
@@ -75,9 +75,9 @@ void checkFileListener(const Inspection& in, Position listeners) {
                    "'FileListner' is on, and there is no 'FileLogging': the log is " +
                        shown(in.settings.logFilePath) + " and holds messages of level force only");
     } else if (in.selection[Setting::LogLevel] == nullptr) {
-        in.warning(in.tagOf(*logging), "no-level",
+        in.warning(logging->place, "no-level",
                    "without a 'LogLevel' the log file holds messages of level force only");
-    } else if (in.settings.logLevel == levelNamed("audit")->number) {
+    } else if (in.settings.logLevel == config::levelNamed("audit")) {
         in.warning(
             in.textPositionOf(*in.selection[Setting::LogLevel]), "writes-nothing",
             "at level 'audit' nothing is written to the log file, not even audit messages; 'info' holds them");
@@ -91,13 +91,13 @@ struct ListenerPlace {
 };
 
 ListenerPlace findListeners(const Inspection& in) {
-    ListenerPlace place{in.tagOf(in.root())};
+    ListenerPlace place{in.root().place};
     for (const Element* child = in.root().firstChild; child != nullptr; child = child->next) {
-        if (child->name == in.name(TagNames::ListnerSet)) {
-            place = {in.tagOf(*child), true};
-        } else if (!place.isListnerSet && !in.findings.full() && !in.known.find(child->name) &&
-                   in.known.meantBy(child->name, std::nullopt) == TagNames::ListnerSet) {
-            place.position = in.tagOf(*child);
+        if (child->name == kTags[TagNames::ListnerSet]) {
+            place = {child->place, true};
+        } else if (!place.isListnerSet && !in.findings.full() && !findTag(child->name) &&
+                   meantBy(child->name, std::nullopt) == TagNames::ListnerSet) {
+            place.position = child->place;
         }
     }
     return place;
@@ -106,7 +106,7 @@ ListenerPlace findListeners(const Inspection& in) {
 }  // namespace
 
 void checkListeners(const Inspection& in) {
-    const ModuleSettings& settings = in.settings;
+    const config::Settings& settings = in.settings;
     const auto [listeners, isListnerSet] = findListeners(in);
     if (!in.detects() && !settings.fileListner) {
         in.error(
@@ -118,11 +118,12 @@ void checkListeners(const Inspection& in) {
     checkFileListener(in, listeners);
 
     const Activity activities[] = {
-        {"tunnel", "TunnelMessags", Setting::TunnelOpen, Setting::TunnelClose, settings.tunnelOpenMessages,
-         settings.tunnelCloseMessages, !settings.abortMessage.empty()},
-        {"file transfer", "FileMessages", Setting::FileOpen, Setting::FileClose, settings.fileOpenMessages,
-         settings.fileCloseMessages, false}};
-    const bool texts = !settings.tunnelOpenMessages.empty() || !settings.fileOpenMessages.empty();
+        {"tunnel", "TunnelMessags", Setting::TunnelOpen, Setting::TunnelClose,
+         config::textsOf(settings.tunnelOpenMessages), config::textsOf(settings.tunnelCloseMessages),
+         !settings.abortMessage.empty()},
+        {"file transfer", "FileMessages", Setting::FileOpen, Setting::FileClose,
+         config::textsOf(settings.fileOpenMessages), config::textsOf(settings.fileCloseMessages), false}};
+    const bool texts = !activities[0].open.empty() || !activities[1].open.empty();
     if (!in.detects()) {
         if (texts) {
             const Position first = in.tagOf(Setting::TunnelOpen, in.tagOf(Setting::FileOpen, listeners));

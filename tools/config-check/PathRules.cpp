@@ -158,7 +158,7 @@ bool isOnePath(const std::string& path) {
 }  // namespace
 
 void checkPaths(const Inspection& in) {
-    const Position root = in.tagOf(in.root());
+    const Position root = in.root().place;
     std::vector<Target> targets;
     const auto add = [&](const char* what, const std::string& path, Setting setting) {
         const Element* const element = in.selection[setting];

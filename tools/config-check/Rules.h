@@ -1,12 +1,9 @@
 // The rules that a configuration is held against, a family a file.
 #pragma once
 
-#include "Document.h"
 #include "Finding.h"
 #include "KnownElements.h"
-#include "ModuleConfiguration.h"
 #include "Selection.h"
-#include "SourceText.h"
 
 #include <optional>
 #include <string>
@@ -14,21 +11,22 @@
 
 namespace check {
 
+using config::Element;
+using config::Setting;
+
 /// A configuration that the module accepts, under the rules.
 struct Inspection {
     const std::string& file;
-    const SourceText& source;
-    const Document& document;
-    const KnownElements& known;
+    const config::Document& document;
     const Selection& selection;
-    const ModuleSettings& settings;
+    const config::Settings& settings;
     const std::optional<std::string>& schedule;  ///< path of the schedule file, when it was told
     Findings& findings;
 
-    const std::string& name(Tag tag) const { return known.name(tag); }
     const Element& root() const { return document.elements.front(); }
-    Position tagOf(const Element& element) const;
-    Position textPositionOf(const Element& element) const;
+    /// The first place from a byte of an element on that is neither a blank nor a line break.
+    Position afterBlanks(const Element& element, std::size_t byte) const;
+    Position textPositionOf(const Element& element) const { return afterBlanks(element, element.end); }
     /// The place of a setting's element; without one, that of `otherwise`.
     Position tagOf(Setting setting, Position otherwise) const;
     bool detects() const { return settings.rdListner || settings.tunnelListner; }
@@ -41,6 +39,9 @@ struct Inspection {
     }
 };
 
+/// What is to be said of a document that the module refuses.
+Finding refusal(const config::Document& document);
+
 void checkStructure(const Inspection& inspection);  ///< names, places, repetitions, attributes
 void checkTexts(const Inspection& inspection);      ///< what the module takes for each text
 void checkListeners(const Inspection& inspection);  ///< listeners with what they need, and the reverse
@@ -50,14 +51,10 @@ void checkScript(const Inspection& inspection);     ///< the modality script
 /// A text for a message: in quotes, control characters escaped, a long one cut.
 std::string shown(std::string_view text);
 
-/// A level of the log: its name, its number, and what is then written.
-struct Level {
-    const char* name;
-    std::int32_t number;
-    const char* written;
-};
-/// The level of that name or number; the module's default, which has no name, by its number.
-const Level* levelNamed(std::string_view name);
-const Level* levelNumbered(std::int32_t number);
+/// The name of a level of the log, empty for the default, and what is then written.
+std::string_view nameOfLevel(std::int32_t number);
+const char* writtenAtLevel(std::int32_t number);
+/// True when it is the name of a level.
+bool isLevel(std::string_view name);
 
 }  // namespace check

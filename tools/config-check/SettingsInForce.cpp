@@ -1,114 +1,68 @@
 #include "SettingsInForce.h"
 
 #include "Paths.h"
+#include "platform/Number.h"
 
 namespace check {
 namespace {
 
-std::string onOff(bool on) {
-    return on ? "on" : "off";
-}
-
-std::string pathMeaning(const std::string& path) {
-    return !path.empty() && isRelative(path) ? "from here " + fromHere(path).string() : "";
-}
-
-std::string levelMeaning(std::int32_t number) {
-    const Level* const level = levelNumbered(number);
-    return level == nullptr ? "" : level->written;
-}
-
-std::string levelValue(std::int32_t number) {
-    const Level* const level = levelNumbered(number);
-    return level == nullptr || *level->name == '\0' ? std::to_string(number) : level->name;
-}
-
-std::string numberMeaning(const std::string& text, const char* unit) {
-    const std::string number = std::to_string(moduleNumber(text));
-    return text == number ? unit : "read as " + number + " " + unit;
-}
-
-std::optional<Position> originOf(const Inspection& in, const Element* element) {
-    return element == nullptr ? std::nullopt : std::optional(in.source.startOfTag(element->end));
-}
-
-std::vector<Value> listOf(const Inspection& in, const Element* list, const std::vector<std::string>& texts) {
-    std::vector<Value> values;
-    std::size_t next = 0;
-    for (const Element* const message :
-         list == nullptr ? std::vector<const Element*>() : messagesOf(*list, in.known)) {
-        if (next < texts.size() && !textOf(*message).empty()) {
-            values.push_back({texts[next++], originOf(in, message)});
-        }
+std::string meaningOf(const Inspection& in, const config::SettingRow& row, const std::string& value) {
+    const auto number = [&](const char* unit) {
+        const std::string read = std::to_string(platform::readNumber(value));
+        return value == read ? unit : "read as " + read + " " + unit;
+    };
+    switch (row.setting) {
+        case Setting::FileSize:
+            return number("bytes");
+        case Setting::LogRevisionDays:
+            return number("days");
+        case Setting::LogLevel:
+            return writtenAtLevel(in.settings.logLevel);
+        case Setting::LogFilePath:
+        case Setting::ResumeStatusFile:
+            if (value.empty()) {
+                return row.setting == Setting::ResumeStatusFile
+                           ? "RSM does not survive a restart of the agent"
+                           : "";
+            }
+            return isRelative(value) ? "from here " + fromHere(value).string() : "";
+        default:
+            return {};
     }
-    return values;
 }
+
+/// A value that is no list, as a text.
+struct AsText {
+    const config::Settings& settings;
+
+    std::string operator()(std::string config::Settings::*text) const { return settings.*text; }
+    std::string operator()(bool config::Settings::*flag) const { return settings.*flag ? "on" : "off"; }
+    std::string operator()(std::int32_t config::Settings::*number) const {
+        const std::string_view name = nameOfLevel(settings.*number);
+        return name.empty() ? std::to_string(settings.*number) : std::string(name);
+    }
+    std::string operator()(config::MessageList config::Settings::*) const { return {}; }
+};
 
 }  // namespace
 
 std::vector<SettingInForce> settingsInForce(const Inspection& in) {
-    const ModuleSettings& settings = in.settings;
     std::vector<SettingInForce> all;
-    for (const SettingPlace& place : settingPlaces()) {
+    for (const config::SettingRow& row : config::settingRows()) {
         SettingInForce one;
-        one.name = (place.section ? in.name(*place.section) + "/" : "") + in.name(place.element);
-        const Element* const element = in.selection[place.setting];
-        const auto single = [&](std::string value, std::string meaning = {}) {
-            one.values.push_back({std::move(value), originOf(in, element)});
-            one.meaning = std::move(meaning);
-        };
-        const auto list = [&](const std::vector<std::string>& values) {
-            one.values = listOf(in, element, values);
-            one.list = true;
-        };
-        switch (place.setting) {
-            case Setting::LogFilePath:
-                single(settings.logFilePath, pathMeaning(settings.logFilePath));
-                break;
-            case Setting::FileSize:
-                single(settings.fileSize, numberMeaning(settings.fileSize, "bytes"));
-                break;
-            case Setting::LogRevisionDays:
-                single(settings.logRevisionDays, numberMeaning(settings.logRevisionDays, "days"));
-                break;
-            case Setting::LogLevel:
-                single(levelValue(settings.logLevel), levelMeaning(settings.logLevel));
-                break;
-            case Setting::FileLogger:
-                single(onOff(settings.fileLogger));
-                break;
-            case Setting::TunnelOpen:
-                list(settings.tunnelOpenMessages);
-                break;
-            case Setting::TunnelClose:
-                list(settings.tunnelCloseMessages);
-                break;
-            case Setting::Abort:
-                single(settings.abortMessage);
-                break;
-            case Setting::FileOpen:
-                list(settings.fileOpenMessages);
-                break;
-            case Setting::FileClose:
-                list(settings.fileCloseMessages);
-                break;
-            case Setting::RDListner:
-                single(onOff(settings.rdListner));
-                break;
-            case Setting::TunnelListner:
-                single(onOff(settings.tunnelListner));
-                break;
-            case Setting::FileListner:
-                single(onOff(settings.fileListner));
-                break;
-            case Setting::Script:
-                single(settings.script);
-                break;
-            case Setting::ResumeStatusFile:
-                single(settings.resumeStatusFile, settings.resumeStatusFile.empty()
-                                                      ? "RSM does not survive a restart of the agent"
-                                                      : pathMeaning(settings.resumeStatusFile));
-                break;
+        one.name = (row.section ? std::string(kTags[*row.section]) + "/" : "").append(kTags[row.tag]);
+        const Element* const origin = in.selection[row.setting];
+        one.list = row.kind == config::Kind::messages;
+        if (!one.list) {
+            const std::string value = std::visit(AsText{in.settings}, row.member);
+            one.values.push_back({value, origin == nullptr ? std::nullopt : std::optional(origin->place)});
+            one.meaning = meaningOf(in, row, value);
+        } else if (origin != nullptr) {
+            for (const Element* const message : config::messagesOf(*origin)) {
+                if (std::string text = message->trimmedText(); !text.empty()) {
+                    one.values.push_back({std::move(text), message->place});
+                }
+            }
         }
         all.push_back(std::move(one));
     }

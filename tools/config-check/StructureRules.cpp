@@ -6,10 +6,10 @@ namespace check {
 namespace {
 
 /// The innermost element around this one that has a name of the module's.
-std::optional<Tag> sectionAround(const Element& element, const Inspection& in) {
+std::optional<Tag> sectionAround(const Element& element) {
     for (const Element* around = element.parent; around != nullptr && around->parent != nullptr;
          around = around->parent) {
-        if (const std::optional<Tag> tag = in.known.find(around->name)) {
+        if (const std::optional<Tag> tag = findTag(around->name)) {
             return tag;
         }
     }
@@ -18,14 +18,14 @@ std::optional<Tag> sectionAround(const Element& element, const Inspection& in) {
 
 /// The element of the same name and section that the module takes in this one's place.
 const Element* takenInstead(const Element& element, Tag tag, const Inspection& in) {
-    if (KnownElements::of(tag).direct) {
+    if (knownElement(tag).direct) {
         return nullptr;
     }
     for (const Element* around = element.parent; around != nullptr; around = around->parent) {
         if (!in.selection.looked.contains(around)) {
             continue;
         }
-        for (const Reading& reading : in.selection.readings) {
+        for (const config::Reading& reading : in.selection.taken.readings) {
             if (reading.element->name == element.name) {
                 for (const Element* up = reading.element->parent; up != nullptr; up = up->parent) {
                     if (up == around) {
@@ -55,7 +55,7 @@ class StructureCheck final {
                 silent_.insert(&element);
             } else if (in_.selection.looked.contains(&element)) {
                 checkLookedAt(element);
-            } else if (const std::optional<Tag> tag = in_.known.find(element.name)) {
+            } else if (const std::optional<Tag> tag = findTag(element.name)) {
                 silent_.insert(&element);
                 checkNotLookedAt(element, *tag);
             } else {
@@ -68,9 +68,9 @@ class StructureCheck final {
   private:
     void checkRoot() {
         const Element& root = in_.root();
-        if (in_.known.find(root.name)) {
+        if (findTag(root.name)) {
             in_.error(
-                in_.tagOf(root), "root",
+                root.place, "root",
                 shown(root.name) +
                     " is the root element here, whose name is not read; an element of any other name belongs around it");
         }
@@ -78,16 +78,15 @@ class StructureCheck final {
     }
 
     void checkStray(const Element& element, const std::string& consequence) {
-        if (element.stray.line != 0) {
-            const Position start =
-                in_.findings.full() ? element.stray : in_.source.afterBlanks(element.stray);
+        if (element.stray != 0) {
+            const Position start = in_.afterBlanks(element, element.stray);
             in_.error(start, "stray-text", "text directly in " + shown(element.name) + ": " + consequence);
         }
     }
 
     void checkLookedAt(const Element& element) {
         const Tag tag = in_.selection.looked.at(&element);
-        if (KnownElements::of(tag).holds != KnownElement::Holds::elements) {
+        if (knownElement(tag).holds != KnownElement::Holds::elements) {
             return;
         }
         const bool list = tag == TagNames::OpenMessage || tag == TagNames::CloseMessage;
@@ -96,17 +95,17 @@ class StructureCheck final {
         if (element.parent == &in_.root()) {
             const Element*& earlier = sections_[tag];
             if (earlier != nullptr) {
-                in_.warning(in_.tagOf(element), "repeated",
+                in_.warning(element.place, "repeated",
                             "a second " + shown(element.name) + ": what both set is taken from this one")
-                    .notes.push_back({in_.tagOf(*earlier), "the first one"});
+                    .notes.push_back({earlier->place, "the first one"});
             }
             earlier = &element;
         }
     }
 
     void checkNotLookedAt(const Element& element, Tag tag) {
-        const Position position = in_.tagOf(element);
-        const std::string place = in_.known.placeOf(tag);
+        const Position position = element.place;
+        const std::string place = check::placeOf(tag);
         if (element.fromEntity) {
             in_.error(
                 position, "entity",
@@ -115,7 +114,7 @@ class StructureCheck final {
             in_.error(position, "duplicate",
                       "a second " + shown(element.name) +
                           " in the same section is not read; the first one counts")
-                .notes.push_back({in_.tagOf(*instead), "the first one"});
+                .notes.push_back({instead->place, "the first one"});
         } else {
             in_.error(position, "misplaced",
                       shown(element.name) + " is not read in " + shown(element.parent->name) +
@@ -124,26 +123,26 @@ class StructureCheck final {
     }
 
     void checkUnknown(const Element& element) {
-        const std::optional<Tag> section = sectionAround(element, in_);
-        if (const std::optional<Tag> meant = in_.known.meantBy(element.name, section)) {
+        const std::optional<Tag> section = sectionAround(element);
+        if (const std::optional<Tag> meant = meantBy(element.name, section)) {
             silent_.insert(&element);
-            in_.error(in_.tagOf(element), "unknown-element",
-                      "unknown element " + shown(element.name) + "; did you mean " + shown(in_.name(*meant)) +
-                          "?" + (KnownElements::of(*meant).oddlySpelled ? " The spelling is meant." : ""));
-        } else if (element.parent == &in_.root() || in_.known.find(element.parent->name)) {
-            in_.warning(in_.tagOf(element), "unknown-element",
+            in_.error(element.place, "unknown-element",
+                      "unknown element " + shown(element.name) + "; did you mean " + shown(kTags[*meant]) +
+                          "?" + (knownElement(*meant).oddlySpelled ? " The spelling is meant." : ""));
+        } else if (element.parent == &in_.root() || findTag(element.parent->name)) {
+            in_.warning(element.place, "unknown-element",
                         "unknown element " + shown(element.name) + ": the module does not read it");
         }
     }
 
     void checkAttributes() {
-        for (const Attribute& attribute : in_.document.attributes) {
+        for (const config::Attribute& attribute : in_.document.attributes) {
             const std::string& name = attribute.name;
             // What editors and validators go by.
             if (name.starts_with("xmlns") || name.starts_with("xsi:") || name.starts_with("xml:")) {
                 continue;
             }
-            in_.warning(in_.tagOf(*attribute.element), "attribute",
+            in_.warning(attribute.element->place, "attribute",
                         "the attribute " + shown(name) + " of " + shown(attribute.element->name) +
                             " has no effect: only element names and texts are read");
         }

@@ -1,8 +1,10 @@
 #include "Reports.h"
 #include "Rules.h"
+#include "config/Encoding.h"
 
 #include <algorithm>
 #include <string>
+#include <string_view>
 #include <utility>
 
 namespace check {
@@ -11,14 +13,50 @@ namespace {
 constexpr std::size_t kNumberWidth = 5;  // of a line's number
 constexpr std::size_t kValueWidth = 44;
 
-/// The line that a position is in, with a mark below the place.
-void printExcerpt(std::ostream& out, const SourceText& source, Position position) {
-    std::size_t mark = 0;
-    const std::vector<std::string> characters = source.excerpt(position, mark);
+constexpr std::size_t kExcerptWidth = 100;
+constexpr std::size_t kShownBehind = 20;  // of that, at least, behind the place
+
+/// The characters of UTF-8 in a text. A byte that is none counts as one of Latin 1.
+std::vector<std::string> charactersOf(std::string_view text) {
+    std::vector<std::string> characters;
+    while (!text.empty()) {
+        const std::size_t length = config::characterLength(text);
+        characters.emplace_back(text.substr(0, std::max<std::size_t>(length, 1)));
+        if (length == 0) {
+            const auto byte = static_cast<unsigned char>(text.front());
+            characters.back() = {static_cast<char>(0xC0U | byte >> 6U),
+                                 static_cast<char>(0x80U | (byte & 0x3FU))};
+        }
+        text.remove_prefix(std::max<std::size_t>(length, 1));
+    }
+    return characters;
+}
+
+/// The line that a position is in, or of a long one the part around it, with a mark below the place.
+void printExcerpt(std::ostream& out, std::string_view text, Position position) {
+    if (position.line == 0 || position.byte > text.size()) {
+        return;
+    }
+    // Four bytes a character are the most.
+    const std::size_t start = text.substr(0, position.byte).find_last_of("\r\n") + 1;
+    const std::size_t far =
+        std::max(start, position.byte - std::min<std::size_t>(position.byte, 4 * kExcerptWidth));
+    const std::size_t end =
+        std::min({text.find_first_of("\r\n", position.byte), text.size(), position.byte + 4 * kExcerptWidth});
+    std::vector<std::string> characters = charactersOf(text.substr(far, position.byte - far));
+    const std::size_t most =
+        characters.size() > kExcerptWidth - kShownBehind ? kExcerptWidth / 2 : kExcerptWidth;
+    characters.erase(characters.begin(),
+                     characters.end() - static_cast<std::ptrdiff_t>(std::min(characters.size(), most)));
+    const std::size_t mark = characters.size();
+    const std::vector<std::string> behind = charactersOf(text.substr(position.byte, end - position.byte));
+    characters.insert(
+        characters.end(), behind.begin(),
+        behind.begin() + static_cast<std::ptrdiff_t>(std::min(behind.size(), kExcerptWidth - mark)));
     std::string line;
     for (const std::string& character : characters) {
-        const std::string text = shown(character == "\t" ? " " : character);
-        line.append(text, 1, text.size() - 2);
+        const std::string visible = shown(character == "\t" ? " " : character);
+        line.append(visible, 1, visible.size() - 2);
     }
     if (line.find_first_not_of(' ') == std::string::npos) {
         return;
@@ -43,12 +81,12 @@ void printFindings(std::ostream& out, const Result& result) {
         printLine(out, result, finding.position, finding.severity == Severity::error ? "error" : "warning",
                   finding.text);
         out << " [" << finding.kind << "]\n";
-        printExcerpt(out, result.source, finding.position);
+        printExcerpt(out, result.text, finding.position);
         for (const Note& note : finding.notes) {
             printLine(out, result, note.position, "note", note.text);
             out << "\n";
             if (note.position != finding.position) {
-                printExcerpt(out, result.source, note.position);
+                printExcerpt(out, result.text, note.position);
             }
         }
     }

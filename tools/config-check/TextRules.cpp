@@ -1,4 +1,5 @@
 #include "Rules.h"
+#include "platform/Number.h"
 
 #include <algorithm>
 #include <array>
@@ -28,9 +29,9 @@ std::string readAs(Setting setting, const std::string& text) {
     switch (setting) {
         case Setting::FileSize:
         case Setting::LogRevisionDays:
-            return "it is read as " + std::to_string(moduleNumber(text));
+            return "it is read as " + std::to_string(platform::readNumber(text));
         case Setting::LogLevel:
-            return std::string("it is read as ") + shown(levelNamed(text) == nullptr ? "info" : text);
+            return std::string("it is read as ") + shown(isLevel(text) ? text : "info");
         case Setting::FileLogger:
         case Setting::RDListner:
         case Setting::TunnelListner:
@@ -44,7 +45,7 @@ std::string readAs(Setting setting, const std::string& text) {
 void checkForm(const Inspection& in, const Element& element, Setting setting) {
     using First = Element::First;
     const std::string name = shown(element.name);
-    const std::string text = textOf(element);
+    const std::string text = element.trimmedText();
     switch (element.first) {
         case First::comment:
         case First::instruction:
@@ -67,8 +68,8 @@ void checkForm(const Inspection& in, const Element& element, Setting setting) {
         case First::nothing:
             return;
     }
-    if (element.rest.line != 0) {
-        in.error(in.findings.full() ? element.rest : in.source.afterBlanks(element.rest), "cut-text",
+    if (element.rest != 0) {
+        in.error(in.afterBlanks(element, element.rest), "cut-text",
                  "what follows in " + name + " is not read: its text ends before; " + readAs(setting, text));
     }
     if (text.empty()) {
@@ -78,26 +79,26 @@ void checkForm(const Inspection& in, const Element& element, Setting setting) {
     if (begins || isLineBreak(text.back())) {
         // A number is read all the same.
         const bool harmless = setting == Setting::FileSize || setting == Setting::LogRevisionDays;
-        in.findings.add(harmless ? Severity::warning : Severity::error, in.tagOf(element), "line-break",
+        in.findings.add(harmless ? Severity::warning : Severity::error, element.place, "line-break",
                         "the text of " + name + (begins ? " begins" : " ends") +
                             " with a line break, which belongs to it; " + readAs(setting, text));
     }
 }
 
 void checkLevel(const Inspection& in, const Element& element, const std::string& text) {
-    if (levelNamed(text) != nullptr || isLineBreak(text.front()) || isLineBreak(text.back())) {
+    if (isLevel(text) || isLineBreak(text.front()) || isLineBreak(text.back())) {
         return;
     }
     const char* meant = nullptr;
     std::string lower = text;
     std::transform(lower.begin(), lower.end(), lower.begin(),
                    [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-    for (const char* const name : {"trace", "info", "warn", "error", "force", "audit"}) {
-        if (lower.starts_with(name) || (text.size() < 10 && difference(text, name) <= 1)) {
-            meant = name;
+    for (const config::NamedLevel& level : config::levels()) {
+        if (lower.starts_with(level.name) || (text.size() < 10 && difference(text, level.name) <= 1)) {
+            meant = level.name.data();
         }
     }
-    const bool sameLevel = meant != nullptr && levelNamed(meant) == levelNamed("info");
+    const bool sameLevel = meant != nullptr && config::levelNamed(meant) == config::levelNamed("info");
     in.findings.add(sameLevel ? Severity::warning : Severity::error, in.textPositionOf(element), "level",
                     shown(text) + " is no level and is read as 'info'" +
                         (sameLevel          ? ", as any other text is; write 'info'"
@@ -107,7 +108,7 @@ void checkLevel(const Inspection& in, const Element& element, const std::string&
 
 void checkNumber(const Inspection& in, const Element& element, Setting setting, const std::string& text) {
     const std::string digits = withoutBreaks(text);
-    const std::int32_t value = moduleNumber(text);
+    const std::int32_t value = platform::readNumber(text);
     const bool size = setting == Setting::FileSize;
     const char* const kind = size ? "size" : "days";
     const std::string read =
@@ -151,7 +152,7 @@ void checkFlag(const Inspection& in, const Element& element, Setting setting, co
 
 void checkEmpty(const Inspection& in, const Element& element, Setting setting) {
     const std::string name = shown(element.name);
-    const Position position = in.tagOf(element);
+    const Position position = element.place;
     if (setting == Setting::FileLogger) {
         in.warning(
             position, "empty",
@@ -169,23 +170,23 @@ bool isPlain(const Element& element) {
 }
 
 void checkList(const Inspection& in, const Element& list) {
-    const std::vector<const Element*> messages = messagesOf(list, in.known);
+    const std::vector<const Element*> messages = config::messagesOf(list);
     for (const Element* const message : messages) {
         checkForm(in, *message, Setting::TunnelOpen);
-        if (isPlain(*message) && textOf(*message).empty() && message->rest.line == 0) {
-            in.warning(in.tagOf(*message), "empty", "an empty 'Message' is left out of the list");
+        if (isPlain(*message) && message->trimmedText().empty() && message->rest == 0) {
+            in.warning(message->place, "empty", "an empty 'Message' is left out of the list");
         }
     }
     // Otherwise the text or the elements in the messages' place are reported.
-    if (messages.empty() && list.firstChild == nullptr && list.stray.line == 0) {
-        in.error(in.tagOf(list), "empty",
+    if (messages.empty() && list.firstChild == nullptr && list.stray == 0) {
+        in.error(list.place, "empty",
                  shown(list.name) + " holds no 'Message', so the module has no text to look for");
     }
 }
 
 void checkSetting(const Inspection& in, const Element& element, Setting setting) {
     checkForm(in, element, setting);
-    const std::string text = textOf(element);
+    const std::string text = element.trimmedText();
     if (!isPlain(element)) {
         return;
     }
@@ -215,19 +216,14 @@ void checkSetting(const Inspection& in, const Element& element, Setting setting)
 }  // namespace
 
 void checkTexts(const Inspection& in) {
-    for (const Reading& reading : in.selection.readings) {
+    for (const config::Reading& reading : in.selection.taken.readings) {
         if (in.findings.full()) {
             return;
         }
-        switch (reading.setting) {
-            case Setting::TunnelOpen:
-            case Setting::TunnelClose:
-            case Setting::FileOpen:
-            case Setting::FileClose:
-                checkList(in, *reading.element);
-                break;
-            default:
-                checkSetting(in, *reading.element, reading.setting);
+        if (reading.row->kind == config::Kind::messages) {
+            checkList(in, *reading.element);
+        } else {
+            checkSetting(in, *reading.element, reading.row->setting);
         }
     }
 }

@@ -7,19 +7,15 @@
 #include <exception>
 #include <iostream>
 
-#include <xercesc/util/PlatformUtils.hpp>
-
 namespace {
 
 enum ExitStatus : int { nothingFound = 0, somethingFound = 1, failed = 2 };
 
 ExitStatus run(const check::Options& options) {
-    xercesc::XMLPlatformUtils::Initialize();
-    const check::KnownElements known;
     ExitStatus status = nothingFound;
     std::vector<check::Result> results;
     for (const std::string& file : options.files) {
-        check::Result result = check::checkFile(file, options.schedule, known);
+        check::Result result = check::checkFile(file, options.schedule);
         if (!result.unreadable.empty()) {
             std::cerr << "zephan-config-check: " << file << ": " << result.unreadable << "\n";
             status = failed;

@@ -1,20 +1,16 @@
 // The texts by which audit messages show remote activity.
 #pragma once
 
+#include "config/Settings.h"
+
 #include <string>
-#include <vector>
 
 namespace sim {
 
-/// What a configuration file lists; all empty when it lists nothing or cannot be read.
+/// What a configuration file gives; the defaults when it cannot be read.
 struct AuditTexts {
     std::string source;  ///< the file they were found in; empty when there is none
-    std::vector<std::string> tunnelOpen;
-    std::vector<std::string> tunnelClose;
-    std::string abort;
-    std::vector<std::string> fileOpen;
-    std::vector<std::string> fileClose;
-    std::string resumeFile;  ///< the configured path of the resume state file
+    config::Settings settings;
 };
 
 AuditTexts readAuditTexts(const std::string& configurationFile);

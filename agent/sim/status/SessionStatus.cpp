@@ -72,7 +72,7 @@ void SessionStatus::noteCall(const Event& event, std::int64_t at) {
         agent_ = Agent::runs;
         for (const std::string_view family : {"start rsm ", "start logger "}) {
             if (verb.starts_with(family)) {
-                resumePath_ = readAuditTexts(verb.substr(family.size())).resumeFile;
+                resumePath_ = readAuditTexts(verb.substr(family.size())).settings.resumeStatusFile;
             }
         }
         constexpr std::string_view dataSource = "start data-source ";
