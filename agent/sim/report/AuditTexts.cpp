@@ -4,6 +4,8 @@
 #include "sim/FileVerbs.h"
 #include "sim/report/ScriptText.h"
 
+#include <stdexcept>
+
 namespace sim {
 
 namespace {
@@ -20,10 +22,15 @@ void appendList(std::string& target, std::string_view name, const config::Messag
 }  // namespace
 
 AuditTexts readAuditTexts(const std::string& configurationFile) {
-    // The module says what is wrong with it; a page without these texts is still worth having.
-    const config::Document document = config::readDocument(readFile(configurationFile).value_or(""));
-    return document.refusal ? AuditTexts()
-                            : AuditTexts{configurationFile, config::takeSettings(document).settings};
+    try {
+        const config::Document document = config::readDocument(readFile(configurationFile).value_or(""));
+        if (!document.refusal) {
+            return {configurationFile, config::takeSettings(document).settings};
+        }
+    } catch (const std::runtime_error&) {
+        // As for what is refused: the module says what is wrong with it; a page without these texts is still worth having.
+    }
+    return {};
 }
 
 std::string asJson(const AuditTexts& texts) {
