@@ -1,5 +1,5 @@
 # zephan-expat: Expat, with the functions that tell where the parser is under the names of Expat 2.9, which deprecates the older ones.
-find_package(EXPAT REQUIRED)
+find_package(EXPAT 2.4 REQUIRED)
 add_library(zephan-expat INTERFACE)
 target_link_libraries(zephan-expat INTERFACE EXPAT::EXPAT)
 if(EXPAT_VERSION_STRING VERSION_LESS 2.9)

@@ -253,13 +253,13 @@ class TreeBuilder final {
         }
         return lastSource_;
     }
-    std::uint32_t byte() const { return static_cast<std::uint32_t>(::XML_GetCurrentByteIndex(parser_)); }
+    std::uint32_t byte() const { return static_cast<std::uint32_t>(::XML_GetCurrentByteIndex64(parser_)); }
     std::uint32_t behind() const {
-        return byte() + static_cast<std::uint32_t>(::XML_GetCurrentByteCount(parser_));
+        return byte() + static_cast<std::uint32_t>(::XML_GetCurrentByteCount64(parser_));
     }
     Place here() const {
-        return {static_cast<std::uint32_t>(::XML_GetCurrentLineNumber(parser_)),
-                static_cast<std::uint32_t>(::XML_GetCurrentColumnNumber(parser_) + 1), byte()};
+        return {static_cast<std::uint32_t>(::XML_GetCurrentLineNumber64(parser_)),
+                static_cast<std::uint32_t>(::XML_GetCurrentColumnNumber64(parser_) + 1), byte()};
     }
 
     /// A child node of the open element begins. True when it is the first one, whose value is the element's.
@@ -311,9 +311,9 @@ class TreeBuilder final {
 
 Refusal refusalOf(const Document& document, XML_Parser parser) {
     const XML_Error error = ::XML_GetErrorCode(parser);
-    const Place place{static_cast<std::uint32_t>(::XML_GetErrorLineNumber(parser)),
-                      static_cast<std::uint32_t>(::XML_GetErrorColumnNumber(parser) + 1),
-                      static_cast<std::uint32_t>(::XML_GetErrorByteIndex(parser))};
+    const Place place{static_cast<std::uint32_t>(::XML_GetCurrentLineNumber64(parser)),
+                      static_cast<std::uint32_t>(::XML_GetCurrentColumnNumber64(parser) + 1),
+                      static_cast<std::uint32_t>(::XML_GetCurrentByteIndex64(parser))};
     using enum Refusal::Kind;
     switch (error) {
         case XML_ERROR_NO_MEMORY:
