@@ -63,6 +63,30 @@ class Packages(unittest.TestCase):
         for name in depends:
             self.assertIn("no licence chosen yet", (self.root / "usr/share/doc" / name / "copyright").read_text())
 
+    def test_what_is_shipped_is_hardened(self):
+        files = [path for folder in ("usr/bin", "usr/lib") for path in (self.root / folder).rglob("*")
+                 if path.is_file() and not path.is_symlink() and path.read_bytes()[:4] == b"\x7fELF"]
+        self.assertGreaterEqual(len(files), 5)
+        for path in files:
+            with self.subTest(path.name):
+                told = run("readelf", "--wide", "--file-header", "--program-headers", "--dynamic", path, cwd=self.scratch)
+                self.assertRegex(told, r"Type:\s+DYN")  # a library, or a program that may lie anywhere
+                self.assertIn("GNU_RELRO", told)
+                self.assertRegex(told, r"FLAGS.*NOW")
+                self.assertNotRegex(told, r"GNU_STACK.*E 0x")
+                symbols = run("readelf", "--wide", "--dyn-syms", path, cwd=self.scratch)
+                self.assertIn("__stack_chk_fail", symbols)
+                self.assertRegex(symbols, r"__\w+_chk@")
+
+    def test_what_the_module_needs_of_an_agent_is_written_down(self):
+        """All of it is bound when the module is loaded: an agent that lacks one function does not load it."""
+        module = next(self.libraries.glob("libZephanRSMLogger.so.*.*"))
+        found = run("nm", "--dynamic", "--undefined-only", "--demangle", module, cwd=self.scratch)
+        needed = {line.strip().split(" ", 1)[1] for line in found.splitlines()}
+        needed = {name for name in needed if "@" not in name and not name.startswith(("XML_", "_ITM_", "__gmon"))}
+        written = (SOURCE / "src/entry/agent-functions").read_text().splitlines()
+        self.assertEqual(sorted(needed), sorted(line for line in written if not line.startswith("#")))
+
     def test_lintian_finds_nothing(self):
         if shutil.which("lintian") is None:
             self.skipTest("no lintian")
