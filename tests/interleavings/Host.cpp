@@ -130,7 +130,7 @@ void Host::onThreadStart(const std::string& /*name*/, std::int8_t /*result*/) {
 
 std::int8_t Host::receive(const std::string& /*member*/, const agent::NamedValues& properties) {
     const agent::Thread* const sender = agent::Thread::current();
-    if (sender != nullptr && sender->name() == slowClient_) {
+    if (slow_ == kEverybody || (sender != nullptr && sender->name() == slow_)) {
         pass(1000);
     }
     told_ = properties;
@@ -169,6 +169,7 @@ std::string Host::judge() {
     if (wasStopped_) {
         start();
     }
+    audit("closed");  // what is open still
     if (killed_ && connect("10", "20") != 0) {
         return "no order is taken after the end of the thread";
     }
@@ -178,9 +179,8 @@ std::string Host::judge() {
     const std::string waiting = timeOfDay(told(kDelayedStart));
     const std::string mode = told(kMode);
     const std::string answer = command("ExitRSM", {});
-    const std::string expected = mode == "FORCE_POLL_GRACE"      ? "Thread exited successfully."
-                                 : mode == "FORCE_POLL_ACTIVITY" ? "Agent is in activity mode."
-                                                                 : "Agent is not in RSM.";
+    const std::string expected =
+        mode == "FORCE_POLL_GRACE" ? "Thread exited successfully." : "Agent is not in RSM.";
     if (answer != expected) {
         return "told last: " + mode + ", but ExitRSM answers " + answer;
     }
@@ -225,9 +225,15 @@ std::string Host::judgeState() {
         idle(kWindow);
     } while (mode != told(kMode));
     const bool polls = polls_ != before;
+    if (mode == "FORCE_POLL_ACTIVITY") {
+        return "nothing is open, and the activity does not end";
+    }
     const bool isOn = !mode.empty() && mode != "NOT_ACTIVE";
     if (polls != isOn) {
         return "told last: " + mode + ", but there are " + (polls ? "" : "no ") + "polls";
+    }
+    if (isOn && !workspace_.exists("state/resume.xml")) {
+        return "RSM is on, and nothing is kept to resume it";
     }
     const std::string waiting = timeOfDay(told(kDelayedStart));
     const bool isWaiting = !waiting.empty();

@@ -36,6 +36,7 @@ class Host final : private agent::Observer, private agent::Enterprise {
 
     // What clients do.
     void start();
+    void startAgain() { families_.start(Families::rsm); }
     void stop();
     int connect(const char* minutes, const char* rate) { return Families::connect(service_, minutes, rate); }
     void disconnect() { sim::callService(*service_, "disconnect", {{"memberName", "client"}}); }
@@ -47,8 +48,10 @@ class Host final : private agent::Observer, private agent::Enterprise {
     void killThread();
 
     void pass(int milliseconds);
-    /// Of this client, from now on.
-    void answerSlowly(const char* client) { slowClient_ = client; }
+    /// The enterprise takes a second for what this thread sends, from now on.
+    static constexpr const char* kEverybody = "";
+    void answerSlowly(const char* thread) { slow_ = thread; }
+    void failNextStart() { scheduler_.failNextStart(); }
 
   private:
     void onLog(int level, std::string_view text) override;
@@ -77,7 +80,7 @@ class Host final : private agent::Observer, private agent::Enterprise {
     int polls_ = 0;
     std::vector<agent::Thread*> clients_;
     std::size_t finished_ = 0;  ///< of the clients
-    std::string slowClient_;
+    std::string slow_ = "nobody";
     std::vector<std::string> schedules_;  ///< times of the day of those that were answered "Pass"
     std::vector<std::string> entries_;
     agent::NamedValues told_;

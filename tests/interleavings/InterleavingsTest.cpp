@@ -45,6 +45,7 @@ const auto polling = [](Host& host) {
     host.connect("1", "20");
     host.pass(1000);
 };
+const auto connect = [](Host& host) { host.connect("1", "20"); };
 const auto order = [](const char* time) { return [time](Host& host) { host.schedule(time); }; };
 const auto stop = [](Host& host) { host.stop(); };
 
@@ -53,8 +54,18 @@ const Scene kScenes[] = {
      nothing,
      0,
      {{"order", [](Host& host) { host.log("an entry"), host.schedule("12:00:00"); }}, {"stop", stop}}},
-    {"two orders", nothing, 0, {{"first", order("12:00:00")}, {"second", order("13:00:00")}}},
-    {"connect and the thread's end", polling, 3, {{"connect", [](Host& host) { host.connect("1", "20"); }}}},
+    {"two orders",
+     [](Host& host) { host.answerSlowly(Host::kEverybody); },
+     0,
+     {{"first", order("12:00:00")}, {"second", order("13:00:00")}}},
+    {"two orders and a start that fails",
+     [](Host& host) { host.failNextStart(); },
+     0,
+     {{"first", connect}, {"second", connect}}},
+    {"connect and the thread's end",
+     polling,
+     3,
+     {{"connect", connect}, {"again", [](Host& host) { host.startAgain(); }}}},
     {"disconnect and due start",
      [](Host& host) {
          host.connect("10", "30");
@@ -78,6 +89,10 @@ const Scene kScenes[] = {
     {"activity and end",
      polling,
      3,
+     {{"activity", [](Host& host) { host.audit("opened"), host.audit("closed"); }}}},
+    {"activity in two threads",
+     polling,
+     0,
      {{"opens", [](Host& host) { host.log("one entry"), host.audit("opened"); }},
       {"closes", [](Host& host) { host.log("another entry"), host.audit("closed"); }}}},
     {"start and stop",
