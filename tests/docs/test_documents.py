@@ -26,6 +26,7 @@ SKIPPED = [
     (r"^tests/faults/campaign\.py build/(release$|asan)|^tests/mutation|^bench/zephan_log\.py", "takes minutes; the tests run a short form"),
     (r"^tests/faults/long_run\.py|test_console\.py", "the tests run a short form"),
     (r"^build/fuzz", "takes minutes, and needs clang"),
+    (r"--preemptions=", "takes minutes"),
     (r"git ", "asks the repository, which an archive of the tree does not have"),
     (r" run ", "on the real clock"),
     (r"^curl", "needs the live console; tests/page/test_console.py tries these"),

@@ -53,6 +53,13 @@ Host::Host()
     service_ = families_.createService();
 }
 
+Host::~Host() {
+    families_.destroyService(service_);
+    stop();
+    sim::showTimeOf(nullptr);
+    turns::scheduler = nullptr;
+}
+
 void Host::begin() {
     std::filesystem::remove("state/schedule.xml");
     std::filesystem::remove("state/resume.xml");
@@ -122,10 +129,6 @@ void Host::onLog(int /*level*/, std::string_view text) {
 void Host::onForcePoll() {
     scheduler_.change([this] { ++polls_; });
     turns::offer("ForcePoll");
-}
-
-void Host::onThreadStart(const std::string& /*name*/, std::int8_t /*result*/) {
-    turns::offer("KRXThreadStart");
 }
 
 std::int8_t Host::receive(const std::string& /*member*/, const agent::NamedValues& properties) {

@@ -25,6 +25,9 @@ class Host final : private agent::Observer, private agent::Enterprise {
     using Client = std::pair<std::string, std::function<void(Host&)>>;
 
     Host();
+    Host(const Host&) = delete;
+    Host& operator=(const Host&) = delete;
+    ~Host() override;
 
     /// Starts what a play finds.
     void begin();
@@ -56,7 +59,10 @@ class Host final : private agent::Observer, private agent::Enterprise {
   private:
     void onLog(int level, std::string_view text) override;
     void onForcePoll() override;
-    void onThreadStart(const std::string& name, std::int8_t result) override;
+    void onThreadStart(const std::string& /*name*/, std::int8_t /*result*/) override {
+        turns::offer("KRXThreadStart");
+    }
+    void onThreadEnd(int /*result*/) override { turns::offer("the thread's return"); }
     std::int8_t receive(const std::string& member, const agent::NamedValues& properties) override;
 
     std::string command(const char* name, std::vector<std::pair<std::string, std::string>> properties);

@@ -62,10 +62,11 @@ const Scene kScenes[] = {
      [](Host& host) { host.failNextStart(); },
      0,
      {{"first", connect}, {"second", connect}}},
-    {"connect and the thread's end",
+    {"connect and the thread's end", polling, 3, {{"connect", connect}}},
+    {"a second start at the thread's end",
      polling,
      3,
-     {{"connect", connect}, {"again", [](Host& host) { host.startAgain(); }}}},
+     {{"connect", connect}, {"start", [](Host& host) { host.startAgain(); }}}},
     {"disconnect and due start",
      [](Host& host) {
          host.connect("10", "30");
