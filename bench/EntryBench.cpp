@@ -26,6 +26,7 @@ using bench::Time;
 
 constexpr int kRounds = 200;
 constexpr int kEntries = 500;           // of one round, on each thread
+constexpr int kLargeOperations = 20;    // likewise, of a megabyte each
 constexpr int kCheapOperations = 5000;  // likewise, where no system call is made
 
 const std::string kMessage =
@@ -63,6 +64,18 @@ void rejected(benchmark::State& state) {
         const auto logged =
             roundOf([&] { fixture.module.log(ZP_LEVEL_TRACE, kMessage.c_str()); }, kCheapOperations);
         const auto echoed = roundOf([&] { std::fputs(kMessage.c_str(), stdout); }, kCheapOperations);
+        report(state, [&] { return compare(logged, echoed, kRounds); });
+    }
+}
+
+/// Of a megabyte the file takes the beginning; standard output takes all.
+void large(benchmark::State& state) {
+    for (auto _ : state) {
+        Fixture fixture;
+        const std::string message(1'000'000, 'm');
+        const auto logged =
+            roundOf([&] { fixture.module.log(ZP_LEVEL_INFO, message.c_str()); }, kLargeOperations);
+        const auto echoed = roundOf([&] { bench::echo(message); }, kLargeOperations);
         report(state, [&] { return compare(logged, echoed, kRounds); });
     }
 }
@@ -157,6 +170,7 @@ void define() {
     addEntry("2 threads: entry / spdlog", 2, spdlog, {});
     addEntry("2 threads: entry / spdlog + size check", 2, spdlogWithCheck, {});
     add("rejected message / its echo", rejected);
+    add("message of 1 MB / its echo", large);
     add("audit message / log message, 3 texts", [](benchmark::State& state) { audit(state, 3, 100); });
     add("audit message / log message, 20 texts", [](benchmark::State& state) { audit(state, 20, 200); });
     add("audit message / log message, 100 texts", [](benchmark::State& state) { audit(state, 100, 1000); });
