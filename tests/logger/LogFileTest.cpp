@@ -272,7 +272,7 @@ TEST_F(LogFileTest, TwoProcessesFillADisk) {
         std::array<pid_t, 2> children{};
         for (std::size_t i = 0; i < children.size(); ++i) {
             children.at(i) = support::startChild([&, i] {
-                std::freopen("/dev/null", "w", stdout);
+                ASSERT_NE(std::freopen("/dev/null", "w", stdout), nullptr);
                 std::ofstream accepted(workspace.path("accepted" + std::to_string(i)));
                 interposed::write = [&](int descriptor, const void* data, std::size_t size) {
                     const ssize_t result = ::syscall(SYS_write, descriptor, data, size);

@@ -296,7 +296,7 @@ TEST(LogSteps, EachEntryStandsWhereItBelongs) {
     const LoggingHost host;
     logs::asAUser(host, [&] {
         ::alarm(0);
-        std::freopen("/dev/null", "w", stdout);
+        ASSERT_NE(std::freopen("/dev/null", "w", stdout), nullptr);
         testing::UnitTest::GetInstance()->listeners().Append(new ToStandardError);
         for (unsigned int seed = first; seed <= last && !testing::Test::HasFailure(); ++seed) {
             SCOPED_TRACE("seed " + std::to_string(seed));

@@ -43,8 +43,8 @@ const support::Rows<EndRow> endRows(
      {"quick_exit, good configuration", "<z><Script>s</Script></z>",
       [](int status) { std::quick_exit(status); }},
      {"quick_exit, refused configuration", "<z><Script>", [](int status) { std::quick_exit(status); }},
-     {"_exit, good configuration", "<z><Script>s</Script></z>", [](int status) { ::_exit(status); }},
-     {"_exit, refused configuration", "<z><Script>", [](int status) { ::_exit(status); }}},
+     {"immediate exit, good configuration", "<z><Script>s</Script></z>", [](int status) { ::_exit(status); }},
+     {"immediate exit, refused configuration", "<z><Script>", [](int status) { ::_exit(status); }}},
     [](const EndRow& row) {
         const support::Workspace workspace;
         workspace.write("config.xml", row.configuration);
