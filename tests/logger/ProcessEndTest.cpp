@@ -19,8 +19,9 @@ constexpr int kProcesses = 20;
 
 [[noreturn]] void loadAndEnd(const std::string& configuration, void (*end)(int), int delay) {
     const agent::AgentHost host;
-    static const agent::Module module(MODULE);
-    std::thread([&] {
+    const agent::Module& module =
+        *new agent::Module(MODULE);  // stays loaded when objects of the process are destroyed
+    std::thread([&module, &configuration] {
         for (;;) {
             module.ZPXRSMLoggerStatup(configuration.c_str());
         }
