@@ -19,32 +19,28 @@ std::uint32_t bytesAt(const char* place) noexcept {
 
 }  // namespace
 
-TextSearch::TextSearch(const std::string* texts) noexcept : texts_(texts) {
-    std::size_t count = 0;
-    while (texts != nullptr && !texts[count].empty()) {
-        ++count;
-    }
-    if (count < kLongList) {
+TextSearch::TextSearch(std::span<const std::string> texts) noexcept : texts_(texts) {
+    if (texts.size() < kLongList) {
         return;
     }
     try {
-        prepare(count);
+        prepare();
     } catch (const std::exception&) {
         endings_.clear();
     }
 }
 
-void TextSearch::prepare(std::size_t count) {
-    const std::size_t places = std::bit_ceil(count * kPlacesPerText);
+void TextSearch::prepare() {
+    const std::size_t places = std::bit_ceil(texts_.size() * kPlacesPerText);
     shift_ = 32U - static_cast<unsigned int>(std::bit_width(places) - 1);
     filter_.resize(places);
-    for (const std::string* text = texts_; text != texts_ + count; ++text) {
-        if (text->size() < kEndingSize) {
-            short_.push_back(text);
+    for (const std::string& text : texts_) {
+        if (text.size() < kEndingSize) {
+            short_.push_back(&text);
             continue;
         }
-        const std::uint32_t bytes = bytesAt(text->data() + text->size() - kEndingSize);
-        endings_.push_back({bytes, text});
+        const std::uint32_t bytes = bytesAt(text.data() + text.size() - kEndingSize);
+        endings_.push_back({bytes, &text});
         filter_[placeOf(bytes)] = true;
     }
     std::sort(endings_.begin(), endings_.end(),
@@ -90,10 +86,7 @@ bool TextSearch::occursIn(const char* message) const noexcept {
 }
 
 bool TextSearch::oneByOne(const char* message) const noexcept {
-    for (const std::string* text = texts_; text != nullptr && !text->empty(); ++text) {
-        if (std::strstr(message, text->c_str()) != nullptr) {
-            return true;
-        }
-    }
-    return false;
+    return std::any_of(texts_.begin(), texts_.end(), [message](const std::string& text) {
+        return std::strstr(message, text.c_str()) != nullptr;
+    });
 }

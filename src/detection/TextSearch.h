@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -15,9 +16,9 @@ class TextSearch final {
 
     /// Finds nothing.
     TextSearch() noexcept = default;
-    /// `texts`: up to an empty one; null for none. They must outlive the search. When memory runs out they are
-    /// searched text by text.
-    explicit TextSearch(const std::string* texts) noexcept;
+    /// The texts, none of which is empty, must outlive the search. When memory runs out they are searched text
+    /// by text.
+    explicit TextSearch(std::span<const std::string> texts) noexcept;
 
     bool occursIn(const char* message) const noexcept;
 
@@ -27,11 +28,11 @@ class TextSearch final {
         const std::string* text;
     };
 
-    void prepare(std::size_t count);
+    void prepare();
     std::size_t placeOf(std::uint32_t bytes) const noexcept;
     bool oneByOne(const char* message) const noexcept;
 
-    const std::string* texts_ = nullptr;
+    std::span<const std::string> texts_;
     std::vector<const std::string*> short_;  ///< texts that have no four bytes
     std::vector<Ending> endings_;  ///< of the others, in the order of the bytes; empty of a short list
     std::vector<bool> filter_;     ///< at the place of each ending: true

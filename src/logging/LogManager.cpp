@@ -11,7 +11,6 @@
 #include "platform/ScopeEnd.h"
 #include "platform/agent/Logging.h"
 
-#include <cstring>
 #include <exception>
 #include <new>
 #include <utility>
@@ -31,18 +30,6 @@ bool attachListener(std::unique_ptr<Listener>& listener, Handler* handler) {
         KRXLog(level::kForce, "new Failed in initialize of LogManager. \n");
         return false;
     }
-}
-
-/// The count after one step up for an open text and one down for a close text.
-std::int32_t counted(const char* message, const TextSearch& openTexts, const TextSearch& closeTexts,
-                     std::int32_t count) noexcept {
-    if (openTexts.occursIn(message)) {
-        ++count;
-    }
-    if (count > 0 && closeTexts.occursIn(message)) {
-        --count;
-    }
-    return count;
 }
 
 }  // namespace
@@ -102,8 +89,9 @@ void LogManager::audit(const char* message) {
             if (texts_.configuration != configuration) {
                 texts_ = Texts(configuration);
             }
-            UpdateTunnelCount(text);
-            UpdateFileCount(text);
+            const AuditMeaning meaning = texts_.activity.meaningOf(text);
+            UpdateTunnelCount(meaning.tunnel);
+            UpdateFileCount(meaning.file);
         }
         changed = !changes_.empty();
     }
@@ -120,29 +108,21 @@ void LogManager::audit(const char* message) {
 }
 
 LogManager::Texts::Texts(std::shared_ptr<const XMLConfigData> of) noexcept
-    : configuration(std::move(of)),
-      tunnelOpen(configuration->getTunnelOpenMessages()),
-      tunnelClose(configuration->getTunnelCloseMessages()),
-      fileOpen(configuration->getFileOpenMessages()),
-      fileClose(configuration->getFileCloseMessages()) {}
+    : configuration(std::move(of)), activity(configuration->settings()) {}
 
-void LogManager::UpdateTunnelCount(const char* message) {
-    std::int32_t count = counted(message, texts_.tunnelOpen, texts_.tunnelClose, tunnelCount_);
-    const std::string& abort = texts_.configuration->getAbortMessage();
-    if (count > 0 && !abort.empty() && std::strstr(message, abort.c_str()) != nullptr) {
-        count = 0;
-    }
-    if (count != tunnelCount_) {
-        changes_.push_back({&RDMessageHandler::setTunnelActive, count >= 1});
-        tunnelCount_ = count;
-    }
+void LogManager::UpdateTunnelCount(Activity activity) {
+    update(tunnelCount_, activity, &RDMessageHandler::setTunnelActive);
 }
 
-void LogManager::UpdateFileCount(const char* message) {
-    const std::int32_t count = counted(message, texts_.fileOpen, texts_.fileClose, fileCount_);
-    if (count != fileCount_) {
-        changes_.push_back({&RDMessageHandler::setFileActive, count >= 1});
-        fileCount_ = count;
+void LogManager::UpdateFileCount(Activity activity) {
+    update(fileCount_, activity, &RDMessageHandler::setFileActive);
+}
+
+void LogManager::update(std::int32_t& count, Activity activity, void (RDMessageHandler::*set)(bool active)) {
+    const std::int32_t next = countAfter(activity, count);
+    if (next != count) {
+        changes_.push_back({set, next >= 1});
+        count = next;
     }
 }
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "detection/TextSearch.h"
+#include "detection/AuditMeaning.h"
 #include "platform/Mutex.h"
 #include "platform/Role.h"
 
@@ -55,15 +55,14 @@ class LogManager final {
         explicit Texts(std::shared_ptr<const XMLConfigData> of) noexcept;
 
         std::shared_ptr<const XMLConfigData> configuration;
-        TextSearch tunnelOpen;
-        TextSearch tunnelClose;
-        TextSearch fileOpen;
-        TextSearch fileClose;
+        ActivityTexts activity;
     };
 
-    // Count the open and close texts in an audit message, and note the change if there is one.
-    void UpdateTunnelCount(const char* message) REQUIRES(delivery_);
-    void UpdateFileCount(const char* message) REQUIRES(delivery_);
+    // Count what an audit message says, and note the change if there is one.
+    void UpdateTunnelCount(Activity activity) REQUIRES(delivery_);
+    void UpdateFileCount(Activity activity) REQUIRES(delivery_);
+    void update(std::int32_t& count, Activity activity, void (RDMessageHandler::*set)(bool active))
+        REQUIRES(delivery_);
     void tellChanges();
     bool takeChange(Change& change);
 

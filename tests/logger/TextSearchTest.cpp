@@ -22,19 +22,19 @@ TEST(TextSearch, FindsWhatASearchTextByTextFinds) {
     for (int round = 0; round < 20'000; ++round) {
         // Of few letters: nearly all places of a message are endings of texts, and the search gives up.
         const std::size_t letters = 1 + number(4);
-        std::vector<std::string> texts(number(3 * TextSearch::kLongList) + 1);
-        for (std::size_t i = 0; i + 1 < texts.size(); ++i) {
-            texts[i] = text(1 + number(round % 2 == 0 ? 8 : 12) + (letters < 3 ? 8 : 0), letters);
+        std::vector<std::string> texts(number(3 * TextSearch::kLongList));
+        for (std::string& one : texts) {
+            one = text(1 + number(round % 2 == 0 ? 8 : 12) + (letters < 3 ? 8 : 0), letters);
         }
         const std::string message = text(number(round % 10 == 0 ? 2000 : 40), letters);
-        const bool expected = std::any_of(texts.begin(), texts.end() - 1, [&](const std::string& one) {
+        const bool expected = std::any_of(texts.begin(), texts.end(), [&](const std::string& one) {
             return message.find(one) != std::string::npos;
         });
-        ASSERT_EQ(TextSearch(texts.data()).occursIn(message.c_str()), expected) << message;
+        ASSERT_EQ(TextSearch(texts).occursIn(message.c_str()), expected) << message;
         found += expected ? 1 : 0;
     }
     EXPECT_TRUE(found > 2000 && found < 18'000) << found;
-    EXPECT_FALSE(TextSearch().occursIn("a") || TextSearch(nullptr).occursIn("a"));
+    EXPECT_FALSE(TextSearch().occursIn("a"));
 }
 
 }  // namespace

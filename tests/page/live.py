@@ -10,7 +10,7 @@ import threading
 import time
 import urllib.parse
 
-from session import ROOT, Workspace, simulator
+from session import ROOT, Workspace, simulator, without_meaning
 
 NAMESPACE = "urn:corvane-krx:urn:corvane-krx:ZephanServices_v1_0"
 START = ROOT / "examples" / "console" / "live-agent.scenario"
@@ -129,7 +129,7 @@ class Follower(threading.Thread):
                 elif name == "id":
                     self.numbers.append(int(value))
                 elif name == "data" and kind == "message":
-                    self.events.append(json.loads(value))
+                    self.events.append(without_meaning(json.loads(value)))
                 elif name == "":
                     kind = "message"
         except OSError:

@@ -56,13 +56,17 @@ def data_of(page):
     return json.loads(re.search(r'<script type="application/json" id="session">(.*?)</script>', text, re.S).group(1))
 
 
+def without_meaning(event):
+    return {key: value for key, value in event.items() if key not in ("tunnel", "file")}
+
+
 def events_of(data):
-    """The events of a page's data, as those of a trace."""
+    """The events of a page's data, as those of a trace: without what audit messages mean."""
     time = 0
     events = []
     for count, *steps in data["runs"]:
         for _ in range(count):
             for delay, body in zip(steps[::2], steps[1::2]):
                 time += delay
-                events.append({"t": time / 1000, **data["bodies"][body]})
+                events.append({"t": time / 1000, **without_meaning(data["bodies"][body])})
     return events

@@ -105,27 +105,32 @@ class ReportTest(unittest.TestCase):
 
     def test_audit_texts_come_from_the_configuration(self):
         rows = [
-            ("the example", None, ["Remote tunnel opened", "Desktop session opened"]),
-            ("none", "<a/>", []),
-            ("blanks around", "<a><TunnelMessags><OpenMessage><Message>\t Remote </Message><Message> </Message></OpenMessage></TunnelMessags></a>", ["Remote"]),
-            ("unreadable", "<a", None),
-            ("a FIFO", os.mkfifo, None),
+            ("the example", None, ["Remote tunnel opened", "Desktop session opened"], "Desktop session opened", "open"),
+            ("none", "<a/>", [], "Remote tunnel opened", None),
+            ("blanks around", "<a><TunnelMessags><OpenMessage><Message>\t Remote </Message><Message> </Message></OpenMessage><AbortMessage>Away</AbortMessage></TunnelMessags></a>", ["Remote"],
+             "Away: Remote tunnel opened", "abort"),
+            ("unreadable", "<a", None, "", None),
+            ("a FIFO", os.mkfifo, None, "", None),
+            ("no configuration", "", None, "A Tunnel is opening", "open"),
+            ("no configuration, both", "", None, "Tunnel opens, tunnel closes", None),
         ]
-        for name, configuration, texts in rows:
+        for name, configuration, texts, message, meaning in rows:
             with self.subTest(name), Workspace() as workspace:
                 start = "0 start rsm zephan-config.xml\n"
                 if callable(configuration):
                     configuration(workspace.path / "other.xml")
-                elif configuration is not None:
+                elif configuration:
                     (workspace.path / "other.xml").write_text(configuration)
-                workspace.replay(start)
-                arguments = [] if configuration is None else ["--config", "other.xml"]
+                workspace.replay((start if configuration != "" else "") + f'1 audit "{message}"\n')
+                arguments = ["--config", "other.xml"] if configuration else []
                 status, said = workspace.run("report", "trace.jsonl", "-o", "page.html", *arguments)
-                if texts is None:
-                    self.assertEqual(status, 1)
+                if status != 0:
                     self.assertIn("other.xml: cannot be read", said)
-                else:
-                    self.assertEqual(data_of(workspace.path / "page.html")["texts"]["tunnelOpen"], texts)
+                    self.assertIsNone(texts)
+                    continue
+                data = data_of(workspace.path / "page.html")
+                self.assertEqual(data["texts"]["tunnelOpen"] if texts else data["texts"] and [], texts)
+                self.assertEqual([body.get("tunnel") for body in data["bodies"] if body.get("verb", "").startswith("audit")], [meaning])
 
 
 if __name__ == "__main__":

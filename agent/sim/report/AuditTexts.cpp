@@ -4,6 +4,7 @@
 #include "sim/FileVerbs.h"
 #include "sim/report/ScriptText.h"
 
+#include <regex>
 #include <stdexcept>
 
 namespace sim {
@@ -31,6 +32,24 @@ AuditTexts readAuditTexts(const std::string& configurationFile) {
         // As for what is refused: the module says what is wrong with it; a page without these texts is still worth having.
     }
     return {};
+}
+
+AuditMeaning meaningByWords(const std::string& text) {
+    const auto holds = [&text](const char* words) {
+        return std::regex_search(text, std::regex(words, std::regex::icase));
+    };
+    const auto activity = [](bool opens, bool closes) {
+        return opens == closes ? Activity::none : opens ? Activity::open : Activity::close;
+    };
+    AuditMeaning meaning;
+    const bool opens = holds("\\b(open|start|begin)");
+    if (holds("tunnel|desktop|session")) {
+        meaning.tunnel = holds("\\babort") ? Activity::abort : activity(opens, holds("\\b(clos|end|stop)"));
+    }
+    if (holds("\\bfile|transfer")) {
+        meaning.file = activity(opens, holds("\\b(finish|complet|end|clos|abort)"));
+    }
+    return meaning;
 }
 
 std::string asJson(const AuditTexts& texts) {

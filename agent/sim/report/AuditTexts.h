@@ -2,6 +2,7 @@
 #pragma once
 
 #include "config/Settings.h"
+#include "detection/AuditMeaning.h"
 
 #include <string>
 
@@ -14,6 +15,8 @@ struct AuditTexts {
 };
 
 AuditTexts readAuditTexts(const std::string& configurationFile);
+/// What an audit message probably means, by its words, where there is no configuration to tell.
+AuditMeaning meaningByWords(const std::string& text);
 /// As a JSON object that may lie in a script element.
 std::string asJson(const AuditTexts& texts);
 

@@ -1,12 +1,13 @@
 #include "sim/report/SessionRecord.h"
 
-#include "sim/Event.h"
+#include "sim/EventFields.h"
 #include "sim/report/ScriptText.h"
 
 #include <charconv>
 #include <cmath>
 #include <nlohmann/json.hpp>
 #include <stdexcept>
+#include <vector>
 
 namespace sim {
 
@@ -28,14 +29,29 @@ std::string bodyOf(std::string_view line) {
     return std::string("{").append(line.substr(line.find(',') + 1));
 }
 
+/// The fields that tell what a message means.
+std::vector<std::pair<const char*, std::string>> fieldsOf(const AuditMeaning& meaning) {
+    static constexpr const char* names[] = {"none", "open", "close", "abort"};
+    std::vector<std::pair<const char*, std::string>> fields;
+    for (const auto& [key, activity] : {std::pair("tunnel", meaning.tunnel), {"file", meaning.file}}) {
+        if (activity != Activity::none) {
+            fields.emplace_back(key, names[static_cast<std::size_t>(activity)]);
+        }
+    }
+    return fields;
+}
+
 }  // namespace
 
 void SessionRecord::onEvent(const Event& event) noexcept {
+    const std::string verb = textOf(event, "verb").value_or("");
+    noteCall(verb, numberOf(event, "result") == 0);
     std::string line = asJson(event);
-    line.pop_back();  // its line end
-    const std::string body = bodyOf(line);
-    lookForConfiguration(body);
-    data_.add(milliseconds(event.time), milliseconds(event.wall), body);
+    line.resize(line.size() - std::string_view("}\n").size());
+    for (const auto& [key, value] : fieldsOf(meaningOf(verb))) {
+        line += ",\"" + std::string(key) + "\":\"" + value + "\"";
+    }
+    data_.add(milliseconds(event.time), milliseconds(event.wall), bodyOf(line + "}"));
 }
 
 void SessionRecord::addLine(std::string_view line) {
@@ -70,34 +86,47 @@ void SessionRecord::addLine(std::string_view line) {
         throw std::runtime_error("its time is out of range");
     }
     event.erase("t");
-    const std::string body = event.dump();
-    lookForConfiguration(body);
-    data_.add(std::llround(seconds * kMillisecondsPerSecond), body);
+    const ordered_json& verb = event.value("verb", ordered_json());
+    if (verb.is_string()) {
+        const std::string words = verb.get<std::string>();
+        noteCall(words, event.value("result", ordered_json()) == 0);
+        event.erase("tunnel");
+        event.erase("file");
+        for (const auto& [key, value] : fieldsOf(meaningOf(words))) {
+            event[key] = value;
+        }
+    }
+    data_.add(std::llround(seconds * kMillisecondsPerSecond), event.dump());
+}
+
+void SessionRecord::useTexts(const std::string& file) {
+    texts_ = readAuditTexts(file);
+    activity_ = ActivityTexts(texts_.settings);
 }
 
 void SessionRecord::useConfiguration(const std::string& file) {
-    texts_ = readAuditTexts(file);
+    useTexts(file);
     if (texts_.source.empty()) {
         throw std::runtime_error(file + ": cannot be read as a configuration");
     }
     textsAreFixed_ = true;
 }
 
-void SessionRecord::lookForConfiguration(std::string_view body) {
-    if (textsAreFixed_ || body.find("\"verb\":\"start ") == std::string_view::npos) {
-        return;
-    }
-    const auto event = nlohmann::json::parse(body, nullptr, false);
-    const auto verb = event.is_object() ? event.value("verb", nlohmann::json()) : nlohmann::json();
-    if (!verb.is_string() || event.value("result", nlohmann::json()) != 0) {
-        return;
-    }
-    const auto& text = verb.get_ref<const std::string&>();
+void SessionRecord::noteCall(const std::string& verb, bool succeeded) {
     for (const std::string_view start : {"start rsm ", "start logger "}) {
-        if (text.starts_with(start)) {
-            texts_ = readAuditTexts(text.substr(start.size()));
+        if (!textsAreFixed_ && succeeded && verb.starts_with(start)) {
+            useTexts(verb.substr(start.size()));
         }
     }
+}
+
+AuditMeaning SessionRecord::meaningOf(const std::string& verb) const {
+    constexpr std::string_view audit = "audit ";
+    if (!verb.starts_with(audit)) {
+        return {};
+    }
+    const std::string text = verb.substr(audit.size());
+    return texts_.source.empty() ? meaningByWords(text) : activity_.meaningOf(text.c_str());
 }
 
 std::string SessionRecord::json() const {

@@ -1,6 +1,7 @@
 // What a page of a session is made of.
 #pragma once
 
+#include "detection/AuditMeaning.h"
 #include "sim/EventListener.h"
 #include "sim/report/AuditTexts.h"
 #include "sim/report/SessionData.h"
@@ -13,7 +14,8 @@
 
 namespace sim {
 
-/// Collects a session's events, and the audit texts of the configuration that the session starts with.
+/// Collects a session's events, and the audit texts of the configuration that the session starts with. With an audit
+/// message it keeps what that means, as "tunnel" and "file".
 class SessionRecord final : public EventListener {
   public:
     explicit SessionRecord(std::string title) : title_(std::move(title)) {}
@@ -34,12 +36,16 @@ class SessionRecord final : public EventListener {
     std::string json() const;
 
   private:
-    void lookForConfiguration(std::string_view body);
+    void useTexts(const std::string& file);
+    /// Looks at a call that has come back: a configuration may be found in it.
+    void noteCall(const std::string& verb, bool succeeded);
+    AuditMeaning meaningOf(const std::string& verb) const;
 
     std::string title_;
     std::string note_;
     SessionData data_;
     AuditTexts texts_;
+    ActivityTexts activity_;                          ///< of these
     std::optional<std::chrono::milliseconds> clock_;  ///< of a kept trace, which has no wall clock
     bool textsAreFixed_ = false;
 };

@@ -13,26 +13,6 @@ function scriptStep(text) {
         : line.includes('Error while running script') ? 'failed' : null;
 }
 
-const holds = list => text => list.some(part => part !== '' && text.includes(part));
-
-/// How audit texts count: as the configuration says, or by their words when there is none.
-function auditRules(texts) {
-    if (texts) {
-        return {
-            tunnelOpen: holds(texts.tunnelOpen), tunnelClose: holds(texts.tunnelClose), abort: holds([texts.abort]),
-            fileOpen: holds(texts.fileOpen), fileClose: holds(texts.fileClose),
-        };
-    }
-    const words = (thing, doing) => text => thing.test(text) && doing.test(text);
-    const tunnel = /tunnel|desktop|session/i;
-    const file = /\bfile|transfer/i;
-    return {
-        tunnelOpen: words(tunnel, /\bopen|\bstart|\bbegin/i), tunnelClose: words(tunnel, /\bclos|\bend|\bstop/i),
-        abort: words(tunnel, /\babort/i),
-        fileOpen: words(file, /\bstart|\bbegin|\bopen/i), fileClose: words(file, /\bfinish|\bcomplet|\bend|\bclos|\babort/i),
-    };
-}
-
 /// A count of open things, and the spans during which it was not 0.
 class Spans {
     constructor() {
@@ -52,7 +32,6 @@ class Spans {
 class Story {
     constructor(model) {
         this.model = model;
-        this.rules = auditRules(model.texts);
         this.polls = [];     // {t, step, n, number, stride}: n polls from t on, one every `step`
         this.flags = [];     // {t, number, label, type, failed}
         this.reports = [];   // {t, number, accepted, mode}
@@ -215,7 +194,7 @@ class Story {
                 this.leave(t, number);
             }
         } else if (first === 'audit' && done) {
-            this.readAudit(verb.slice('audit '.length), t, number);
+            this.readAudit(body, t, number);
         } else if (kOrders.test(verb)) {
             this.flags.push({t, number, label: shortOrder(verb), title: whatOf(body), type: 'order', failed: !done});
             if (/^disconnect|^command ExitRSM/.test(verb) && done) {
@@ -246,16 +225,10 @@ class Story {
         this.destroyed = null;
     }
 
-    readAudit(text, t, number) {
-        const rules = this.rules;
-        const step = (spans, opens, closes) => {
-            let count = spans.count + (opens(text) ? 1 : 0);
-            count = closes(text) ? Math.max(count - 1, 0) : count;
-            return count;
-        };
-        const tunnels = step(this.tunnels, rules.tunnelOpen, rules.tunnelClose);
-        this.tunnels.change(t, number, rules.abort(text) ? 0 : tunnels);
-        this.files.change(t, number, step(this.files, rules.fileOpen, rules.fileClose));
+    readAudit(body, t, number) {
+        const counted = (spans, activity) => ({open: spans.count + 1, close: Math.max(spans.count - 1, 0), abort: 0})[activity] ?? spans.count;
+        this.tunnels.change(t, number, counted(this.tunnels, body.tunnel));
+        this.files.change(t, number, counted(this.files, body.file));
     }
 
     readReport(body, t, number) {
