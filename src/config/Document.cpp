@@ -1,15 +1,13 @@
 #include "config/Document.h"
 
 #include "config/Encoding.h"
+#include "platform/ScopeEnd.h"
 #include "platform/Text.h"
 
 #include <algorithm>
-#include <array>
 #include <cstring>
 #include <exception>
 #include <functional>
-#include <memory>
-#include <new>
 #include <utility>
 
 // The header keeps the limits of expansion for those who ask in this way.
@@ -29,13 +27,16 @@ constexpr std::size_t kMostAttributes = std::size_t{1} << 15U;
 constexpr std::size_t kMostDeclaredAttributes = 4096;
 
 constexpr char kOutOfMemory[] = "out of memory";
-
-bool isBlank(std::string_view text) noexcept {
-    return text.find_first_not_of(" \t\r\n") == std::string_view::npos;
-}
+constexpr char kExpandsTooMuch[] = "its entities and defaults expand to too much";
 
 std::string quoted(const char* text) {
     return std::string("'") + text + "'";
+}
+
+Place placeIn(XML_Parser parser) {
+    return {static_cast<std::uint32_t>(::XML_GetCurrentLineNumber64(parser)),
+            static_cast<std::uint32_t>(::XML_GetCurrentColumnNumber64(parser) + 1),
+            static_cast<std::uint32_t>(::XML_GetCurrentByteIndex64(parser))};
 }
 
 /// Makes the tree of what the parser reports.
@@ -89,26 +90,24 @@ class TreeBuilder final {
 
     void startElement(const char* name, const char** attributes) {
         arrive();
-        if (depth_ >= Document::kDeepest) {
+        if (depth_ == Document::kDeepest) {
             refuse(Refusal::Kind::tooDeep,
                    "elements are nested deeper than " + std::to_string(Document::kDeepest));
             return;
         }
         meet(Element::First::element);
         spend(std::strlen(name));
-        if (document_.elements.size() >= Document::kMostElements) {
-            refuse(Refusal::Kind::tooMuch,
-                   "there are more than " + std::to_string(Document::kMostElements) + " elements");
+        if (!hasRoom(document_.elements.size(), Document::kMostElements, "elements")) {
             return;
         }
         Element& element = document_.elements.emplace_back();
         element.name = name;
-        element.place = here();
-        element.end = behind();
+        element.place = placeIn(parser_);
+        element.end = behind_;
         element.parent = open_;
-        sources_[depth_] = source();
+        element.source = source();
         if (open_ != nullptr) {
-            element.fromEntity = sources_[depth_] != sources_[depth_ - 1];
+            element.fromEntity = element.source != open_->source;
             (open_->lastChild != nullptr ? open_->lastChild->next : open_->firstChild) = &element;
             open_->lastChild = &element;
         }
@@ -116,80 +115,64 @@ class TreeBuilder final {
         open_ = &element;
         for (; *attributes != nullptr; attributes += 2) {
             spend(std::strlen(attributes[1]));
-            if (++attributes_ > kMostAttributes) {
-                refuse(Refusal::Kind::tooMuch,
-                       "there are more than " + std::to_string(kMostAttributes) + " attributes");
+            if (!hasRoom(attributes_++, kMostAttributes, "attributes")) {
                 return;
             }
             if (document_.attributes.size() < Document::kMostAttributesKept) {
                 document_.attributes.push_back({&element, attributes[0]});
             }
         }
-        passed();
     }
-
     void endElement(const char* /*name*/) {
         arrive();
+        inFirstNode_ = false;
         --depth_;
         open_ = open_->parent;
-        passed();
     }
 
     void characters(const char* text, int length) {
         arrive();
-        spend(static_cast<std::size_t>(length));
-        if (open_ != nullptr) {
-            const std::string_view piece(text, static_cast<std::size_t>(length));
-            if (open_->first == Element::First::nothing) {
-                open_->first = Element::First::text;
-                inFirstNode_ = true;
-            }
-            if (inFirstNode_) {
-                open_->text += piece;
-            }
-            if (!isBlank(piece)) {
-                if (!inFirstNode_ && open_->rest == 0) {
-                    open_->rest = byte();
-                }
-                if (open_->stray == 0 && source() == sources_[depth_ - 1]) {
-                    open_->stray = byte();
-                }
-            }
+        const std::string_view piece(text, static_cast<std::size_t>(length));
+        spend(piece.size());
+        inFirstNode_ = inFirstNode_ || meet(Element::First::text);
+        if (inFirstNode_) {
+            open_->text += piece;
         }
-        behind_ = behind();
-    }
-
-    void comment(const char* text) {
-        arrive();
-        spend(std::strlen(text));
-        if (meet(Element::First::comment)) {
-            open_->text = text;
+        if (piece.find_first_not_of(" \t\r\n") == std::string_view::npos) {
+            return;
         }
-        passed();
-    }
-    void instruction(const char* /*target*/, const char* data) {
-        arrive();
-        spend(std::strlen(data));
-        if (meet(Element::First::instruction)) {
-            open_->text = data;
+        if (!inFirstNode_ && open_->rest == 0) {
+            open_->rest = byte();
         }
-        passed();
+        if (open_->stray == 0 && source() == open_->source) {
+            open_->stray = byte();
+        }
     }
     void startSection() {
         arrive();
         inFirstNode_ = meet(Element::First::section);
-        behind_ = behind();
     }
     void endSection() {
         arrive();
-        passed();
+        inFirstNode_ = false;
+    }
+
+    void comment(const char* text) { meetValue(Element::First::comment, text); }
+    void instruction(const char* /*target*/, const char* data) {
+        meetValue(Element::First::instruction, data);
+    }
+    void meetValue(Element::First kind, const char* value) {
+        arrive();
+        spend(std::strlen(value));
+        if (meet(kind)) {
+            open_->text = value;
+        }
     }
 
     void startType(const char* /*name*/, const char* systemId, const char* publicId,
                    int /*hasInternalSubset*/) {
-        if (systemId != nullptr || publicId != nullptr) {
-            refuse(Refusal::Kind::outside, "the document type names the external subset " +
-                                               quoted(systemId != nullptr ? systemId : publicId));
+        if (const char* const outside = systemId != nullptr ? systemId : publicId) {
+            refuse(Refusal::Kind::outside, "the document type names the external subset " + quoted(outside));
         }
     }
     void entity(const char* name, int /*isParameter*/, const char* value, int length, const char* /*base*/,
@@ -197,25 +180,18 @@ class TreeBuilder final {
         if (systemId != nullptr) {
             refuse(Refusal::Kind::outside,
                    "the entity " + quoted(name) + " names " + quoted(systemId) + ", which is outside");
-        } else if (entityCount_ == kMostEntities) {
-            refuse(Refusal::Kind::tooMuch,
-                   "there are more than " + std::to_string(kMostEntities) + " entities");
-        } else {
-            entities_[entityCount_++] = {value, static_cast<std::size_t>(length)};
+        } else if (hasRoom(entities_.size(), kMostEntities, "entities")) {
+            entities_.emplace_back(value, static_cast<std::size_t>(length));
         }
     }
     void declaredAttribute(const char* /*element*/, const char* /*name*/, const char* /*type*/,
                            const char* /*standard*/, int /*isRequired*/) {
-        if (++declaredAttributes_ > kMostDeclaredAttributes) {
-            refuse(Refusal::Kind::tooMuch,
-                   "there are more than " + std::to_string(kMostDeclaredAttributes) + " declared attributes");
-        }
+        hasRoom(declaredAttributes_++, kMostDeclaredAttributes, "declared attributes");
     }
     /// An entity that nobody has declared, where that is no mistake, stands for nothing and interrupts nothing.
     void skippedEntity(const char* /*name*/, int isParameter) {
         if (isParameter == 0) {
             arrive();
-            behind_ = behind();
         }
     }
     /// Gets what the parser is asked for in `arrive`, and much that is not looked at.
@@ -228,10 +204,11 @@ class TreeBuilder final {
     /// ends, or stood for nothing.
     void arrive() {
         ::XML_DefaultCurrent(parser_);
-        if (open_ != nullptr && token_.data() != expected_) {
-            if (!meet(Element::First::entity) && open_->rest == 0) {
-                open_->rest = behind_;
-            }
+        const std::uint32_t before =
+            std::exchange(behind_, byte() + static_cast<std::uint32_t>(::XML_GetCurrentByteCount64(parser_)));
+        if (open_ != nullptr && token_.data() != expected_ && !meet(Element::First::entity) &&
+            open_->rest == 0) {
+            open_->rest = before;
         }
         expected_ = token_.data() + token_.size();
     }
@@ -240,27 +217,18 @@ class TreeBuilder final {
         if (document_.text[byte()] != '&') {
             return 0;
         }
-        const auto holds = [&](std::string_view value) {
+        const auto holds = [this](std::string_view value) {
             const std::less_equal<const char*> isNotBehind;
             return isNotBehind(value.data(), token_.data()) &&
                    isNotBehind(token_.data() + token_.size(), value.data() + value.size());
         };
         if (lastSource_ == 0 || !holds(entities_[lastSource_ - 1])) {
-            lastSource_ = entityCount_;
-            while (lastSource_ > 0 && !holds(entities_[lastSource_ - 1])) {
-                --lastSource_;
-            }
+            const auto found = std::find_if(entities_.rbegin(), entities_.rend(), holds);
+            lastSource_ = static_cast<std::size_t>(entities_.rend() - found);
         }
         return lastSource_;
     }
     std::uint32_t byte() const { return static_cast<std::uint32_t>(::XML_GetCurrentByteIndex64(parser_)); }
-    std::uint32_t behind() const {
-        return byte() + static_cast<std::uint32_t>(::XML_GetCurrentByteCount64(parser_));
-    }
-    Place here() const {
-        return {static_cast<std::uint32_t>(::XML_GetCurrentLineNumber64(parser_)),
-                static_cast<std::uint32_t>(::XML_GetCurrentColumnNumber64(parser_) + 1), byte()};
-    }
 
     /// A child node of the open element begins. True when it is the first one, whose value is the element's.
     bool meet(Element::First kind) {
@@ -271,23 +239,28 @@ class TreeBuilder final {
         open_->first = kind;
         return true;
     }
-    void passed() {
-        inFirstNode_ = false;
-        behind_ = behind();
+
+    // ---- What a document may take
+
+    /// Whether there may be one more than `present`.
+    bool hasRoom(std::size_t present, std::size_t most, const char* what) {
+        if (present >= most) {
+            refuse(Refusal::Kind::tooMuch, "there are more than " + std::to_string(most) + " " + what);
+        }
+        return present < most;
     }
     void spend(std::size_t characters) {
         if (characters > charactersLeft_) {
-            refuse(Refusal::Kind::tooMuch, "its entities and defaults expand to too much");
-            return;
+            refuse(Refusal::Kind::tooMuch, kExpandsTooMuch);
         }
-        charactersLeft_ -= characters;
+        charactersLeft_ -= std::min(characters, charactersLeft_);
     }
     void refuse(Refusal::Kind kind, std::string reason) {
         if (!document_.refusal) {
             const std::size_t declaration = document_.text.rfind("<!", byte());
             document_.refusal =
                 Refusal{kind, std::move(reason),
-                        kind == Refusal::Kind::outside ? document_.placeOf(declaration) : here()};
+                        kind == Refusal::Kind::outside ? document_.placeOf(declaration) : placeIn(parser_)};
             ::XML_StopParser(parser_, XML_FALSE);
         }
     }
@@ -297,56 +270,46 @@ class TreeBuilder final {
     std::size_t charactersLeft_;
     std::size_t attributes_ = 0;
     std::size_t declaredAttributes_ = 0;
-    std::array<std::string_view, kMostEntities> entities_;
-    std::size_t entityCount_ = 0;
+    std::vector<std::string_view> entities_;
     std::size_t lastSource_ = 0;
     Element* open_ = nullptr;
     std::size_t depth_ = 0;
-    std::array<std::size_t, Document::kDeepest> sources_{};  ///< of the start tags of the open elements
     std::string_view token_;
     const char* expected_ = nullptr;  ///< where the markup goes on when no entity comes between
     std::uint32_t behind_ = 0;        ///< the byte behind what was reported last
-    bool inFirstNode_ = false;
+    bool inFirstNode_ = false;        ///< which is a text or a section
 };
 
 Refusal refusalOf(const Document& document, XML_Parser parser) {
     const XML_Error error = ::XML_GetErrorCode(parser);
-    const Place place{static_cast<std::uint32_t>(::XML_GetCurrentLineNumber64(parser)),
-                      static_cast<std::uint32_t>(::XML_GetCurrentColumnNumber64(parser) + 1),
-                      static_cast<std::uint32_t>(::XML_GetCurrentByteIndex64(parser))};
+    const Place place = placeIn(parser);
     using enum Refusal::Kind;
-    switch (error) {
-        case XML_ERROR_NO_MEMORY:
-            return {noMemory, kOutOfMemory, place};
-        case XML_ERROR_AMPLIFICATION_LIMIT_BREACH:
-            return {tooMuch, "its entities and defaults expand to too much", place};
-        case XML_ERROR_INVALID_TOKEN:
-        case XML_ERROR_PARTIAL_CHAR:
-            if (place.byte < document.text.size() &&
-                characterLength(std::string_view(document.text).substr(place.byte)) == 0) {
-                return {encoding, "no character of the encoding UTF-8", place};
-            }
-            [[fallthrough]];
-        default:
-            return {notWellFormed, ::XML_ErrorString(error), place};
+    if (error == XML_ERROR_NO_MEMORY) {
+        return {noMemory, kOutOfMemory, place};
     }
+    if (error == XML_ERROR_AMPLIFICATION_LIMIT_BREACH) {
+        return {tooMuch, kExpandsTooMuch, place};
+    }
+    if ((error == XML_ERROR_INVALID_TOKEN || error == XML_ERROR_PARTIAL_CHAR) &&
+        place.byte < document.text.size() &&
+        characterLength(std::string_view(document.text).substr(place.byte)) == 0) {
+        return {encoding, "no character of the encoding UTF-8", place};
+    }
+    return {notWellFormed, ::XML_ErrorString(error), place};
 }
 
-struct ParserEnd {
-    void operator()(XML_Parser parser) const noexcept { ::XML_ParserFree(parser); }
-};
-
 void parse(Document& document) {
-    const std::unique_ptr<XML_ParserStruct, ParserEnd> parser(::XML_ParserCreate("UTF-8"));
+    const XML_Parser parser = ::XML_ParserCreate("UTF-8");
     if (parser == nullptr) {
         document.refusal = Refusal{Refusal::Kind::noParser, kOutOfMemory, {}};
         return;
     }
-    TreeBuilder builder(document, parser.get());
-    if (::XML_Parse(parser.get(), document.text.data(), static_cast<int>(document.text.size()), XML_TRUE) !=
-            XML_STATUS_OK &&
-        !document.refusal) {
-        document.refusal = refusalOf(document, parser.get());
+    const platform::ScopeEnd end([parser] { ::XML_ParserFree(parser); });
+    TreeBuilder builder(document, parser);
+    const XML_Status status =
+        ::XML_Parse(parser, document.text.data(), static_cast<int>(document.text.size()), XML_TRUE);
+    if (status != XML_STATUS_OK && !document.refusal) {
+        document.refusal = refusalOf(document, parser);
     }
     document.open = document.refusal ? builder.open() : nullptr;
 }
@@ -366,11 +329,11 @@ std::string Refusal::text() const {
 Place Document::placeOf(std::size_t byte, Place from) const {
     for (; from.byte < byte && from.byte < text.size(); ++from.byte) {
         const char c = text[from.byte];
-        if (c == '\n' || (c == '\r' && (from.byte + 1 == text.size() || text[from.byte + 1] != '\n'))) {
+        const char next = text.c_str()[from.byte + 1];
+        if (c == '\n' || (c == '\r' && next != '\n')) {
             ++from.line;
             from.column = 1;
-        } else if (const std::size_t next = from.byte + 1;
-                   next == text.size() || (static_cast<unsigned char>(text[next]) & 0xC0U) != 0x80U) {
+        } else if ((static_cast<unsigned char>(next) & 0xC0U) != 0x80U) {
             ++from.column;
         }
     }

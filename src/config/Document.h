@@ -18,7 +18,6 @@ struct Place {
     std::uint32_t column = 0;
     std::uint32_t byte = 0;
 
-    friend bool operator==(const Place&, const Place&) = default;
     friend auto operator<=>(const Place&, const Place&) = default;
 };
 
@@ -33,6 +32,7 @@ struct Element {
     std::uint32_t end = 0;    ///< the byte behind that
     std::uint32_t rest = 0;   ///< the byte where text behind the first child node begins; 0: there is none
     std::uint32_t stray = 0;  ///< the byte where the first text that is not blank begins; 0: there is none
+    std::size_t source = 0;   ///< the number of the entity in whose text it stands; 0: the document's own
     Element* parent = nullptr;
     Element* firstChild = nullptr;
     Element* lastChild = nullptr;

@@ -7,14 +7,12 @@
 #include <array>
 #include <cctype>
 #include <cstdint>
-#include <string_view>
 #include <utility>
 
 namespace config {
 namespace {
 
 constexpr char16_t kNothing = 0xFFFD;
-constexpr std::size_t kHalf = 0x80;
 constexpr std::size_t kAll = 0x100;
 
 std::uint8_t byteOf(std::string_view text, std::size_t at) noexcept {
@@ -22,63 +20,64 @@ std::uint8_t byteOf(std::string_view text, std::size_t at) noexcept {
 }
 
 void append(std::string& utf8, char32_t c) {
-    const auto put = [&](char32_t byte) { utf8 += static_cast<char>(static_cast<unsigned char>(byte)); };
-    if (c < 0x80) {
-        put(c);
-        return;
-    }
     // The first byte says by its upper bits how many follow, each of which has six bits of the character.
-    unsigned int shift = c < 0x800 ? 6 : c < 0x10000 ? 12 : 18;
-    put((shift == 6 ? 0xC0U : shift == 12 ? 0xE0U : 0xF0U) | c >> shift);
-    while (shift > 0) {
-        shift -= 6;
-        put(0x80U | (c >> shift & 0x3FU));
+    static constexpr char32_t kLead[] = {0, 0xC0, 0xE0, 0xF0};
+    const auto put = [&](char32_t byte) { utf8 += static_cast<char>(static_cast<unsigned char>(byte)); };
+    unsigned int following = c < 0x80 ? 0 : c < 0x800 ? 1 : c < 0x10000 ? 2 : 3;
+    put(kLead[following] | c >> 6 * following);
+    while (following-- > 0) {
+        put(0x80U | (c >> 6 * following & 0x3FU));
     }
 }
 
-std::string capitals(std::string name) {
+/// The usual name, in capitals, of an encoding that goes by others, too.
+std::string canonical(std::string name) {
+    static constexpr std::pair<std::string_view, std::string_view> kUsual[] = {
+        {"ISO_8859-", "ISO-8859-"}, {"ISO8859-", "ISO-8859-"}, {"CP125", "WINDOWS-125"}};
     std::transform(name.begin(), name.end(), name.begin(),
                    [](unsigned char c) { return static_cast<char>(std::toupper(c)); });
-    return name;
+    for (const auto& [other, usual] : kUsual) {
+        if (name.starts_with(other)) {
+            return name.replace(0, other.size(), usual);
+        }
+    }
+    return name == "ASCII" ? "US-ASCII" : name == "LATIN1" ? "ISO-8859-1" : name;
 }
 
 /// The name of the encoding in an XML declaration; empty when there is none.
 std::string declaredEncoding(std::string_view text) {
-    constexpr std::string_view blanks = " \t\r\n";
+    text = text.substr(0, text.starts_with("<?xml") ? text.find("?>") : 0);
     constexpr std::string_view keyword = "encoding";
-    if (!text.starts_with("<?xml")) {
+    const auto skip = [&text](std::size_t characters) {
+        text.remove_prefix(std::min(characters, text.size()));
+        text.remove_prefix(std::min(text.find_first_not_of(" \t\r\n"), text.size()));
+    };
+    skip(text.find(keyword));
+    skip(keyword.size());
+    if (!text.starts_with('=')) {
         return {};
     }
-    text = text.substr(0, text.find("?>"));
-    std::size_t at = text.find(keyword);
-    at = at == std::string_view::npos ? at : text.find_first_not_of(blanks, at + keyword.size());
-    if (at == std::string_view::npos || text[at] != '=') {
+    skip(1);
+    if (!text.starts_with('"') && !text.starts_with('\'')) {
         return {};
     }
-    at = text.find_first_not_of(blanks, at + 1);
-    if (at == std::string_view::npos || (text[at] != '"' && text[at] != '\'')) {
-        return {};
-    }
-    return std::string(text.substr(at + 1, text.find(text[at], at + 1) - at - 1));
+    return std::string(text.substr(1, text.find(text[0], 1) - 1));
 }
 
 std::optional<DecodingFailure> decodeUtf16(std::string& bytes, bool isLittle) {
     std::string utf8;
-    const auto unit = [&](std::size_t at) {
-        const unsigned int first = byteOf(bytes, at);
-        const unsigned int second = byteOf(bytes, at + 1);
-        return static_cast<char32_t>(isLittle ? first | second << 8U : first << 8U | second);
+    const auto unit = [&](std::size_t at) -> char32_t {
+        const std::size_t upper = at + (isLittle ? 1 : 0);
+        const std::size_t lower = at + (isLittle ? 0 : 1);
+        return at + 1 < bytes.size() ? byteOf(bytes, upper) * 0x100U + byteOf(bytes, lower) : 0;
     };
     const auto isSurrogate = [](char32_t c, char32_t kind) { return (c & 0xFC00U) == kind; };
     for (std::size_t i = 0; i < bytes.size(); i += 2) {
-        if (i + 1 == bytes.size()) {
-            return DecodingFailure{"half a character", i};
-        }
         char32_t c = unit(i);
-        if (isSurrogate(c, 0xD800) && i + 3 < bytes.size() && isSurrogate(unit(i + 2), 0xDC00)) {
+        if (isSurrogate(c, 0xD800) && isSurrogate(unit(i + 2), 0xDC00)) {
             c = 0x10000 + ((c - 0xD800) << 10U) + (unit(i + 2) - 0xDC00);
             i += 2;
-        } else if (isSurrogate(c, 0xD800) || isSurrogate(c, 0xDC00)) {
+        } else if (i + 1 == bytes.size() || isSurrogate(c, 0xD800) || isSurrogate(c, 0xDC00)) {
             return DecodingFailure{"half a character", i};
         }
         if (c != 0xFEFF || i > 0) {
@@ -87,7 +86,7 @@ std::optional<DecodingFailure> decodeUtf16(std::string& bytes, bool isLittle) {
     }
     bytes = std::move(utf8);
     const std::string declared = declaredEncoding(bytes);
-    const std::string name = capitals(declared);
+    const std::string name = canonical(declared);
     if (name.empty() || name == "UTF-16" || name == "ISO-10646-UCS-2" ||
         name == (isLittle ? "UTF-16LE" : "UTF-16BE")) {
         return std::nullopt;
@@ -98,33 +97,18 @@ std::optional<DecodingFailure> decodeUtf16(std::string& bytes, bool isLittle) {
 /// What each byte stands for by itself; empty texts are no characters.
 using Characters = std::array<std::string, kAll>;
 
-/// The usual name of an encoding that goes by others, too.
-std::string canonical(const std::string& name) {
-    if (name == "ASCII" || name == "LATIN1") {
-        return name == "ASCII" ? "US-ASCII" : "ISO-8859-1";
-    }
-    for (const auto& [other, usual] :
-         {std::pair("ISO_8859-", "ISO-8859-"), {"ISO8859-", "ISO-8859-"}, {"CP125", "WINDOWS-125"}}) {
-        if (name.starts_with(other)) {
-            return usual + name.substr(std::string_view(other).size());
-        }
-    }
-    return name;
-}
-
 /// Those of an encoding that is known here.
 bool fillFromTables(const std::string& name, Characters& characters) {
-    const auto* const found = std::find_if(std::begin(kOneByteEncodings), std::end(kOneByteEncodings),
-                                           [&](const OneByteEncoding& one) { return one.name == name; });
     const bool isAscii = name == "US-ASCII";
-    if (!isAscii && name != "ISO-8859-1" && found == std::end(kOneByteEncodings)) {
+    const auto* const found =
+        std::find_if(std::begin(kOneByteEncodings), std::end(kOneByteEncodings),
+                     [&](const auto& one) { return one.name == (isAscii ? "ISO-8859-1" : name); });
+    if (found == std::end(kOneByteEncodings)) {
         return false;
     }
-    const std::u16string_view upper =
-        found == std::end(kOneByteEncodings) ? std::u16string_view() : found->upper;
-    for (std::size_t byte = 0; byte < (isAscii ? kHalf : kAll); ++byte) {
-        const std::size_t lower = kAll - upper.size();
-        const auto c = byte < lower ? static_cast<char16_t>(byte) : upper[byte - lower];
+    const std::size_t lower = kAll - found->upper.size();
+    for (std::size_t byte = 0; byte < (isAscii ? 0x80U : kAll); ++byte) {
+        const auto c = byte < lower ? static_cast<char16_t>(byte) : found->upper[byte - lower];
         if (c != kNothing) {
             append(characters[byte], c);
         }
@@ -135,21 +119,15 @@ bool fillFromTables(const std::string& name, Characters& characters) {
 }  // namespace
 
 std::size_t characterLength(std::string_view text) {
-    if (text.empty()) {
-        return 0;
-    }
-    const std::uint8_t lead = byteOf(text, 0);
+    const std::uint8_t lead = text.empty() ? std::uint8_t{0xFF} : byteOf(text, 0);
     const std::size_t length = lead < 0x80U                   ? 1
                                : lead < 0xC2U || lead > 0xF4U ? 0
                                : lead < 0xE0U                 ? 2
                                : lead < 0xF0U                 ? 3
                                                               : 4;
-    for (std::size_t i = 1; i < length; ++i) {
-        if (i == text.size() || (byteOf(text, i) & 0xC0U) != 0x80U) {
-            return 0;
-        }
-    }
-    return length;
+    const auto continues = [](char byte) { return (static_cast<std::uint8_t>(byte) & 0xC0U) == 0x80U; };
+    const std::string_view rest = text.substr(0, length).substr(std::min<std::size_t>(length, 1));
+    return rest.size() + 1 == length && std::all_of(rest.begin(), rest.end(), continues) ? length : 0;
 }
 
 std::optional<DecodingFailure> decode(std::string& bytes) {
@@ -163,9 +141,9 @@ std::optional<DecodingFailure> decode(std::string& bytes) {
         bytes.erase(0, 3);  // what is declared counts
     }
     const std::string declared = declaredEncoding(bytes);
-    const std::string name = canonical(capitals(declared));
-    if (name.empty() || name == "UTF-8" || name == "UTF8" ||
-        name == "UTF-16") {  // the last was seen to be wrong
+    const std::string name = canonical(declared);
+    // UTF-16 was seen to be wrong.
+    if (name.empty() || name == "UTF-8" || name == "UTF8" || name == "UTF-16") {
         return std::nullopt;
     }
     Characters characters;
@@ -187,20 +165,17 @@ std::optional<DecodingFailure> decode(std::string& bytes) {
         }
     }
     // Byte by byte: a converter that sees them together may put a letter and its mark into one character.
-    const auto bad = std::find_if(bytes.begin(), bytes.end(), [&](char byte) {
-        return characters[static_cast<unsigned char>(byte)].empty();
-    });
     std::string utf8;
-    auto failed = static_cast<std::size_t>(bad - bytes.begin());
-    if (bad == bytes.end()) {
-        for (const char byte : bytes) {
-            utf8 += characters[static_cast<unsigned char>(byte)];
-        }
-    } else if (decoder) {
-        failed = decoder->decode(bytes, utf8);
+    std::size_t good = 0;
+    while (good < bytes.size() && !characters[byteOf(bytes, good)].empty()) {
+        utf8 += characters[byteOf(bytes, good++)];
     }
-    if (failed < bytes.size()) {
-        return DecodingFailure{"no character of the encoding '" + declared + "'", failed};
+    if (good < bytes.size() && decoder) {
+        utf8.clear();
+        good = decoder->decode(bytes, utf8);
+    }
+    if (good < bytes.size()) {
+        return DecodingFailure{"no character of the encoding '" + declared + "'", good};
     }
     bytes = std::move(utf8);
     return std::nullopt;

@@ -2,13 +2,32 @@
 
 #include "platform/agent/Logging.h"
 
-#include <algorithm>
 #include <utility>
 
 namespace config {
 namespace {
 
 constexpr TagNames kTags;
+
+using T = TagNames;
+constexpr std::array<SettingRow, kSettingCount> kRows{{
+    {Setting::LogFilePath, T::FileLogging, T::LogFilePath, Kind::text, &Settings::logFilePath},
+    {Setting::FileSize, T::FileLogging, T::FileSize, Kind::text, &Settings::fileSize},
+    {Setting::LogRevisionDays, T::FileLogging, T::LogRevisionDays, Kind::text, &Settings::logRevisionDays},
+    {Setting::LogLevel, T::FileLogging, T::LogLevel, Kind::level, &Settings::logLevel},
+    {Setting::FileLogger, T::FileLogging, T::FileLogger, Kind::on, &Settings::fileLogger},
+    {Setting::TunnelOpen, T::TunnelMessags, T::OpenMessage, Kind::messages, &Settings::tunnelOpenMessages},
+    {Setting::TunnelClose, T::TunnelMessags, T::CloseMessage, Kind::messages, &Settings::tunnelCloseMessages},
+    {Setting::Abort, T::TunnelMessags, T::AbortMessage, Kind::text, &Settings::abortMessage},
+    {Setting::FileOpen, T::FileMessages, T::OpenMessage, Kind::messages, &Settings::fileOpenMessages},
+    {Setting::FileClose, T::FileMessages, T::CloseMessage, Kind::messages, &Settings::fileCloseMessages},
+    {Setting::RDListner, T::ListnerSet, T::RDListner, Kind::flag, &Settings::rdListner},
+    {Setting::TunnelListner, T::ListnerSet, T::TunnelListner, Kind::flag, &Settings::tunnelListner},
+    {Setting::FileListner, T::ListnerSet, T::FileListner, Kind::flag, &Settings::fileListner},
+    {Setting::Script, std::nullopt, T::Script, Kind::text, &Settings::script},
+    {Setting::ResumeStatusFile, std::nullopt, T::RSMResumeStatusFile, Kind::text,
+     &Settings::resumeStatusFile},
+}};
 
 /// In document order. Nesting has its bound, so this cannot go deep.
 const Element* firstDescendant(const Element& element, std::string_view name) {
@@ -42,31 +61,7 @@ bool applyList(const Element& element, MessageList& list) {
 }  // namespace
 
 const std::array<SettingRow, kSettingCount>& settingRows() {
-    using Tags = TagNames;
-    static const std::array<SettingRow, kSettingCount> rows{{
-        {Setting::LogFilePath, Tags::FileLogging, Tags::LogFilePath, Kind::text, &Settings::logFilePath},
-        {Setting::FileSize, Tags::FileLogging, Tags::FileSize, Kind::text, &Settings::fileSize},
-        {Setting::LogRevisionDays, Tags::FileLogging, Tags::LogRevisionDays, Kind::text,
-         &Settings::logRevisionDays},
-        {Setting::LogLevel, Tags::FileLogging, Tags::LogLevel, Kind::level, &Settings::logLevel},
-        {Setting::FileLogger, Tags::FileLogging, Tags::FileLogger, Kind::on, &Settings::fileLogger},
-        {Setting::TunnelOpen, Tags::TunnelMessags, Tags::OpenMessage, Kind::messages,
-         &Settings::tunnelOpenMessages},
-        {Setting::TunnelClose, Tags::TunnelMessags, Tags::CloseMessage, Kind::messages,
-         &Settings::tunnelCloseMessages},
-        {Setting::Abort, Tags::TunnelMessags, Tags::AbortMessage, Kind::text, &Settings::abortMessage},
-        {Setting::FileOpen, Tags::FileMessages, Tags::OpenMessage, Kind::messages,
-         &Settings::fileOpenMessages},
-        {Setting::FileClose, Tags::FileMessages, Tags::CloseMessage, Kind::messages,
-         &Settings::fileCloseMessages},
-        {Setting::RDListner, Tags::ListnerSet, Tags::RDListner, Kind::flag, &Settings::rdListner},
-        {Setting::TunnelListner, Tags::ListnerSet, Tags::TunnelListner, Kind::flag, &Settings::tunnelListner},
-        {Setting::FileListner, Tags::ListnerSet, Tags::FileListner, Kind::flag, &Settings::fileListner},
-        {Setting::Script, std::nullopt, Tags::Script, Kind::text, &Settings::script},
-        {Setting::ResumeStatusFile, std::nullopt, Tags::RSMResumeStatusFile, Kind::text,
-         &Settings::resumeStatusFile},
-    }};
-    return rows;
+    return kRows;
 }
 
 std::span<const std::string> textsOf(const MessageList& list) {
@@ -75,11 +70,8 @@ std::span<const std::string> textsOf(const MessageList& list) {
 
 std::vector<Reading> readingsIn(const Element& child) {
     std::vector<Reading> readings;
-    if (child.fromEntity) {
-        return readings;
-    }
     for (const SettingRow& row : settingRows()) {
-        if (child.name != kTags[row.section.value_or(row.tag)]) {
+        if (child.fromEntity || child.name != kTags[row.section.value_or(row.tag)]) {
             continue;
         }
         if (const Element* const found = row.section ? firstDescendant(child, kTags[row.tag]) : &child) {
@@ -105,15 +97,11 @@ bool apply(const Reading& reading, Settings& settings) {
         return applyList(*reading.element, settings.*std::get<MessageList Settings::*>(row.member));
     }
     std::string text = reading.element->trimmedText();
-    if (row.kind == Kind::flag) {
-        settings.*std::get<bool Settings::*>(row.member) = !text.empty();
-        return true;
-    }
-    if (text.empty()) {
+    if (text.empty() && row.kind != Kind::flag) {
         return false;
     }
-    if (row.kind == Kind::on) {
-        settings.*std::get<bool Settings::*>(row.member) = true;
+    if (const auto* const isOn = std::get_if<bool Settings::*>(&row.member)) {
+        settings.*(*isOn) = !text.empty();
     } else if (row.kind == Kind::level) {
         settings.*std::get<std::int32_t Settings::*>(row.member) = levelNamed(text);
     } else {
@@ -143,10 +131,12 @@ std::span<const NamedLevel> levels() {
 }
 
 std::int32_t levelNamed(std::string_view name) {
-    const auto all = levels();
-    const auto found =
-        std::find_if(all.begin(), all.end(), [&](const NamedLevel& one) { return one.name == name; });
-    return found == all.end() ? level::kInfo : found->number;
+    for (const NamedLevel& one : levels()) {
+        if (one.name == name) {
+            return one.number;
+        }
+    }
+    return level::kInfo;
 }
 
 }  // namespace config

@@ -31,14 +31,10 @@ class XMLConfigData final : public ConfigData {
     void setLogLevel(const std::string& name) override { settings_.logLevel = config::levelNamed(name); }
     bool getFileLogger() const override { return settings_.fileLogger; }
     void setFileLogger(bool on) override { settings_.fileLogger = on; }
-    const std::string* getTunnelOpenMessages() const override {
-        return firstOf(settings_.tunnelOpenMessages);
-    }
-    const std::string* getTunnelCloseMessages() const override {
-        return firstOf(settings_.tunnelCloseMessages);
-    }
-    const std::string* getFileOpenMessages() const override { return firstOf(settings_.fileOpenMessages); }
-    const std::string* getFileCloseMessages() const override { return firstOf(settings_.fileCloseMessages); }
+    const std::string* getTunnelOpenMessages() const override { return list(settings_.tunnelOpenMessages); }
+    const std::string* getTunnelCloseMessages() const override { return list(settings_.tunnelCloseMessages); }
+    const std::string* getFileOpenMessages() const override { return list(settings_.fileOpenMessages); }
+    const std::string* getFileCloseMessages() const override { return list(settings_.fileCloseMessages); }
     const std::string& getAbortMessage() const override { return settings_.abortMessage; }
     void setAbortMessage(const std::string& text) override { settings_.abortMessage = text; }
     const std::string& getScript() const override { return settings_.script; }
@@ -56,11 +52,10 @@ class XMLConfigData final : public ConfigData {
 
   private:
     explicit XMLConfigData(const std::string& path) : configFilePath_(path) {}
-    XMLConfigData(const XMLConfigData& other)
-        : configFilePath_(other.configFilePath_), settings_(other.settings_) {}
+    XMLConfigData(const XMLConfigData&) = default;
 
-    static const std::string* firstOf(const config::MessageList& list) {
-        return list.empty() ? nullptr : list.data();
+    static const std::string* list(const config::MessageList& texts) {
+        return texts.empty() ? nullptr : texts.data();
     }
     void read(const config::Element& child);
 

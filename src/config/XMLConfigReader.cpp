@@ -12,13 +12,8 @@
 
 namespace {
 
-std::runtime_error parsingError(const std::string& path) {
-    return std::runtime_error(" Error Parsing the File: " + path +
-                              " !!! \n  Check the File Location & Format if the file is present \n ");
-}
-
 /// The document in the file. None when it cannot be had; what is wrong with it is logged then.
-std::optional<config::Document> readFile(const std::string& path) {
+std::optional<config::Document> readFile(const std::string& path) try {
     const platform::File file = platform::File::open(path, platform::OpenMode::Read);
     std::optional<std::string> contents =
         file.isOpen() ? file.readWhole(config::Document::kLargest + 1) : std::nullopt;
@@ -34,6 +29,8 @@ std::optional<config::Document> readFile(const std::string& path) {
                                                                      : " Error Parsing File: %s",
            document.refusal->text().c_str());
     return std::nullopt;
+} catch (const std::bad_alloc&) {
+    return std::nullopt;  // memory ran out before there was a document to refuse
 }
 
 }  // namespace
@@ -48,14 +45,10 @@ std::shared_ptr<const XMLConfigData> loadConfiguration(const std::string& path) 
 }
 
 void XMLConfigData::parseConfigFile() {
-    std::optional<config::Document> document;
-    try {
-        document = readFile(configFilePath_);
-    } catch (const std::bad_alloc&) {
-        // It ran out before there was a document to refuse.
-    }
+    const std::optional<config::Document> document = readFile(configFilePath_);
     if (!document) {
-        throw parsingError(configFilePath_);
+        throw std::runtime_error(" Error Parsing the File: " + configFilePath_ +
+                                 " !!! \n  Check the File Location & Format if the file is present \n ");
     }
     for (const config::Element* child = document->root()->firstChild; child != nullptr; child = child->next) {
         try {
