@@ -184,6 +184,11 @@ const support::Rows<ElementRow> elementRows(
         {"a text before an entity", "<Script>a&e;</Script>", "script=a"},
         {"an entity that is empty", "<Script>&v;s</Script>", ""},
         {"an empty entity in a text", "<Script>a&v;b</Script>", "script=a"},
+        {"an empty entity within another", "<Script>&w;s</Script>", ""},
+        {"a section in an entity", "<Script>&c;</Script>", ""},
+        {"a comment in an entity", "<Script>&k;s</Script>", ""},
+        {"an empty entity behind a section", "<Script><![CDATA[x]]>&v;y</Script>", "script=x"},
+        {"entities in an attribute", "<Script t='&v;&e;'>s</Script>", "script=s"},
         {"an empty section", "<Script><![CDATA[]]>s</Script>", ""},
         {"an instruction", "<Script><?p  d ?>s</Script>", "script=d"},
         {"an element out of an entity", "&s;" + logging("&f;<FileSize>2</FileSize>"), "size=1"},
@@ -195,6 +200,7 @@ const support::Rows<ElementRow> elementRows(
     [](const ElementRow& row) {
         EXPECT_EQ(Configuration().load(
                       "<!DOCTYPE z [<!ENTITY e 's'><!ENTITY v ''><!ENTITY s '<Script>s</Script>'>"
+                      "<!ENTITY w '&v;'><!ENTITY c '<![CDATA[x]]>'><!ENTITY k '<!--x-->'>"
                       "<!ENTITY f '<FileSize>1</FileSize>'><!ENTITY f2 '<FileSize>a&e;b</FileSize>'>"
                       "<!ENTITY m '<Message>b</Message>'><!ENTITY o "
                       "'<OpenMessage><Message>a</Message>&m;<Message>c&v;d</Message></OpenMessage>'>]><z>" +
