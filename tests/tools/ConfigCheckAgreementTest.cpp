@@ -38,7 +38,7 @@ TEST_F(ConfigCheckAgreementTest, SchemaDocumentsTheElementsThatTheModuleKnows) {
     for (std::sregex_iterator found(schema.begin(), schema.end(), element), end; found != end; ++found) {
         inSchema.insert(found->str(1));
         EXPECT_TRUE(found->length(2) > 0) << found->str(1) << " has no sentence";
-        if (const auto tag = check::findTag(found->str(1)); tag && check::knownElement(*tag).oddlySpelled) {
+        if (const auto tag = check::findTag(found->str(1)); tag && check::isOddlySpelled(*tag)) {
             EXPECT_NE(found->str(3).find("The spelling is meant."), std::string::npos) << found->str(1);
         }
     }
@@ -54,10 +54,9 @@ TEST_F(ConfigCheckAgreementTest, SchemaDocumentsTheElementsThatTheModuleKnows) {
 // For every element and every place: the module reads it there, the schema allows it and the checker has
 // nothing to say of its place, all three or none.
 TEST_F(ConfigCheckAgreementTest, EachElementInEachPlace) {
-    using Holds = check::KnownElement::Holds;
     std::vector<std::string> parents{""};
     for (const check::KnownElement& element : check::knownElements()) {
-        if (element.holds == Holds::elements) {
+        if (element.holdsElements) {
             parents.emplace_back(check::kTags[element.tag]);
         }
     }
@@ -73,7 +72,7 @@ TEST_F(ConfigCheckAgreementTest, EachElementInEachPlace) {
                 const std::string name(check::kTags[element.tag]);
                 // Sections are read for what is in them, the file logger is on anyway, and an abort text is
                 // read however deep in its section it is.
-                if (element.holds == Holds::elements || name == "FileLogger" ||
+                if (element.holdsElements || name == "FileLogger" ||
                     (name == "AbortMessage" && !section.empty() && !parent.empty())) {
                     continue;
                 }

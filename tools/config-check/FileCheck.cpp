@@ -1,20 +1,15 @@
 #include "FileCheck.h"
 
 #include "Rules.h"
-#include "SettingsInForce.h"
 #include "platform/File.h"
 
 #include <cerrno>
 #include <cstring>
-#include <filesystem>
 #include <system_error>
 #include <utility>
 
 namespace check {
 namespace {
-
-/// One byte more than the module reads, so that a file that is too large can be told.
-constexpr std::size_t kMostRead = config::Document::kLargest + 1;
 
 /// The start of a file, or why it cannot be read.
 std::string readFile(const std::string& path, std::string& unreadable) {
@@ -27,7 +22,8 @@ std::string readFile(const std::string& path, std::string& unreadable) {
                                                                   : std::strerror(error);
         return {};
     }
-    std::string bytes(kMostRead, '\0');
+    // One byte more than the module reads, so that a file that is too large can be told.
+    std::string bytes(config::Document::kLargest + 1, '\0');
     bytes.resize(file.readStart(bytes.data(), bytes.size()));
     return bytes;
 }
@@ -45,13 +41,10 @@ Result checkFile(const std::string& file, const std::optional<std::string>& sche
     result.text = document.text;
     result.accepted = !document.refusal;
     if (!result.accepted) {
-        const Finding reason = refusal(document);
-        result.findings.add(reason.severity, reason.position, reason.kind, reason.text).notes = reason.notes;
+        result.findings.add(refusal(document));
         return result;
     }
-    const Selection selection = select(document);
-    const Inspection inspection{file,     document,       selection, selection.taken.settings,
-                                schedule, result.findings};
+    const Inspection inspection(file, document, schedule, result.findings);
     checkStructure(inspection);
     checkTexts(inspection);
     checkListeners(inspection);

@@ -1,9 +1,10 @@
-// The check of one configuration file, from its path to what is to be reported.
+// The check of one configuration file, from its path to what is printed.
 #pragma once
 
 #include "Finding.h"
 
 #include <optional>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -34,5 +35,10 @@ struct Result {
 /// Checks one file. `schedule` is the path that the host gives to the
 /// data-source start-up, when it is to be looked at.
 Result checkFile(const std::string& file, const std::optional<std::string>& schedule);
+
+/// Findings as compilers print them and, unless `quiet`, the settings in force below.
+void printText(std::ostream& out, const Result& result, bool quiet);
+/// All of it as one JSON document.
+void printJson(std::ostream& out, const std::vector<Result>& results, bool quiet);
 
 }  // namespace check

@@ -3,9 +3,11 @@
 
 #include "config/Document.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -13,7 +15,6 @@ namespace check {
 
 /// Line 0 is no place, as for the command line.
 using Position = config::Place;
-constexpr Position kStart{1, 1, 0};
 
 enum class Severity : std::uint8_t {
     error,   ///< what is written is not what is in force, or cannot work
@@ -38,14 +39,16 @@ class Findings final {
   public:
     static constexpr std::size_t kMostKept = 100;
 
-    Finding& add(Severity severity, Position position, const char* kind, std::string text) {
-        Finding finding{severity, position, kind, std::move(text), {}};
+    Finding& add(Finding finding) {
         return full() ? surplus_ = std::move(finding) : all_.emplace_back(std::move(finding));
     }
     bool full() const { return all_.size() >= kMostKept; }
     /// In the order of the file, errors first where two stand at the same place.
-    void sort();
-
+    void sort() {
+        std::stable_sort(all_.begin(), all_.end(), [](const Finding& a, const Finding& b) {
+            return std::tie(a.position, a.severity) < std::tie(b.position, b.severity);
+        });
+    }
     const std::vector<Finding>& all() const { return all_; }
 
   private:

@@ -1,16 +1,35 @@
+#include "../log/ShownText.h"
 #include "Rules.h"
-#include "platform/agent/Logging.h"
+#include "config/Encoding.h"
 
 #include <algorithm>
-#include <array>
-#include <cstdio>
+#include <system_error>
 
 namespace check {
-namespace {
 
-constexpr std::size_t kLongestShown = 60;
-
-}  // namespace
+Inspection::Inspection(const std::string& path, const config::Document& read,
+                       const std::optional<std::string>& schedulePath, Findings& target)
+    : file(path),
+      document(read),
+      schedule(schedulePath),
+      findings(target),
+      taken(config::takeSettings(read)),
+      settings(taken.settings) {
+    for (const config::Reading& reading : taken.readings) {
+        looked.emplace(reading.element, reading.row->tag);
+        if (reading.row->kind == config::Kind::messages) {
+            for (const Element* const message : config::messagesOf(*reading.element)) {
+                looked.emplace(message, TagNames::Message);
+            }
+        }
+    }
+    for (const Element* child = root().firstChild; child != nullptr; child = child->next) {
+        const std::optional<Tag> tag = findTag(child->name);
+        if (tag && !child->fromEntity && isSection(*tag)) {
+            looked.emplace(child, *tag);
+        }
+    }
+}
 
 Position Inspection::afterBlanks(const Element& element, std::size_t byte) const {
     const std::size_t found = document.text.find_first_not_of(" \t\r\n", byte);
@@ -18,36 +37,50 @@ Position Inspection::afterBlanks(const Element& element, std::size_t byte) const
 }
 
 Position Inspection::tagOf(Setting setting, Position otherwise) const {
-    const Element* const element = selection[setting];
+    const Element* const element = originOf(setting);
     return element == nullptr ? otherwise : element->place;
 }
 
+void Inspection::pathError(Position position, const char* kind, const std::string& text,
+                           const std::string& path) const {
+    Finding& finding = error(position, kind, text);
+    if (nativePath(path).is_relative()) {
+        finding.notes.push_back(
+            {position, joined(shown(path), " is relative to the agent's working directory; from here it is ",
+                              shown(fromHere(path).string()))});
+    }
+}
+
+std::string takeVisible(std::string_view& text) {
+    const std::string_view character =
+        text.substr(0, std::max<std::size_t>(config::characterLength(text), 1));
+    text.remove_prefix(character.size());
+    std::string taken;
+    if (const std::size_t blank = std::string_view("\n\r\t").find(character);
+        blank != std::string_view::npos) {
+        taken = {'\\', "nrt"[blank]};
+    } else {
+        logreader::appendShown(taken, character, {});
+    }
+    return taken;
+}
+
+std::string visible(std::string_view text) {
+    std::string all;
+    while (!text.empty()) {
+        all += takeVisible(text);
+    }
+    return all;
+}
+
 std::string shown(std::string_view text) {
+    constexpr std::size_t kLongestShown = 60;
     std::string out = "'";
-    std::size_t length = 0;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        const auto byte = static_cast<unsigned char>(text[i]);
-        const bool continues = (byte & 0xC0U) == 0x80U;
-        if (!continues && ++length > kLongestShown) {
+    for (std::size_t length = 0; !text.empty(); ++length) {
+        if (length == kLongestShown) {
             return out + "...'";
         }
-        // U+0080 to U+009F, which a terminal may obey, are C2 80 to C2 9F.
-        const bool high =
-            byte == 0xC2U && i + 1 < text.size() && static_cast<unsigned char>(text[i + 1]) < 0xA0U;
-        if (byte == '\n') {
-            out += "\\n";
-        } else if (byte == '\r') {
-            out += "\\r";
-        } else if (byte == '\t') {
-            out += "\\t";
-        } else if (byte < 0x20U || byte == 0x7FU || high) {
-            std::array<char, 8> code{};
-            std::snprintf(code.data(), code.size(), "\\x%02x",
-                          high ? static_cast<unsigned char>(text[++i]) : byte);
-            out += code.data();
-        } else {
-            out += text[i];
-        }
+        out += takeVisible(text);
     }
     return out + "'";
 }
@@ -63,21 +96,16 @@ bool isLevel(std::string_view name) {
     return nameOfLevel(config::levelNamed(name)) == name;
 }
 
-const char* writtenAtLevel(std::int32_t number) {
-    switch (number) {
-        case level::kTrace:
-            return "every message";
-        case level::kInfo:
-            return "every message but those of level trace";
-        case level::kWarn:
-            return "messages of the levels warn, error and force, and no audit message";
-        case level::kError:
-            return "messages of the levels error and force, and no audit message";
-        case level::kAudit:
-            return "nothing at all";
-        default:
-            return "messages of level force only";
-    }
+std::filesystem::path nativePath(const std::string& path) {
+    std::string native = path;
+    std::replace(native.begin(), native.end(), '\\', '/');
+    return native;
+}
+
+std::filesystem::path fromHere(const std::string& path) {
+    std::error_code error;
+    const std::filesystem::path absolute = std::filesystem::absolute(nativePath(path), error);
+    return (error ? nativePath(path) : absolute).lexically_normal();
 }
 
 }  // namespace check

@@ -1,4 +1,4 @@
-#include "KnownElements.h"
+#include "Rules.h"
 
 #include <algorithm>
 #include <cctype>
@@ -10,45 +10,35 @@ namespace {
 constexpr std::size_t kLongestName = 40;  // beyond, a name is no slip of one of ours
 constexpr std::size_t kShortestPart = 5;
 
-std::string lowered(std::string_view given) {
-    std::string text(given);
-    std::transform(text.begin(), text.end(), text.begin(),
-                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-    return text;
-}
-
-/// From the module's own table of settings, in its order.
 std::vector<KnownElement> tabled() {
-    using Holds = KnownElement::Holds;
     std::vector<KnownElement> known;
-    const auto add = [&](Tag tag, Holds holds, std::optional<Tag> parent, bool direct = false) {
+    const auto add = [&](Tag tag, bool holdsElements, std::optional<Tag> parent) {
         auto found =
             std::find_if(known.begin(), known.end(), [&](const KnownElement& one) { return one.tag == tag; });
         if (found == known.end()) {
-            found = known.insert(found, {tag,
-                                         holds,
-                                         {},
-                                         direct,
-                                         kTags[tag].find("Listner") != std::string_view::npos ||
-                                             tag == TagNames::TunnelMessags || tag == TagNames::ListnerSet});
+            found = known.insert(found, {tag, holdsElements, {}});
         }
-        if (parent &&
-            std::find(found->parents.begin(), found->parents.end(), *parent) == found->parents.end()) {
-            found->parents.push_back(*parent);
+        std::vector<Tag>& parents = found->parents;
+        if (parent && std::find(parents.begin(), parents.end(), *parent) == parents.end()) {
+            parents.push_back(*parent);
         }
     };
     for (const config::SettingRow& row : config::settingRows()) {
-        if (row.section) {
-            add(*row.section, Holds::elements, std::nullopt);
-        }
-        const bool isFlag = row.kind == config::Kind::on || row.kind == config::Kind::flag;
         const bool isList = row.kind == config::Kind::messages;
-        add(row.tag, isList ? Holds::elements : isFlag ? Holds::flag : Holds::text, row.section);
+        if (row.section) {
+            add(*row.section, true, std::nullopt);
+        }
+        add(row.tag, isList, row.section);
         if (isList) {
-            add(TagNames::Message, Holds::text, row.tag, true);
+            add(TagNames::Message, false, row.tag);
         }
     }
     return known;
+}
+
+bool isReadIn(const KnownElement& element, std::optional<Tag> section) {
+    const std::vector<Tag>& parents = element.parents;
+    return section ? std::find(parents.begin(), parents.end(), *section) != parents.end() : parents.empty();
 }
 
 }  // namespace
@@ -64,12 +54,17 @@ const KnownElement& knownElement(Tag tag) {
 }
 
 std::optional<Tag> findTag(std::string_view name) {
-    for (const KnownElement& one : knownElements()) {
-        if (kTags[one.tag] == name) {
-            return one.tag;
-        }
-    }
-    return std::nullopt;
+    const auto found = std::find_if(knownElements().begin(), knownElements().end(),
+                                    [&](const KnownElement& one) { return kTags[one.tag] == name; });
+    return found == knownElements().end() ? std::nullopt : std::optional(found->tag);
+}
+
+bool isSection(Tag tag) {
+    return knownElement(tag).holdsElements && knownElement(tag).parents.empty();
+}
+
+bool isOddlySpelled(Tag tag) {
+    return tag == TagNames::TunnelMessags || kTags[tag].find("Listner") != std::string_view::npos;
 }
 
 std::optional<Tag> meantBy(const std::string& name, std::optional<Tag> section) {
@@ -92,11 +87,9 @@ std::optional<Tag> meantBy(const std::string& name, std::optional<Tag> section) 
     // "MaxFileSize", "LogFile": a part of a name that would be read here.
     const std::string part = lowered(plain);
     for (const KnownElement& one : knownElements()) {
-        const bool here =
-            section ? std::find(one.parents.begin(), one.parents.end(), *section) != one.parents.end()
-                    : one.parents.empty();
         const std::string whole = lowered(kTags[one.tag]);
-        if (here && (whole.find(part) != std::string::npos || part.find(whole) != std::string::npos)) {
+        if (isReadIn(one, section) &&
+            (whole.find(part) != std::string::npos || part.find(whole) != std::string::npos)) {
             return one.tag;
         }
     }
@@ -108,11 +101,18 @@ std::string placeOf(Tag tag) {
     if (element.parents.empty()) {
         return "directly in the root element";
     }
-    std::string place = element.direct ? "directly in " : "in ";
+    std::string place = tag == TagNames::Message ? "directly in " : "in ";
     for (const Tag parent : element.parents) {
-        place.append(parent == element.parents.front() ? "'" : " or '").append(kTags[parent]).append("'");
+        place += joined(parent == element.parents.front() ? "'" : " or '", kTags[parent], "'");
     }
     return place;
+}
+
+std::string lowered(std::string_view given) {
+    std::string text(given);
+    std::transform(text.begin(), text.end(), text.begin(),
+                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    return text;
 }
 
 std::size_t difference(std::string_view one, std::string_view other) {

@@ -14,19 +14,19 @@ using Tag = TagNames::Tag;
 inline constexpr TagNames kTags;
 
 struct KnownElement {
-    enum class Holds : std::uint8_t { elements, text, flag };
-
     Tag tag;
-    Holds holds;
-    std::vector<Tag> parents;   ///< the sections that it is read in; empty for a child of the root
-    bool direct = false;        ///< counts only as a child of its parent, not deeper in it
-    bool oddlySpelled = false;  ///< the name looks like a slip and is none
+    bool holdsElements;        ///< as a section and a list do
+    std::vector<Tag> parents;  ///< the sections that it is read in; empty for a child of the root
 };
 
+/// From the module's own table of settings, in its order.
 const std::vector<KnownElement>& knownElements();
 const KnownElement& knownElement(Tag tag);
 
 std::optional<Tag> findTag(std::string_view name);
+bool isSection(Tag tag);
+/// The name looks like a slip and is none.
+bool isOddlySpelled(Tag tag);
 /// The element that was meant by a name that none has, inside `section` or, without one, in the root.
 std::optional<Tag> meantBy(const std::string& name, std::optional<Tag> section);
 /// Where an element is read, as in "'Message' is read directly in ...".

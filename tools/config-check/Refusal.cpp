@@ -10,6 +10,7 @@ namespace check {
 namespace {
 
 constexpr std::string_view kBlanks = " \t\r\n";
+constexpr Position kStart{1, 1, 0};
 
 bool isName(char c) {
     return std::isalnum(static_cast<unsigned char>(c)) != 0 || c == '_' || c == ':' ||
@@ -91,6 +92,24 @@ std::string stumble(const config::Document& document, Position& position) {
     return {};
 }
 
+/// The parser's reason, or plainer words for it and the place that they are of.
+std::string notWellFormed(const config::Document& document, Position& position) {
+    const std::string_view text = document.text;
+    const std::string& reason = document.refusal->reason;
+    if (const std::string kind = kindOfFile(text); !kind.empty()) {
+        position = kStart;
+        return kind;
+    }
+    if (const std::string words = stumble(document, position); !words.empty()) {
+        return words;
+    }
+    const std::string_view rest = text.substr(std::min<std::size_t>(position.byte, text.size()));
+    if (reason.starts_with("junk") && rest.size() > 1 && rest.front() == '<' && isName(rest[1])) {
+        return "a second root element; all of a configuration stands in one";
+    }
+    return reason.starts_with("not well-formed") ? reason : "not well-formed: " + reason;
+}
+
 std::string badEncoding(const config::Document& document) {
     const config::Refusal& refusal = *document.refusal;
     if (!refusal.reason.ends_with("UTF-8")) {
@@ -109,45 +128,20 @@ std::string badEncoding(const config::Document& document) {
 Finding refusal(const config::Document& document) {
     using Kind = config::Refusal::Kind;
     const config::Refusal& why = *document.refusal;
-    Finding finding{
-        Severity::error, why.place.line == 0 ? kStart : why.place, "not-well-formed", why.reason, {}};
-    switch (why.kind) {
-        case Kind::tooDeep:
-            finding.kind = "too-deep";
-            break;
-        case Kind::outside:
-            finding.kind = "external-name";
-            finding.text += "; the module refuses such a document and opens nothing that it names";
-            break;
-        case Kind::tooLarge:
-            finding.kind = "too-large";
-            break;
-        case Kind::tooMuch:
-        case Kind::noParser:
-        case Kind::noMemory:
-            finding.kind = "too-much";
-            finding.text = "the module does not read that much: " + why.reason;
-            break;
-        case Kind::encoding:
-            finding.text = badEncoding(document);
-            break;
-        case Kind::notWellFormed: {
-            std::string words = kindOfFile(document.text);
-            if (!words.empty()) {
-                finding.position = kStart;
-            } else {
-                words = stumble(document, finding.position);
-            }
-            const bool isSecondRoot =
-                why.reason.starts_with("junk") && why.place.byte + 1 < document.text.size() &&
-                document.text[why.place.byte] == '<' && isName(document.text[why.place.byte + 1]);
-            finding.text = !words.empty() ? words
-                           : isSecondRoot ? "a second root element; all of a configuration stands in one"
-                           : why.reason.starts_with("not well-formed") ? why.reason
-                                                                       : "not well-formed: " + why.reason;
-            break;
-        }
-    }
+    const bool isMalformed = why.kind == Kind::encoding || why.kind == Kind::notWellFormed;
+    Finding finding;
+    finding.position = why.place.line == 0 ? kStart : why.place;
+    finding.kind = why.kind == Kind::tooDeep    ? "too-deep"
+                   : why.kind == Kind::tooLarge ? "too-large"
+                   : why.kind == Kind::outside  ? "external-name"
+                   : isMalformed                ? "not-well-formed"
+                                                : "too-much";
+    finding.text = why.kind == Kind::tooDeep || why.kind == Kind::tooLarge ? why.reason
+                   : why.kind == Kind::outside
+                       ? why.reason + "; the module refuses such a document and opens nothing that it names"
+                   : why.kind == Kind::encoding      ? badEncoding(document)
+                   : why.kind == Kind::notWellFormed ? notWellFormed(document, finding.position)
+                                                     : "the module does not read that much: " + why.reason;
     if (document.open != nullptr) {
         finding.notes.push_back(
             {document.open->place, shown(document.open->name) + " is open; it was opened here"});

@@ -1,4 +1,3 @@
-#include "Paths.h"
 #include "Rules.h"
 #include "platform/Access.h"
 
@@ -6,13 +5,16 @@
 #include <array>
 #include <cstdlib>
 #include <sstream>
-#include <string_view>
 #include <system_error>
 
 namespace check {
 namespace {
 
 namespace fs = std::filesystem;
+
+bool isAmong(char c, std::string_view set) {
+    return set.find(c) != std::string_view::npos;
+}
 
 /// A word of a command as the shell takes it.
 struct Word {
@@ -29,18 +31,18 @@ Word nextWord(std::string_view& command) {
     std::size_t i = 0;
     for (; i < command.size(); ++i) {
         const char c = command[i];
-        if (quote == '\0' && std::string_view(" \t\r\n;&|<>()").find(c) != std::string_view::npos) {
+        if (quote == '\0' && isAmong(c, " \t\r\n;&|<>()")) {
             break;
         }
         if (quote == c) {
             quote = '\0';
-        } else if (quote == '\0' && (c == '\'' || c == '"')) {
+        } else if (quote == '\0' && isAmong(c, "'\"")) {
             quote = c;
         } else if (c == '\\' && quote != '\'' && i + 1 < command.size()) {
             word.text += command[++i];
         } else {
-            word.plain = word.plain && (quote == '\'' || (c != '$' && c != '`')) &&
-                         (quote != '\0' || std::string_view("*?[]{}#~!").find(c) == std::string_view::npos);
+            word.plain = word.plain && (quote == '\'' || !isAmong(c, "$`")) &&
+                         (quote != '\0' || !isAmong(c, "*?[]{}#~!"));
             word.text += c;
         }
     }
@@ -60,7 +62,7 @@ bool isOfTheShell(std::string_view word) {
         " . : [ { alias bg break case cd command continue do echo eval exec exit export false fg for getopts "
         "hash if jobs kill local printf pwd read readonly return set shift test then times trap true type "
         "ulimit umask unalias unset until wait while ";
-    return kWords.find(" " + std::string(word) + " ") != std::string_view::npos;
+    return kWords.find(joined(" ", word, " ")) != std::string_view::npos;
 }
 
 bool isInterpreter(const std::string& word) {
@@ -82,77 +84,66 @@ bool isOnPath(const std::string& command) {
     return false;
 }
 
-class ScriptCheck final {
-  public:
-    explicit ScriptCheck(const Inspection& inspection)
-        : in_(inspection), position_(in_.textPositionOf(*in_.selection[Setting::Script])) {}
-
-    void run() {
-        std::string_view command = in_.settings.script;
-        Word word = nextWord(command);
-        while (word.plain && isAssignment(word.text)) {
-            word = nextWord(command);
-        }
-        if (!word.plain || word.text.empty() || isOfTheShell(word.text)) {
-            return;
-        }
-        const bool found =
-            word.text.find('/') != std::string::npos ? checkFile(word.text, true) : checkCommand(word);
-        if (found && isInterpreter(word.text)) {
-            const Word script = nextWord(command);
-            if (script.plain && !script.text.empty() && script.text.front() != '-') {
-                checkFile(script.text, false);
-            }
-        }
+/// What keeps the shell from running a command that it looks for; empty when nothing does.
+std::string faultOfCommand(const Word& word) {
+    if (isAmong('\\', word.written)) {
+        return joined(shown(word.written), ": the command interpreter takes each '\\' away and looks for ",
+                      shown(word.text), "; write '/'");
     }
+    return isOnPath(word.text)
+               ? ""
+               : joined("there is no command ", shown(word.text), " on the PATH of this process");
+}
 
-  private:
-    bool checkCommand(const Word& word) {
-        if (word.written.find('\\') != std::string::npos) {
-            report(shown(word.written) + ": the command interpreter takes each '\\' away and looks for " +
-                   shown(word.text) + "; write '/'");
-            return false;
-        }
-        if (!isOnPath(word.text)) {
-            report("there is no command " + shown(word.text) + " on the PATH of this process");
-            return false;
-        }
-        return true;
+std::string faultOfFile(const std::string& path, bool execute) {
+    std::error_code error;
+    if (!fs::exists(path, error)) {
+        return "there is no script " + shown(path);
     }
-
-    bool checkFile(const std::string& path, bool execute) {
-        std::error_code error;
-        if (!fs::exists(path, error)) {
-            report("there is no script " + shown(path), path);
-        } else if (!fs::is_regular_file(path, error)) {
-            report("the script " + shown(path) + " is no regular file", path);
-        } else if (execute ? !platform::mayExecute(path) : !platform::mayRead(path)) {
-            report("the script " + shown(path) + (execute ? " is not executable" : " may not be read"), path);
-        } else {
-            return true;
-        }
-        return false;
-    }
-
-    void report(const std::string& text, const std::string& path = {}) {
-        Finding& finding = in_.error(position_, "script", text);
-        if (!path.empty() && isRelative(path)) {
-            finding.notes.push_back(
-                {position_, shown(path) + " is relative to the agent's working directory; from here it is " +
-                                shown(fromHere(path).string())});
-        }
-    }
-
-    const Inspection& in_;
-    const Position position_;
-};
+    const char* const fault = !fs::is_regular_file(path, error)        ? " is no regular file"
+                              : execute && !platform::mayExecute(path) ? " is not executable"
+                              : !execute && !platform::mayRead(path)   ? " may not be read"
+                                                                       : nullptr;
+    return fault == nullptr ? "" : joined("the script ", shown(path), fault);
+}
 
 }  // namespace
 
 void checkScript(const Inspection& in) {
-    const Element* const script = in.selection[Setting::Script];
-    if (script != nullptr && script->first != Element::First::comment) {
-        ScriptCheck(in).run();
+    const Element* const script = in.originOf(Setting::Script);
+    if (script == nullptr || script->first == Element::First::comment) {
+        return;
+    }
+    const Position position = in.textPositionOf(*script);
+    /// True when the file is there and can be used.
+    const auto checkFile = [&](const std::string& path, bool execute) {
+        const std::string fault = faultOfFile(path, execute);
+        if (!fault.empty()) {
+            in.pathError(position, "script", fault, path);
+        }
+        return fault.empty();
+    };
+    std::string_view command = in.settings.script;
+    Word word = nextWord(command);
+    while (word.plain && isAssignment(word.text)) {
+        word = nextWord(command);
+    }
+    if (!word.plain || word.text.empty() || isOfTheShell(word.text)) {
+        return;
+    }
+    if (isAmong('/', word.text)) {
+        if (!checkFile(word.text, true)) {
+            return;
+        }
+    } else if (const std::string fault = faultOfCommand(word); !fault.empty()) {
+        in.error(position, "script", fault);
+        return;
+    }
+    if (isInterpreter(word.text)) {
+        const Word file = nextWord(command);
+        if (file.plain && !file.text.empty() && file.text.front() != '-') {
+            checkFile(file.text, false);
+        }
     }
 }
 

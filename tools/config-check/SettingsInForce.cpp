@@ -1,62 +1,73 @@
-#include "SettingsInForce.h"
-
-#include "Paths.h"
+#include "Rules.h"
 #include "platform/Number.h"
+#include "platform/agent/Logging.h"
+
+#include <algorithm>
+#include <iterator>
+#include <utility>
 
 namespace check {
 namespace {
 
-std::string meaningOf(const Inspection& in, const config::SettingRow& row, const std::string& value) {
-    const auto number = [&](const char* unit) {
-        const std::string read = std::to_string(platform::readNumber(value));
-        return value == read ? unit : "read as " + read + " " + unit;
-    };
-    switch (row.setting) {
+const char* writtenAtLevel(std::int32_t number) {
+    static constexpr std::pair<std::int32_t, const char*> kWritten[] = {
+        {level::kTrace, "every message"},
+        {level::kInfo, "every message but those of level trace"},
+        {level::kWarn, "messages of the levels warn, error and force, and no audit message"},
+        {level::kError, "messages of the levels error and force, and no audit message"},
+        {level::kAudit, "nothing at all"}};
+    const auto* const found = std::find_if(std::begin(kWritten), std::end(kWritten),
+                                           [&](const auto& one) { return one.first == number; });
+    return found == std::end(kWritten) ? "messages of level force only" : found->second;
+}
+
+std::string meaningOf(const Inspection& in, Setting setting, const std::string& value) {
+    switch (setting) {
         case Setting::FileSize:
-            return number("bytes");
-        case Setting::LogRevisionDays:
-            return number("days");
+        case Setting::LogRevisionDays: {
+            const char* const unit = setting == Setting::FileSize ? "bytes" : "days";
+            const std::string read = std::to_string(platform::readNumber(value));
+            return value == read ? unit : joined("read as ", read, " ", unit);
+        }
         case Setting::LogLevel:
             return writtenAtLevel(in.settings.logLevel);
-        case Setting::LogFilePath:
         case Setting::ResumeStatusFile:
             if (value.empty()) {
-                return row.setting == Setting::ResumeStatusFile
-                           ? "RSM does not survive a restart of the agent"
-                           : "";
+                return "RSM does not survive a restart of the agent";
             }
-            return isRelative(value) ? "from here " + fromHere(value).string() : "";
+            [[fallthrough]];
+        case Setting::LogFilePath:
+            return nativePath(value).is_relative() ? "from here " + fromHere(value).string() : "";
         default:
             return {};
     }
 }
 
 /// A value that is no list, as a text.
-struct AsText {
-    const config::Settings& settings;
-
-    std::string operator()(std::string config::Settings::*text) const { return settings.*text; }
-    std::string operator()(bool config::Settings::*flag) const { return settings.*flag ? "on" : "off"; }
-    std::string operator()(std::int32_t config::Settings::*number) const {
-        const std::string_view name = nameOfLevel(settings.*number);
-        return name.empty() ? std::to_string(settings.*number) : std::string(name);
+std::string valueOf(const config::Settings& settings, const config::SettingRow& row) {
+    if (const auto* const text = std::get_if<std::string config::Settings::*>(&row.member)) {
+        return settings.*(*text);
     }
-    std::string operator()(config::MessageList config::Settings::*) const { return {}; }
-};
+    if (row.kind == config::Kind::level) {
+        const std::string_view name = nameOfLevel(settings.logLevel);
+        return name.empty() ? std::to_string(settings.logLevel) : std::string(name);
+    }
+    return settings.*std::get<bool config::Settings::*>(row.member) ? "on" : "off";
+}
 
 }  // namespace
 
 std::vector<SettingInForce> settingsInForce(const Inspection& in) {
     std::vector<SettingInForce> all;
     for (const config::SettingRow& row : config::settingRows()) {
-        SettingInForce one;
-        one.name = (row.section ? std::string(kTags[*row.section]) + "/" : "").append(kTags[row.tag]);
-        const Element* const origin = in.selection[row.setting];
+        SettingInForce& one = all.emplace_back();
+        one.name = joined(row.section ? kTags[*row.section] : "", row.section ? "/" : "", kTags[row.tag]);
         one.list = row.kind == config::Kind::messages;
+        const Element* const origin = in.originOf(row.setting);
         if (!one.list) {
-            const std::string value = std::visit(AsText{in.settings}, row.member);
+            const std::string value = valueOf(in.settings, row);
             one.values.push_back({value, origin == nullptr ? std::nullopt : std::optional(origin->place)});
-            one.meaning = meaningOf(in, row, value);
+            one.meaning = meaningOf(in, row.setting, value);
         } else if (origin != nullptr) {
             for (const Element* const message : config::messagesOf(*origin)) {
                 if (std::string text = message->trimmedText(); !text.empty()) {
@@ -64,7 +75,6 @@ std::vector<SettingInForce> settingsInForce(const Inspection& in) {
                 }
             }
         }
-        all.push_back(std::move(one));
     }
     return all;
 }

@@ -1,35 +1,27 @@
-#include "Reports.h"
 #include "Rules.h"
-#include "config/Encoding.h"
 
 #include <algorithm>
-#include <string>
-#include <string_view>
-#include <utility>
+#include <array>
 
 namespace check {
 namespace {
 
 constexpr std::size_t kNumberWidth = 5;  // of a line's number
 constexpr std::size_t kValueWidth = 44;
-
 constexpr std::size_t kExcerptWidth = 100;
-constexpr std::size_t kShownBehind = 20;  // of that, at least, behind the place
+constexpr std::size_t kMostBefore = 50;  // of that, characters before the place
 
-/// The characters of UTF-8 in a text. A byte that is none counts as one of Latin 1.
-std::vector<std::string> charactersOf(std::string_view text) {
-    std::vector<std::string> characters;
-    while (!text.empty()) {
-        const std::size_t length = config::characterLength(text);
-        characters.emplace_back(text.substr(0, std::max<std::size_t>(length, 1)));
-        if (length == 0) {
-            const auto byte = static_cast<unsigned char>(text.front());
-            characters.back() = {static_cast<char>(0xC0U | byte >> 6U),
-                                 static_cast<char>(0x80U | (byte & 0x3FU))};
-        }
-        text.remove_prefix(std::max<std::size_t>(length, 1));
-    }
-    return characters;
+bool continuesCharacter(char byte) {
+    return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U;
+}
+
+std::size_t widthOf(const std::string& text) {
+    return text.size() -
+           static_cast<std::size_t>(std::count_if(text.begin(), text.end(), continuesCharacter));
+}
+
+std::string padded(const std::string& text, std::size_t width) {
+    return text + std::string(width - std::min(width, widthOf(text)), ' ');
 }
 
 /// The line that a position is in, or of a long one the part around it, with a mark below the place.
@@ -37,26 +29,21 @@ void printExcerpt(std::ostream& out, std::string_view text, Position position) {
     if (position.line == 0 || position.byte > text.size()) {
         return;
     }
-    // Four bytes a character are the most.
     const std::size_t start = text.substr(0, position.byte).find_last_of("\r\n") + 1;
-    const std::size_t far =
-        std::max(start, position.byte - std::min<std::size_t>(position.byte, 4 * kExcerptWidth));
-    const std::size_t end =
-        std::min({text.find_first_of("\r\n", position.byte), text.size(), position.byte + 4 * kExcerptWidth});
-    std::vector<std::string> characters = charactersOf(text.substr(far, position.byte - far));
-    const std::size_t most =
-        characters.size() > kExcerptWidth - kShownBehind ? kExcerptWidth / 2 : kExcerptWidth;
-    characters.erase(characters.begin(),
-                     characters.end() - static_cast<std::ptrdiff_t>(std::min(characters.size(), most)));
-    const std::size_t mark = characters.size();
-    const std::vector<std::string> behind = charactersOf(text.substr(position.byte, end - position.byte));
-    characters.insert(
-        characters.end(), behind.begin(),
-        behind.begin() + static_cast<std::ptrdiff_t>(std::min(behind.size(), kExcerptWidth - mark)));
-    std::string line;
-    for (const std::string& character : characters) {
-        const std::string visible = shown(character == "\t" ? " " : character);
-        line.append(visible, 1, visible.size() - 2);
+    std::size_t first = position.byte;
+    for (std::size_t count = 0; count < kMostBefore && first > start; ++count) {
+        do {
+            --first;
+        } while (first > start && continuesCharacter(text[first]));
+    }
+    std::string part(text.substr(first, position.byte - first + 4 * kExcerptWidth));
+    part.resize(std::min(part.size(), part.find_first_of("\r\n")));
+    std::replace(part.begin(), part.end(), '\t', ' ');
+    std::string line = visible(std::string_view(part).substr(0, position.byte - first));
+    const std::size_t mark = widthOf(line);
+    for (std::string_view behind = std::string_view(part).substr(position.byte - first);
+         !behind.empty() && widthOf(line) < kExcerptWidth;) {
+        line += takeVisible(behind);
     }
     if (line.find_first_not_of(' ') == std::string::npos) {
         return;
@@ -67,31 +54,28 @@ void printExcerpt(std::ostream& out, std::string_view text, Position position) {
         << std::string(width, ' ') << " | " << std::string(mark, ' ') << "^\n";
 }
 
-void printLine(std::ostream& out, const Result& result, Position position, const char* severity,
-               const std::string& text) {
-    out << result.file << ":";
-    if (position.line != 0) {
-        out << position.line << ":" << position.column << ":";
-    }
-    out << " " << severity << ": " << text;
-}
-
 void printFindings(std::ostream& out, const Result& result) {
+    const std::string file = visible(result.file);
+    const auto printLine = [&](Position position, const char* severity, const std::string& text) {
+        out << file << ":";
+        if (position.line != 0) {
+            out << position.line << ":" << position.column << ":";
+        }
+        out << " " << severity << ": " << text;
+    };
     for (const Finding& finding : result.findings.all()) {
-        printLine(out, result, finding.position, finding.severity == Severity::error ? "error" : "warning",
-                  finding.text);
+        printLine(finding.position, finding.severity == Severity::error ? "error" : "warning", finding.text);
         out << " [" << finding.kind << "]\n";
         printExcerpt(out, result.text, finding.position);
         for (const Note& note : finding.notes) {
-            printLine(out, result, note.position, "note", note.text);
-            out << "\n";
+            printLine(note.position, "note", note.text + "\n");
             if (note.position != finding.position) {
                 printExcerpt(out, result.text, note.position);
             }
         }
     }
     if (result.findings.full()) {
-        out << result.file << ": note: there may be more; only the first " << Findings::kMostKept
+        out << file << ": note: there may be more; only the first " << Findings::kMostKept
             << " findings are shown\n";
     }
 }
@@ -106,57 +90,33 @@ std::string printable(const std::string& value, bool list) {
                                                                           : text.substr(1, text.size() - 2);
 }
 
-std::size_t widthOf(const std::string& text) {
-    return static_cast<std::size_t>(std::count_if(text.begin(), text.end(), [](char byte) {
-        return (static_cast<unsigned char>(byte) & 0xC0U) != 0x80U;
-    }));
-}
-
-std::string padded(const std::string& text, std::size_t width) {
-    return text + std::string(width - std::min(width, widthOf(text)), ' ');
-}
-
-struct Row {
-    std::string name;
-    std::string value;
-    std::string origin;
-};
-
-std::vector<Row> rowsOf(const std::vector<SettingInForce>& settings) {
-    std::vector<Row> rows;
-    for (const SettingInForce& setting : settings) {
-        std::string name = setting.name;
-        std::vector<Value> values = setting.values;
-        if (values.empty()) {
-            values.emplace_back();
-        }
-        for (const Value& value : values) {
-            std::string origin = value.origin ? "line " + std::to_string(value.origin->line) : "default";
-            if (!setting.meaning.empty()) {
-                origin += " (" + setting.meaning + ")";
-            }
-            rows.push_back({std::exchange(name, ""), printable(value.text, setting.list), std::move(origin)});
-        }
-    }
-    return rows;
-}
-
 void printSettings(std::ostream& out, const Result& result) {
     if (!result.accepted) {
-        out << result.file << ": no settings are in force: the module refuses the file\n";
+        out << visible(result.file) << ": no settings are in force: the module refuses the file\n";
         return;
     }
-    out << result.file << ": settings in force:\n";
-    const std::vector<Row> rows = rowsOf(result.settings);
+    out << visible(result.file) << ": settings in force:\n";
+    std::vector<std::array<std::string, 3>> rows;
     std::size_t nameWidth = 0;
     std::size_t valueWidth = 0;
-    for (const Row& row : rows) {
-        nameWidth = std::max(nameWidth, row.name.size());
-        valueWidth = std::max(valueWidth, std::min(widthOf(row.value), kValueWidth));
+    for (const SettingInForce& setting : result.settings) {
+        const std::string meaning = setting.meaning.empty() ? "" : " (" + visible(setting.meaning) + ")";
+        const std::size_t first = rows.size();
+        for (const Value& value : setting.values) {
+            rows.push_back({rows.size() == first ? setting.name : "", printable(value.text, setting.list),
+                            value.origin ? "line " + std::to_string(value.origin->line) : "default"});
+            rows.back()[2] += meaning;
+        }
+        if (rows.size() == first) {
+            rows.push_back({setting.name, "none", "default"});
+        }
+        nameWidth = std::max(nameWidth, setting.name.size());
+        for (std::size_t row = first; row < rows.size(); ++row) {
+            valueWidth = std::max(valueWidth, std::min(widthOf(rows[row][1]), kValueWidth));
+        }
     }
-    for (const Row& row : rows) {
-        out << "  " << padded(row.name, nameWidth) << "  " << padded(row.value, valueWidth) << "  "
-            << row.origin << "\n";
+    for (const auto& [name, value, origin] : rows) {
+        out << "  " << padded(name, nameWidth) << "  " << padded(value, valueWidth) << "  " << origin << "\n";
     }
 }
 

@@ -1,23 +1,107 @@
 // zephan-config-check: what is wrong with a configuration, and what is in force.
-#include "FileCheck.h"
-#include "Options.h"
-#include "Reports.h"
+#include "Rules.h"
 
 #include <algorithm>
 #include <exception>
 #include <iostream>
+#include <stdexcept>
+
+#include <getopt.h>
 
 namespace {
 
+constexpr char kHelp[] = R"(Usage: zephan-config-check [OPTION]... FILE...
+Check configuration files of ZephanRSMLogger and show the settings in force.
+
+Each FILE is read as the module reads it, and what is most likely a mistake is
+printed as FILE:LINE:COLUMN: error: TEXT [KIND] or warning: TEXT [KIND], with
+the line that it is in. Below stand the settings in force, each with the line
+that it comes from or "default". Relative paths in FILE are taken from the
+working directory: run the program where the agent runs, as its user.
+Nothing is opened that FILE names, but the files that the module would write
+are looked at.
+
+  -q, --quiet            print findings only, no settings
+  -j, --json             print one JSON document
+  -s, --schedule=PATH    also check PATH, the schedule file that the agent gives
+                         to the data-source start-up
+  -h, --help             print this text and end
+  -V, --version          print the version and end
+
+Exit status:
+  0  nothing was found
+  1  something was found
+  2  wrong usage, or a FILE could not be read
+
+Examples:
+  zephan-config-check zephan-config.xml
+  zephan-config-check --quiet --schedule=state/schedule.xml zephan-config.xml
+)";
+
 enum ExitStatus : int { nothingFound = 0, somethingFound = 1, failed = 2 };
 
-ExitStatus run(const check::Options& options) {
+struct Options {
+    bool quiet = false;
+    bool json = false;
+    std::optional<std::string> schedule;
+    std::vector<std::string> files;
+};
+
+/// A command line that means nothing.
+struct UsageError final : std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+
+void complain(const std::string& text) {
+    std::cerr << "zephan-config-check: " << check::visible(text) << "\n";
+}
+
+/// Nothing when the command line asks for a text, which is printed.
+std::optional<Options> parseOptions(int count, char** words) {
+    const option known[] = {
+        {"quiet", no_argument, nullptr, 'q'},          {"json", no_argument, nullptr, 'j'},
+        {"schedule", required_argument, nullptr, 's'}, {"help", no_argument, nullptr, 'h'},
+        {"version", no_argument, nullptr, 'V'},        {nullptr, 0, nullptr, 0}};
+    Options options;
+    for (int found = 0; (found = ::getopt_long(count, words, ":qjs:hV", known, nullptr)) != -1;) {
+        switch (found) {
+            case 'q':
+                options.quiet = true;
+                break;
+            case 'j':
+                options.json = true;
+                break;
+            case 's':
+                options.schedule = ::optarg;
+                break;
+            case 'h':
+                std::cout << kHelp;
+                return std::nullopt;
+            case 'V':
+                std::cout << "zephan-config-check " CHECK_VERSION "\n";
+                return std::nullopt;
+            default:
+                throw UsageError(std::string(found == ':' ? "no value for option " : "unknown option ") +
+                                 words[::optind - 1]);
+        }
+    }
+    options.files.assign(words + ::optind, words + count);
+    if (options.files.empty()) {
+        throw UsageError("no FILE to check");
+    }
+    if (options.schedule && options.schedule->empty()) {
+        throw UsageError("the path of the schedule file is empty");
+    }
+    return options;
+}
+
+ExitStatus run(const Options& options) {
     ExitStatus status = nothingFound;
     std::vector<check::Result> results;
     for (const std::string& file : options.files) {
         check::Result result = check::checkFile(file, options.schedule);
         if (!result.unreadable.empty()) {
-            std::cerr << "zephan-config-check: " << file << ": " << result.unreadable << "\n";
+            complain(file + ": " + result.unreadable);
             status = failed;
         } else if (!result.findings.all().empty()) {
             status = std::max(status, somethingFound);
@@ -34,33 +118,21 @@ ExitStatus run(const check::Options& options) {
     return status;
 }
 
-ExitStatus runAsTold(int count, char** words) {
-    try {
-        const check::Options options = check::parseOptions(count, words);
-        switch (options.mode) {
-            case check::Options::Mode::help:
-                std::cout << check::kHelp;
-                return nothingFound;
-            case check::Options::Mode::version:
-                std::cout << "zephan-config-check " CHECK_VERSION "\n";
-                return nothingFound;
-            case check::Options::Mode::check:
-                return run(options);
-        }
-    } catch (const check::UsageError& error) {
-        std::cerr << "zephan-config-check: " << error.what() << "\nTry zephan-config-check --help.\n";
-    } catch (const std::exception& error) {
-        std::cerr << "zephan-config-check: " << error.what() << "\n";
-    }
-    return failed;
-}
-
 }  // namespace
 
 int main(int count, char** words) {
-    const ExitStatus status = runAsTold(count, words);
+    ExitStatus status = failed;
+    try {
+        const std::optional<Options> options = parseOptions(count, words);
+        status = options ? run(*options) : nothingFound;
+    } catch (const UsageError& error) {
+        complain(error.what());
+        std::cerr << "Try zephan-config-check --help.\n";
+    } catch (const std::exception& error) {
+        complain(error.what());
+    }
     if (!std::cout.flush()) {
-        std::cerr << "zephan-config-check: the output could not be written\n";
+        complain("the output could not be written");
         return failed;
     }
     return status;
