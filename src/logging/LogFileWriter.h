@@ -20,6 +20,9 @@ class XMLConfigData;
 class LogFileWriter final {
   public:
     static constexpr std::size_t kLongestMessage = 10239;  ///< characters kept of one message
+    /// Characters that an archive's name has behind the log's up to its last "."; a second that has had an archive
+    /// before takes a few more.
+    static constexpr std::size_t kLongestArchiveEnd = sizeof("2026_12_31_23_59_59.xml") - 1;
 
     LogFileWriter(const LogFileWriter&) = delete;
     LogFileWriter& operator=(const LogFileWriter&) = delete;

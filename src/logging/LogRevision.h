@@ -1,7 +1,5 @@
 #pragma once
 
-#include <cstdint>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -21,8 +19,4 @@ class LogRevision final {
     /// Takes hold of a directory and appends its entries' names. 0, or the error number, which is logged.
     static int listDirectory(const std::string& path, platform::Directory& directory,
                              std::vector<std::string>& names);
-    /// Whole days since the entry's last modification, nothing when that cannot be told. One that was written
-    /// when the clock was not set yet is as old as the clean-up that finds it, and is dated so.
-    static std::optional<std::int64_t> fileAgeInDays(const platform::Directory& directory,
-                                                     const std::string& name);
 };

@@ -10,4 +10,7 @@ bool mayRead(const std::string& path) noexcept;
 bool mayWrite(const std::string& path) noexcept;
 bool mayExecute(const std::string& path) noexcept;
 
+/// True when what is at the path lies in a file system that is gone when the system stops.
+bool isInMemory(const std::string& path) noexcept;
+
 }  // namespace platform

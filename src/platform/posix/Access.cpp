@@ -2,8 +2,11 @@
 
 #include "platform/posix/Descriptor.h"
 
+#include <linux/magic.h>
+
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <sys/vfs.h>
 #include <unistd.h>
 
 namespace platform {
@@ -33,6 +36,13 @@ bool mayWrite(const std::string& path) noexcept {
 
 bool mayExecute(const std::string& path) noexcept {
     return may(path, X_OK);
+}
+
+bool isInMemory(const std::string& path) noexcept {
+    posix::PathBuffer native;
+    struct statfs system {};
+    return posix::toNative(path, native) && ::statfs(native.data(), &system) == 0 &&
+           (system.f_type == TMPFS_MAGIC || system.f_type == RAMFS_MAGIC);
 }
 
 }  // namespace platform
