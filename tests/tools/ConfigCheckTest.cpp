@@ -3,6 +3,7 @@
 #include "support/Rows.h"
 
 #include <array>
+#include <chrono>
 #include <filesystem>
 #include <fstream>
 #include <map>
@@ -45,10 +46,10 @@ std::string part(const std::string& name, const std::string& text = {}) {
         {"texts", kTexts},
         {"files", kFileListener},
         {"logging",
-         "<FileLogging>\n<LogFilePath>log/a.xml</LogFilePath><LogLevel>info</LogLevel>\n  @\n</FileLogging>" +
+         "<FileLogging>\n<LogFilePath>log/agent.xml</LogFilePath><LogLevel>info</LogLevel>\n  @\n</FileLogging>" +
              kFileListener},
         {"level",
-         "<FileLogging>\n<LogLevel>@</LogLevel>\n<LogFilePath>log/a.xml</LogFilePath></FileLogging>" +
+         "<FileLogging>\n<LogLevel>@</LogLevel>\n<LogFilePath>log/agent.xml</LogFilePath></FileLogging>" +
              kFileListener},
         {"path", "<FileLogging>\n<LogFilePath>@</LogFilePath>\n<LogLevel>info</LogLevel></FileLogging>" +
                      kFileListener},
@@ -268,6 +269,63 @@ TEST_F(ConfigCheckTest, MarksThePlace) {
     EXPECT_NE(latin.find("| <z>\xc3\xbc<Scrip/>\\xc2\\x9b</z>\n        |     ^"), std::string::npos) << latin;
 }
 
+TEST_F(ConfigCheckTest, NothingThatATerminalObeysIsPrinted) {
+    const std::string text = document(part("path", "log/\xc2\x9b\x7f.xml") + "<b c='d'>\xc2\x85</b>");
+    workspace.write("a\x1b[31m.xml", text);
+    workspace.write("bad\xc2\x9b.xml", "<z>\x9b\xff\x1b</z>");
+    const checks::Run found = check(workspace, "a\x1b*.xml bad*.xml 'gone\x1b.xml'; '" CONFIG_CHECK
+                                               "' '--\x1b'; '" CONFIG_CHECK "' -j a*.xml bad*.xml");
+    EXPECT_EQ(found.printed.find_first_of("\x1b\x7f\x9b\x85\r\t"), std::string::npos) << found.printed;
+    for (const char* const signs : {"a\\x1b[31m.xml: settings", "gone\\x1b.xml: No such", "option --\\x1b",
+                                    "log/\\xc2\\x9b\\x7f.xml "}) {
+        EXPECT_NE(found.printed.find(signs), std::string::npos) << signs << "\n" << found.printed;
+    }
+}
+
+TEST_F(ConfigCheckTest, CleanUpOfWhatIsNoArchive) {
+    const auto old = std::filesystem::file_time_type::clock::now() - std::chrono::hours(24 * 40);
+    for (const char* const name : {"agent.xml", "agent2026_1_31_10_5_0.xml", "agent2026_1_31_10_5_0.xml.gz",
+                                   "my-agent.xml", "agenda.xml", "agent.xmlx"}) {
+        workspace.write(std::string("log/") + name, "");
+        std::filesystem::last_write_time(workspace.path(std::string("log/") + name), old);
+    }
+    workspace.write("log/new-agent.xml", "");
+    const std::string printed = run(document(part("logging"))).printed;
+    EXPECT_EQ(findings(printed), "3:14 warning clean-up") << printed;
+    EXPECT_NE(printed.find("the next start deletes 'agent.xmlx', 'my-agent.xml', no archive"),
+              std::string::npos)
+        << printed;
+    EXPECT_EQ(run(document(part("logging", "<LogRevisionDays>40</LogRevisionDays>"))).printed, "");
+    EXPECT_EQ(std::filesystem::last_write_time(workspace.path("log/my-agent.xml")), old);
+}
+
+TEST_F(ConfigCheckTest, LongNames) {
+    const auto found = [&](std::size_t length) {
+        return findings(run(document(part("path", "log/" + std::string(length - 4, 'n') + ".xml"))).printed);
+    };
+    EXPECT_EQ(found(236), "");
+    EXPECT_EQ(found(237), "3:14 warning archives");
+    EXPECT_EQ(found(256), "3:14 error path; 3:14 warning archives");
+}
+
+TEST_F(ConfigCheckTest, WrittenByOthers) {
+    using std::filesystem::perms;
+    workspace.write("config.xml", "");
+    const auto with = [&](const char* name, perms added) {
+        const std::filesystem::path path = workspace.path(name);
+        const perms before = std::filesystem::status(path).permissions();
+        std::filesystem::permissions(path, added, std::filesystem::perm_options::add);
+        const std::string printed = run(document(part("script", "bin/run.sh"))).printed;
+        std::filesystem::permissions(path, before);
+        return findings(printed);
+    };
+    EXPECT_EQ(with("config.xml", perms::group_write), "");
+    EXPECT_EQ(with("config.xml", perms::others_write), "1:1 warning others-may-write");
+    EXPECT_EQ(with("", perms::others_write), "1:1 warning others-may-write");
+    EXPECT_EQ(with("", perms::others_write | perms::sticky_bit), "");
+    EXPECT_EQ(with("bin/run.sh", perms::others_write), "2:9 warning others-may-write");
+}
+
 // The sanitizers' own memory is not the program's.
 #if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
 TEST_F(ConfigCheckTest, HostileFilesTakeLittleMemory) {
@@ -311,14 +369,14 @@ TEST_F(ConfigCheckTest, HostileFilesTakeLittleMemory) {
 
 TEST_F(ConfigCheckTest, NotWritable) {
     workspace.write("config.xml", document(part("resume", "locked/r.xml") + part("logging")));
-    workspace.write("log/a.xml", "");
+    workspace.write("log/agent.xml", "");
     workspace.write("locked/other", "");
     using std::filesystem::perms;
     const perms readable = perms::owner_read | perms::owner_exec | perms::group_read | perms::group_exec |
                            perms::others_read | perms::others_exec;
     std::filesystem::permissions(workspace.path(""), readable);
     std::filesystem::permissions(workspace.path("locked"), readable);
-    std::filesystem::permissions(workspace.path("log/a.xml"), readable);
+    std::filesystem::permissions(workspace.path("log/agent.xml"), readable);
     // The super-user may write everything.
     const std::string user = ::geteuid() == 0 ? "setpriv --reuid=65534 --regid=65534 --clear-groups " : "";
     const checks::Run found = checks::shell(workspace, user + "'" CONFIG_CHECK "' --quiet config.xml");

@@ -85,6 +85,11 @@ std::string shown(std::string_view text) {
     return out + "'";
 }
 
+bool isOneOf(std::string_view list, std::string_view word) {
+    return word.find(' ') == std::string_view::npos &&
+           list.find(joined(" ", word, " ")) != std::string_view::npos;
+}
+
 std::string_view nameOfLevel(std::int32_t number) {
     const auto levels = config::levels();
     const auto found = std::find_if(levels.begin(), levels.end(),

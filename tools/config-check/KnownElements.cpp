@@ -41,6 +41,14 @@ bool isReadIn(const KnownElement& element, std::optional<Tag> section) {
     return section ? std::find(parents.begin(), parents.end(), *section) != parents.end() : parents.empty();
 }
 
+std::string listed(const std::vector<Tag>& tags, const char* between) {
+    std::string list;
+    for (const Tag tag : tags) {
+        list += joined(list.empty() ? "" : between, "'", kTags[tag], "'");
+    }
+    return list;
+}
+
 }  // namespace
 
 const std::vector<KnownElement>& knownElements() {
@@ -97,15 +105,20 @@ std::optional<Tag> meantBy(const std::string& name, std::optional<Tag> section) 
 }
 
 std::string placeOf(Tag tag) {
-    const KnownElement& element = knownElement(tag);
-    if (element.parents.empty()) {
-        return "directly in the root element";
+    const std::vector<Tag>& parents = knownElement(tag).parents;
+    return parents.empty()
+               ? "directly in the root element"
+               : joined(tag == TagNames::Message ? "directly in " : "in ", listed(parents, " or "));
+}
+
+std::string namesIn(std::optional<Tag> section) {
+    std::vector<Tag> tags;
+    for (const KnownElement& one : knownElements()) {
+        if (section && isReadIn(one, section)) {
+            tags.push_back(one.tag);
+        }
     }
-    std::string place = tag == TagNames::Message ? "directly in " : "in ";
-    for (const Tag parent : element.parents) {
-        place += joined(parent == element.parents.front() ? "'" : " or '", kTags[parent], "'");
-    }
-    return place;
+    return tags.empty() ? "" : joined("; what it reads in '", kTags[*section], "' is ", listed(tags, ", "));
 }
 
 std::string lowered(std::string_view given) {

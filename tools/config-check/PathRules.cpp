@@ -1,6 +1,10 @@
+#include "../log/ArchiveName.h"
 #include "Rules.h"
+#include "logging/LogFamily.h"
+#include "logging/LogFileWriter.h"
 #include "platform/Access.h"
-#include "platform/File.h"
+#include "platform/Directory.h"
+#include "platform/Number.h"
 
 #include <algorithm>
 #include <string_view>
@@ -12,7 +16,9 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr std::size_t kLongestPath = 4095;
-constexpr const char* kArchiveEnd = ".xml";
+constexpr std::size_t kLongestName = 255;
+constexpr std::size_t kShortestBase = 4;  // a shorter one is part of many a name
+constexpr std::size_t kMostNamed = 10;
 
 /// A file that the module is to write.
 struct Target {
@@ -21,14 +27,10 @@ struct Target {
     Position position;
 };
 
-bool isThere(const fs::path& path) {
+/// What stands at a path; `none` when that cannot be told.
+fs::file_type typeOf(const fs::path& path) {
     std::error_code error;
-    return fs::exists(path, error);
-}
-
-bool isDirectory(const fs::path& path) {
-    std::error_code error;
-    return fs::is_directory(path, error);
+    return fs::status(path, error).type();
 }
 
 void checkSpelling(const Inspection& in, const Target& target) {
@@ -47,9 +49,10 @@ bool checkTarget(const Inspection& in, const Target& target) {
     const fs::path path = nativePath(target.path);
     const std::string directory = path.has_parent_path() ? path.parent_path().string() : ".";
     const std::string file = joined("the ", what, " ", shown(target.path));
-    std::error_code error;
-    const bool exists = isThere(path);
-    const bool isRegular = fs::is_regular_file(path, error);
+    using Type = fs::file_type;
+    const Type type = typeOf(path);
+    const Type around = typeOf(directory);
+    const bool exists = type != Type::not_found && type != Type::none;
     struct Fault {
         bool isFound;
         const char* kind;
@@ -57,12 +60,15 @@ bool checkTarget(const Inspection& in, const Target& target) {
     };
     const Fault faults[] = {
         {target.path.size() > kLongestPath, "path", joined("the path of the ", what, " is too long")},
-        {isDirectory(path) || !path.has_filename(), "path-is-directory", file + " is a directory"},
-        {!isThere(directory), "missing-directory",
+        {path.filename().string().size() > kLongestName, "path",
+         joined(file, " cannot be opened: its name has more than ", std::to_string(kLongestName), " bytes")},
+        {type == Type::directory || !path.has_filename(), "path-is-directory", file + " is a directory"},
+        {around == Type::not_found || around == Type::none, "missing-directory",
          joined("there is no directory ", shown(directory), " for the ", what, "; the module makes none")},
-        {!isDirectory(directory), "missing-directory",
+        {around != Type::directory, "missing-directory",
          joined(shown(directory), " is a file, and is to be the directory of the ", what)},
-        {exists && !isRegular, "not-a-file", file + " is no regular file; the module opens no other"},
+        {exists && type != Type::regular, "not-a-file",
+         file + " is no regular file; the module opens no other"},
         {exists && !platform::mayWrite(path.string()), "not-writable", file + " may not be written"},
         {!platform::mayWrite(directory), "not-writable",
          joined("in the directory ", shown(directory), " of the ", what, " no file may be made or removed")}};
@@ -71,7 +77,7 @@ bool checkTarget(const Inspection& in, const Target& target) {
     if (found != std::end(faults)) {
         in.pathError(target.position, found->kind, found->text, target.path);
     }
-    return (!exists || isRegular) && path.has_filename();
+    return (!exists || type == Type::regular) && path.has_filename();
 }
 
 /// What the log's own rules make of its path: archives are named after it up to its last ".", and the
@@ -86,28 +92,63 @@ void checkArchives(const Inspection& in, const Target& log) {
                       shown(path.substr(0, dot) + "2026_1_31_10_5_0.xml"), " and never deleted");
     } else if (separator == std::string::npos) {
         text = "names no directory: its archives are never deleted; write " + shown("./" + path);
-    } else if (path.find(kArchiveEnd, separator) == std::string::npos) {
+    } else if (path.find(".xml", separator) == std::string::npos) {
         text = "does not end in '.xml': its archives are never deleted";
+    } else if (dot - separator - 1 + LogFileWriter::kLongestArchiveEnd > kLongestName) {
+        text = "has a name too long for one of its archives: it is never archived and grows without end";
     }
     if (!text.empty()) {
         in.warning(log.position, "archives", "the log file ", shown(path), " ", text);
     }
 }
 
-/// The clean-up deletes what looks like a file of the log.
-void checkCleanUp(const Inspection& in, const Target& log, const Target& other) {
-    const fs::path logPath = fromHere(log.path);
-    const fs::path otherPath = fromHere(other.path);
-    std::string base = logPath.filename().string();
-    base.resize(std::min(base.size(), base.find(kArchiveEnd)));
-    if (logPath.parent_path() != otherPath.parent_path() ||
-        otherPath.filename().string().find(base) == std::string::npos ||
-        (nativePath(log.path).parent_path() / otherPath.filename()).string().find(kArchiveEnd) ==
-            std::string::npos) {
+/// What the clean-up, which goes by names, takes beside the log and its archives.
+void checkCleanUp(const Inspection& in, const Target& log, const std::vector<Target>& others) {
+    const LogFamily family(log.path);
+    const std::string name = nativePath(log.path).filename().string();
+    const std::string rule = "whose name contains " + shown(family.baseName());
+    platform::Directory directory;
+    std::vector<std::string> names;
+    if (directory.open(family.openedDirectory()) != 0 || directory.list(names) != 0) {
         return;
     }
-    in.warning(log.position, "clean-up", "the clean-up of the log deletes files whose name contains ",
-               shown(base), ", so the ", other.what, " ", shown(other.path), " too, once it is old enough");
+    for (const Target& other : others) {
+        const fs::path path = fromHere(other.path);
+        if (path != fromHere(log.path) && path.parent_path() == fromHere(log.path).parent_path() &&
+            family.holds(path.filename().string())) {
+            in.warning(log.position, "clean-up", "the clean-up of the log deletes files ", rule, ", so the ",
+                       other.what, " ", shown(other.path), " too, once it is old enough");
+        }
+    }
+    if (family.holds(name) && family.baseName().size() < kShortestBase) {
+        in.warning(log.position, "clean-up", "the clean-up of the log deletes every old file ", rule,
+                   ", and many a name does; choose one of four letters or more");
+    }
+    family.keepDue(names, directory, platform::readNumber(in.settings.logRevisionDays),
+                   LogFamily::Undated::leave);
+    std::erase_if(names, [&](const std::string& one) {
+        const auto archive = logreader::readArchiveName(one);
+        return one == name || !directory.mayRead(one) ||
+               (archive && archive->base == name.substr(0, name.rfind('.')));
+    });
+    std::string list;
+    for (std::size_t i = 0; i < std::min(names.size(), kMostNamed); ++i) {
+        list += (i == 0 ? " " : ", ") + shown(names[i]);
+    }
+    if (!names.empty() && in.settings.fileListner) {
+        in.warning(log.position, "clean-up", "the next start deletes", list,
+                   names.size() > kMostNamed ? " and others" : "",
+                   ", no archive of the log among them: it takes every old file ", rule);
+    }
+}
+
+/// True when the system empties the folder as it starts. A relative path is judged where the agent runs only.
+bool isEmptied(const fs::path& path) {
+    std::error_code error;
+    const std::string place = fs::weakly_canonical(path, error).string();
+    return path.is_absolute() &&
+           (place.starts_with("/tmp/") || place.starts_with("/run/") || place.starts_with("/dev/shm/") ||
+            platform::isInMemory(path.parent_path().string()));
 }
 
 void checkScheduleFile(const Inspection& in, const std::string& path) {
@@ -154,13 +195,17 @@ void checkPaths(const Inspection& in) {
         checkSpelling(in, one);
         if (checkTarget(in, one) && isLog) {
             checkArchives(in, one);
+            checkCleanUp(in, one, others);
+        }
+        if (!isLog && isEmptied(nativePath(one.path))) {
+            in.warning(one.position, "emptied", "the ", one.what, " ", shown(one.path),
+                       " lies where the system empties the folder when it starts: it is gone after the power"
+                       " cut that it is for");
         }
         for (std::size_t j = i + 1; j < others.size(); ++j) {
             if (fromHere(one.path) == fromHere(others[j].path)) {
                 in.error(one.position, "same-file", "the ", one.what, " and the ", others[j].what,
                          " are the same file, ", shown(one.path));
-            } else if (isLog) {
-                checkCleanUp(in, one, others[j]);
             }
         }
     }

@@ -80,6 +80,8 @@ std::string takeVisible(std::string_view& text);
 std::string visible(std::string_view text);
 /// A text for a message: visible, in quotes, a long one cut.
 std::string shown(std::string_view text);
+/// True when a word is among those of a list, which has a blank before and behind each.
+bool isOneOf(std::string_view list, std::string_view word);
 /// In small letters.
 std::string lowered(std::string_view given);
 

@@ -2,7 +2,6 @@
 #include "platform/Access.h"
 
 #include <algorithm>
-#include <array>
 #include <cstdlib>
 #include <sstream>
 #include <system_error>
@@ -57,42 +56,24 @@ bool isAssignment(const std::string& word) {
     return equals != std::string::npos && equals > 0 && word.find_first_of("/.-") > equals;
 }
 
-bool isOfTheShell(std::string_view word) {
-    static constexpr std::string_view kWords =
-        " . : [ { alias bg break case cd command continue do echo eval exec exit export false fg for getopts "
-        "hash if jobs kill local printf pwd read readonly return set shift test then times trap true type "
-        "ulimit umask unalias unset until wait while ";
-    return kWords.find(joined(" ", word, " ")) != std::string_view::npos;
-}
+constexpr std::string_view kWordsOfTheShell =
+    " . : [ { alias bg break case cd command continue do echo eval exec exit export false fg for getopts hash "
+    "if jobs kill local printf pwd read readonly return set shift test then times trap true type ulimit umask "
+    "unalias unset until wait while ";
+constexpr std::string_view kInterpreters = " sh bash dash ksh python3 perl python ";
 
-bool isInterpreter(const std::string& word) {
-    static constexpr std::array<std::string_view, 7> kNames{"sh",      "bash", "dash",  "ksh",
-                                                            "python3", "perl", "python"};
-    return std::find(kNames.begin(), kNames.end(), fs::path(word).filename().string()) != kNames.end();
-}
-
-bool isOnPath(const std::string& command) {
+/// The file that the shell runs for a command; empty when there is none.
+std::string onPath(const std::string& command) {
     const char* const path = std::getenv("PATH");
     std::istringstream directories(path == nullptr ? "/usr/bin:/bin" : path);
     for (std::string directory; std::getline(directories, directory, ':');) {
         const std::string candidate = (directory.empty() ? "." : directory) + "/" + command;
         std::error_code error;
         if (fs::is_regular_file(candidate, error) && platform::mayExecute(candidate)) {
-            return true;
+            return candidate;
         }
     }
-    return false;
-}
-
-/// What keeps the shell from running a command that it looks for; empty when nothing does.
-std::string faultOfCommand(const Word& word) {
-    if (isAmong('\\', word.written)) {
-        return joined(shown(word.written), ": the command interpreter takes each '\\' away and looks for ",
-                      shown(word.text), "; write '/'");
-    }
-    return isOnPath(word.text)
-               ? ""
-               : joined("there is no command ", shown(word.text), " on the PATH of this process");
+    return {};
 }
 
 std::string faultOfFile(const std::string& path, bool execute) {
@@ -107,9 +88,24 @@ std::string faultOfFile(const std::string& path, bool execute) {
     return fault == nullptr ? "" : joined("the script ", shown(path), fault);
 }
 
+/// Whoever may change what the agent runs, or where it is told what to run, has the agent's rights.
+void checkWriters(const Inspection& in, Position position, const char* what, const fs::path& path) {
+    std::error_code error;
+    const fs::perms allowed = fs::status(path, error).permissions();
+    const auto allows = [&](fs::perms one) { return (allowed & one) != fs::perms::none; };
+    // In a sticky folder nobody replaces the files of others.
+    if (!error && allows(fs::perms::others_write) && !allows(fs::perms::sticky_bit)) {
+        in.warning(position, "others-may-write", "others may write ", what, shown(path.string()),
+                   ": what they have it run runs as the agent");
+    }
+}
+
 }  // namespace
 
 void checkScript(const Inspection& in) {
+    const fs::path folder = fs::path(in.file).parent_path();
+    checkWriters(in, in.root().place, "the configuration ", in.file);
+    checkWriters(in, in.root().place, "the folder of the configuration, ", folder.empty() ? "." : folder);
     const Element* const script = in.originOf(Setting::Script);
     if (script == nullptr || script->first == Element::First::comment) {
         return;
@@ -120,6 +116,8 @@ void checkScript(const Inspection& in) {
         const std::string fault = faultOfFile(path, execute);
         if (!fault.empty()) {
             in.pathError(position, "script", fault, path);
+        } else {
+            checkWriters(in, position, "the script ", path);
         }
         return fault.empty();
     };
@@ -128,18 +126,26 @@ void checkScript(const Inspection& in) {
     while (word.plain && isAssignment(word.text)) {
         word = nextWord(command);
     }
-    if (!word.plain || word.text.empty() || isOfTheShell(word.text)) {
+    if (!word.plain || word.text.empty() || isOneOf(kWordsOfTheShell, word.text)) {
         return;
     }
     if (isAmong('/', word.text)) {
         if (!checkFile(word.text, true)) {
             return;
         }
-    } else if (const std::string fault = faultOfCommand(word); !fault.empty()) {
-        in.error(position, "script", fault);
+    } else if (isAmong('\\', word.written)) {
+        in.error(position, "script", shown(word.written),
+                 ": the command interpreter takes each '\\' away and looks for ", shown(word.text),
+                 "; write '/'");
+        return;
+    } else if (const std::string found = onPath(word.text); !found.empty()) {
+        checkWriters(in, position, "the command ", found);
+    } else {
+        in.error(position, "script", "there is no command ", shown(word.text),
+                 " on the PATH of this process");
         return;
     }
-    if (isInterpreter(word.text)) {
+    if (isOneOf(kInterpreters, fs::path(word.text).filename().string())) {
         const Word file = nextWord(command);
         if (file.plain && !file.text.empty() && file.text.front() != '-') {
             checkFile(file.text, false);

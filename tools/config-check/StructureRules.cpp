@@ -80,7 +80,7 @@ bool checkUnknown(const Inspection& in, const Element& element) {
                  shown(kTags[*meant]), "?", isOddlySpelled(*meant) ? " The spelling is meant." : "");
     } else if (element.parent == &in.root() || findTag(element.parent->name)) {
         in.warning(element.place, "unknown-element", "unknown element ", name,
-                   ": the module does not read it");
+                   ": the module does not read it", namesIn(findTag(element.parent->name)));
     }
     return meant.has_value();
 }
@@ -98,10 +98,10 @@ void checkElements(const Inspection& in) {
         } else if (silent.contains(element.parent)) {
             silent.insert(&element);
         } else if (in.looked.contains(&element)) {
-            if (!knownElement(*tag).holdsElements) {
-                continue;
+            if (knownElement(*tag).holdsElements) {
+                checkStray(in, element,
+                           isSection(*tag) ? "" : "; each text stands in a 'Message' of its own");
             }
-            checkStray(in, element, isSection(*tag) ? "" : "; each text stands in a 'Message' of its own");
             if (element.parent == &in.root()) {
                 if (const Element* const first = std::exchange(earlier[*tag], &element)) {
                     in.warning(element.place, "repeated", "a second ", shown(element.name),

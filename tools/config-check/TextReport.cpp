@@ -61,14 +61,15 @@ void printFindings(std::ostream& out, const Result& result) {
         if (position.line != 0) {
             out << position.line << ":" << position.column << ":";
         }
-        out << " " << severity << ": " << text;
+        out << " " << severity << ": " << visible(text);
     };
     for (const Finding& finding : result.findings.all()) {
         printLine(finding.position, finding.severity == Severity::error ? "error" : "warning", finding.text);
         out << " [" << finding.kind << "]\n";
         printExcerpt(out, result.text, finding.position);
         for (const Note& note : finding.notes) {
-            printLine(note.position, "note", note.text + "\n");
+            printLine(note.position, "note", note.text);
+            out << "\n";
             if (note.position != finding.position) {
                 printExcerpt(out, result.text, note.position);
             }

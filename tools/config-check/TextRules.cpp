@@ -2,7 +2,6 @@
 #include "platform/Number.h"
 
 #include <algorithm>
-#include <array>
 #include <limits>
 
 namespace check {
@@ -125,9 +124,8 @@ void checkNumber(const Inspection& in, const Element& element, const Row& row, c
 }
 
 void checkFlag(const Inspection& in, const Element& element, const Row& row, const std::string& text) {
-    static constexpr std::array<std::string_view, 11> kOff{
-        "false", "off", "no", "0", "n", "f", "none", "disabled", "disable", "never", "inactive"};
-    if (std::find(kOff.begin(), kOff.end(), lowered(withoutBreaks(text))) != kOff.end()) {
+    constexpr std::string_view kOff = " false off no 0 n f none disabled disable never inactive ";
+    if (isOneOf(kOff, lowered(withoutBreaks(text)))) {
         in.error(in.textPositionOf(element), "flag", shown(element.name), " is switched on by ", shown(text),
                  ", as by any text; ",
                  row.kind == config::Kind::on
@@ -146,9 +144,10 @@ void checkSetting(const Inspection& in, const Element& element, const Row& row) 
         in.warning(element.place, "empty", shown(element.name),
                    " without a text leaves it on; to switch off the log file leave 'FileListner' empty");
     } else if (text.empty()) {
-        if (row.section == TagNames::FileLogging) {
-            in.warning(element.place, "empty", shown(element.name),
-                       " without a text leaves the setting as it was");
+        if (row.section == TagNames::FileLogging || row.setting == Setting::ResumeStatusFile) {
+            in.warning(element.place, "empty", shown(element.name), " without a text ",
+                       row.section ? "leaves the setting as it was"
+                                   : "names no file: RSM does not survive a restart of the agent");
         }
     } else if (row.kind == config::Kind::level) {
         checkLevel(in, element, text);

@@ -18,8 +18,8 @@ printed as FILE:LINE:COLUMN: error: TEXT [KIND] or warning: TEXT [KIND], with
 the line that it is in. Below stand the settings in force, each with the line
 that it comes from or "default". Relative paths in FILE are taken from the
 working directory: run the program where the agent runs, as its user.
-Nothing is opened that FILE names, but the files that the module would write
-are looked at.
+No file is opened that FILE names, but the files that the module would write
+and the folder of its log are looked at.
 
   -q, --quiet            print findings only, no settings
   -j, --json             print one JSON document
@@ -64,25 +64,18 @@ std::optional<Options> parseOptions(int count, char** words) {
         {"version", no_argument, nullptr, 'V'},        {nullptr, 0, nullptr, 0}};
     Options options;
     for (int found = 0; (found = ::getopt_long(count, words, ":qjs:hV", known, nullptr)) != -1;) {
-        switch (found) {
-            case 'q':
-                options.quiet = true;
-                break;
-            case 'j':
-                options.json = true;
-                break;
-            case 's':
-                options.schedule = ::optarg;
-                break;
-            case 'h':
-                std::cout << kHelp;
-                return std::nullopt;
-            case 'V':
-                std::cout << "zephan-config-check " CHECK_VERSION "\n";
-                return std::nullopt;
-            default:
-                throw UsageError(std::string(found == ':' ? "no value for option " : "unknown option ") +
-                                 words[::optind - 1]);
+        if (found == ':' || found == '?') {
+            throw UsageError(std::string(found == ':' ? "no value for option " : "unknown option ") +
+                             words[::optind - 1]);
+        }
+        if (found == 'h' || found == 'V') {
+            std::cout << (found == 'h' ? kHelp : "zephan-config-check " CHECK_VERSION "\n");
+            return std::nullopt;
+        }
+        options.quiet = options.quiet || found == 'q';
+        options.json = options.json || found == 'j';
+        if (found == 's') {
+            options.schedule = ::optarg;
         }
     }
     options.files.assign(words + ::optind, words + count);
