@@ -159,16 +159,16 @@ bool ForcePollingTask::apply(RsmState::Step step) {
     if (!effects.save) {
         return true;
     }
-    const char* failure = nullptr;
+    platform::StateFile::Notice notice;
     {
         const auto controller = ZephanRSMSingleTon::existing();
         if (controller == nullptr || !controller->rsm()->thread().has(number_)) {
             return false;
         }
-        failure = controller->saveRSMState();
+        notice = controller->saveRSMState();
     }
-    if (failure != nullptr) {
-        KRXLog(level::kForce, "%s", failure);
+    if (notice.format != nullptr) {
+        KRXLog(level::kForce, notice.format, notice.path.c_str(), notice.path.c_str(), notice.suffix.data());
     }
     return true;
 }

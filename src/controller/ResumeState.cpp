@@ -7,6 +7,7 @@
 #include "platform/Number.h"
 #include "platform/agent/Logging.h"
 #include "scheduling/GmtClock.h"
+#include "scheduling/ScheduleRSMHandler.h"
 #include "scheduling/TaggedText.h"
 
 #include <algorithm>
@@ -14,11 +15,11 @@
 #include <cstdio>
 #include <exception>
 #include <limits>
+#include <string_view>
+#include <utility>
 
 namespace {
 
-constexpr char kRootTag[] = "<ResumeRSM>";
-constexpr char kClassName[] = "ZephanRSMSingleTon";
 constexpr double kFirstTwoDigitGrace = 10.0;  // minutes; below, a "0" is put before the number
 constexpr std::size_t kRecordSize = 1000;
 constexpr std::size_t kReadSize = 1024;
@@ -28,73 +29,71 @@ using Value = char[scheduling::kValueSize];
 
 }  // namespace
 
-const char* ZephanRSMSingleTon::saveRSMState() {
+platform::StateFile::Notice ZephanRSMSingleTon::saveRSMState() {
     const auto configuration = XMLConfigData::instance();
     if (configuration == nullptr) {
-        return "Unable to save RSM state.\n";
+        return {"Unable to save RSM state.\n"};
     }
     const RsmState current = state();
     const auto saved = scheduling::gmtFields(platform::now());
     std::array<char, kRecordSize> record{};
-    const int length = std::snprintf(
+    std::snprintf(
         record.data(), record.size(),
         "<ResumeRSM><RSMStartDate>%d:%02d:%02d</RSMStartDate><RSMStartTime>%02d:%02d:%02d</RSMStartTime><PollingRate>%d</PollingRate><GracePeriod>%s%d</GracePeriod></ResumeRSM>",
         saved.year, saved.month, saved.day, saved.hour, saved.minute, saved.second, current.pollingRate,
         current.gracePeriod < kFirstTwoDigitGrace ? "0" : "", current.wholeMinutes());
-    bool opened = false;
     try {
         const platform::Lock lock(resumeFileLock_);
-        setResumeFilePath(configuration->getRSMResumeStatusFile());
-        platform::File file = platform::File::open(resumePlace_, platform::OpenMode::Create);
-        opened = file.isOpen();
-        // Not emptied first: a kill between the two would lose the record that was there.
-        if (opened && file.overwriteStart({record.data(), static_cast<std::size_t>(length)})) {
-            file.truncate(length);
-            file.sync();
-            platform::syncName(resumePlace_);
+        resumeFile_.setPath(configuration->getRSMResumeStatusFile());
+        if (resumeFile_.open()) {
+            auto stored = resumeFile_.store(record.data(), platform::StateFile::Tail::Goes);
+            resumeFile_.close();
+            return std::move(stored.notice);
         }
     } catch (const std::exception&) {
         // No memory for the path: as a file that cannot be opened.
     }
-    return opened ? nullptr : "Unable to save RSM state. Unable to retrive file. \n";
+    return {"Unable to save RSM state. Unable to retrive file. \n"};
 }
 
 std::optional<ZephanRSMSingleTon::SavedRsm> ZephanRSMSingleTon::readResumeState(const std::string& path) {
     std::array<char, kReadSize> text{};
     {
         const platform::Lock lock(resumeFileLock_);
-        setResumeFilePath(path);
-        const platform::File file = platform::File::open(resumePlace_, platform::OpenMode::ReadWrite);
+        resumeFile_.setPath(path);
+        const platform::File file = platform::File::open(resumeFile_.place(), platform::OpenMode::ReadWrite);
         // One byte stays for the terminator; a longer file is cut.
         if (!file.isOpen() || file.readStart(text.data(), text.size() - 1) == 0) {
             return std::nullopt;
         }
     }
-    if (scheduling::getTagEndIndex(text.data(), kRootTag) != static_cast<std::int32_t>(sizeof kRootTag - 1)) {
+    if (!std::string_view(text.data()).starts_with(kResumeRootTag)) {
         KRXLog(level::kForce, "\n%s file is not in correct format.", path.c_str());
+        KRXLog(level::kForce, platform::StateFile::kForeign, path.c_str());
         return std::nullopt;
     }
-    Value date{};
-    Value time{};
-    Value rate{};
-    Value grace{};
-    const auto read = [&text](const char* element, Value& value) {
-        return scheduling::readTaggedValue(text.data(), element, value, kClassName);
+    Value date{}, time{}, rate{}, grace{};
+    const char* damaged = nullptr;
+    const scheduling::TaggedValue values[] = {
+        {"RSMStartDate", date, &ScheduleRSMHandler::isValidDate},
+        {"RSMStartTime", time, &ScheduleRSMHandler::isValidTime},
+        {"PollingRate", rate, &platform::isPositive},
+        {"GracePeriod", grace, [](const char* number) noexcept { return *number >= '0' && *number <= '9'; }},
     };
-    if (!read("RSMStartDate", date) || !read("RSMStartTime", time) || !read("PollingRate", rate) ||
-        !read("GracePeriod", grace)) {
+    if (!scheduling::readTaggedValues(text.data(), values, "ZephanRSMSingleTon", damaged)) {
         return std::nullopt;  // memory ran out: the record is kept for a start that can read it
     }
     const SavedRsm saved{scheduling::stringToTime(date, time), platform::readNumber(rate),
                          platform::readNumber(grace)};
-    if (saved.gracePeriod * kSecondsPerMinute <= scheduling::gmtNow() - saved.savedAt) {
+    const bool over = saved.pollingRate < 1 ||
+                      saved.gracePeriod * kSecondsPerMinute <= scheduling::gmtNow() - saved.savedAt;
+    if (damaged != nullptr) {
+        using platform::StateFile;
+        KRXLog(level::kForce, over ? StateFile::kUseless : StateFile::kFollowed, path.c_str(), damaged);
+    }
+    if (over) {
         const platform::Lock lock(resumeFileLock_);
-        // Not when it was saved anew since it was read.
-        std::array<char, kReadSize> present{};
-        const platform::File file = platform::File::open(resumePlace_, platform::OpenMode::Read);
-        if (file.isOpen() && file.readStart(present.data(), present.size() - 1) != 0 && present == text) {
-            platform::removeFile(resumePlace_);
-        }
+        resumeFile_.remove(text.data());  // not when it was saved anew since it was read
         return std::nullopt;
     }
     return saved;

@@ -1,7 +1,6 @@
 #include "controller/ZephanRSMSingleTon.h"
 
 #include "logging/ConfigHandler.h"
-#include "platform/File.h"
 #include "platform/Immortal.h"
 #include "platform/Published.h"
 #include "platform/ScopeEnd.h"
@@ -109,19 +108,5 @@ bool ZephanRSMSingleTon::createScheduleHandler(const char* scheduleFilePath) {
         return true;
     } catch (const std::bad_alloc&) {
         return false;  // no handler: the callers report that
-    }
-}
-
-std::string ZephanRSMSingleTon::getResumeFilePath() const {
-    const platform::Lock lock(resumeFileLock_);
-    return resumeFilePath_;
-}
-
-void ZephanRSMSingleTon::setResumeFilePath(const std::string& path) {
-    const platform::Lock lock(resumeFileLock_);
-    if (path != resumeFilePath_) {  // the same one leads where it did, wherever the host has gone since
-        std::string place = platform::absolutePath(path);
-        resumeFilePath_ = path;
-        resumePlace_ = std::move(place);
     }
 }

@@ -2,12 +2,14 @@
 
 #include "controller/SharedRsm.h"
 #include "platform/Mutex.h"
+#include "platform/StateFile.h"
 
 #include <atomic>
 #include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <utility>
 
 class ConfigHandler;
@@ -73,8 +75,14 @@ class ZephanRSMSingleTon final {
         rsm_->look([&](RsmState& state, std::int64_t /*now*/) { state.pollingRate = seconds; });
     }
     std::int64_t getDelayedEndTime() const { return state().delayedEndTime; }
-    std::string getResumeFilePath() const;
-    void setResumeFilePath(const std::string& path);
+    std::string getResumeFilePath() const {
+        const platform::Lock lock(resumeFileLock_);
+        return resumeFile_.path();
+    }
+    void setResumeFilePath(const std::string& path) {
+        const platform::Lock lock(resumeFileLock_);
+        resumeFile_.setPath(path);
+    }
 
     // ---- Orders (Orders.cpp)
     /// Starts force polling or, while it runs, starts it afresh with the new values. `currentPollInterval`
@@ -102,8 +110,8 @@ class ZephanRSMSingleTon final {
     void UpdateProperty() { rsm_->report(); }
 
     // ---- Resume state file (ResumeState.cpp)
-    /// Writes the resume state file anew. Null, or the line to be logged at `level::kForce` if it failed.
-    const char* saveRSMState();
+    /// Writes the resume state file anew; what is to be logged at `level::kForce` of that.
+    platform::StateFile::Notice saveRSMState();
     /// What a record says of a force polling that ran when it was written.
     struct SavedRsm {
         std::int64_t savedAt = 0;      ///< GMT clock value
@@ -124,8 +132,8 @@ class ZephanRSMSingleTon final {
 
     const std::shared_ptr<SharedRsm> rsm_ = std::make_shared<SharedRsm>();
     mutable platform::Mutex resumeFileLock_;  ///< of path and file; no agent is called under it
-    std::string resumeFilePath_ GUARDED_BY(resumeFileLock_);  ///< of the last save or read
-    std::string resumePlace_ GUARDED_BY(resumeFileLock_);     ///< where that led at first
+    static constexpr std::string_view kResumeRootTag = "<ResumeRSM>";
+    platform::StateFile resumeFile_ GUARDED_BY(resumeFileLock_){kResumeRootTag};
     std::unique_ptr<ConfigHandler> configHandler_;
     std::unique_ptr<ScheduleRSMHandler> ownedScheduleHandler_;
     std::atomic<ScheduleRSMHandler*> scheduleHandler_{nullptr};

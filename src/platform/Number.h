@@ -12,4 +12,9 @@ std::int32_t readNumber(std::string_view text) noexcept;
 /// Likewise of the `length` characters from `position` on alone; 0 when the text ends before.
 std::int32_t readNumber(std::string_view text, std::size_t position, std::size_t length) noexcept;
 
+/// Such a number is 1 or more.
+inline bool isPositive(const char* text) noexcept {
+    return readNumber(text) >= 1;
+}
+
 }  // namespace platform

@@ -1,16 +1,12 @@
 #include "scheduling/Schedule.h"
 
+#include "platform/Number.h"
 #include "scheduling/GmtClock.h"
+#include "scheduling/ScheduleRSMHandler.h"
 
 #include <cstdio>
 
 namespace scheduling {
-namespace {
-
-constexpr char kRootTag[] = "<RSMExecuteCommand>";
-constexpr char kClassName[] = "ScheduleRSMHandler";
-
-}  // namespace
 
 Schedule::Record Schedule::record() const noexcept {
     Record text{};
@@ -21,21 +17,16 @@ Schedule::Record Schedule::record() const noexcept {
     return text;
 }
 
-bool Schedule::isRecord(const std::string& contents) noexcept {
-    return contents.starts_with(kRootTag);
-}
-
-bool Schedule::readRecord(const std::string& contents) {
-    const struct {
-        const char* element;
-        char (&value)[kValueSize];
-    } values[] = {{"RSMStartDate", startDate},      {"RSMStartTime", startTime},
-                  {"RSMEndDate", endDate},          {"RSMEndTime", endTime},
-                  {"PollingRate", pollingRateText}, {"GracePeriod", gracePeriodText}};
-    bool complete = true;
-    for (const auto& [element, value] : values) {
-        complete &= readTaggedValue(contents.c_str(), element, value, kClassName);
-    }
+bool Schedule::readRecord(const std::string& contents, const char*& damaged) {
+    const TaggedValue values[] = {
+        {"RSMStartDate", startDate, &ScheduleRSMHandler::isValidDate},
+        {"RSMStartTime", startTime, &ScheduleRSMHandler::isValidTime},
+        {"RSMEndDate", endDate, &ScheduleRSMHandler::isValidDate},
+        {"RSMEndTime", endTime, &ScheduleRSMHandler::isValidTime},
+        {"PollingRate", pollingRateText, &platform::isPositive},
+        {"GracePeriod", gracePeriodText, &platform::isPositive},
+    };
+    const bool complete = readTaggedValues(contents.c_str(), values, "ScheduleRSMHandler", damaged);
     startTimeValue = stringToTime(startDate, startTime);
     endTimeValue = stringToTime(endDate, endTime);
     return complete;

@@ -5,6 +5,7 @@
 #include <array>
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 namespace scheduling {
 
@@ -25,10 +26,10 @@ struct Schedule {
     using Record = std::array<char, 1000>;
     /// The text of the schedule file, ended by a NUL.
     Record record() const noexcept;
-    /// A file's contents begin as a record does.
-    static bool isRecord(const std::string& contents) noexcept;
-    /// Takes the values of a record. False when memory ran out for one of them.
-    bool readRecord(const std::string& contents);
+    static constexpr std::string_view kRootTag = "<RSMExecuteCommand>";
+    /// Takes the values of a record; `damaged` gets the first element whose value is of no use, if there is
+    /// one. False when memory ran out for one of them.
+    bool readRecord(const std::string& contents, const char*& damaged);
 };
 
 }  // namespace scheduling

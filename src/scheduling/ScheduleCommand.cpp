@@ -36,10 +36,6 @@ bool isAcceptableTime(const char* text) noexcept {
     return isImmediate(text) || ScheduleRSMHandler::isValidTime(text);
 }
 
-bool isPositive(const char* text) noexcept {
-    return platform::readNumber(text) >= 1;
-}
-
 /// One of the command's four properties.
 struct Parameter {
     const char* name;
@@ -55,9 +51,9 @@ constexpr std::array<Parameter, 4> kParameters{{
      "Date should be in YYYY:MM:DD format. e.g. 2007:09:30"},
     {"RSMStartTime", &Schedule::startTime, "\n RSMStartTime = %s ", "immediate", &isAcceptableTime,
      "Time should be in HH:MM:Sec format. e.g. 05:06:00"},
-    {"PollingRate", &Schedule::pollingRateText, "\n PollingRate = %s ", "60", &isPositive,
+    {"PollingRate", &Schedule::pollingRateText, "\n PollingRate = %s ", "60", &platform::isPositive,
      "Polling Rate should be positive integer greater than 0."},
-    {"GracePeriod", &Schedule::gracePeriodText, "\n GracePeriod = %s ", "30", &isPositive,
+    {"GracePeriod", &Schedule::gracePeriodText, "\n GracePeriod = %s ", "30", &platform::isPositive,
      "Grace Period should be positive integer greater than 0."},
 }};
 

@@ -19,41 +19,40 @@ constexpr std::size_t kDateTextSize = 40;
 
 }  // namespace
 
-ScheduleRSMHandler::ScheduleRSMHandler(const char* path)
-    : filePath_(path), place_(platform::absolutePath(filePath_)) {
-    scheduleFile_ = platform::File::open(place_, platform::OpenMode::Create);
-    if (scheduleFile_.isOpen()) {
-        loaded_ = load();
-    }
+ScheduleRSMHandler::ScheduleRSMHandler(const char* path) {
+    scheduleFile_.setPath(path);
+    trouble_ = scheduleFile_.open() ? load() : nullptr;
 }
 
-ScheduleRSMHandler::Load ScheduleRSMHandler::load() {
+const char* ScheduleRSMHandler::load() {
+    hasUnreadRecord_ = true;
     try {
-        const std::optional<std::string> contents = scheduleFile_.readWhole(kLargestContents);
-        hasUnreadRecord_ = !contents;
+        const std::optional<std::string> contents = scheduleFile_.file().readWhole(kLargestContents);
         if (!contents) {
-            return Load::NotReadable;
+            return "\n Unable to read the schedule in file = %s";
         }
-        if (scheduling::Schedule::isRecord(*contents)) {
-            hasUnreadRecord_ = !schedule_.readRecord(*contents);
-        } else if (!contents->empty()) {
-            return Load::NotInFormat;
+        const bool isRecord = contents->starts_with(scheduling::Schedule::kRootTag);
+        hasUnreadRecord_ = isRecord && !schedule_.readRecord(*contents, damaged_);
+        if (damaged_ != nullptr) {
+            return schedule_.isCurrent(scheduling::gmtNow()) &&
+                           platform::isPositive(schedule_.pollingRateText)
+                       ? platform::StateFile::kFollowed
+                       : platform::StateFile::kUseless;
         }
-        return Load::Done;
+        return isRecord || contents->empty() ? nullptr : platform::StateFile::kForeign;
     } catch (const std::bad_alloc&) {
-        hasUnreadRecord_ = true;
-        return Load::NoMemory;
+        return "new Failed in ScheduleRSMHandler of ScheduleRSMHandler. \n";
     }
 }
 
 void ScheduleRSMHandler::reportLoad() const {
-    if (loaded_ == Load::NoMemory) {
-        KRXLog(level::kForce, "new Failed in ScheduleRSMHandler of ScheduleRSMHandler. \n");
-    } else if (loaded_ == Load::NotReadable) {
-        KRXLog(level::kForce, "\n Unable to read the schedule in file = %s", filePath_.c_str());
-    } else if (loaded_ == Load::NotInFormat) {
-        platform::echo(filePath_.c_str());
+    const std::string path = getFilePath();
+    if (trouble_ == platform::StateFile::kForeign) {
+        platform::echo(path.c_str());
         platform::echo(" file is not in correct format.");
+    }
+    if (trouble_ != nullptr) {
+        KRXLog(level::kForce, trouble_, path.c_str(), damaged_);
     }
 }
 
@@ -99,50 +98,44 @@ void ScheduleRSMHandler::keepRejected(scheduling::Schedule rejected) {
     schedule_ = rejected;
 }
 
-bool ScheduleRSMHandler::write(const scheduling::Schedule::Record& record) {
-    if (!scheduleFile_.isOpen() || !scheduleFile_.overwriteStart(record.data())) {
-        return false;
-    }
-    hasUnreadRecord_ = false;
-    const bool synced = scheduleFile_.sync();
-    platform::syncName(place_);
-    return synced;
-}
-
 void ScheduleRSMHandler::store(const scheduling::Schedule& schedule, const RsmOrder* order,
                                ZephanRSMSingleTon& controller) {
     const scheduling::Schedule::Record record = schedule.record();
-    bool written = false;
+    bool isOpen = false;
     {
         const platform::Lock lock(lock_);
-        written = scheduleFile_.isOpen();
+        isOpen = scheduleFile_.isOpen();
     }
-    if (written) {
+    if (isOpen) {
         KRXLog(level::kForce, "\n GOING TO PUT IN A FILE = %s", record.data());
     }
+    platform::StateFile::Stored stored;
     {
         // As one step: of two orders the last one is the last everywhere, and the clean-up sees all of one or nothing.
         const platform::Lock lock(lock_);
+        stored = scheduleFile_.store(record.data(), platform::StateFile::Tail::Stays);
+        hasUnreadRecord_ = hasUnreadRecord_ && !stored.done;
         schedule_ = schedule;
-        written = write(record);
         if (order != nullptr) {
             controller.take(*order);
         }
     }
-    if (!written) {
-        KRXLog(level::kForce, "\n Unable to put the schedule in file = %s", filePath_.c_str());
+    const auto& [format, path, suffix] = stored.notice;
+    if (format != nullptr) {
+        KRXLog(level::kForce, format, path.c_str(), path.c_str(), suffix.data());
+    }
+    if (!stored.done) {
+        KRXLog(level::kForce, "\n Unable to put the schedule in file = %s", path.c_str());
     }
 }
 
 void ScheduleRSMHandler::performCleanUp(const ZephanRSMSingleTon& controller) {
     const platform::Lock lock(lock_);
-    if (!scheduleFile_.isOpen()) {
-        return;
+    if (scheduleFile_.isOpen() && !hasUnreadRecord_ &&
+        controller.getDelayedEndTime() < scheduling::gmtNow()) {
+        scheduleFile_.remove(scheduling::Schedule::kRootTag);
     }
     scheduleFile_.close();
-    if (controller.getDelayedEndTime() < scheduling::gmtNow() && !hasUnreadRecord_) {
-        platform::removeFile(place_);
-    }
 }
 
 void ScheduleRSMHandler::dateToString(std::int64_t gmtClockValue, char* date, char* time) {

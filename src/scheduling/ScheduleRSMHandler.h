@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/File.h"
 #include "platform/Lock.h"
+#include "platform/StateFile.h"
 #include "scheduling/Schedule.h"
 
 #include <cstdint>
@@ -22,8 +22,8 @@ class ScheduleRSMHandler final {
     ScheduleRSMHandler(const ScheduleRSMHandler&) = delete;
     ScheduleRSMHandler& operator=(const ScheduleRSMHandler&) = delete;
 
-    /// Tells why the file's record was not loaded, if it was not. For the start that made the handler, with
-    /// no lock held.
+    /// Tells why the file's record was not loaded, or what is wrong with it. For the start that made the
+    /// handler, with no lock held.
     void reportLoad() const;
 
     /// Runs the command. `response` may be null; otherwise it receives a new list for the caller. 0 when the
@@ -36,7 +36,7 @@ class ScheduleRSMHandler final {
     /// Hands the schedule to the controller: as a delayed profile, or as a force poll when it has begun.
     void scheduleRSM(ZephanRSMSingleTon& controller) const;
     /// Closes the schedule file, and deletes it when the controller's delayed RSM is over or there was none.
-    /// A file whose record could not be read stays, since nobody knows what was ordered.
+    /// A file whose record could not be read stays, since nobody knows what was ordered, and what is no record.
     void performCleanUp(const ZephanRSMSingleTon& controller);
 
     /// Stores nothing any more: the next start's handler has the file, and must not find it changed by an order
@@ -46,10 +46,13 @@ class ScheduleRSMHandler final {
         scheduleFile_.close();
     }
 
-    std::string getFilePath() const { return filePath_; }
+    std::string getFilePath() const {
+        const platform::Lock lock(lock_);
+        return scheduleFile_.path();
+    }
     void setFilePath(const std::string& path) {
-        filePath_ = path;
-        place_ = platform::absolutePath(path);
+        const platform::Lock lock(lock_);
+        scheduleFile_.setPath(path);
     }
 
     // ---- Text helpers
@@ -60,23 +63,20 @@ class ScheduleRSMHandler final {
     static bool isValidTime(const char* time) noexcept;
 
   private:
-    enum class Load { Done, NoMemory, NotReadable, NotInFormat };
-
-    Load load() REQUIRES(lock_);
+    /// Null, or the line that says what is wrong with the file: a format of its path and `damaged_`.
+    const char* load() REQUIRES(lock_);
     /// What the controller is ordered by a schedule that has not ended.
     static RsmOrder orderOf(const scheduling::Schedule& schedule, std::int64_t now);
     /// Puts a schedule into the fields, into the file, and, with an order, into the controller's state.
     void store(const scheduling::Schedule& schedule, const RsmOrder* order, ZephanRSMSingleTon& controller);
-    bool write(const scheduling::Schedule::Record& record) REQUIRES(lock_);
     /// Puts the texts of a rejected command into the fields.
     void keepRejected(scheduling::Schedule rejected);
 
     mutable platform::Mutex lock_;
     scheduling::Schedule schedule_ GUARDED_BY(lock_);
-    platform::File scheduleFile_ GUARDED_BY(lock_);  ///< held open until the clean-up
+    platform::StateFile scheduleFile_ GUARDED_BY(lock_){scheduling::Schedule::kRootTag};  ///< held open
     bool hasUnreadRecord_ GUARDED_BY(lock_) =
-        false;  ///< in the file, what may be a record and was not read whole
-    Load loaded_ = Load::Done;
-    std::string filePath_;
-    std::string place_;  ///< where that led at the start; the host may change its directory
+        false;                       ///< in the file, what may be a record and was not read whole
+    const char* trouble_ = nullptr;  ///< of the load
+    const char* damaged_ = nullptr;  ///< the first element of the loaded record whose value is of no use
 };

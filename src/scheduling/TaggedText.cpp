@@ -61,6 +61,19 @@ bool readTaggedValue(const char* text, const char* element, char (&value)[kValue
     return buffer != nullptr;
 }
 
+bool readTaggedValues(const char* text, std::span<const TaggedValue> values, const char* className,
+                      const char*& damaged) {
+    bool complete = true;
+    for (const TaggedValue& value : values) {
+        if (!readTaggedValue(text, value.element, value.value, className)) {
+            complete = false;
+        } else if (damaged == nullptr && !value.isUsable(value.value)) {
+            damaged = value.element;
+        }
+    }
+    return complete;
+}
+
 void copyValue(char (&value)[kValueSize], const char* text) noexcept {
     value[std::string_view(text).copy(value, kValueSize - 1)] = '\0';
 }

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <span>
 
 namespace scheduling {
 
@@ -20,6 +21,18 @@ std::unique_ptr<char[]> getStringBuffer(const char* text, const char* closingTag
 
 /// Reads the value of `element` into `value`. False, and the value unchanged, when memory runs out.
 bool readTaggedValue(const char* text, const char* element, char (&value)[kValueSize], const char* className);
+
+/// One value of a record.
+struct TaggedValue {
+    const char* element;
+    char (&value)[kValueSize];
+    bool (*isUsable)(const char* text) noexcept;
+};
+
+/// Reads them all; `damaged` gets the first element whose value is of no use, if there is one. False when
+/// memory ran out for one of them.
+bool readTaggedValues(const char* text, std::span<const TaggedValue> values, const char* className,
+                      const char*& damaged);
 
 /// Copies a text into a value field, cut to what fits.
 void copyValue(char (&value)[kValueSize], const char* text) noexcept;

@@ -36,6 +36,7 @@ class StatusTest(unittest.TestCase):
             ("2026-03-01T10:10:00Z", resume(), None, nothing),
             ("2026-03-01T10:04:00Z", resume(grace="05") + "behind it", None, "A start now would resume RSM for 1 minute at one poll every 30 s."),
             ("2026-03-01T10:04:00Z", " " + resume(), None, nothing),
+            ("2026-03-01T10:04:00Z", resume(rate="0"), None, nothing),
             ("2026-03-01T10:04:00Z", "<ResumeRSM></ResumeRSM>", None, nothing),
             ("2026-03-01T10:04:00Z", None, schedule(), "A start now would wait for the schedule of 2026-03-02 09:00:00 GMT: 5 minutes at one poll every 30 s."),
             ("2026-03-01T10:04:00Z", resume(), schedule(),

@@ -31,11 +31,21 @@ const Table contents("ResumeFile/Contents", __LINE__, R"(
 600 s ago | 0 saved 2026:03:01 09:50:00 30 10; 0 again; 9 show-saved | | | "text":null
 from the future | 0 saved 2030:01:01 00:00:00 30 01; 0 again | 30 60 | 0 grace, 60 off
 blank in front | 0 write state/resume.xml " <ResumeRSM>"; 0 again; 9 show-saved | |
-    | "level":250,"text":"\nstate\\resume.xml file is not in correct format." | "text":" <ResumeRSM>"
-another root | 0 saved <RSMExecuteCommand>; 0 again | | | file is not in correct format.
+    | "level":250,"text":"\nstate\\resume.xml file is not in correct format."
+    | "level":250,"text":"\n What is in file = state\\resume.xml is no record that can be read. It is left alone,
+    | "text":" <ResumeRSM>"
+another root, moved aside by a save | 0 saved <RSMExecuteCommand>; 0 again; 0 start web-service; 5 connect 1 60;
+    7 show state/resume.xml.unread; 70 show-saved | 65 | 5 grace, 65 off | file is not in correct format.
+    | "level":250,"text":"\n What was in file = state\\resume.xml was no record that can be read. It was moved aside, and is now in state\\resume.xml.unread"
+    | "text":"<RSMExecuteCommand>"} | saved 2026:03:01 10:00:05 60 01
 empty | 0 saved ""; 0 again; 9 show-saved | | | "text":"" | !correct format
-nothing but the root | 0 saved <ResumeRSM>; 0 again; 9 show-saved | | | "text":null
-rate -5 | 0 saved 2026:03:01 09:56:00 -5 10; 0 again | | 0 grace, 0 off
+nothing but the root | 0 saved <ResumeRSM>; 0 again; 9 show-saved | |
+    | "level":250,"text":"\n The record in file = state\\resume.xml is damaged: its RSMStartDate is of no use. Nothing comes of it, and it is not kept."
+    | "text":null
+cut in its time | 0 saved <ResumeRSM><RSMStartDate>2026:03:01</RSMStartDate><RSMStartTime>09; 0 again; 9 show-saved | |
+    | its RSMStartTime is of no use. Nothing comes of it, and it is not kept. | "text":null
+rate 0 | 0 saved 2026:03:01 09:56:00 0 10; 0 again; 9 show-saved | | | its PollingRate is of no use. Nothing comes of it | "text":null
+rate -5 | 0 saved 2026:03:01 09:56:00 -5 10; 0 again; 9 show-saved | | | its PollingRate is of no use. | "text":null
 largest rate | 0 saved 2026:03:01 09:56:00 99999999999 10; 0 again | | 0 grace, 0 off | RATE","2147483647"
 longest period | 0 saved 2026:03:01 09:56:00 60 99999999999; 0 again; 70 show-saved; 301 end | 60..300/60 | 0 grace
     | saved 2026:03:01 10:00:00 60 2147483643
@@ -50,9 +60,11 @@ const std::string kFile =
 const std::string kGood = kFile + "<PollingRate>60</PollingRate><GracePeriod>3</GracePeriod>";
 const Table oddContents[] = {
     {"ResumeFile/Odd", __LINE__,
-     "no rate |" + kFile + "<GracePeriod>10</GracePeriod>; 0 again | | 0 grace, 0 off"},
+     "no rate |" + kFile +
+         "<GracePeriod>10</GracePeriod>; 0 again; 9 show-saved | | | its PollingRate is of no use. | \"text\":null"},
     {"ResumeFile/Odd", __LINE__,
-     "zero byte |" + kFile + '\0' + "<PollingRate>60</PollingRate><GracePeriod>3</GracePeriod>; 0 again | |"},
+     "zero byte |" + kFile + '\0' +
+         "<PollingRate>60</PollingRate><GracePeriod>3</GracePeriod>; 0 again | | | its PollingRate is of no use."},
     {"ResumeFile/Odd", __LINE__, "long |" + kGood + kOnes + "; 0 again | 60 120 | 0 grace, 120 off"},
     {"ResumeFile/Odd", __LINE__,
      "out of reach |" + kFile + kOnes + "<GracePeriod>3</GracePeriod>; 0 again | |"},

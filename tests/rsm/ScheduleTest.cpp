@@ -80,10 +80,14 @@ due while activity holds, its own grace afterwards
     | 0 ordered 10:01:30 10:03:30 20 7; 0 start logger config.xml; 0 start web-service; 0 again;
       5 connect 10 30; 40 audit opened; 200 audit closed
     | 35..95/30 115..615/20 | 0 off, 5 grace, 40 activity, 95 activity, 215 grace, 615 off
-blank in front | 0 write state/schedule.xml " <RSMExecuteCommand>"; 0 again | |
-    | "event":"stdout","text":"state/schedule.xml file is not in correct format."
-nothing but the root | 0 ordered <RSMExecuteCommand>; 0 again; 1 show-order | | | ordered <RSMExecuteCommand> | !not in correct
+nothing but the root | 0 ordered <RSMExecuteCommand>; 0 again; 1 show-order | |
+    | damaged: its RSMStartDate is of no use. Nothing comes of it | ordered <RSMExecuteCommand> | !not in correct
 largest rate | 0 ordered 10:01:00 10:03:00 99999999999 7; 0 again | | 0 off, 60 grace, 60 off | RATE","2147483647"
+words for a date | 0 ordered <RSMExecuteCommand><RSMStartDate>now</RSMStartDate><RSMStartTime>10:00:00</RSMStartTime><RSMEndDate>2026:03:01</RSMEndDate><RSMEndTime>10:01:00</RSMEndTime><PollingRate>30</PollingRate><GracePeriod>1</GracePeriod>;
+                   0 again | 30 60 | 0 grace, 60 off
+    | "level":250,"text":"\n The record in file = state/schedule.xml is damaged: its RSMStartDate is of no use. It is followed as far as it goes."
+cut in its last value | 0 ordered <RSMExecuteCommand><RSMStartDate>2026:03:01</RSMStartDate><RSMStartTime>10:01:00</RSMStartTime><RSMEndDate>2026:03:01</RSMEndDate><RSMEndTime>10:02:00</RSMEndTime><PollingRate>30</PollingRate><GracePer;
+                        0 again | 90 120 | 0 off, 60 grace, 120 off | its GracePeriod is of no use. It is followed
 no opening tag | 0 ordered <RSMExecuteCommand><RSMEndDate>2026:03:01</RSMEndDate><RSMEndTime>10:03:00</RSMEndTime>30</PollingRate>;
                0 again | | | As polling rate is not greater than 0.
 no start, no grace | 0 ordered <RSMExecuteCommand><RSMEndDate>2026:03:01</RSMEndDate><RSMEndTime>10:03:00</RSMEndTime><PollingRate>30</PollingRate>;
@@ -93,12 +97,52 @@ ends before it starts | 0 ordered 10:03:00 10:01:00 30 7; 0 again | | 0 off, 180
     | "RSM_DELAY_PROFILE_GRACE_PERIOD","-2"
 )");
 
+/// What is no record is never overwritten nor deleted, but moved aside by an order.
+const Table foreign("ScheduleFile/Foreign", __LINE__, R"(
+STEP, stopped | 0 write state/schedule.xml "STEP<RSMExecuteCommand>"; 0 again; 1 stop rsm; 2 show-order | |
+    | "level":250,"text":"\n What is in file = state/schedule.xml is no record that can be read. It is left alone,
+    | "event":"stdout","text":"state/schedule.xml file is not in correct format."
+    | "text":"STEP<RSMExecuteCommand>"}
+STEP, ordered | 0 write state/schedule.xml "STEP<RSMExecuteCommand>"; 0 again; 5 schedule 10:10:00 30 2; 6 show-order;
+                10 unload; 10 again; 730 stop rsm; 731 show-order; 731 show state/schedule.xml.unread | 630..720/30
+    | 5 off, 10 off, 600 grace, 720 off | "level":250,"text":"\n What was in file = state/schedule.xml was no record that can be read. It was moved aside, and is now in state/schedule.xml.unread"
+    | passed 2026:03:01 10:10:00 30 2 | ordered 10:10:00 10:12:00 30 2 | "text":null} | "text":"STEP<RSMExecuteCommand>"}
+    | !Unable to put
+)",
+                    {" ", "<C>", "<RSM"});
+
+const std::string kTaken = [] {
+    std::string actions = "0 write state/schedule.xml.unread 1";
+    for (const char number : std::string("23456789")) {
+        actions += std::string("; 0 write state/schedule.xml.unread.") + number + " " + number;
+    }
+    return actions;
+}();
+const Table aside("ScheduleFile/Aside", __LINE__,
+                  support::replaced(R"(
+the configuration | 0 start data-source config.xml; 0 start rsm config.xml; 5 schedule 09:00:00 30 30; 6 show config.xml.unread | |
+    | now in config.xml.unread" | "text":"<C>\n<TunnelMessags>
+its names are taken | TAKEN; 0 remove state/schedule.xml.unread.3; 0 remove state/schedule.xml.unread.2; 0 write state/schedule.xml.unread.2/x 2;
+    0 write state/schedule.xml a; 0 again; 5 schedule 09:00:00 30 30; 6 show state/schedule.xml.unread; 7 show state/schedule.xml.unread.3 | |
+    | now in state/schedule.xml.unread.3" | "text":"1"} | "text":"a"}
+all of them are | TAKEN; 0 write state/schedule.xml a; 0 again; 5 schedule 11:00:00 30 30; 6 show-order; 6 show state/schedule.xml.unread.9;
+    7 remove state/schedule.xml.unread.9; 8 schedule 09:00:00 30 30; 9 show state/schedule.xml.unread.9; 9 show-order; 9 end | | 5 off
+    | "level":250,"text":"\n What is in file = state/schedule.xml is no record that can be read, and cannot be moved aside: nothing was stored."
+    | "level":250,"text":"\n Unable to put the schedule in file = state/schedule.xml" | passed 2026:03:01 11:00:00 30 30
+    | "text":"a"} | "text":"9"} | now in state/schedule.xml.unread.9" | "text":"a"} | ordered 09:00:00 09:30:00 30 30
+put there while it runs | 1 write state/schedule.xml a; 2 schedule 09:00:00 30 30; 3 show state/schedule.xml.unread;
+    4 write state/schedule.xml b; 5 stop rsm; 6 show-order | | | now in state/schedule.xml.unread" | "text":"a"} | "text":"b"}
+deleted while it runs | 1 remove state/schedule.xml; 2 schedule 09:00:00 30 30; 3 show-order | | | ordered 09:00:00 09:30:00 30 30
+)",
+                                    "TAKEN", kTaken));
+
 const std::string kFile = "0 ordered <RSMExecuteCommand>";
 const std::string kValues =
     "<RSMEndDate>2026:03:01</RSMEndDate><RSMEndTime>10:01:00</RSMEndTime><PollingRate>30</PollingRate>";
 const std::string kMegabytes(2U << 20U, '<');
 const Table oddContents[] = {
-    {"ScheduleFile/Odd", __LINE__, "zero byte |" + kFile + '\0' + kValues + "; 0 again | |"},
+    {"ScheduleFile/Odd", __LINE__,
+     "zero byte |" + kFile + '\0' + kValues + "; 0 again | | | its RSMStartDate is of no use."},
     {"ScheduleFile/Odd", __LINE__, "two megabytes before |" + kFile + kMegabytes + kValues + "; 0 again | |"},
     {"ScheduleFile/Odd", __LINE__,
      "two megabytes behind |" + kFile + kValues + kMegabytes + "; 0 again | 30 60 | 0 grace, 60 off"},

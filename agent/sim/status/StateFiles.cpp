@@ -77,7 +77,7 @@ StateFiles::Resume readResume(const std::string& path, std::int64_t now) {
     resume.minutes = Value(*contents, "GracePeriod").number();
     const std::int64_t left = resume.minutes * scheduling::kSecondsPerMinute - (now - resume.began);
     resume.minutesLeft = wholeMinutes(left);
-    resume.isOpen = left > 0 && resume.canBeWritten;
+    resume.isOpen = left > 0 && resume.rate > 0 && resume.canBeWritten;
     return resume;
 }
 
@@ -156,6 +156,7 @@ std::string StateFiles::resumeText() const {
     return "RSM of " + paceText(resume.minutes, resume.rate) + ", begun " + momentText(resume.began) +
            (resume.isOpen          ? ", " + minutesText(resume.minutesLeft) + " left"
             : !resume.canBeWritten ? ", in a file that cannot be written: a start leaves it alone"
+            : resume.rate < 1      ? ": cannot be followed at that rate"
                                    : ", over");
 }
 

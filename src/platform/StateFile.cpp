@@ -1,0 +1,96 @@
+#include "platform/StateFile.h"
+
+#include "platform/Directory.h"
+
+#include <algorithm>
+#include <new>
+#include <utility>
+
+namespace platform {
+namespace {
+
+constexpr char kLastAside = '9';  // of the names that are tried
+
+constexpr char kMovedAside[] =
+    "\n What was in file = %s was no record that can be read. It was moved aside, and is now in %s%s";
+constexpr char kInTheWay[] =
+    "\n What is in file = %s is no record that can be read, and cannot be moved aside: nothing was stored.";
+
+}  // namespace
+
+void StateFile::setPath(const std::string& path) {
+    if (path != path_) {
+        std::string place = absolutePath(path);
+        path_ = path;
+        place_ = std::move(place);
+    }
+}
+
+bool StateFile::open() noexcept {
+    if (File present = File::open(place_, OpenMode::Create); present.isOpen()) {
+        file_ = std::move(present);
+    }
+    return file_.isOpen();
+}
+
+bool StateFile::begins(std::string_view start) const noexcept {
+    std::array<char, File::kLargestRecord> text{};
+    const std::ptrdiff_t length = file_.readAt(0, text.data(), std::min(start.size(), text.size()));
+    return length == 0 ||
+           (length > 0 && start == std::string_view(text.data(), static_cast<std::size_t>(length)));
+}
+
+void StateFile::remove(std::string_view start) noexcept {
+    // Not what is held open is looked at: something else may have come into its place.
+    file_ = File::open(place_, OpenMode::Read);
+    const bool goes = file_.isOpen() && begins(start);
+    file_.close();
+    if (goes) {
+        removeFile(place_);
+    }
+}
+
+bool StateFile::moveAside(Suffix& suffix) const noexcept {
+    try {
+        const std::size_t nameAt = lastSeparator(place_) + 1;
+        const std::string name = place_.substr(nameAt);
+        Directory directory;
+        if (directory.open(nameAt == 0 ? "." : std::string_view(place_).substr(0, nameAt)) != 0) {
+            return false;
+        }
+        suffix = {".unread"};
+        Renaming renaming = directory.rename(name, name + suffix.data());
+        for (char number = '2'; number <= kLastAside && renaming == Renaming::NameTaken; ++number) {
+            suffix = {'.', 'u', 'n', 'r', 'e', 'a', 'd', '.', number};
+            renaming = directory.rename(name, name + suffix.data());
+        }
+        return renaming == Renaming::Done;
+    } catch (const std::bad_alloc&) {
+        return false;
+    }
+}
+
+StateFile::Stored StateFile::store(std::string_view record, Tail tail) {
+    Stored stored{false, {nullptr, path_}};
+    if (!isOpen() || !open()) {
+        return stored;
+    }
+    if (!begins(rootTag_)) {
+        close();  // not every system renames what is open
+        stored.notice.format = moveAside(stored.notice.suffix) ? kMovedAside : kInTheWay;
+        if (!open() || !begins(rootTag_)) {
+            return stored;
+        }
+    }
+    if (file_.overwriteStart(record)) {
+        // Not emptied first: a kill between the two would lose the record that was there.
+        if (tail == Tail::Goes) {
+            file_.truncate(static_cast<std::int64_t>(record.size()));
+        }
+        stored.done = file_.sync();
+        syncName(place_);
+    }
+    return stored;
+}
+
+}  // namespace platform
