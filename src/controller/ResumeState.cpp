@@ -46,9 +46,11 @@ platform::StateFile::Notice ZephanRSMSingleTon::saveRSMState() {
         const platform::Lock lock(resumeFileLock_);
         resumeFile_.setPath(configuration->getRSMResumeStatusFile());
         if (resumeFile_.open()) {
-            auto stored = resumeFile_.store(record.data(), platform::StateFile::Tail::Goes);
+            std::string path = resumeFile_.path();
+            auto notice = resumeFile_.store(record.data(), platform::StateFile::Tail::Goes).notice;
             resumeFile_.close();
-            return std::move(stored.notice);
+            notice.path = std::move(path);
+            return notice;
         }
     } catch (const std::exception&) {
         // No memory for the path: as a file that cannot be opened.

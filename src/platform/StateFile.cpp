@@ -70,8 +70,8 @@ bool StateFile::moveAside(Suffix& suffix) const noexcept {
     }
 }
 
-StateFile::Stored StateFile::store(std::string_view record, Tail tail) {
-    Stored stored{false, {nullptr, path_}};
+StateFile::Stored StateFile::store(std::string_view record, Tail tail) noexcept {
+    Stored stored;
     if (!isOpen() || !open()) {
         return stored;
     }

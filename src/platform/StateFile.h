@@ -37,8 +37,8 @@ class StateFile final {
     /// A line for the log: a format, null for none, of the path, the path again, and the suffix.
     struct Notice {
         const char* format = nullptr;
-        std::string path{};
-        Suffix suffix{};  ///< what the name of what was found ends in since it was moved aside
+        std::string path{};  ///< left to the caller
+        Suffix suffix{};     ///< what the name of what was found ends in since it was moved aside
     };
     struct Stored {
         bool done = false;  ///< the record is on the disk
@@ -46,8 +46,8 @@ class StateFile final {
     };
     /// Stores a record of at most `File::kLargestRecord` bytes in what stands there now, if the file is held
     /// open. A process killed at any instant leaves the old record or the new one, and what was found instead
-    /// of one. Throws, and does nothing, only when memory runs out.
-    Stored store(std::string_view record, Tail tail);
+    /// of one.
+    Stored store(std::string_view record, Tail tail) noexcept;
 
     /// For the log, when something else is found at a start: a format of the path.
     static constexpr char kForeign[] =

@@ -20,7 +20,7 @@ constexpr std::size_t kDateTextSize = 40;
 }  // namespace
 
 ScheduleRSMHandler::ScheduleRSMHandler(const char* path) {
-    scheduleFile_.setPath(path);
+    setFilePath(path);
     trouble_ = scheduleFile_.open() ? load() : nullptr;
 }
 
@@ -46,13 +46,12 @@ const char* ScheduleRSMHandler::load() {
 }
 
 void ScheduleRSMHandler::reportLoad() const {
-    const std::string path = getFilePath();
     if (trouble_ == platform::StateFile::kForeign) {
-        platform::echo(path.c_str());
+        platform::echo(filePath_.c_str());
         platform::echo(" file is not in correct format.");
     }
     if (trouble_ != nullptr) {
-        KRXLog(level::kForce, trouble_, path.c_str(), damaged_);
+        KRXLog(level::kForce, trouble_, filePath_.c_str(), damaged_);
     }
 }
 
@@ -120,12 +119,12 @@ void ScheduleRSMHandler::store(const scheduling::Schedule& schedule, const RsmOr
             controller.take(*order);
         }
     }
-    const auto& [format, path, suffix] = stored.notice;
-    if (format != nullptr) {
-        KRXLog(level::kForce, format, path.c_str(), path.c_str(), suffix.data());
+    const char* const path = filePath_.c_str();
+    if (stored.notice.format != nullptr) {
+        KRXLog(level::kForce, stored.notice.format, path, path, stored.notice.suffix.data());
     }
     if (!stored.done) {
-        KRXLog(level::kForce, "\n Unable to put the schedule in file = %s", path.c_str());
+        KRXLog(level::kForce, "\n Unable to put the schedule in file = %s", path);
     }
 }
 

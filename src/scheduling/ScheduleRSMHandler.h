@@ -46,11 +46,9 @@ class ScheduleRSMHandler final {
         scheduleFile_.close();
     }
 
-    std::string getFilePath() const {
-        const platform::Lock lock(lock_);
-        return scheduleFile_.path();
-    }
+    std::string getFilePath() const { return filePath_; }
     void setFilePath(const std::string& path) {
+        filePath_ = path;
         const platform::Lock lock(lock_);
         scheduleFile_.setPath(path);
     }
@@ -76,7 +74,8 @@ class ScheduleRSMHandler final {
     scheduling::Schedule schedule_ GUARDED_BY(lock_);
     platform::StateFile scheduleFile_ GUARDED_BY(lock_){scheduling::Schedule::kRootTag};  ///< held open
     bool hasUnreadRecord_ GUARDED_BY(lock_) =
-        false;                       ///< in the file, what may be a record and was not read whole
+        false;  ///< in the file, what may be a record and was not read whole
+    std::string filePath_;
     const char* trouble_ = nullptr;  ///< of the load
     const char* damaged_ = nullptr;  ///< the first element of the loaded record whose value is of no use
 };
