@@ -12,7 +12,7 @@ std::string BriefTimeline::add(const Event& event) {
     }
     if (event.name == "force-poll") {
         (polls_++ == 0 ? firstPoll_ : lastPoll_) = event;
-        return {};
+        return live_ && event.time - firstPoll_.time >= std::chrono::minutes(1) ? end() : "";
     }
     std::string lines = end();
     std::string line = fitted(asBrief(event));

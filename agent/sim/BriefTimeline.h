@@ -12,7 +12,8 @@ namespace sim {
 /// follow each other in one line, nothing twice.
 class BriefTimeline final {
   public:
-    explicit BriefTimeline(std::size_t width) : width_(width) {}
+    /// `live`: somebody waits for the lines, and hears every minute that polls go on.
+    BriefTimeline(std::size_t width, bool live) : width_(width), live_(live) {}
 
     /// The lines that are complete with this event.
     std::string add(const Event& event);
@@ -23,6 +24,7 @@ class BriefTimeline final {
     std::string fitted(std::string line) const;
 
     std::size_t width_;
+    bool live_;
     int polls_ = 0;
     Event firstPoll_;
     Event lastPoll_;

@@ -12,11 +12,12 @@ namespace sim {
 
 class Terminal;
 
-/// The lines typed on a descriptor, and the request to stop (SIGINT). Used by one thread at a time.
+/// The lines typed on a descriptor, and the request to stop: SIGINT, SIGTERM or SIGHUP. Used by one thread at a time.
 class Input final {
   public:
-    /// Reads `descriptor`, which stays the caller's, and watches SIGINT from now on. `terminal`, which must
-    /// outlive the input, edits what is typed there; it is null when nobody types.
+    /// Reads `descriptor`, which stays the caller's, and watches the signals from now on; a second SIGINT ends
+    /// the process at once. `terminal`, which must outlive the input, edits what is typed there, and SIGINT
+    /// clears a line of it first; it is null when nobody types.
     Input(int descriptor, Terminal* terminal);
     Input(const Input&) = delete;
     Input& operator=(const Input&) = delete;

@@ -59,7 +59,7 @@ in its state files, and what its next start does with it.
   -V, --version   prints the version
 
 Exit status: 0 ran to the end, 1 a scenario line or the module could not be used, or the module hangs, 2 wrong usage,
-3 (with --strict) a start failed.
+3 (with --strict or --report) a start failed.
 )";
 
 namespace {

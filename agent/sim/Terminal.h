@@ -20,6 +20,8 @@ class Terminal final {
 
     /// Takes what was typed. Complete lines come to `lines`; false at the end of the input.
     bool read(std::deque<std::string>& lines);
+    /// Takes away what was typed of a line; false when that is nothing.
+    bool clearLine();
     /// Gives the terminal back as it was found; the object is of no use any more.
     void close();
 

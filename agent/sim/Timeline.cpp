@@ -3,6 +3,7 @@
 #include "sim/Calendar.h"
 #include "sim/Event.h"
 #include "sim/EventFields.h"
+#include "tools/log/ShownText.h"
 
 #include <algorithm>
 #include <array>
@@ -153,13 +154,20 @@ std::string clockText(std::chrono::microseconds wall) {
     return text.data();
 }
 
+/// What a terminal would act upon, or a reader not see, stands as its code.
+std::string lineOf(const char* start, const std::string& text, const std::string& remark) {
+    std::string line;
+    logreader::appendShown(line, start + text + (remark.empty() ? "" : "  (" + remark + ")"), "");
+    return line + "\n";
+}
+
 }  // namespace
 
 std::string asTimeline(const Event& event) {
     std::array<char, 128> start = {};
     std::snprintf(start.data(), start.size(), "%12s  %s  %-12s  ", secondsText(event.time).c_str(),
                   clockText(event.wall).c_str(), event.thread.c_str());
-    return start.data() + what(event) + (event.remark.empty() ? "" : "  (" + event.remark + ")") + "\n";
+    return lineOf(start.data(), what(event), event.remark);
 }
 
 std::string asBrief(const Event& event, const std::string& text) {
@@ -170,7 +178,7 @@ std::string asBrief(const Event& event, const std::string& text) {
                               : event.name == "update-asset" ? profileText(event)
                               : event.name == "call"         ? briefCallText(event)
                                                              : what(event);
-    return start.data() + shown + (event.remark.empty() ? "" : "  (" + event.remark + ")") + "\n";
+    return lineOf(start.data(), shown, event.remark);
 }
 
 }  // namespace sim

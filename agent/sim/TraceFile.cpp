@@ -24,7 +24,7 @@ TraceFile::TraceFile(Form form, int descriptor, std::string name, bool atOnce)
       descriptor_(descriptor),
       name_(std::move(name)),
       atOnce_(atOnce),
-      brief_(system::widthOf(descriptor).value_or(kWidth)) {}
+      brief_(system::widthOf(descriptor).value_or(kWidth), atOnce) {}
 
 TraceFile::~TraceFile() {
     pending_ += brief_.end();

@@ -54,7 +54,15 @@ ExitStatus fileStatus(const Options& options) {
 
 ExitStatus simulate(const Options& options) {
     sim::Session session(options);
-    return !session.run() ? unusable : options.strict && session.startFailed() ? startFailed : ranToEnd;
+    if (!session.run()) {
+        return unusable;
+    }
+    if (session.startFailed() && options.report) {
+        std::cerr << "krx-agent-sim: a start failed, so the page shows another session than was meant. "
+                     "Files are looked for in the working directory."
+                  << std::endl;
+    }
+    return session.startFailed() && (options.strict || options.report) ? startFailed : ranToEnd;
 }
 
 }  // namespace

@@ -180,6 +180,7 @@ class Person final {
         seen_.erase(0, seen_.find(text) + text.size());
         return true;
     }
+    void kill(int signal) const { ::kill(child_, signal); }
     int exitStatus() const {
         int status = -1;
         ::waitpid(child_, &status, 0);
@@ -228,6 +229,36 @@ TEST_F(SimulatorTest, KeyboardFollowsTheWindowsWidth) {
     person.type("\nquit\n");
     EXPECT_EQ(person.exitStatus(), 0);
 }
+
+struct EndRow {
+    support::RowName name;
+    std::vector<std::pair<const char*, const char*>> steps;  ///< what is typed, and what is then seen
+    int signal;                                              ///< that ends the session; 0: Ctrl-C
+};
+
+const support::Rows<EndRow> endRows(
+    "Simulator/KeyboardSessionEndsWithItsPage",
+    {{"Ctrl-C", {}, 0},
+     {"Ctrl-C first on a half line",
+      {{"show els", "els"}, {"\x03", "^C"}, {"show there\n", "file: there holds nothing"}},
+      0},
+     {"Ctrl-C behind Ctrl-D", {{"\x04", "The session goes on"}}, 0},
+     {"SIGTERM on a half line", {{"show els", "els"}}, SIGTERM},
+     {"SIGHUP", {}, SIGHUP}},
+    [](const EndRow& row) {
+        const Simulator simulator;
+        const std::string page = simulator.workspace.path("page.html").string();
+        Person person({SIMULATOR, "run", "--module", FAKE_MODULE, "--report", page.c_str()});
+        person.type("start rsm x\nstart logger 9\n");  // its thread lives for 9 seconds
+        ASSERT_TRUE(person.sees("start logger 9 -> 0"));
+        for (const auto& [keys, seen] : row.steps) {
+            person.type(keys);
+            ASSERT_TRUE(person.sees(seen));
+        }
+        row.signal == 0 ? person.type("\x03") : person.kill(row.signal);
+        EXPECT_EQ(person.exitStatus(), 0);
+        EXPECT_TRUE(simulator.workspace.read("page.html").ends_with("</html>\n"));
+    });
 
 struct OutcomeRow {
     support::RowName name;

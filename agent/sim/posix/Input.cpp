@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <cerrno>
 #include <csignal>
 #include <system_error>
@@ -17,38 +18,53 @@ namespace sim {
 
 namespace {
 
-/// Counts up when SIGINT came; a signal handler finds nothing but globals.
-int interruptCounter = -1;
+// A signal handler finds nothing but globals.
+int signalBell = -1;                ///< an eventfd: rings when one of the signals came
+std::atomic<bool> mustEnd = false;  ///< it was none that a person may mean for the line being typed
+std::atomic<int> interrupts = 0;
 
-extern "C" void countInterrupt(int /*signal*/) {
+extern "C" void noteSignal(int signal) {
     const int saved = errno;
-    ::eventfd_write(interruptCounter, 1);  // This program's own write() is not fit for a signal handler.
+    if (signal != SIGINT) {
+        mustEnd = true;
+    } else if (interrupts++ > 0) {  // The first one was not even seen, or the end takes too long.
+        std::signal(SIGINT, SIG_DFL);
+        ::raise(SIGINT);
+    }
+    ::eventfd_write(signalBell, 1);  // This program's own write() is not fit for a signal handler.
     errno = saved;
 }
+
+constexpr std::array kSignals = {SIGINT, SIGTERM, SIGHUP};
 
 }  // namespace
 
 Input::Input(int descriptor, Terminal* terminal) : descriptor_(descriptor), terminal_(terminal) {
-    interruptCounter = ::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
-    if (interruptCounter < 0) {
+    signalBell = ::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
+    if (signalBell < 0) {
         throw std::system_error(errno, std::generic_category(), "eventfd");
     }
+    mustEnd = false;
+    interrupts = 0;
     struct sigaction action = {};
-    action.sa_handler = countInterrupt;
-    // A second SIGINT ends the process at once.
-    action.sa_flags = static_cast<int>(SA_RESTART | SA_RESETHAND);
-    ::sigaction(SIGINT, &action, nullptr);
+    action.sa_handler = noteSignal;
+    action.sa_flags = SA_RESTART;
+    for (const int signal : kSignals) {
+        ::sigaction(signal, &action, nullptr);
+    }
 }
 
 Input::~Input() {
-    std::signal(SIGINT, SIG_DFL);
-    ::close(std::exchange(interruptCounter, -1));
+    for (const int signal : kSignals) {
+        std::signal(signal, SIG_DFL);
+    }
+    ::close(std::exchange(signalBell, -1));
 }
 
 bool Input::wait(std::chrono::microseconds time) {
     using namespace std::chrono;
     std::array<pollfd, 3> watched = {
-        {{interruptCounter, POLLIN, 0}, {open_ ? descriptor_ : -1, POLLIN, 0}, {other_, POLLIN, 0}}};
+        {{signalBell, POLLIN, 0}, {open_ ? descriptor_ : -1, POLLIN, 0}, {other_, POLLIN, 0}}};
     const seconds whole = duration_cast<seconds>(std::max(time, microseconds::zero()));
     const timespec limit = {whole.count(),
                             duration_cast<nanoseconds>(std::max(time, microseconds::zero()) - whole).count()};
@@ -59,7 +75,13 @@ bool Input::wait(std::chrono::microseconds time) {
         }
         throw std::system_error(errno, std::generic_category(), "poll");
     }
-    stopRequested_ = stopRequested_ || watched[0].revents != 0;
+    if (eventfd_t count = 0; watched[0].revents != 0 && ::eventfd_read(signalBell, &count) == 0) {
+        if (!mustEnd && !stopRequested_ && terminal_ != nullptr && terminal_->clearLine()) {
+            interrupts = 0;
+        } else {
+            stopRequested_ = true;
+        }
+    }
     if (watched[1].revents != 0) {
         read();
     }

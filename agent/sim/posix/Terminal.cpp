@@ -3,7 +3,7 @@
 #include "sim/Verbs.h"
 
 #include <algorithm>
-#include <csignal>
+#include <cstdlib>
 #include <cstring>
 #include <editline/readline.h>
 #include <vector>
@@ -32,15 +32,6 @@ void takeLine(char* line) {
     }
     receiver->emplace_back(line);
     std::free(line);  // NOLINT(cppcoreguidelines-no-malloc): the library's
-}
-
-/// The library's own handler for the window's size must never run: two threads in it at once jump to nowhere,
-/// and it hears of the first change after a key alone. For all threads that are made from here on.
-void blockSizeSignal() {
-    sigset_t size;
-    sigemptyset(&size);
-    sigaddset(&size, SIGWINCH);
-    pthread_sigmask(SIG_BLOCK, &size, nullptr);
 }
 
 /// What may stand behind `before` (words, and a blank if there are any).
@@ -97,7 +88,7 @@ std::unique_ptr<Terminal> Terminal::open() {
 }
 
 Terminal::Terminal(std::FILE* output) : output_(output) {
-    blockSizeSignal();
+    rl_catch_signals = 0;  // They are the input's; and two threads in the library's handlers jump to nowhere.
     rl_instream = stdin;
     rl_outstream = output_;
     rl_readline_name = "krx-agent-sim";
@@ -121,14 +112,35 @@ void Terminal::close() {
     }
 }
 
+bool Terminal::clearLine() {
+    if (!shown_ || rl_end == 0) {
+        return false;
+    }
+    std::fputs("^C\r\n", output_);
+    rl_callback_handler_remove();
+    rl_callback_handler_install(kPrompt, takeLine);
+    rl_end = 0;
+    return true;
+}
+
 bool Terminal::read(std::deque<std::string>& lines) {
     const std::size_t before = lines.size();
     receiver = &lines;
     rl_resize_terminal();
+    rl_end =
+        0;  // The library sets it to the line's length unless that is 0, and leaves it so behind a line's end.
     rl_callback_read_char();
     if (lines.size() > before) {
+        rl_end = 0;
         // A finished line leaves the terminal as it was found.
         rl_callback_handler_install(kPrompt, takeLine);
+    }
+    if (inputOver) {
+        close();
+        std::fputs(
+            "Nothing more is read. The session goes on until all that runs is over, or until Ctrl-C.\n",
+            output_);
+        std::fflush(output_);
     }
     return !inputOver;
 }

@@ -8,14 +8,18 @@ namespace sim {
 
 class PageFile final {
   public:
-    /// Creates the file or opens it as it is. Throws std::runtime_error naming path and reason.
+    /// Looks whether the page can be written there, and leaves what is there alone. Throws std::runtime_error
+    /// naming path and reason.
     explicit PageFile(std::string path);
 
-    /// Puts `page` in place of what the file holds. Throws as the constructor does.
+    /// Puts `page` in place of what the file holds, in one step: whoever looks finds the one or the other.
+    /// Throws as the constructor does.
     void write(std::string_view page);
 
   private:
     std::string path_;
+    std::string written_;  ///< the new file, which is then
+    std::string renamed_;  ///< to this one
 };
 
 }  // namespace sim

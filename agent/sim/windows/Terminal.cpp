@@ -18,6 +18,10 @@ bool Terminal::read(std::deque<std::string>& /*lines*/) {
     return false;
 }
 
+bool Terminal::clearLine() {
+    return false;
+}
+
 Terminal::Hidden::Hidden(Terminal* terminal) : terminal_(terminal) {}
 
 Terminal::Hidden::~Hidden() = default;
