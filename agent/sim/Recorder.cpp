@@ -76,8 +76,17 @@ void Recorder::record(std::string_view name, Fields fields) {
 
 void Recorder::recordOf(const std::string& thread, std::string_view name, Fields fields,
                         const std::string& remark) {
-    const Event event{clock_.now(), clock_.wall(), thread, name, std::move(fields), remark};
+    const Event event = eventOf(thread, name, std::move(fields), remark);
     trace_.write(event);
+    tellListeners(event);
+}
+
+Event Recorder::eventOf(const std::string& thread, std::string_view name, Fields fields,
+                        const std::string& remark) const {
+    return {clock_.now(), clock_.wall(), thread, name, std::move(fields), remark};
+}
+
+void Recorder::tellListeners(const Event& event) {
     for (EventListener* listener : listeners_) {
         listener->onEvent(event);
     }

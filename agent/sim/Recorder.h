@@ -32,6 +32,9 @@ class Recorder final : public agent::Observer {
     /// The contents of a file, or that there is none.
     void recordFile(const std::string& path, const std::optional<std::string>& text);
 
+    /// What the listeners are to know though a trace does not hold it: "clock-step", "unload".
+    void tellOnly(std::string_view name) { tellListeners(eventOf("host", name, {}, {})); }
+
     void onLog(int level, std::string_view text) override;
     void onCredentials(const char* memberId) override;
     void onForcePoll() override;
@@ -45,6 +48,9 @@ class Recorder final : public agent::Observer {
     void record(std::string_view name, Fields fields);
     void recordOf(const std::string& thread, std::string_view name, Fields fields,
                   const std::string& remark = {});
+    Event eventOf(const std::string& thread, std::string_view name, Fields fields,
+                  const std::string& remark) const;
+    void tellListeners(const Event& event);
     void recordStdout();
 
     const Clock& clock_;

@@ -166,7 +166,10 @@ const std::vector<Verb>& SimulatedAgent::verbs() {
         {"status", "", "what RSM does now",
          [](Agent& self, const Action& /*action*/) { self.tellStatus_(); }},
         {"clock-step", "OFFSET", "lets the wall clock jump by so many seconds",
-         [](Agent& self, const Action& action) { self.clock_.step(duration(action, 0)); }},
+         [](Agent& self, const Action& action) {
+             self.clock_.step(duration(action, 0));
+             self.recorder_.tellOnly("clock-step");
+         }},
         {"unload", "", "drops the module as a killed agent would",
          [](Agent& self, const Action& /*action*/) { self.unload(); }},
         {"end", "", "ends the session", nullptr},
@@ -301,6 +304,7 @@ void SimulatedAgent::unload() {
         dropped->drop();
     }
     scheduler_.releaseAll();
+    recorder_.tellOnly("unload");
 }
 
 }  // namespace sim

@@ -32,12 +32,17 @@ class LivePageTest(unittest.TestCase):
     def fill(self, form, **values):
         for name, value in values.items():
             field = self.find(f"form[data-form={form}] [name={name}]")[0]
+            self.page.execute_script("document.querySelector('.console details').open = true")
             if field.tag_name == "select":
                 field.find_element("css selector", f"option[value='{value}']").click() if value == "audit-message" else field.send_keys(value)
             else:
                 field.clear()
                 field.send_keys(str(value))
-        self.find(f"form[data-form={form}] button")[0].click()
+        self.press(f"form[data-form={form}] button:not([data-do])")
+
+    def press(self, selector):
+        self.page.execute_script("document.querySelector('.console details').open = true")
+        self.find(selector)[0].click()
 
     def rows(self):
         return self.ask("[...document.querySelectorAll('#table .body .row')].map(row => row.textContent)")
@@ -49,7 +54,7 @@ class LivePageTest(unittest.TestCase):
         self.assertEqual(self.modes(), ["off"])
         self.fill("connect", minutes=1, seconds=1)
         wait_until(lambda: "grace" in self.modes())
-        wait_until(lambda: self.ask("page.story.pollCount") >= 2)
+        wait_until(lambda: self.ask("page.model.pollCount") >= 2)
         self.assertIn("connect 1 1", self.text("#answer"))
         wait_until(lambda: "RSM runs until about" in self.text("#state"))
         self.assertEqual(len(self.find("#picture .accepted")), 1)
@@ -65,13 +70,13 @@ class LivePageTest(unittest.TestCase):
         self.find("#text")[0].clear()
         self.find("#text")[0].send_keys("x\b")
 
-        self.find("form[data-form=disconnect] button")[0].click()
+        self.press("form[data-form=disconnect] button")
         wait_until(lambda: self.modes()[-1] == "off")
         self.assertIn("over: disconnected", self.text("#sessions"))
         self.assertEqual(self.ask("page.model.size"), len(self.live.events()))
 
     def test_schedule_and_refusal(self):
-        self.find("[data-do=enterprise][data-answer=refuse]")[0].click()
+        self.press("[data-do=enterprise][data-answer=refuse]")
         wait_until(lambda: "enterprise refuse: done" in self.text("#answer"))
         self.fill("schedule", date="2031:03:02", time="09:00:00", minutes=5, seconds=30)
         wait_until(lambda: self.modes()[-1] == "waiting")
@@ -84,13 +89,28 @@ class LivePageTest(unittest.TestCase):
     def test_kill_and_restart(self):
         self.fill("connect", minutes=10, seconds=30)
         wait_until(lambda: self.modes()[-1] == "grace")
-        self.find("[data-do=kill]")[0].click()
+        self.press("[data-do=kill]")
         wait_until(lambda: self.modes()[-1] == "none")
         wait_until(lambda: "The agent was killed" in self.text("#state"))
-        self.find("[data-do=restart]")[0].click()
+        self.press("[data-do=restart]")
         wait_until(lambda: self.modes()[-1] == "grace")
         self.assertIn("resumed at the start of the agent", self.text("#sessions"))
         self.assertEqual(len(self.find("#picture .flag.restart")), 1)
+
+    def test_a_kill_while_nothing_runs_and_a_clock_that_is_set(self):
+        self.live.process.stdin.write("clock-step 7200\nunload\n")
+        self.live.process.stdin.flush()
+        wait_until(lambda: self.modes()[-1] == "none")
+        self.assertEqual([mark.text for mark in self.find("#picture .step text")], ["clock +2 h"])
+        wait_until(lambda: self.ask("Math.abs(page.model.wall(picture.now) - Date.now() - 7200000) < 2000"))
+
+    def test_an_event_leaves_the_focus_where_it_is(self):
+        self.fill("connect", minutes=10, seconds=1)
+        wait_until(lambda: len(self.find("#sessions button")) == 1)
+        self.page.execute_script("document.querySelector('#sessions button').focus()")
+        polls = self.ask("page.model.pollCount")
+        wait_until(lambda: self.ask("page.model.pollCount") > polls)
+        self.assertEqual(self.ask("document.activeElement.closest('#sessions') !== null"), True)
 
     def test_the_end_of_the_session_is_told(self):
         self.assertEqual(self.live.end(), 0)

@@ -158,10 +158,15 @@ Answer Server::follow(const Request& request) const {
         last ? std::uint64_t{*last} + 1
              : parseCount(request.value(MHD_GET_ARGUMENT_KIND, "after").value_or(""), ~0U).value_or(0);
     Answer stream = {MHD_HTTP_OK, "text/event-stream"};
-    stream.next = [this, follower = follower_, next = first,
-                   isTold = false](bool isDue) mutable -> std::optional<std::string> {
+    stream.next = [this, follower = follower_, next = first, isTold = false,
+                   marks = std::string()](bool isDue) mutable -> std::optional<std::string> {
         const LiveSession::News news = session_.news(next);
         std::string text;
+        if (news.marks != marks) {
+            marks = news.marks;
+            text += "event: marks\ndata: " + marks + "\n\nevent: now\ndata: " + secondsText(session_.now()) +
+                    "\n\n";
+        }
         for (auto line = news.lines.begin(); line != news.lines.end() && text.size() < kMostNews; ++line) {
             text += "id: " + std::to_string(next++) + "\ndata: " + *line + "\n\n";
         }

@@ -62,7 +62,7 @@ std::string LiveSession::page() const {
 
 LiveSession::News LiveSession::news(std::uint64_t first) const {
     const std::lock_guard lock(mutex_);
-    return {record_.data().lines(first, kMostLines), over_};
+    return {record_.data().lines(first, kMostLines), over_, "{" + record_.data().marks() + "}"};
 }
 
 std::optional<LiveSession::Profile> LiveSession::profile() const {

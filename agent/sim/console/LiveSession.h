@@ -28,6 +28,7 @@ class LiveSession final : public EventListener {
     struct News {
         std::vector<std::string> lines;  ///< of the trace, without their ends
         bool isOver = false;
+        std::string marks;  ///< what no line tells: where the clock was set, and where the agent was killed
     };
 
     /// `now` tells the time of the session, on any thread.

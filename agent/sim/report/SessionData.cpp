@@ -35,14 +35,6 @@ std::size_t cycleAtEnd(const std::vector<SessionData::Step>& steps) {
 
 }  // namespace
 
-void SessionData::add(std::int64_t time, std::int64_t wall, std::string_view body) {
-    const std::int64_t ahead = wall - time;
-    if (clock_.empty() || clock_.back().second != ahead) {
-        clock_.emplace_back(size_, ahead);
-    }
-    add(time, body);
-}
-
 void SessionData::add(std::int64_t time, std::string_view body) {
     const std::int64_t delay = std::max<std::int64_t>(time - last_, 0);
     last_ += delay;
@@ -103,16 +95,22 @@ void SessionData::forEachRun(Visit visit) const {
     }
 }
 
+std::string SessionData::marks() const {
+    const auto listed = [](const auto& pairs) {
+        std::string list;
+        for (const auto& [first, second] : pairs) {
+            list.append(list.empty() ? "[" : ",[").append(std::to_string(first)).append(",");
+            list.append(std::to_string(second)).append("]");
+        }
+        return "[" + list + "]";
+    };
+    return "\"clock\":" + listed(clock_) + ",\"kills\":" + listed(kills_);
+}
+
 void SessionData::appendJson(std::string& target) const {
-    target += "\"events\":" + std::to_string(size_) + ",\"clock\":[";
-    const char* separator = "";
-    for (const auto& [first, ahead] : clock_) {
-        target.append(separator).append("[").append(std::to_string(first));
-        target.append(",").append(std::to_string(ahead)).append("]");
-        separator = ",";
-    }
-    target += "],\n\"bodies\":[";
-    separator = "\n";
+    target.append("\"events\":").append(std::to_string(size_)).append(",").append(marks());
+    target += ",\n\"bodies\":[";
+    const char* separator = "\n";
     for (const std::string* body : bodies_) {
         target.append(separator).append(scriptSafe(*body));
         separator = ",\n";

@@ -34,15 +34,21 @@ class SessionData final {
     /// Adds an event at `time` (milliseconds since the start; a time before the last one counts as that).
     /// `body` is its JSON object without the time.
     void add(std::int64_t time, std::string_view body);
-    /// The same with the wall clock, in milliseconds since 1970.
-    void add(std::int64_t time, std::int64_t wall, std::string_view body);
+    /// The wall clock, in milliseconds since 1970, from `time` on.
+    void setClock(std::int64_t time, std::int64_t wall) { clock_.emplace_back(time, wall - time); }
+    bool hasClock() const { return !clock_.empty(); }
+    /// The agent was killed, which may be no event.
+    void addKill(std::int64_t time) { kills_.emplace_back(time, size_); }
 
     std::uint64_t size() const { return size_; }
     bool knows(std::string_view body) const { return index_.contains(body); }
 
-    /// Appends the members "bodies", "runs", "events" and "clock" of a JSON object. No "<" stands in them, so
+    /// Appends the members "bodies", "runs", "events", "clock" and "kills" of a JSON object. No "<" stands in them, so
     /// they may lie in a script element whatever the texts hold.
     void appendJson(std::string& target) const;
+
+    /// The members "clock" and "kills" alone.
+    std::string marks() const;
 
     /// The lines of the trace from the event number `first` on, at most `limit` of them.
     std::vector<std::string> lines(std::uint64_t first, std::size_t limit) const;
@@ -67,8 +73,10 @@ class SessionData final {
     std::vector<Step> single_;                ///< steps that repeat nothing (yet)
     std::int64_t last_ = 0;
     std::uint64_t size_ = 0;
-    /// Event number and how far the wall clock is ahead of the time from there on.
-    std::vector<std::pair<std::uint64_t, std::int64_t>> clock_;
+    /// Time, and how far the wall clock is ahead of it from there on.
+    std::vector<std::pair<std::int64_t, std::int64_t>> clock_;
+    /// Time, and the number of the next event.
+    std::vector<std::pair<std::int64_t, std::uint64_t>> kills_;
 };
 
 }  // namespace sim

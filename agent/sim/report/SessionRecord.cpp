@@ -46,12 +46,23 @@ std::vector<std::pair<const char*, std::string>> fieldsOf(const AuditMeaning& me
 void SessionRecord::onEvent(const Event& event) noexcept {
     const std::string verb = textOf(event, "verb").value_or("");
     noteCall(verb, numberOf(event, "result") == 0);
+    const std::int64_t time = milliseconds(event.time);
+    if (event.name == "clock-step" || !data_.hasClock()) {
+        data_.setClock(time, milliseconds(event.wall));
+    }
+    if (event.name == "clock-step") {
+        return;
+    }
+    if (event.name == "unload") {
+        data_.addKill(time);
+        return;
+    }
     std::string line = asJson(event);
     line.resize(line.size() - std::string_view("}\n").size());
     for (const auto& [key, value] : fieldsOf(meaningOf(verb))) {
         line += ",\"" + std::string(key) + "\":\"" + value + "\"";
     }
-    data_.add(milliseconds(event.time), milliseconds(event.wall), bodyOf(line + "}"));
+    data_.add(time, bodyOf(line + "}"));
 }
 
 void SessionRecord::addLine(std::string_view line) {

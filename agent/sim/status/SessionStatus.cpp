@@ -48,10 +48,10 @@ void SessionStatus::onEvent(const Event& event) noexcept {
         ++polls_;
         ++stretch_.polls;
         lastPoll_ = at;
-    } else if (event.name == "thread-destroyed") {
-        // By a stop that has not come back yet, or by a kill.
+    } else if (event.name == "thread-destroyed" || (event.name == "unload" && agent_ == Agent::runs)) {
+        // A thread is destroyed by a stop that has not come back yet, or by a kill.
         agent_ = Agent::killed;
-        maybeKilled_ = true;
+        maybeKilled_ = event.name != "unload";
         changedAt_ = at;
         stretch_ = {};
         schedule_.reset();

@@ -24,10 +24,14 @@ class LiveConsole {
                 return;
             }
             const event = JSON.parse(message.data);
-            this.model.addLive(event);
             this.setTime(event.t * 1000);
+            this.model.addLive(event);
             this.refreshSoon();
         };
+        source.addEventListener('marks', message => {
+            this.model.setMarks(JSON.parse(message.data));
+            this.refreshSoon();
+        });
         source.addEventListener('now', message => {
             const now = Number(message.data) * 1000;
             if (now < this.model.end - 1000) {
@@ -42,6 +46,7 @@ class LiveConsole {
             document.querySelectorAll('.console button').forEach(button => {
                 button.disabled = true;
             });
+            this.hooks.refresh();
         });
     }
 
@@ -72,7 +77,7 @@ class LiveConsole {
         }
         const now = performance.now() + this.shift;
         this.picture.now = now;
-        $('now').textContent = timeTexts(now)[0];
+        $('now').textContent = times.at(now);
         if (this.picture.view === null) {
             this.picture.drawSoon();
         }
@@ -86,7 +91,7 @@ class LiveConsole {
         const response = await fetch('/status').catch(() => null);
         if (response?.ok) {
             const status = await response.json();
-            $('state').textContent = status.sentence ?? '';
+            setText($('state'), foreign(status.sentence ?? ''));
         }
     }
 
@@ -120,23 +125,17 @@ class LiveConsole {
     }
 
     async order(name, values, button) {
-        const answer = $('answer');
-        if (button) {
-            button.disabled = true;
+        if (button.ariaDisabled === 'true') {
+            return;  // its answer has yet to come; a button that is disabled would lose the focus
         }
+        button.ariaDisabled = 'true';
         const request = {method: 'POST', headers: {'Content-Type': 'application/json'}, body: JSON.stringify(values)};
         const response = await fetch(`/do/${name}`, request).catch(() => null);
         const text = response === null ? 'there is no answer' : await response.text();
-        if (button) {
-            button.disabled = Boolean(this.isOver);
-        }
-        answer.classList.toggle('bad', !response?.ok);
-        if (!response?.ok) {
-            answer.textContent = text.trim();
-            return;
-        }
-        const calls = JSON.parse(text).calls;
-        answer.classList.toggle('bad', calls.some(call => call.result !== 0));
-        answer.textContent = calls.length > 0 ? calls.map(whatOf).join('; ') : `${name} ${Object.values(values).join(' ')}: done`;
+        button.ariaDisabled = null;
+        const calls = response?.ok ? JSON.parse(text).calls : null;
+        const done = `${name} ${foreign(Object.values(values).join(' '))}: done`;
+        setText($('answer'), calls === null ? foreign(text) : calls.length > 0 ? calls.map(whatOf).join('; ') : done);
+        $('answer').classList.toggle('bad', calls === null || calls.some(isBad));
     }
 }

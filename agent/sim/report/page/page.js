@@ -1,24 +1,24 @@
 // ---- The page: joins picture, table and filters.
 
 const $ = id => document.getElementById(id);
+const kShownSessions = 100;
 
 const page = {
     model: new Model(JSON.parse($('session').textContent)),
     story: null,
-    local: false,
+    isLive: typeof LiveConsole !== 'undefined',
     isOn: Object.fromEntries(kKinds.map(([kind]) => [kind, !['log', 'output', 'sleeps'].includes(kind)])),
-    level: '',
-    text: '',
-    gather: true,
+    sessionsShown: kShownSessions,
 };
+const times = new Times(page.model);
 
-function timeTexts(t) {
-    const wall = page.model.wall(t);
-    const since = `+${(t / 1000).toFixed(3).replace(/\.?0+$/, '')} s`;
-    return wall === null ? [since, ''] : [`${dateText(wall, page.local).slice(5)} ${hourText(wall, page.local)}`, since];
+function newElement(name, attributes, text) {
+    const element = Object.assign(document.createElement(name), attributes);
+    setText(element, text ?? '');
+    return element;
 }
 
-const picture = new Picture($('picture'), {
+const picture = new Picture($('picture'), times, {
     nearest: t => nearestEvent(page.model, page.rows, t),
     point(number) {
         table.point(number);
@@ -28,10 +28,22 @@ const picture = new Picture($('picture'), {
         table.choose(number);
         $('table').scrollIntoView({block: 'nearest'});
     },
+    looked() {
+        if ($('zoomed').checked) {
+            applyFilterSoon();
+        }
+        keepPlace();
+    },
+    measured() {
+        const span = picture.measured;
+        const {model, story} = page;
+        const reports = span && story.reports.filter(report => report.t >= span[0] && report.t <= span[1]).length;
+        $('measured').textContent = span === null ? ''
+            : `${lengthText(span[1] - span[0])}: ${plural(model.pollsBetween(...span), 'poll')}, ${plural(reports, 'report')} (${times.range(...span)})`;
+    },
 });
 
-const table = new Table($('table'), {
-    time: timeTexts,
+const table = new Table($('table'), times, {
     point(number) {
         picture.mark(number);
         showPointed(number);
@@ -42,16 +54,13 @@ const table = new Table($('table'), {
         if (number !== null) {
             picture.reveal(page.model.timeOf(number));
         }
+        keepPlace();
     },
 });
 
 function showPointed(number) {
-    if (number === null) {
-        $('pointed').textContent = '';
-        return;
-    }
-    const event = page.model.event(number);
-    $('pointed').textContent = `${timeTexts(event.t)[0]}  ${event.facts.what.slice(0, 110)}`;
+    const event = number === null ? null : page.model.event(number);
+    setText($('pointed'), event === null ? '' : `${times.at(event.t)}  ${event.facts.what.slice(0, 110)}`);
 }
 
 function showDetail(number) {
@@ -62,20 +71,17 @@ function showDetail(number) {
     }
     const {t, body} = page.model.event(number);
     const list = document.createElement('dl');
-    const row = (name, value) => {
-        const term = document.createElement('dt');
-        const text = document.createElement('dd');
-        term.textContent = name;
-        text.textContent = value;
-        list.append(term, text);
-    };
+    // Line ends stay, since these texts stand alone.
+    const shown = text => String(text).split('\n').map(line => line.split('\t').map(signs).join('\t')).join('\n');
+    const row = (name, text) => list.append(newElement('dt', {}, kIsolate + shown(name) + kIsolated), newElement('dd', {}, kIsolate + shown(text) + kIsolated));
     const wall = page.model.wall(t);
-    row('time', `${timeTexts(t)[1] || timeTexts(t)[0]}${wall === null ? '' : `, ${dateText(wall, false)} ${hourText(wall, false)} GMT, ${dateText(wall, true)} ${hourText(wall, true)} local`}`);
+    const inZone = local => `${dateText(wall, local)} ${hourText(wall, local, true)}`;
+    row('time', `${sinceText(t, true)}${wall === null ? '' : `, ${inZone(false)} GMT, ${inZone(true)} ${zoneName()}`}`);
     for (const [key, value] of Object.entries(body)) {
         if (Array.isArray(value)) {
-            value.forEach(pair => row(String(pair?.[0]), String(pair?.[1])));
+            value.forEach(pair => row(pair?.[0], pair?.[1]));
         } else {
-            row(key, value === null ? 'null' : typeof value === 'object' ? JSON.stringify(value) : String(value));
+            row(key, value !== null && typeof value === 'object' ? JSON.stringify(value) : value);
         }
     }
     host.append(list);
@@ -85,93 +91,108 @@ function showDetail(number) {
 
 function applyFilter() {
     const {model} = page;
-    const wanted = page.text.toLowerCase();
-    const passes = model.bodies.map((body, id) => {
-        const facts = model.facts[id];
-        return page.isOn[facts.kind] && (page.level === '' || facts.level === null || String(facts.level) === page.level) &&
-            (wanted === '' || facts.what.toLowerCase().includes(wanted) || facts.searched.includes(wanted));
-    });
-    const rows = new Rows(model, passes, page.gather);
-    page.rows = rows;
-    table.show(model, rows);
-    $('count').textContent = rows.events === model.size ? plural(model.size, 'event')
-        : `${rows.events.toLocaleString('en')} of ${plural(model.size, 'event')}`;
+    const wanted = $('text').value.toLowerCase();
+    const level = $('level').value;
+    const passes = model.facts.map(facts => page.isOn[facts.kind] && (wanted === '' || facts.searched.includes(wanted)) &&
+        (level === '' || facts.level === null || String(facts.level) === level));
+    const [from, to] = picture.shown;
+    const runs = $('zoomed').checked ? model.runsBetween(model.firstAt(Math.max(from, 0)), model.firstAt(to)) : model.runs;
+    page.rows = new Rows(model, runs, passes, $('gather').checked);
+    table.show(model, page.rows);
+    const {events} = page.rows;
+    $('count').textContent = events === model.size ? plural(model.size, 'event') : `${events.toLocaleString('en')} of ${plural(model.size, 'event')}`;
 }
 
-function countKinds() {
+function applyFilterSoon() {
+    page.waits ??= requestAnimationFrame(() => {
+        page.waits = null;
+        applyFilter();
+    });
+}
+
+function changed() {
+    applyFilter();
+    keepPlace();
+}
+
+/// Shows these kinds and no others.
+function showKindsOf(wanted) {
+    for (const [kind] of kKinds) {
+        page.isOn[kind] = wanted.includes(kind);
+        $('kinds').querySelector(`[data-kind=${kind}] input`).checked = page.isOn[kind];
+    }
+}
+
+function showKinds() {
     const counts = Object.fromEntries(kKinds.map(([kind]) => [kind, 0]));
     for (const run of page.model.runs) {
         for (const id of run.ids) {
             counts[page.model.facts[id].kind] += run.count;
         }
     }
-    return counts;
-}
-
-function showKinds() {
-    const counts = countKinds();
     const host = $('kinds');
     for (const [kind, name, , help] of kKinds) {
         let label = host.querySelector(`[data-kind=${kind}]`);
         if (!label) {
-            label = document.createElement('label');
+            label = newElement('label', {title: help});
             label.dataset.kind = kind;
-            label.title = help;
-            const box = document.createElement('input');
-            box.type = 'checkbox';
-            box.checked = page.isOn[kind];
-            box.addEventListener('change', () => {
+            const box = newElement('input', {type: 'checkbox', checked: page.isOn[kind], onchange() {
                 page.isOn[kind] = box.checked;
-                applyFilter();
-            });
-            const number = document.createElement('b');
-            label.append(box, `${name} `, number);
+                changed();
+            }});
+            label.append(box, `${name} `, newElement('b'));
             host.append(label);
         }
         label.lastChild.textContent = counts[kind].toLocaleString('en');
     }
-    const levels = new Set(page.model.facts.map(facts => facts.level).filter(level => level !== null));
     const select = $('level');
-    for (const level of [...levels].sort((a, b) => a - b)) {
-        if (![...select.options].some(option => option.value === String(level))) {
-            select.add(new Option(`${level} ${kLevels[level] ?? ''}`, String(level)));
-        }
+    const known = [...select.options].map(option => option.value);
+    for (const level of [...new Set(page.model.facts.map(facts => facts.level))].filter(one => one !== null && !known.includes(String(one))).sort((a, b) => a - b)) {
+        select.add(new Option(`${level} ${kLevels[level] ?? ''}`, String(level)));
     }
+    const errors = $('errors');
+    errors.hidden = counts.errors === 0;
+    errors.textContent = plural(counts.errors, 'error');
 }
 
-$('level').addEventListener('change', event => {
-    page.level = event.target.value;
+$('level').addEventListener('change', () => {
     const box = document.querySelector('[data-kind=log] input');
-    if (page.level !== '' && !box.checked) {
+    if ($('level').value !== '' && !box.checked) {
         box.click();  // A level asks for log lines.
     } else {
-        applyFilter();
+        changed();
     }
 });
-$('text').addEventListener('input', event => {
-    page.text = event.target.value;
-    applyFilter();
+$('text').addEventListener('input', changed);
+$('gather').addEventListener('change', changed);
+$('zoomed').addEventListener('change', changed);
+$('errors').addEventListener('click', () => {
+    showKindsOf(['errors']);
+    changed();
+    $('table').scrollIntoView({block: 'nearest'});
 });
-$('gather').addEventListener('change', event => {
-    page.gather = event.target.checked;
-    applyFilter();
+$('all-kinds').addEventListener('click', () => {
+    showKindsOf(kKinds.map(([kind]) => kind));
+    changed();
 });
-$('zone').addEventListener('change', event => {
-    page.local = event.target.value === 'local';
-    picture.local = page.local;
+$('zone').addEventListener('change', showTimesAnew);
+$('exactly').addEventListener('change', showTimesAnew);
+
+function showTimesAnew() {
+    times.local = $('zone').querySelector(':checked').value === 'local';
+    times.exactly = $('exactly').checked;
+    document.body.classList.toggle('exact', times.exactly);
     showStory();
     table.draw();
-    if (table.chosen !== null) {
-        showDetail(table.chosen);
-    }
-});
+    showDetail(table.chosen);
+    keepPlace();
+}
+
 $('zoom-in').addEventListener('click', () => picture.zoom(0.5));
 $('zoom-out').addEventListener('click', () => picture.zoom(2));
 $('zoom-all').addEventListener('click', () => picture.look(...picture.limits));
 $('save').addEventListener('click', () => {
-    const link = document.createElement('a');
-    link.href = URL.createObjectURL(new Blob([pictureFile()], {type: 'image/svg+xml'}));
-    link.download = `${page.model.title || 'session'}.svg`;
+    const link = newElement('a', {href: URL.createObjectURL(new Blob([pictureFile()], {type: 'image/svg+xml'})), download: `${page.model.title || 'session'}.svg`});
     link.click();
     URL.revokeObjectURL(link.href);
 });
@@ -182,6 +203,98 @@ function pictureFile() {
     return picture.asFile(style.slice(0, style.indexOf('/* end of the picture */')).trim());
 }
 
+// ---- Keys, and a link to what is shown
+
+/// The next event that went wrong, or the one before.
+function goToError(step) {
+    const {model} = page;
+    const bad = new Rows(model, model.runs, model.facts.map(facts => facts.bad), false);
+    const rows = Array.from({length: bad.size}, (_, row) => bad.at(row).number);
+    const from = table.chosen ?? (step > 0 ? -1 : Infinity);
+    const number = step > 0 ? rows.find(one => one > from) : rows.findLast(one => one < from);
+    if (number !== undefined) {
+        table.choose(number);
+    }
+}
+
+addEventListener('keydown', event => {
+    if (event.target.closest('input, select, textarea, dialog') || event.ctrlKey || event.altKey || event.metaKey) {
+        return;
+    }
+    const action = {e: () => goToError(1), E: () => goToError(-1), '?': () => $('keys').showModal(), '/': () => $('text').focus()}[event.key];
+    if (action) {
+        event.preventDefault();
+        action();
+    }
+});
+$('show-keys').addEventListener('click', () => $('keys').showModal());
+
+/// What is shown as the part of an address behind its "#".
+function placeText() {
+    const on = kKinds.map(([kind]) => kind).filter(kind => page.isOn[kind]);
+    const values = {
+        t: table.chosen === null ? null : page.model.timeOf(table.chosen) / 1000,
+        event: table.chosen,
+        view: picture.view?.map(t => Math.round(t)).join(),
+        kinds: on.join(),
+        level: $('level').value,
+        text: $('text').value,
+        zone: times.local ? 'local' : null,
+        ms: times.exactly ? 1 : null,
+        single: $('gather').checked ? null : 1,
+        zoomed: $('zoomed').checked ? 1 : null,
+    };
+    return `#${new URLSearchParams(Object.entries(values).filter(([, value]) => value !== null && value !== undefined && value !== ''))}`;
+}
+
+/// Keeps the address true once it is one that leads to a moment.
+function keepPlace() {
+    if (page.hasPlace) {
+        history.replaceState(null, '', placeText());
+    }
+}
+
+/// Shows what the address says. All of it may be left out, and `t` alone is enough.
+function goToPlace() {
+    const place = new URLSearchParams(location.hash.slice(1));
+    if (!place.has('t') && !place.has('kinds')) {
+        return;
+    }
+    const {model} = page;
+    page.hasPlace = false;
+    if (place.has('kinds')) {
+        showKindsOf(place.get('kinds').split(','));
+    }
+    for (const id of ['level', 'text']) {
+        $(id).value = place.get(id) ?? '';
+    }
+    $('gather').checked = !place.has('single');
+    $('zoomed').checked = place.has('zoomed');
+    $('exactly').checked = place.has('ms');
+    $('zone').querySelector(`[value=${place.get('zone') === 'local' ? 'local' : 'gmt'}]`).checked = true;
+    showTimesAnew();
+    const view = (place.get('view') ?? '').split(',').map(Number);
+    if (view.length === 2 && view[0] < view[1]) {
+        picture.look(...view);
+    }
+    applyFilter();
+    const t = Number(place.get('t')) * 1000;
+    if (place.has('t') && model.size > 0 && Number.isFinite(t)) {
+        const number = Number(place.get('event') ?? NaN);
+        const isThere = Number.isInteger(number) && number >= 0 && number < model.size && model.timeOf(number) === t;
+        table.choose(isThere ? number : nearestEvent(model, page.rows, t) ?? Math.min(model.firstAt(t), model.size - 1));
+    }
+    page.hasPlace = true;
+}
+
+addEventListener('hashchange', goToPlace);
+$('copy').addEventListener('click', async () => {
+    page.hasPlace = true;
+    keepPlace();
+    const copied = await navigator.clipboard?.writeText(location.href).then(() => true, () => false);
+    $('copied').textContent = copied ? 'The link is copied.' : 'The link stands in the address bar.';
+});
+
 // ---- What is told
 
 function summaryText() {
@@ -190,70 +303,87 @@ function summaryText() {
         return 'Nothing has happened yet.';
     }
     const refused = story.reports.filter(report => !report.accepted).length;
-    const kills = story.flags.filter(flag => flag.type === 'kill' && flag.label === 'killed').length;
+    const kills = story.flags.filter(flag => flag.type === 'kill').length;
+    const failures = story.flags.filter(flag => flag.type === 'fail').length;
     const parts = [
-        story.sessions.length === 0 ? 'RSM did not run' : `RSM ran ${times(story.sessions.length)}`,
-        plural(story.pollCount, 'poll'),
+        story.sessions.length === 0 ? 'RSM did not run' : `RSM ran ${countText(story.sessions.length)}`,
+        plural(model.pollCount, 'poll'),
         story.reports.length === 0 ? 'no report' : `${plural(story.reports.length, 'report')}${refused === 0 ? ', all accepted' : `, ${refused.toLocaleString('en')} refused`}`,
+        story.scripts.length > 0 && plural(story.scripts.length, 'script run'),
+        kills > 0 && `the agent was killed ${countText(kills)}`,
+        failures > 0 && `${plural(failures, 'start')} failed`,
+        !page.isLive && `${lengthText(model.end)} in all`,
     ];
-    if (story.scripts.length > 0) {
-        parts.push(plural(story.scripts.length, 'script run'));
-    }
-    if (kills > 0) {
-        parts.push(`the agent was killed ${times(kills)}`);
-    }
-    if (!page.isLive) {
-        parts.push(`${lengthText(model.end)} in all`);
-    }
-    return `${parts.join(' \u00b7 ')}.`;
+    return `${parts.filter(Boolean).join(' \u00b7 ')}.`;
 }
+
+function sessionText(session) {
+    return [
+        session.causes.map(cause => cause.text).filter(Boolean).join(', then '),
+        plural(session.polls, 'poll'),
+        session.activity > 0 && `remote activity for ${lengthText(session.activity)}`,
+        plural(session.accepted, 'report accepted', 'reports accepted'),
+        session.refused > 0 && `${session.refused} refused`,
+        session.to !== null ? `over: ${session.end}` : page.isOver ? 'did not end before the session did' : null,
+    ].filter(Boolean).join(' \u00b7 ');
+}
+
+/// The latest times that RSM ran; those that are shown already stay as they are, with the focus that they may have.
+function showSessions() {
+    const {story, model} = page;
+    const list = $('sessions');
+    const left = Math.max(story.sessions.length - page.sessionsShown, 0);
+    const shown = story.sessions.slice(left);
+    shown.forEach((session, i) => {
+        const length = session.to === null && !page.isOver ? 'goes on' : lengthText((session.to ?? model.end) - session.from);
+        const texts = [times.range(session.from, session.to ?? (page.isOver ? model.end : null)) + (session.to === null && !page.isOver ? 'now' : ''), length, sessionText(session)];
+        const item = list.children[i] ?? list.appendChild(newElement('li'));
+        const key = JSON.stringify(texts) + session.from;
+        if (item.dataset.key === key) {
+            return;
+        }
+        item.dataset.key = key;
+        if (item.children.length === 0) {
+            item.append(newElement('button', {type: 'button', title: 'Show this in the picture'}), newElement('span'), newElement('span'));
+        }
+        texts.forEach((text, at) => setText(item.children[at], text));
+        item.firstChild.onclick = () => {
+            const to = session.to ?? picture.until;
+            const margin = Math.max((to - session.from) * 0.06, 1000);
+            picture.look(session.from - margin, to + margin);
+        };
+    });
+    while (list.children.length > shown.length) {
+        list.lastChild.remove();
+    }
+    $('sessions-left').hidden = left === 0;
+    $('sessions-left').textContent = `The ${left.toLocaleString('en')} before these are left out: show them`;
+    $('sessions-card').hidden = story.sessions.length === 0;
+}
+
+$('sessions-left').addEventListener('click', () => {
+    page.sessionsShown = Infinity;
+    showSessions();
+    $('sessions').querySelector('button').focus();
+});
 
 function showStory() {
     const {model, story} = page;
     picture.show(model, story);
-    document.title = `${model.title} \u2013 RSM session`;
-    $('title').textContent = model.title;
-    $('note').textContent = model.note;
+    document.title = `${signs(model.title)} \u2013 RSM session`;
+    setText($('title'), foreign(model.title));
+    setText($('note'), foreign(model.note));
+    $('local').textContent = zoneName();
     $('summary').textContent = summaryText();
-    const list = $('sessions');
-    list.replaceChildren(...story.sessions.slice(-500).map(session => {
-        const item = document.createElement('li');
-        const when = document.createElement('button');
-        when.type = 'button';
-        const end = session.to === null ? 'now' : timeTexts(session.to)[0].split(' ').pop();
-        when.textContent = `${timeTexts(session.from)[0]} \u2013 ${end}`;
-        when.title = 'Show this in the picture';
-        when.addEventListener('click', () => {
-            const to = session.to ?? picture.until;
-            const margin = Math.max((to - session.from) * 0.06, 1000);
-            picture.look(session.from - margin, to + margin);
-        });
-        const length = document.createElement('span');
-        length.textContent = session.to === null ? 'goes on' : lengthText(session.to - session.from);
-        const what = document.createElement('span');
-        const facts = [session.causes.map(cause => oneLine(cause.text)).join(', then '), plural(session.polls, 'poll')];
-        if (session.activity > 0) {
-            facts.push(`remote activity for ${lengthText(session.activity)}`);
-        }
-        facts.push(plural(session.accepted, 'report accepted', 'reports accepted'));
-        if (session.refused > 0) {
-            facts.push(`${session.refused} refused`);
-        }
-        if (session.to !== null) {
-            facts.push(`over: ${session.end}`);
-        }
-        what.textContent = facts.join(' \u00b7 ');
-        item.append(when, length, what);
-        return item;
-    }));
-    $('sessions-card').hidden = story.sessions.length === 0;
-    const source = model.texts ? `Tunnel and file transfer as the audit texts of ${model.texts.source} tell them.`
+    showSessions();
+    const source = model.texts ? `Tunnel and file transfer as the audit texts of ${foreign(model.texts.source)} tell them.`
         : 'No configuration was found: tunnel and file transfer are told by the words of the audit messages.';
-    $('foot').textContent = `${source}${model.clockIsGuessed ? ' The wall clock is that of the reports.' : ''}`;
+    setText($('foot'), `${source}${model.clockIsGuessed ? ' The wall clock is that of the reports.' : ''}`);
 }
 
 /// Everything anew; for a live session after more events.
 function refresh() {
+    page.isOver = !page.isLive || Boolean(page.console?.isOver);
     page.story = new Story(page.model);
     showKinds();
     showStory();
@@ -270,12 +400,13 @@ const kLegend = [
     ['<circle class="accepted" cx="9" cy="7" r="5"/>', 'report accepted'],
     ['<path class="refused" d="M3 7l6 -6l6 6l-6 6zM6.500 4.500l5 5m0 -5l-5 5"/>', 'report refused'],
     ['<path class="script" d="M5 2l9 5l-9 5z"/>', 'modality script'],
+    ['<path class="error" d="M5 3l8 8m0 -8l-8 8"/>', 'error line'],
 ];
 $('legend').innerHTML = kLegend.map(([shape, text]) => `<li><svg class="picture" aria-hidden="true">${shape}</svg>${text}</li>`).join('');
 
-page.isLive = typeof LiveConsole !== 'undefined';
 table.follow = page.isLive;
 refresh();
+goToPlace();
 if (page.isLive) {
     page.console = new LiveConsole(page.model, picture, {refresh});
 }

@@ -1,16 +1,11 @@
 // ---- What the events tell: modes, polls, remote activity, reports, and one line for each time that RSM ran.
 
+const kDisconnected = 'Going to exit force polling after next poll';  // a line of the module
+
 /// Events that change nothing in the story; runs of them are passed over at once.
 function isDull(body) {
-    return body.event === 'sleep' || body.event === 'stdout' || body.event === 'force-poll' || body.event === 'file' ||
-        body.event === 'credentials' || (body.event === 'log' && scriptStep(body.text) === null);
-}
-
-function scriptStep(text) {
-    const line = String(text);
-    return line.includes('Going To Execute Modality Script') ? 'begin'
-        : line.includes('Script executed Successfully') ? 'done'
-        : line.includes('Error while running script') ? 'failed' : null;
+    return ['sleep', 'stdout', 'force-poll', 'file', 'credentials', 'thread-end'].includes(body.event) ||
+        (body.event === 'log' && kindOf(body) !== 'errors' && scriptStep(body.text) === null && !String(body.text).includes(kDisconnected));
 }
 
 /// A count of open things, and the spans during which it was not 0.
@@ -32,57 +27,59 @@ class Spans {
 class Story {
     constructor(model) {
         this.model = model;
-        this.polls = [];     // {t, step, n, number, stride}: n polls from t on, one every `step`
         this.flags = [];     // {t, number, label, type, failed}
         this.reports = [];   // {t, number, accepted, mode}
+        this.errors = [];    // {t, number}
         this.bands = [{mode: 'none', from: 0, to: null, number: null}];
         this.tunnels = new Spans();
         this.files = new Spans();
-        this.scripts = [];   // {from, to, number, failed}
+        this.scripts = [];   // {t, number, failed, ended}
         this.sessions = [];
         this.schedules = []; // {t, at, rate, minutes}: starts that were ordered
         this.up = new Set(); // families that were started
         this.killed = false;
-        this.lastCall = null;
         this.ending = null;  // what asked for the session's end
+        this.unnamed = [];   // causes that the next call to come back was
+        this.starter = null; // the cause of what the polling thread reports first
+        this.kills = [...model.kills];
         for (const run of model.runs) {
             this.readRun(run);
         }
+        this.readKills(Infinity);
         this.bands = this.bands.filter(band => band.to === null || band.to > band.from);
         for (const session of this.sessions) {
-            session.polls = this.pollsBetween(session.from, session.to ?? model.end);
+            session.polls = model.pollsBetween(session.from, session.to ?? model.end);
         }
-        this.pollCount = this.polls.reduce((sum, series) => sum + series.n, 0);
     }
 
     readRun(run) {
-        const bodies = run.ids.map(id => this.model.bodies[id]);
-        bodies.forEach((body, i) => {
-            if (body.event === 'force-poll') {
-                this.polls.push({t: run.start + run.ends[i], step: run.period, n: run.count, number: run.first + i, stride: run.ids.length});
-            }
-        });
-        const telling = bodies.map((body, i) => i).filter(i => !isDull(bodies[i]));
+        const telling = run.ids.map((_, i) => i).filter(i => !this.model.facts[run.ids[i]].dull);
         for (let round = 0; round < run.count && telling.length > 0; ++round) {
             for (const i of telling) {
-                this.read(bodies[i], run.start + round * run.period + run.ends[i], run.first + round * run.ids.length + i);
+                const number = run.first + round * run.ids.length + i;
+                this.readKills(number);
+                this.read(this.model.bodies[run.ids[i]], run.start + round * run.period + run.ends[i], number);
             }
         }
     }
 
-    /// Polls from `from` to `to`, both included.
-    pollsBetween(from, to) {
-        let count = 0;
-        for (const series of this.polls) {
-            if (series.step === 0 || series.n === 1) {
-                count += series.t >= from && series.t <= to ? series.n : 0;
-            } else {
-                const first = Math.max(Math.ceil((from - series.t) / series.step), 0);
-                const last = Math.min(Math.floor((to - series.t) / series.step), series.n - 1);
-                count += Math.max(last - first + 1, 0);
+    /// The kills before the event `number`; those that ended a thread were events already.
+    readKills(number) {
+        while (this.kills.length > 0 && this.kills[0][1] <= number) {
+            const [t, next] = this.kills.shift();
+            if (!this.killed && this.up.size > 0) {
+                this.kill(t, Math.min(next, this.model.size - 1));
             }
+            this.destroyed = null;
+            this.up.clear();
         }
-        return count;
+    }
+
+    kill(t, number) {
+        this.ending = 'the agent was killed';
+        this.killed = true;
+        this.flags.push({t, number, label: 'killed', type: 'kill'});
+        this.leave(t, number);
     }
 
     get band() {
@@ -99,10 +96,13 @@ class Story {
         const runs = mode === 'grace' || mode === 'activity';
         const session = this.session;
         if (session && !runs) {
-            Object.assign(session, {to: t, end: this.ending ?? 'its time was used up'});
+            const isEarly = now.mode === 'grace' && t - now.from + (now.rate || 0) * 1000 < (now.minutes || 0) * 60000;
+            Object.assign(session, {to: t, end: this.ending ?? (isEarly ? 'before its time was used up' : 'its time was used up')});
         }
         if (!session && runs) {
-            this.sessions.push({from: t, to: null, causes: [this.causeAt(t)], end: null, accepted: 0, refused: 0, activity: 0, number, scripts: 0});
+            this.sessions.push({from: t, to: null, causes: [more.cause()], end: null, accepted: 0, refused: 0, activity: 0, number, scripts: 0});
+        }
+        if (runs) {
             this.ending = null;
         }
         if (now.mode === 'activity' && this.sessions.length > 0) {
@@ -112,13 +112,18 @@ class Story {
         this.bands.push({mode, from: t, to: null, number, ...more});
     }
 
-    /// What made RSM run as it does from `t` on.
-    causeAt(t) {
-        const call = this.lastCall;
-        if (call && t - call.t < 100 && /^(connect|command|call|start)/.test(call.verb)) {
-            return {t, text: call.verb.startsWith('start') ? 'resumed at the start of the agent' : call.verb, sure: true};
+    /// What made RSM run as it does from `t` on: a call that has yet to come back, the one that started the polling
+    /// thread, or a schedule whose time has come.
+    causeAt(t, isHost, starter) {
+        const wall = this.model.wall(t);
+        const due = this.schedules.findLast(one => !one.used && (wall === null || wall >= one.at - 1500));
+        const cause = starter ?? {text: isHost || !due ? null : 'schedule'};
+        if (isHost) {
+            this.unnamed.push(cause);
+        } else if (!starter && due) {
+            due.used = true;
         }
-        return {t, text: 'schedule', sure: false};
+        return cause;
     }
 
     read(body, t, number) {
@@ -131,17 +136,22 @@ class Story {
                 break;
             case 'log':
                 this.readScript(scriptStep(body.text), t, number);
+                if (kindOf(body) === 'errors') {
+                    this.errors.push({t, number});
+                } else if (String(body.text).includes(kDisconnected)) {
+                    this.ending = 'disconnected';
+                }
                 break;
             case 'thread-destroyed':
                 this.destroyed = {t, number};
-                this.ending = 'the agent was killed';
-                this.killed = true;
-                this.flags.push({t, number, label: 'killed', type: 'kill'});
-                this.leave(t, number);
+                this.kill(t, number);
                 break;
             case 'thread-start':
                 if (body.result !== 0) {
-                    this.flags.push({t, number, label: 'no thread', type: 'kill'});
+                    this.flags.push({t, number, label: 'no thread', type: 'fail'});
+                } else {
+                    this.starter = {text: null};
+                    this.unnamed.push(this.starter);
                 }
                 break;
         }
@@ -158,6 +168,9 @@ class Story {
         const verb = String(body.verb);
         const done = body.result === 0;
         const [first, second] = verb.split(' ');
+        for (const cause of this.unnamed.splice(0)) {
+            cause.text = first === 'start' ? 'resumed at the start of the agent' : foreign(verb);
+        }
         if (this.destroyed) {
             this.judgeEnd(first, second, t);
         }
@@ -168,11 +181,11 @@ class Story {
             const label = this.killed ? 'agent is back' : isBack ? 'starts again' : 'agent starts';
             const last = this.flags[this.flags.length - 1];
             if (!done) {
-                this.flags.push({t, number, label: `${verb} fails`, type: 'kill'});
+                this.flags.push({t, number, label: `${foreign(verb)} fails`, type: 'fail'});
             } else if (last && last.t === t && (last.type === 'start' || last.type === 'restart')) {
-                last.title += `, ${verb}`;
+                last.title += `, ${foreign(verb)}`;
             } else {
-                this.flags.push({t, number, label, title: verb, type});
+                this.flags.push({t, number, label, title: foreign(verb), type});
                 this.killed = false;
             }
             if (done) {
@@ -185,9 +198,9 @@ class Story {
             this.up.delete(second);
             const last = this.flags[this.flags.length - 1];
             if (last && last.t === t && last.type === 'stop') {
-                last.title += `, ${verb}`;
+                last.title += `, ${foreign(verb)}`;
             } else {
-                this.flags.push({t, number, label: 'agent stops', title: verb, type: 'stop'});
+                this.flags.push({t, number, label: 'agent stops', title: foreign(verb), type: 'stop'});
             }
             if (second === 'logger' || (this.up.size === 0 && !this.session)) {
                 this.ending = 'the agent stopped';
@@ -196,17 +209,8 @@ class Story {
         } else if (first === 'audit' && done) {
             this.readAudit(body, t, number);
         } else if (kOrders.test(verb)) {
-            this.flags.push({t, number, label: shortOrder(verb), title: whatOf(body), type: 'order', failed: !done});
-            if (/^disconnect|^command ExitRSM/.test(verb) && done) {
-                this.ending = 'disconnected';
-            }
-            // A call is told when it has come back, after the report that it caused.
-            const cause = this.session?.causes[this.session.causes.length - 1];
-            if (done && cause && !cause.sure && t - cause.t < 100) {
-                Object.assign(cause, {text: verb, sure: true});
-            }
+            this.flags.push({t, number, label: shortOrder(verb), title: whatOf(body), type: 'order', failed: isBad(body)});
         }
-        this.lastCall = {t, verb};
     }
 
     /// A thread was destroyed before this call came back: by the call when it is a stop, by a kill otherwise.
@@ -234,18 +238,22 @@ class Story {
     readReport(body, t, number) {
         const profile = profileOf(body);
         const accepted = body.result === 0;
+        const isHost = body.thread === 'host';
+        const starter = isHost ? null : this.starter;
+        this.starter = isHost ? this.starter : null;
+        const cause = () => this.causeAt(t, isHost, starter);
         const at = profileTime(profile.RSM_DELAY_PROFILE_START_TIME);
         const start = at === null ? null : this.model.instant(at);
         const modes = {FORCE_POLL_GRACE: 'grace', FORCE_POLL_ACTIVITY: 'activity'};
         const mode = modes[profile.RSM_MODE] ?? (at !== null ? 'waiting' : 'off');
-        const more = {rate: Number(profile.RSM_FORCED_POLLING_RATE), minutes: Number(profile.RSM_GRACE_PERIOD), start};
+        const more = {rate: Number(profile.RSM_FORCED_POLLING_RATE), minutes: Number(profile.RSM_GRACE_PERIOD), start, cause};
         if (at !== null && !this.schedules.some(one => one.at === at)) {
             this.schedules.push({t, at, start, rate: Number(profile.RSM_DELAY_PROFILE_FORCED_POLLING_RATE), minutes: Number(profile.RSM_DELAY_PROFILE_GRACE_PERIOD), number});
         }
         const before = this.band;
         this.enter(mode, t, number, more);
         if (mode === 'grace' && before.mode === 'grace' && (before.rate !== more.rate || before.minutes !== more.minutes)) {
-            this.session.causes.push(this.causeAt(t));
+            this.session.causes.push(cause());
         }
         this.reports.push({t, number, accepted, mode});
         const session = this.sessions[this.sessions.length - 1];
@@ -257,22 +265,21 @@ class Story {
 
     readScript(step, t, number) {
         if (step === 'begin') {
-            this.scripts.push({from: t, to: t, number, failed: false, ended: false});
+            this.scripts.push({t, number, failed: false, ended: false});
             if (this.session) {
                 this.session.scripts += 1;
             }
         } else if (this.scripts.length > 0) {
-            Object.assign(this.scripts[this.scripts.length - 1], {to: t, ended: true, failed: step === 'failed'});
+            Object.assign(this.scripts[this.scripts.length - 1], {ended: true, failed: step === 'failed'});
         }
     }
 }
 
 /// "command ScheduleRSM RSMStartTime=10:03:00 ..." is told by its name and what a reader looks for.
 function shortOrder(verb) {
-    const [first, ...rest] = verb.split(' ');
-    if (first !== 'command') {
-        return oneLine(verb).slice(0, 40);
-    }
-    const value = name => (rest.find(word => word.startsWith(`${name}=`)) ?? '').slice(name.length + 1);
-    return [oneLine(rest[0] ?? first), value('RSMStartTime'), value('GracePeriod') && `${value('GracePeriod')} min`].filter(Boolean).join(' ').slice(0, 40);
+    const [first, name, ...rest] = verb.split(' ');
+    const value = wanted => (rest.find(word => word.startsWith(`${wanted}=`)) ?? '').slice(wanted.length + 1);
+    const minutes = value('GracePeriod');
+    const text = first !== 'command' ? verb : [name ?? first, value('RSMStartTime'), minutes && minutesText(minutes)].filter(Boolean).join(' ');
+    return foreign(text.slice(0, 40));
 }

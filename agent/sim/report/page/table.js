@@ -1,18 +1,18 @@
 // ---- The events as a table. Only the rows in sight exist; which event a row shows is computed.
 
-const kRowHeight = 27;
+const kHeadHeight = 27;
 const kTallest = 8000000;   // pixels a browser surely scrolls through
-const kPrintedRows = 3000;
+const kPrintedRows = 1000;
 
-/// The events that a filter lets through, as rows.
+/// The events of some runs that a filter lets through, as rows.
 class Rows {
     /// `passes[id]` tells of a body; `gather`: polls in a row are one row.
-    constructor(model, passes, gather) {
+    constructor(model, runs, passes, gather) {
         this.model = model;
         this.parts = [];  // {row, rows, run, at} or {row, rows: 1, polls: {first, last, n}}
         this.size = 0;
         this.events = 0;
-        for (const run of model.runs) {
+        for (const run of runs) {
             const at = [];
             run.ids.forEach((id, i) => {
                 if (passes[id]) {
@@ -110,20 +110,21 @@ function nearestEvent(model, rows, t) {
 }
 
 class Table {
-    /// `hooks.point(number or null)`, `hooks.choose(number)`, `hooks.time(t)`: cells' texts of a time.
-    constructor(host, hooks) {
+    /// `hooks.point(number or null)`, `hooks.choose(number)`; `times` tells times.
+    constructor(host, times, hooks) {
         this.hooks = hooks;
+        this.times = times;
         this.rows = null;
         this.chosen = null;   // event number
         this.pointedRow = -1;
         this.top = 0;         // first row in sight, with a fraction
-        host.innerHTML = '<div class="head row" role="row"><span role="columnheader">Time</span><span role="columnheader">Who</span>' +
-            '<span role="columnheader">Kind</span><span role="columnheader">What</span></div>' +
-            '<div class="scroll" tabindex="0" role="rowgroup" aria-label="Events; arrow keys choose one"><div class="spacer"></div><div class="body" role="presentation"></div></div>';
-        this.host = host;
+        const heads = ['Time', 'Who', 'Kind', 'What'].map(name => `<span class="${name.toLowerCase()}" role="columnheader">${name}</span>`).join('');
+        host.innerHTML = '<div class="scroll" tabindex="0" role="grid" aria-label="Events; arrow keys choose one"><div class="head row" role="row">' +
+            `${heads}</div><div class="body" role="rowgroup"></div><div class="spacer" role="presentation"></div></div><p class="left soft"></p>`;
         this.scroller = host.querySelector('.scroll');
         this.spacer = host.querySelector('.spacer');
         this.body = host.querySelector('.body');
+        this.left = host.querySelector('.left');
         this.listen();
     }
 
@@ -131,14 +132,20 @@ class Table {
         const atEnd = this.rows === null || this.scroller.scrollTop + this.scroller.clientHeight >= this.scroller.scrollHeight - 2;
         this.model = model;
         this.rows = rows;
-        this.host.setAttribute('aria-rowcount', rows.size);
-        this.scroller.style.height = `${Math.min(Math.max(rows.size, 3), 16) * kRowHeight}px`;
-        this.spacer.style.height = `${Math.min(rows.size * kRowHeight, kTallest)}px`;
+        this.scroller.setAttribute('aria-rowcount', rows.size + 1);
+        this.fit();
         this.goTo(this.follow && atEnd ? rows.size : this.top);
     }
 
+    fit() {
+        // A row is two lines where the window is narrow.
+        const rowHeight = this.rowHeight = parseFloat(getComputedStyle(this.scroller).getPropertyValue('--row'));
+        this.scroller.style.height = `${kHeadHeight + Math.min(Math.max(this.rows.size, 3), 16) * rowHeight}px`;
+        this.spacer.style.height = `${Math.min(this.rows.size * rowHeight, kTallest)}px`;
+    }
+
     get inSight() {
-        return this.scroller.clientHeight / kRowHeight;
+        return (this.scroller.clientHeight - kHeadHeight) / this.rowHeight;
     }
 
     get lastTop() {
@@ -147,7 +154,7 @@ class Table {
 
     /// How many pixels of scrolling a row is: less than its height when there are very many.
     get scale() {
-        const path = this.spacer.offsetHeight - this.scroller.clientHeight;
+        const path = this.spacer.offsetHeight + kHeadHeight - this.scroller.clientHeight;
         return this.lastTop > 0 ? path / this.lastTop : 1;
     }
 
@@ -191,54 +198,53 @@ class Table {
             shown.push(this.rowElement(row));
         }
         if (this.rows.size === 0) {
-            const none = document.createElement('div');
-            none.className = 'none';
-            none.textContent = 'No event passes the filter.';
+            const none = this.element('div', 'none', 'row');
+            none.append(this.element('span', '', 'gridcell', 'No event passes the filter.'));
             shown.push(none);
         }
         this.body.replaceChildren(...shown);
-        this.body.style.transform = `translateY(${this.scroller.scrollTop - (this.top - first) * kRowHeight}px)`;
+        this.body.style.transform = `translateY(${this.scroller.scrollTop - (this.top - first) * this.rowHeight}px)`;
+        const chosen = this.body.querySelector('.chosen');
+        chosen ? this.scroller.setAttribute('aria-activedescendant', chosen.id) : this.scroller.removeAttribute('aria-activedescendant');
+    }
+
+    element(name, className, role, text) {
+        const element = document.createElement(name);
+        element.className = className;
+        element.setAttribute('role', role);
+        setText(element, text ?? '');
+        return element;
     }
 
     rowElement(row) {
         const {number, polls} = this.rows.at(row);
         const event = this.model.event(number);
         const {facts, body} = event;
-        const element = document.createElement('div');
         const refused = body.event === 'update-asset' && body.result !== 0;
-        const bad = refused || (body.event === 'log' && body.level === 50) || (body.event === 'call' && body.result !== 0);
-        element.className = `row ${facts.kind}${refused ? ' refused' : ''}${bad ? ' bad' : ''}`;
-        element.setAttribute('role', 'row');
-        element.setAttribute('aria-rowindex', row + 1);
+        const element = this.element('div', `row ${facts.kind}${refused ? ' refused' : ''}${facts.bad ? ' bad' : ''}`, 'row');
+        const isChosen = this.chosen !== null && (number === this.chosen || (polls !== null && this.chosen >= polls.first && this.chosen <= polls.last));
+        element.setAttribute('aria-rowindex', row + 2);
+        element.setAttribute('aria-selected', isChosen);
+        element.id = `row-${row}`;
         element.dataset.row = row;
         element.dataset.number = number;
-        const isChosen = this.chosen !== null && (number === this.chosen || (polls && this.chosen >= polls.first && this.chosen <= polls.last));
-        element.classList.toggle('chosen', Boolean(isChosen));
+        element.classList.toggle('chosen', isChosen);
         element.classList.toggle('pointed', row === this.pointedRow);
-        const cell = (name, text) => {
-            const span = document.createElement('span');
-            span.className = name;
-            span.setAttribute('role', 'cell');
-            span.textContent = text;
-            element.append(span);
-            return span;
-        };
-        const [clock, since] = this.hooks.time(event.t);
-        const time = cell('time', clock);
-        const small = document.createElement('i');
-        small.textContent = since;
-        time.append(' ', small);
-        cell('who', facts.who);
-        cell('kind', facts.level === null ? kKinds.find(kind => kind[0] === facts.kind)[2] : `Log ${facts.level}`);
-        const what = cell('what', polls ? this.pollsText(polls, event.t) : facts.what);
-        what.title = what.textContent;
+        const [time, small] = this.model.clock.length === 0 ? [this.times.since(event.t), ''] : [this.times.at(event.t), this.times.since(event.t)];
+        const cells = [['time', time], ['who', foreign(body.thread)], ['kind', facts.level === null ? kKinds.find(kind => kind[0] === facts.kind)[2] : `Log ${facts.level}`],
+            ['what', polls ? this.pollsText(polls, event.t) : facts.what]].map(([name, text]) => this.element('span', name, 'gridcell', text));
+        if (small !== '') {
+            cells[0].append(' ', newElement('i', {}, small));
+        }
+        cells[3].title = cells[3].textContent;
+        element.append(...cells);
         return element;
     }
 
     pollsText(polls, from) {
         const to = this.model.timeOf(polls.last);
         const step = (to - from) / (polls.n - 1);
-        return `${polls.n.toLocaleString('en')} polls, one every ${Number((step / 1000).toFixed(1))} s, until ${this.hooks.time(to)[0]}`;
+        return `${polls.n.toLocaleString('en')} polls, one every ${step < 100000 ? `${Number((step / 1000).toFixed(1))} s` : lengthText(step)}, until ${this.times.at(to)}`;
     }
 
     numberUnder(event) {
@@ -257,9 +263,9 @@ class Table {
         });
         // Where a pixel is many rows, the wheel still moves by rows.
         scroller.addEventListener('wheel', event => {
-            if (this.scale < kRowHeight * 0.9 && !event.ctrlKey) {
+            if (this.scale < this.rowHeight * 0.9 && !event.ctrlKey) {
                 event.preventDefault();
-                this.goTo(this.top + event.deltaY / kRowHeight);
+                this.goTo(this.top + event.deltaY / this.rowHeight);
             }
         }, {passive: false});
         this.body.addEventListener('pointermove', event => this.hooks.point(this.numberUnder(event)));
@@ -283,15 +289,18 @@ class Table {
             const now = this.chosen === null ? (step > 0 ? Math.ceil(this.top) - 1 : Math.ceil(this.top) + 1) : this.rows.rowOf(this.chosen);
             this.choose(this.rows.at(Math.min(Math.max(now + step, 0), this.rows.size - 1)).number);
         });
-        new ResizeObserver(() => this.rows && this.draw()).observe(scroller);
+        new ResizeObserver(() => this.rows && (this.fit(), this.draw())).observe(scroller.parentNode);
         // Paper has no scroll bar.
         addEventListener('beforeprint', () => {
-            this.body.replaceChildren();
-            for (let row = 0; row < Math.min(this.rows.size, kPrintedRows); ++row) {
-                this.body.append(this.rowElement(row));
-            }
+            const printed = Math.min(this.rows.size, kPrintedRows);
+            this.body.replaceChildren(...Array.from({length: printed}, (_, row) => this.rowElement(row)));
             this.body.style.transform = '';
+            this.left.textContent = printed === this.rows.size ? '' :
+                `The first ${printed.toLocaleString('en')} of ${plural(this.rows.size, 'line')} are printed. Filters choose others.`;
         });
-        addEventListener('afterprint', () => this.draw());
+        addEventListener('afterprint', () => {
+            this.left.textContent = '';
+            this.draw();
+        });
     }
 }
