@@ -402,6 +402,10 @@ class Picture {
         const least = rows[0].length - 1;
         for (const flag of [0, 1, 2, 3].flatMap(wanted => seen.filter(one => rank[one.type] === wanted))) {
             const x = Math.round(this.x(flag.t)) + 0.5;
+            const place = Math.floor(x - this.gutter);
+            if (place < least - 300 && rows.every(taken => taken[Math.max(place - 4, 0)] === 1)) {
+                continue;
+            }
             const label = flag.label + (flag.failed ? ' \u2717' : '');
             const width = Math.min(label.replace(/[\u2068\u2069]/g, '').length * 6.8 + 14, least);
             // A flag at the right edge points back.

@@ -100,7 +100,7 @@ class Story {
             Object.assign(session, {to: t, end: this.ending ?? (isEarly ? 'before its time was used up' : 'its time was used up')});
         }
         if (!session && runs) {
-            this.sessions.push({from: t, to: null, causes: [more.cause()], end: null, accepted: 0, refused: 0, activity: 0, number, scripts: 0});
+            this.sessions.push({from: t, to: null, causes: [more.cause()], end: null, accepted: 0, refused: 0, activity: 0, number});
         }
         if (runs) {
             this.ending = null;
@@ -259,16 +259,12 @@ class Story {
         const session = this.sessions[this.sessions.length - 1];
         if (session && (session.to === null || session.to === t)) {
             session[accepted ? 'accepted' : 'refused'] += 1;
-            session.rate = more.rate || session.rate;
         }
     }
 
     readScript(step, t, number) {
         if (step === 'begin') {
             this.scripts.push({t, number, failed: false, ended: false});
-            if (this.session) {
-                this.session.scripts += 1;
-            }
         } else if (this.scripts.length > 0) {
             Object.assign(this.scripts[this.scripts.length - 1], {ended: true, failed: step === 'failed'});
         }

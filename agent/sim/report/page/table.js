@@ -171,15 +171,13 @@ class Table {
         }
     }
 
-    choose(number, quietly) {
+    choose(number) {
         this.chosen = number;
         if (number !== null && this.rows.size > 0) {
             this.reveal(this.rows.rowOf(number));
         }
         this.draw();
-        if (!quietly) {
-            this.hooks.choose(number);
-        }
+        this.hooks.choose(number);
     }
 
     /// Shows which row is meant, without going there.
