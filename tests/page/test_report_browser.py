@@ -149,6 +149,8 @@ class ReportPageTest(unittest.TestCase):
 
     def test_many_visits(self):
         visits = "".join(f"{10 + i * 864} connect 2 15\n{40 + i * 864} audit \"Remote tunnel opened\"\n{221 + i * 864} audit \"Remote tunnel closed\"\n" for i in range(300))
+        config = (EXAMPLES / "zephan-config.xml").read_text()  # without the script: 300 shells take longer than all the rest
+        (self.workspace.path / "zephan-config.xml").write_text(re.sub(r"<Script>.*</Script>", "", config))
         self.show("0 start logger zephan-config.xml\n0 start rsm zephan-config.xml\n0 start web-service\n" + visits + "259300 end\n")
         drawn, true = self.ask("""[[...document.querySelectorAll('#picture .remote')].reduce((sum, one) => sum + Number(one.getAttribute('width')), 0),
             page.story.tunnels.list.reduce((sum, one) => sum + one.to - one.from, 0) / (picture.shown[1] - picture.shown[0]) * picture.width]""")
