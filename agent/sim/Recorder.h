@@ -32,8 +32,11 @@ class Recorder final : public agent::Observer {
     /// The contents of a file, or that there is none.
     void recordFile(const std::string& path, const std::optional<std::string>& text);
 
-    /// What the listeners are to know though a trace does not hold it: "clock-step", "unload".
-    void tellOnly(std::string_view name) { tellListeners(eventOf("host", name, {}, {})); }
+    /// What the listeners are to know though a trace does not hold it: "clock-step", "unload", and "audit" before
+    /// the module is told.
+    void tellOnly(std::string_view name, Fields fields = {}) {
+        tellListeners(eventOf("host", name, std::move(fields), {}));
+    }
 
     void onLog(int level, std::string_view text) override;
     void onCredentials(const char* memberId) override;

@@ -108,7 +108,9 @@ void Session::serve(const std::string& place) {
 }
 
 std::int64_t Session::now() const {
-    return std::chrono::floor<std::chrono::seconds>(clock_->wall()).count();
+    // The clock stands still while nothing happens.
+    const Instant since = present_ ? present_() - clock_->now() : Instant(0);
+    return std::chrono::floor<std::chrono::seconds>(clock_->wall() + since).count();
 }
 
 void Session::writePage() {

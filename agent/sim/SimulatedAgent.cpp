@@ -119,6 +119,7 @@ const std::vector<Verb>& SimulatedAgent::verbs() {
          }},
         {"audit", "TEXT", "an audit message",
          [](Agent& self, const Action& action) {
+             self.recorder_.tellOnly("audit", {{"text", valueOf(action.argument(0))}});
              self.record(action, self.module().ZPXRSMLoggerAudit(action.argument(0)));
          }},
         {"asset", "present|absent", "whether the agent has an asset 0",

@@ -18,17 +18,6 @@ namespace {
 
 using ValueText = std::array<char, 40>;
 
-const char* modeName(std::int32_t mode) noexcept {
-    switch (mode) {
-        case rsm::kForcePollGrace:
-            return "FORCE_POLL_GRACE";
-        case rsm::kForcePollActivity:
-            return "FORCE_POLL_ACTIVITY";
-        default:
-            return "NOT_ACTIVE";
-    }
-}
-
 ValueText numberText(double value) noexcept {
     ValueText text{};
     std::snprintf(text.data(), text.size(), "%lld", static_cast<long long>(value));
@@ -47,7 +36,7 @@ ValueText dateText(std::int64_t gmtClockValue) noexcept {
 struct Profile {
     explicit Profile(const RsmState& state)
         : properties{
-              {"update", "RSM_MODE", modeName(state.rsmMode), "Property"},
+              {"update", "RSM_MODE", rsm::nameOf(state.rsmMode), "Property"},
               {"update", "RSM_START_TIME", dateText(state.rsmStartTime).data(), "Property"},
               {"update", "RSM_MODE_START_TIME", dateText(state.modeStartTime).data(), "Property"},
               {"update", "RSM_GRACE_PERIOD", numberText(state.gracePeriod).data(), "Property"},
@@ -176,7 +165,7 @@ void ProfileReport::LogRSMProfile(const RsmState& state) {
             KRXLog(level::kForce, line, dateText(time).data());
         }
     };
-    KRXLog(level::kForce, " RSM_MODE = %s \n", modeName(state.rsmMode));
+    KRXLog(level::kForce, " RSM_MODE = %s \n", rsm::nameOf(state.rsmMode));
     logDate(state.rsmStartTime, " RSM_START_TIME = %s \n", " RSM_START_TIME = 0 \n");
     logDate(state.modeStartTime, " RSM_MODE_START_TIME = %s \n", " RSM_MODE_START_TIME = 0\n");
     KRXLog(level::kForce, " RSM_GRACE_PERIOD = %s \n", numberText(state.gracePeriod).data());

@@ -44,6 +44,12 @@ namespace rsm {
 constexpr std::int32_t kNotActive = 0;
 constexpr std::int32_t kForcePollGrace = 1;
 constexpr std::int32_t kForcePollActivity = 2;
+/// As the enterprise is told.
+constexpr const char* nameOf(std::int32_t mode) noexcept {
+    return mode == kForcePollGrace      ? "FORCE_POLL_GRACE"
+           : mode == kForcePollActivity ? "FORCE_POLL_ACTIVITY"
+                                        : "NOT_ACTIVE";
+}
 }  // namespace rsm
 
 struct RsmState {
@@ -140,12 +146,12 @@ struct RsmState {
 
     /// Whole minutes of the grace period.
     std::int32_t wholeMinutes() const noexcept;
+    /// Polls that the grace period allows.
+    double pollLimit() const noexcept { return pollsPerMinute() * gracePeriod; }
 
   private:
     bool isDueWhilePolling(std::int64_t now) const noexcept {
         return delayedProfilePending && delayedStartTime < now && rsmMode != rsm::kNotActive;
     }
     std::uint32_t pollsPerMinute() const noexcept;
-    /// Polls that the grace period allows.
-    double pollLimit() const noexcept { return pollsPerMinute() * gracePeriod; }
 };

@@ -1,6 +1,10 @@
-"""`status` for the files of an agent that does not run."""
+"""`status`, of an agent that runs and for the files of one that does not."""
+import collections
+import datetime
 import json
 import os
+import random
+import re
 import subprocess
 import unittest
 
@@ -101,6 +105,115 @@ class StatusTest(unittest.TestCase):
             status, said = workspace.run("status", "--config", "missing.xml")
             self.assertEqual(status, 1)
             self.assertIn("missing.xml", said)
+
+CLOCK = datetime.datetime(2026, 3, 1, 10, tzinfo=datetime.timezone.utc)
+START = ["start data-source state/schedule.xml", "start logger zephan-config.xml", "start rsm zephan-config.xml", "start web-service"]
+
+
+class SentencesTest(unittest.TestCase):
+    """What `status` says in sessions of random orders comes true in what their traces go on to show."""
+
+    def scenario(self, chance):
+        """Orders, some questions behind the last one, and at last the end of any remote activity."""
+        at, stepped, lines, asked = 0, 0, [f"0 {line}" for line in START], []
+        for _ in range(chance.randint(1, 7)):
+            at += chance.choice([10, 10, 35, 90, 400])
+            clock = CLOCK + datetime.timedelta(seconds=at + stepped)
+            start = clock + datetime.timedelta(seconds=chance.choice([30, 120, 400, 1500]))
+            order = chance.choice([
+                f"connect {chance.choice([0, 1, 5, 10, 30])} {chance.choice([7, 20, 30, 45, 60, 90])}",
+                *[f"connect {chance.choice([5, 10, 30])} {chance.choice([20, 30])}"] * 5, "disconnect op", "command ExitRSM",
+                f"command ScheduleRSM RSMStartDate={start:%Y:%m:%d} RSMStartTime={start:%H:%M:%S} PollingRate={chance.choice([20, 30, 50])} "
+                f"GracePeriod={chance.choice([1, 4, 12])}",
+                'audit "Remote tunnel opened"', 'audit "Remote tunnel opened"', 'audit "File transfer started"', 'audit "Remote tunnel closed"',
+                'audit "File transfer finished"', 'audit "All tunnels aborted"', "enterprise delay 2.13", "enterprise refuse", "clock-step", "unload", "stop",
+                "fail thread-start"])
+            if order == "clock-step":
+                stepped += (step := chance.choice([-3600, -40, 25, 900]))
+                order += f" {step}"
+            if order in ("unload", "stop"):
+                lines += [f"{at} unload"] if order == "unload" else [f"{at} stop rsm", f"{at} stop logger"]
+                if chance.random() < 0.8:
+                    at += 10
+                    lines += [f"{at} {line}" for line in START]
+            else:
+                lines.append(f"{at} {order}")
+        for _ in range(4):
+            at += chance.choice([2, 8, 35, 130, 400])
+            asked.append(at + 0.5)
+            lines.append(f"{at}.5 status")
+        at += 400
+        lines += [f'{at}.5 audit "{text}"' for text in ("All tunnels aborted", "File transfer finished", "File transfer finished")]
+        return f"clock {CLOCK:%Y-%m-%dT%H:%M:%SZ}\n" + "\n".join(lines) + "\n", asked, at + 0.5, stepped
+
+    def test_they_come_true(self):
+        judged = collections.Counter()
+        for seed in range(int(os.environ.get("SCENARIOS", "40"))):
+            text, asked, closed, stepped = self.scenario(random.Random(seed))
+            with self.subTest(seed), Workspace() as workspace:
+                (workspace.path / "session.scenario").write_text(text)
+                status, said = workspace.run("replay", "session.scenario", "--trace", "trace.jsonl")
+                self.assertEqual(status, 0, said)
+                answers = re.findall(r"^(\S.*)\n  now ", said, re.M)
+                self.assertEqual(len(answers), len(asked), said)
+                events = workspace.events()
+                for at, sentence in zip(asked, answers):
+                    with self.subTest(at=at, sentence=sentence):
+                        judged[self.judge(sentence, at, events, closed, stepped)] += 1
+        self.assertGreaterEqual(len(judged), 6, judged)  # kinds of sentences
+
+    def judge(self, sentence, at, events, closed, stepped):
+        def moment(text):
+            return (datetime.datetime.fromisoformat(text + "+00:00") - CLOCK).total_seconds() - stepped
+
+        def number(pattern):
+            found = re.search(pattern, sentence)
+            return int(found.group(1)) if found else None
+
+        def paced(polls, rate):
+            for earlier, later in zip(polls, polls[1:]):
+                self.assertTrue(rate - 0.1 < later - earlier < rate + 5, (earlier, later))  # a report between them takes its time
+
+        every = [event["t"] for event in events if event["event"] == "force-poll"]
+        polls = [t for t in every if t > at]
+        schedule = re.search(r"schedule of (\S+ \S+) GMT: (\d+) minutes? at one poll every (\d+) s", sentence)
+        due, minutes, slow = (moment(schedule.group(1)), int(schedule.group(2)), int(schedule.group(3))) if schedule else (1e9, 0, 0)
+        rate = number(r"(?<!at )one poll every (\d+) s")
+        before = [t for t in polls if t <= due + 1]
+        if sentence == "RSM is off." or "no thread" in sentence or re.match("The agent (was killed|stopped) at", sentence):
+            self.assertEqual(polls, [])
+        elif sentence.startswith("RSM is off and waits"):
+            self.assertTrue(due <= polls[0] - slow < due + 10, (due, polls[0]))
+            paced(polls, slow)
+            if "keeps it polling" not in sentence:
+                self.assertEqual(len(polls), 60 // slow * minutes)
+        elif "as long as the remote activity" in sentence:
+            began = moment(re.search(r"began at (\S+ \S+) GMT", sentence).group(1))
+            self.assertTrue(any(0 <= event["t"] - began < 5 for event in events if event.get("verb", "").startswith("audit")) or stepped, began)
+            during = [t for t in before if t <= closed]
+            self.assertTrue(due < at or during[0] <= at + rate + 5, during)
+            paced(during, rate)
+            if not schedule:
+                after = [t for t in polls if t > closed]
+                self.assertEqual(len(after), number(r"more: (\d+) poll"))
+                self.assertEqual(len(after), number(r"then for (\d+) minute") * 60 / rate if "minute" in sentence else len(after))
+                paced(during[-1:] + after, rate)
+        else:
+            end = moment(re.search(r"about (\S+ \S+) GMT", sentence).group(1))
+            to_come = number(r"(\d+) to come") if "to come" in sentence else 0 if "without a poll" in sentence else 1
+            if to_come:
+                self.assertTrue(abs(polls[to_come - 1] - end) <= 1, (polls[to_come - 1], end))
+                paced(polls[:to_come], rate) if rate else None
+            if "takes over" in sentence:
+                self.assertTrue(due < end, (due, end))
+                paced(polls[to_come - 1:to_come + 1], slow)
+            elif schedule:
+                self.assertTrue(len(polls) > to_come and polls[to_come] >= due, polls[to_come:])
+            else:
+                self.assertEqual(len(polls), to_come)
+            made = number(r"(\d+) polls? made") or 0
+            self.assertTrue(made <= len(every) - len(polls), made)
+        return " ".join(sentence.split()[:3])
 
 
 if __name__ == "__main__":

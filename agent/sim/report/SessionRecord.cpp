@@ -50,7 +50,7 @@ void SessionRecord::onEvent(const Event& event) noexcept {
     if (event.name == "clock-step" || !data_.hasClock()) {
         data_.setClock(time, milliseconds(event.wall));
     }
-    if (event.name == "clock-step") {
+    if (event.name == "clock-step" || event.name == "audit") {
         return;
     }
     if (event.name == "unload") {

@@ -1,38 +1,29 @@
 #include "sim/status/SessionStatus.h"
 
-#include "platform/Number.h"
 #include "scheduling/GmtClock.h"
-#include "sim/Calendar.h"
 #include "sim/EventFields.h"
-#include "sim/report/AuditTexts.h"
 #include "sim/status/Moment.h"
 #include "sim/status/StateFiles.h"
 #include "sim/status/StatusJson.h"
 
 #include <algorithm>
-#include <cstdio>
 
 namespace sim {
 
 namespace {
 
 using nlohmann::ordered_json;
-
-constexpr std::string_view kOff = "NOT_ACTIVE";
-constexpr std::string_view kGrace = "FORCE_POLL_GRACE";
-constexpr std::string_view kActivity = "FORCE_POLL_ACTIVITY";
-
-/// A profile's date, "2026-01-03 GMT 10:00:05" with the day before the month; none for "0".
-std::optional<std::int64_t> profileMoment(const std::string& text) {
-    int year = 0, month = 0, day = 0, hour = 0, minute = 0, second = 0, length = 0;
-    std::sscanf(text.c_str(), "%4d-%2d-%2d GMT %2d:%2d:%2d%n", &year, &day, &month, &hour, &minute, &second,
-                &length);
-    const bool isWhole = length > 0 && static_cast<std::size_t>(length) == text.size();
-    return isWhole ? momentOf(year, month, day, hour, minute, second) : std::nullopt;
-}
+using State = RsmState::State;
 
 std::string counted(std::int64_t number, const char* thing) {
     return std::to_string(number) + " " + thing + (number == 1 ? "" : "s");
+}
+
+std::string lengthText(std::int64_t seconds) {
+    const std::int64_t minutes = seconds / scheduling::kSecondsPerMinute;
+    const std::int64_t rest = seconds % scheduling::kSecondsPerMinute;
+    return rest == 0 ? counted(minutes, "minute")
+                     : (minutes == 0 ? "" : std::to_string(minutes) + " min ") + std::to_string(rest) + " s";
 }
 
 }  // namespace
@@ -40,105 +31,48 @@ std::string counted(std::int64_t number, const char* thing) {
 void SessionStatus::onEvent(const Event& event) noexcept {
     const std::lock_guard lock(mutex_);
     const std::int64_t at = std::chrono::floor<std::chrono::seconds>(event.wall).count();
-    if (event.name == "call") {
-        noteCall(event, at);
-    } else if (event.name == "update-asset") {
-        noteReport(event, at);
+    const bool hadEnded = rsm_.hasEnded();
+    rsm_.onEvent(event);
+    if (event.name == "unload" && agent_ == Agent::runs) {
+        agent_ = Agent::killed;
+        changedAt_ = at;
+    } else if (event.name == "call" && rsm_.hasEnded() && !hadEnded) {
+        agent_ = Agent::stopped;
+        changedAt_ = at;
+    } else if (event.name == "call" && numberOf(event, "result") == 0 &&
+               textOf(event, "verb").value_or("").starts_with("start ")) {
+        agent_ = Agent::runs;
     } else if (event.name == "force-poll") {
         ++polls_;
-        ++stretch_.polls;
         lastPoll_ = at;
-    } else if (event.name == "thread-destroyed" || (event.name == "unload" && agent_ == Agent::runs)) {
-        // A thread is destroyed by a stop that has not come back yet, or by a kill.
-        agent_ = Agent::killed;
-        maybeKilled_ = event.name != "unload";
-        changedAt_ = at;
-        stretch_ = {};
-        schedule_.reset();
-    }
-}
-
-void SessionStatus::noteCall(const Event& event, std::int64_t at) {
-    const std::string verb = textOf(event, "verb").value_or("");
-    const bool succeeded = numberOf(event, "result") == 0;
-    if (verb.starts_with("stop ")) {
-        if (maybeKilled_ || verb == "stop logger") {
-            agent_ = Agent::stopped;
-            changedAt_ = at;
-            stretch_ = {};
-            schedule_.reset();
+    } else if (event.name == "update-asset") {
+        report_ = Report{at, numberOf(event, "result") == 0, ordered_json::object()};
+        for (const auto& [name, value] : listOf(event, "properties")) {
+            report_->properties[name] = value ? ordered_json(*value) : ordered_json(nullptr);
         }
-    } else if (verb.starts_with("start ") && succeeded) {
-        agent_ = Agent::runs;
-        for (const std::string_view family : {"start rsm ", "start logger "}) {
-            if (verb.starts_with(family)) {
-                resumePath_ = readAuditTexts(verb.substr(family.size())).settings.resumeStatusFile;
-            }
-        }
-        constexpr std::string_view dataSource = "start data-source ";
-        if (verb.starts_with(dataSource)) {
-            schedulePath_ = verb.substr(dataSource.size());
-        }
-    } else if (verb.starts_with("disconnect") || verb.starts_with("command ExitRSM")) {
-        ending_ = succeeded && stretch_.mode == kGrace;
     }
-    maybeKilled_ = false;
 }
 
-void SessionStatus::noteReport(const Event& event, std::int64_t at) {
-    const agent::NamedValues list = listOf(event, "properties");
-    const auto property = [&](std::string_view name) { return valueOf(list, name).value_or(""); };
-    report_ = Report{at, numberOf(event, "result") == 0, ordered_json::object()};
-    for (const auto& [name, value] : list) {
-        report_->properties[name] = value ? ordered_json(*value) : ordered_json(nullptr);
-    }
-    schedule_.reset();
-    if (const auto start = profileMoment(property("RSM_DELAY_PROFILE_START_TIME"))) {
-        schedule_ = Schedule{*start, platform::readNumber(property("RSM_DELAY_PROFILE_GRACE_PERIOD")),
-                             platform::readNumber(property("RSM_DELAY_PROFILE_FORCED_POLLING_RATE"))};
-    }
-    Stretch next{property("RSM_MODE"),
-                 at,
-                 platform::readNumber(property("RSM_GRACE_PERIOD")),
-                 platform::readNumber(property("RSM_FORCED_POLLING_RATE")),
-                 0,
-                 0};
-    if (next.mode == stretch_.mode && next.minutes == stretch_.minutes && next.rate == stretch_.rate &&
-        property("RSM_MODE_START_TIME").find(gmtText(at).substr(11, 8)) == std::string::npos) {
-        return;  // something else was to be told, a schedule for instance
-    }
-    const std::int64_t wholePolls =
-        next.rate > 0 ? scheduling::kSecondsPerMinute / next.rate * next.minutes : 0;
-    // An order takes effect after the sleep that goes on, with one poll more; the polling thread's own
-    // changes come between two polls, with the first one counted already.
-    const bool wasPolling = stretch_.mode != kOff;
-    next.limit = !wasPolling              ? wholePolls
-                 : event.thread == "host" ? wholePolls + 1
-                                          : std::max<std::int64_t>(wholePolls - 1, 0);
-    if (next.mode == kActivity && stretch_.mode != kActivity) {
-        activitySince_ = at;
-    }
-    stretch_ = next;
-    ending_ = false;
-}
-
-bool SessionStatus::runs() const {
-    return stretch_.mode == kGrace || stretch_.mode == kActivity;
-}
-
-std::int64_t SessionStatus::pollsLeft() const {
-    return ending_ ? 1 : std::max<std::int64_t>(stretch_.limit - stretch_.polls, 0);
-}
-
-std::int64_t SessionStatus::until() const {
-    return std::max(lastPoll_.value_or(0), stretch_.since) + pollsLeft() * stretch_.rate;
+bool SessionStatus::isPolling() const {
+    const State state = rsm_.state().state();
+    return agent_ == Agent::runs && rsm_.hasThread() && state != State::Idle && state != State::Waiting;
 }
 
 std::string SessionStatus::startText(std::int64_t now) const {
-    return readStateFiles(resumePath_, schedulePath_, now).startText(now);
+    return readStateFiles(rsm_.resumePath(), rsm_.schedulePath(), now).startText(now);
 }
 
-std::string SessionStatus::sentence(std::int64_t now) const {
+SessionStatus::Answer SessionStatus::answer(std::int64_t now) const {
+    Answer answer;
+    if (isPolling() && !rsm_.state().remoteActivity) {
+        answer.outlook = rsm_.outlook();
+    }
+    answer.sentence = sentence(answer.outlook, now);
+    return answer;
+}
+
+std::string SessionStatus::sentence(const std::optional<RsmFollower::Outlook>& outlook,
+                                    std::int64_t now) const {
     switch (agent_) {
         case Agent::notStarted:
             return "The agent has not started the module yet.";
@@ -149,47 +83,70 @@ std::string SessionStatus::sentence(std::int64_t now) const {
         case Agent::runs:
             break;
     }
-    const std::string pace = "one poll every " + std::to_string(stretch_.rate) + " s";
-    if (stretch_.mode == kActivity) {
-        return "RSM goes on as long as the remote activity that began at " + gmtText(activitySince_) + ", " +
-               pace + ", and then for " + counted(stretch_.minutes, "minute") + " more.";
+    const RsmState& rsm = rsm_.state();
+    const bool isOff = rsm.state() == State::Idle || rsm.state() == State::Waiting;
+    const std::string thread = rsm_.hasThread() ? "" : ", but there is no thread for it until another order";
+    if (isOff) {
+        return rsm.delayedProfilePending
+                   ? "RSM is off and waits for its schedule of " + scheduleText() + thread +
+                         (rsm.remoteActivity ? "; remote activity that goes on keeps it polling longer."
+                                             : ".")
+                   : "RSM is off.";
     }
-    if (ending_) {
-        return "RSM was disconnected and ends after one more poll, at about " + gmtText(until()) + ".";
+    const std::string pace = "one poll every " + std::to_string(rsm.pollingRate) + " s";
+    if (!rsm_.hasThread()) {
+        return "RSM was ordered, " + pace + thread + ".";
     }
-    if (runs()) {
-        return "RSM runs until about " + gmtText(until()) + ", " + pace + ": " +
-               counted(stretch_.polls, "poll") + " made, " + std::to_string(pollsLeft()) + " to come.";
+    const bool isDisconnected = rsm.rsmMode == rsm::kNotActive;
+    const std::string schedule =
+        rsm.delayedProfilePending ? " Next comes its schedule of " + scheduleText() + "." : "";
+    if (!outlook) {
+        const std::int64_t polls = rsm_.pollsAfterActivity();
+        return std::string(isDisconnected ? "RSM was disconnected, but goes on" : "RSM goes on") +
+               " as long as the remote activity that began at " + gmtText(rsm_.activitySince()) + ", " +
+               pace + ", and then for " + lengthText(polls * rsm.pollingRate) +
+               " more: " + counted(polls, "poll") + "." + schedule;
     }
-    if (schedule_) {
-        return "RSM is off and waits for its schedule of " + scheduleText() + ".";
+    if (isDisconnected) {
+        return std::string("RSM was disconnected and ends ") +
+               (outlook->polls == 0 ? "without a poll" : "after one more poll") + ", at about " +
+               gmtText(outlook->end) + "." + schedule;
     }
-    return "RSM is off.";
+    return "RSM runs until about " + gmtText(outlook->end) +
+           (outlook->isTakenOver ? ", when its schedule of " + scheduleText() + ", takes over; until then "
+                                 : ", ") +
+           pace + ": " + counted(rsm_.pollsInPeriod(), "poll") + " made, " + std::to_string(outlook->polls) +
+           " to come." + (outlook->isTakenOver ? "" : schedule);
 }
 
 std::string SessionStatus::scheduleText() const {
-    return momentText(schedule_->start) + ": " + counted(schedule_->minutes, "minute") +
-           " at one poll every " + std::to_string(schedule_->rate) + " s";
+    const RsmState& rsm = rsm_.state();
+    return momentText(rsm.delayedStartTime) + ": " +
+           counted(static_cast<std::int64_t>(rsm.delayedGracePeriod), "minute") + " at one poll every " +
+           std::to_string(static_cast<std::int64_t>(rsm.delayedPollingRate)) + " s";
 }
 
 std::string SessionStatus::text(std::int64_t now) const {
     const std::lock_guard lock(mutex_);
-    std::string text = sentence(now) + "\n";
+    const auto [sentence, outlook] = answer(now);
+    const RsmState& rsm = rsm_.state();
+    std::string text = sentence + "\n";
     const auto add = [&text](const char* label, const std::string& value) {
         text += "  " + std::string(label) +
                 std::string(15 - std::min<std::size_t>(std::string_view(label).size(), 14), ' ') + value +
                 "\n";
     };
     add("now", momentText(now));
-    add("mode", stretch_.mode + (stretch_.since > 0 ? " since " + momentText(stretch_.since) : ""));
-    if (runs()) {
-        add("until", stretch_.mode == kActivity ? "the remote activity is over" : momentText(until()));
+    add("mode",
+        rsm::nameOf(rsm.rsmMode) + (rsm.modeStartTime > 0 ? " since " + momentText(rsm.modeStartTime) : ""));
+    if (isPolling()) {
+        add("until", outlook ? momentText(outlook->end) : "the remote activity is over");
     }
     add("polls", std::to_string(polls_) + " made" +
-                     (stretch_.mode == kGrace ? ", " + std::to_string(pollsLeft()) + " to come" : "") +
+                     (outlook ? ", " + std::to_string(outlook->polls) + " to come" : "") +
                      (lastPoll_ ? ", the last one at " + momentText(*lastPoll_) : ""));
-    add("activity", stretch_.mode == kActivity ? "since " + momentText(activitySince_) : "none");
-    add("next schedule", schedule_ ? scheduleText() : "none");
+    add("activity", rsm.remoteActivity ? "since " + momentText(rsm_.activitySince()) : "none");
+    add("next schedule", rsm.delayedProfilePending ? scheduleText() : "none");
     add("restart", startText(now));
     add("last report",
         !report_ ? "none" : (report_->accepted ? "accepted at " : "refused at ") + momentText(report_->at));
@@ -202,34 +159,39 @@ std::string SessionStatus::json(std::int64_t now) const {
     const auto moment = [](bool isKnown, std::int64_t at) {
         return isKnown ? momentJson(at) : ordered_json(nullptr);
     };
+    const auto number = [](bool isKnown, std::int64_t value) {
+        return isKnown ? ordered_json(value) : ordered_json(nullptr);
+    };
+    const auto [sentence, outlook] = answer(now);
+    const RsmState& rsm = rsm_.state();
     ordered_json json = {
-        {"sentence", sentence(now)},
+        {"sentence", sentence},
         {"now", momentJson(now)},
         {"agent", agents[static_cast<std::size_t>(agent_)]},
-        {"mode", stretch_.mode},
-        {"since", moment(stretch_.since > 0, stretch_.since)},
-        {"until", moment(stretch_.mode == kGrace, until())},
+        {"mode", rsm::nameOf(rsm.rsmMode)},
+        {"since", moment(rsm.modeStartTime > 0, rsm.modeStartTime)},
+        {"until", moment(outlook.has_value(), outlook ? outlook->end : 0)},
         {"polls",
          {{"made", polls_},
-          {"made_in_this_period", runs() ? ordered_json(stretch_.polls) : ordered_json(nullptr)},
-          {"to_come", stretch_.mode == kGrace ? ordered_json(pollsLeft()) : ordered_json(nullptr)},
-          {"rate", runs() ? ordered_json(stretch_.rate) : ordered_json(nullptr)},
+          {"made_in_this_period", number(isPolling(), rsm_.pollsInPeriod())},
+          {"to_come", number(outlook.has_value(), outlook ? outlook->polls : 0)},
+          {"rate", number(isPolling(), rsm.pollingRate)},
           {"last", moment(lastPoll_.has_value(), lastPoll_.value_or(0))}}},
-        {"activity_since", moment(stretch_.mode == kActivity, activitySince_)},
+        {"activity_since", moment(rsm.remoteActivity, rsm_.activitySince())},
         {"next_schedule", nullptr},
         {"last_report", nullptr},
     };
-    if (schedule_) {
-        json["next_schedule"] = {{"start", momentJson(schedule_->start)},
-                                 {"minutes", schedule_->minutes},
-                                 {"rate", schedule_->rate}};
+    if (rsm.delayedProfilePending) {
+        json["next_schedule"] = {{"start", momentJson(rsm.delayedStartTime)},
+                                 {"minutes", static_cast<std::int64_t>(rsm.delayedGracePeriod)},
+                                 {"rate", static_cast<std::int64_t>(rsm.delayedPollingRate)}};
     }
     if (report_) {
         json["last_report"] = {{"at", momentJson(report_->at)},
                                {"accepted", report_->accepted},
                                {"properties", report_->properties}};
     }
-    json.update(stateFilesJson(readStateFiles(resumePath_, schedulePath_, now), now));
+    json.update(stateFilesJson(readStateFiles(rsm_.resumePath(), rsm_.schedulePath(), now), now));
     return dumped(json);
 }
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "sim/EventListener.h"
+#include "sim/status/RsmFollower.h"
 
 #include <cstdint>
 #include <mutex>
@@ -24,48 +25,31 @@ class SessionStatus final : public EventListener {
   private:
     enum class Agent : std::uint8_t { notStarted, runs, stopped, killed };
 
-    /// A poll count that goes from 0 to a limit, as the polling thread keeps it.
-    struct Stretch {
-        std::string mode = "NOT_ACTIVE";
-        std::int64_t since = 0;
-        int minutes = 0;
-        int rate = 0;
-        std::int64_t limit = 0;  ///< polls; without remote activity
-        std::int64_t polls = 0;
-    };
     struct Report {
         std::int64_t at = 0;
         bool accepted = false;
         nlohmann::ordered_json properties;
     };
-    struct Schedule {
-        std::int64_t start = 0;
-        int minutes = 0;
-        int rate = 0;
+
+    /// The sentence and the numbers in it, all of one moment.
+    struct Answer {
+        std::string sentence;
+        std::optional<RsmFollower::Outlook> outlook;
     };
 
-    void noteCall(const Event& event, std::int64_t at);
-    void noteReport(const Event& event, std::int64_t at);
-    bool runs() const;
-    std::int64_t pollsLeft() const;
-    std::int64_t until() const;
-    std::string sentence(std::int64_t now) const;
+    Answer answer(std::int64_t now) const;
+    std::string sentence(const std::optional<RsmFollower::Outlook>& outlook, std::int64_t now) const;
+    bool isPolling() const;
     std::string startText(std::int64_t now) const;
     std::string scheduleText() const;
 
     mutable std::mutex mutex_;  ///< of everything below
+    RsmFollower rsm_;
     Agent agent_ = Agent::notStarted;
     std::int64_t changedAt_ = 0;  ///< when the agent was killed or stopped
-    bool maybeKilled_ = false;    ///< a thread was destroyed, and no stop has come back since
-    bool ending_ = false;         ///< a disconnect was accepted
-    Stretch stretch_;
-    std::int64_t activitySince_ = 0;
     std::int64_t polls_ = 0;
     std::optional<std::int64_t> lastPoll_;
-    std::optional<Schedule> schedule_;
     std::optional<Report> report_;
-    std::string resumePath_;
-    std::string schedulePath_;
 };
 
 }  // namespace sim
