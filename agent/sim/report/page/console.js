@@ -87,6 +87,9 @@ class LiveConsole {
     }
 
     async askStatus() {
+        if (this.isOver) {
+            return;
+        }
         this.asked = performance.now();
         const response = await fetch('/status').catch(() => null);
         if (response?.ok) {
