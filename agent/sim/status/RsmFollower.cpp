@@ -1,6 +1,5 @@
 #include "sim/status/RsmFollower.h"
 
-#include "detection/TextSearch.h"
 #include "platform/Number.h"
 #include "scheduling/GmtClock.h"
 #include "sim/EventFields.h"
@@ -17,16 +16,6 @@ namespace {
 
 constexpr std::string_view kPollingThread = "Data Polling";
 constexpr int kMostSteps = 1000;  // of looking ahead; far more than there are changes to come
-
-bool occurs(const config::MessageList& texts, const std::string& message) {
-    return TextSearch(texts.empty() ? nullptr : texts.data()).occursIn(message.c_str());
-}
-
-int counted(const config::MessageList& open, const config::MessageList& close, const std::string& message,
-            int count) {
-    count += occurs(open, message) ? 1 : 0;
-    return count > 0 && occurs(close, message) ? count - 1 : count;
-}
 
 /// What the thread does before its first sleep in a period; false when no poll comes.
 bool comesToSleep(RsmState& rsm, std::int64_t now) {
@@ -155,6 +144,7 @@ void RsmFollower::noteCall(const Event& event) {
     const bool isLogger = isOf("start logger ");
     if (isLogger || (isOf("start rsm ") && !isConfigured_)) {
         settings_ = readAuditTexts(verb.substr(verb.find(' ', 6) + 1)).settings;
+        texts_ = ActivityTexts(settings_);
         isConfigured_ = true;
     }
     if (isOf("start ")) {
@@ -174,11 +164,9 @@ void RsmFollower::noteAudit(const std::string& message, std::int64_t now) {
     if (!isConfigured_) {
         return;
     }
-    int tunnels = counted(settings_.tunnelOpenMessages, settings_.tunnelCloseMessages, message, tunnels_);
-    if (!settings_.abortMessage.empty() && message.find(settings_.abortMessage) != std::string::npos) {
-        tunnels = 0;
-    }
-    const int files = counted(settings_.fileOpenMessages, settings_.fileCloseMessages, message, files_);
+    const AuditMeaning meaning = texts_.meaningOf(message.c_str());
+    const std::int32_t tunnels = countAfter(meaning.tunnel, tunnels_);
+    const std::int32_t files = countAfter(meaning.file, files_);
     const bool isChanged = tunnels != tunnels_ || files != files_;
     tunnels_ = tunnels;
     files_ = files;

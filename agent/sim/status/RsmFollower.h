@@ -2,6 +2,7 @@
 #pragma once
 
 #include "controller/RsmState.h"
+#include "detection/AuditMeaning.h"
 #include "sim/Event.h"
 #include "sim/report/AuditTexts.h"
 
@@ -21,6 +22,10 @@ class RsmFollower final {
         std::int64_t end = 0;    ///< when that is made
         bool isTakenOver = false;
     };
+
+    RsmFollower() = default;
+    RsmFollower(const RsmFollower&) = delete;
+    RsmFollower& operator=(const RsmFollower&) = delete;
 
     void onEvent(const Event& event);
 
@@ -66,9 +71,10 @@ class RsmFollower final {
     bool isLoggerStarted_ = false;
     bool isWatching_ = false;  ///< remote detection is attached
     config::Settings settings_;
+    ActivityTexts texts_;  ///< of these
     std::string schedulePath_;
-    int tunnels_ = 0;
-    int files_ = 0;
+    std::int32_t tunnels_ = 0;
+    std::int32_t files_ = 0;
     bool isActivityTold_ = false;
     std::int64_t activitySince_ = 0;
 };
