@@ -23,9 +23,7 @@ std::string readFile(const std::string& path, std::string& unreadable) {
         return {};
     }
     // One byte more than the module reads, so that a file that is too large can be told.
-    std::string bytes(config::Document::kLargest + 1, '\0');
-    bytes.resize(file.readStart(bytes.data(), bytes.size()));
-    return bytes;
+    return file.readWhole(config::Document::kLargest + 1).value_or("");
 }
 
 }  // namespace
@@ -39,8 +37,7 @@ Result checkFile(const std::string& file, const std::optional<std::string>& sche
     }
     const config::Document document = config::readDocument(std::move(bytes));
     result.text = document.text;
-    result.accepted = !document.refusal;
-    if (!result.accepted) {
+    if (result.accepted = !document.refusal; !result.accepted) {
         result.findings.add(refusal(document));
         return result;
     }

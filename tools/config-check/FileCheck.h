@@ -32,8 +32,7 @@ struct Result {
     std::vector<SettingInForce> settings;  ///< none when the module refuses the file
 };
 
-/// Checks one file. `schedule` is the path that the host gives to the
-/// data-source start-up, when it is to be looked at.
+/// Checks one file. `schedule`: the schedule file's path as a host gives it, when that is to be looked at, too.
 Result checkFile(const std::string& file, const std::optional<std::string>& schedule);
 
 /// Findings as compilers print them and, unless `quiet`, the settings in force below.

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <numeric>
 #include <utility>
 
 namespace check {
@@ -134,9 +135,7 @@ std::size_t difference(std::string_view one, std::string_view other) {
     std::vector<std::size_t> before;
     std::vector<std::size_t> last(b.size() + 1);
     std::vector<std::size_t> row(b.size() + 1);
-    for (std::size_t j = 0; j <= b.size(); ++j) {
-        row[j] = j;
-    }
+    std::iota(row.begin(), row.end(), std::size_t{0});
     for (std::size_t i = 1; i <= a.size(); ++i) {
         before = std::exchange(last, row);
         row[0] = i;

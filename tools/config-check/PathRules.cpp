@@ -153,16 +153,12 @@ bool isEmptied(const fs::path& path) {
 
 void checkScheduleFile(const Inspection& in, const std::string& path) {
     constexpr std::string_view kRoot = "<RSMExecuteCommand>";
-    const platform::File file = platform::File::open(path, platform::OpenMode::Read);
-    const std::string start = file.readWhole(kRoot.size()).value_or("");
+    const std::string start =
+        platform::File::open(path, platform::OpenMode::Read).readWhole(kRoot.size()).value_or("");
     if (!start.empty() && start != kRoot) {
         in.error(Position(), "schedule", "the schedule file ", shown(path), " does not begin with '", kRoot,
                  "': no schedule is read from it");
     }
-}
-
-bool isOnePath(const std::string& path) {
-    return !path.empty() && path.find_first_of("\r\n") == std::string::npos;
 }
 
 }  // namespace
@@ -172,7 +168,7 @@ void checkPaths(const Inspection& in) {
     std::vector<Target> targets;
     const auto add = [&](const char* what, const std::string& path, Setting setting) {
         const Element* const element = in.originOf(setting);
-        if (isOnePath(path)) {
+        if (!path.empty() && path.find_first_of("\r\n") == std::string::npos) {
             targets.push_back(
                 {what, path,
                  element == nullptr ? in.tagOf(Setting::FileListner, root) : in.textPositionOf(*element)});

@@ -98,23 +98,23 @@ void printSettings(std::ostream& out, const Result& result) {
     }
     out << visible(result.file) << ": settings in force:\n";
     std::vector<std::array<std::string, 3>> rows;
-    std::size_t nameWidth = 0;
-    std::size_t valueWidth = 0;
     for (const SettingInForce& setting : result.settings) {
         const std::string meaning = setting.meaning.empty() ? "" : " (" + visible(setting.meaning) + ")";
         const std::size_t first = rows.size();
         for (const Value& value : setting.values) {
-            rows.push_back({rows.size() == first ? setting.name : "", printable(value.text, setting.list),
-                            value.origin ? "line " + std::to_string(value.origin->line) : "default"});
-            rows.back()[2] += meaning;
+            rows.push_back(
+                {rows.size() == first ? setting.name : "", printable(value.text, setting.list),
+                 (value.origin ? "line " + std::to_string(value.origin->line) : "default") + meaning});
         }
         if (rows.size() == first) {
             rows.push_back({setting.name, "none", "default"});
         }
-        nameWidth = std::max(nameWidth, setting.name.size());
-        for (std::size_t row = first; row < rows.size(); ++row) {
-            valueWidth = std::max(valueWidth, std::min(widthOf(rows[row][1]), kValueWidth));
-        }
+    }
+    std::size_t nameWidth = 0;
+    std::size_t valueWidth = 0;
+    for (const auto& [name, value, origin] : rows) {
+        nameWidth = std::max(nameWidth, name.size());
+        valueWidth = std::max(valueWidth, std::min(widthOf(value), kValueWidth));
     }
     for (const auto& [name, value, origin] : rows) {
         out << "  " << padded(name, nameWidth) << "  " << padded(value, valueWidth) << "  " << origin << "\n";

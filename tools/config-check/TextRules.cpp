@@ -143,12 +143,11 @@ void checkSetting(const Inspection& in, const Element& element, const Row& row) 
     if (row.kind == config::Kind::on && text.empty()) {
         in.warning(element.place, "empty", shown(element.name),
                    " without a text leaves it on; to switch off the log file leave 'FileListner' empty");
-    } else if (text.empty()) {
-        if (row.section == TagNames::FileLogging || row.setting == Setting::ResumeStatusFile) {
-            in.warning(element.place, "empty", shown(element.name), " without a text ",
-                       row.section ? "leaves the setting as it was"
-                                   : "names no file: RSM does not survive a restart of the agent");
-        }
+    } else if (text.empty() &&
+               (row.section == TagNames::FileLogging || row.setting == Setting::ResumeStatusFile)) {
+        in.warning(element.place, "empty", shown(element.name), " without a text ",
+                   row.section ? "leaves the setting as it was"
+                               : "names no file: RSM does not survive a restart of the agent");
     } else if (row.kind == config::Kind::level) {
         checkLevel(in, element, text);
     } else if (isNumber(row)) {

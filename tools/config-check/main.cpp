@@ -47,16 +47,11 @@ struct Options {
     std::vector<std::string> files;
 };
 
-/// A command line that means nothing.
-struct UsageError final : std::runtime_error {
-    using std::runtime_error::runtime_error;
-};
-
 void complain(const std::string& text) {
     std::cerr << "zephan-config-check: " << check::visible(text) << "\n";
 }
 
-/// Nothing when the command line asks for a text, which is printed.
+/// Nothing when the command line asks for a text, which is printed. Throws std::invalid_argument when it means nothing.
 std::optional<Options> parseOptions(int count, char** words) {
     const option known[] = {
         {"quiet", no_argument, nullptr, 'q'},          {"json", no_argument, nullptr, 'j'},
@@ -65,8 +60,8 @@ std::optional<Options> parseOptions(int count, char** words) {
     Options options;
     for (int found = 0; (found = ::getopt_long(count, words, ":qjs:hV", known, nullptr)) != -1;) {
         if (found == ':' || found == '?') {
-            throw UsageError(std::string(found == ':' ? "no value for option " : "unknown option ") +
-                             words[::optind - 1]);
+            throw std::invalid_argument(
+                std::string(found == ':' ? "no value for option " : "unknown option ") + words[::optind - 1]);
         }
         if (found == 'h' || found == 'V') {
             std::cout << (found == 'h' ? kHelp : "zephan-config-check " CHECK_VERSION "\n");
@@ -80,10 +75,10 @@ std::optional<Options> parseOptions(int count, char** words) {
     }
     options.files.assign(words + ::optind, words + count);
     if (options.files.empty()) {
-        throw UsageError("no FILE to check");
+        throw std::invalid_argument("no FILE to check");
     }
     if (options.schedule && options.schedule->empty()) {
-        throw UsageError("the path of the schedule file is empty");
+        throw std::invalid_argument("the path of the schedule file is empty");
     }
     return options;
 }
@@ -118,7 +113,7 @@ int main(int count, char** words) {
     try {
         const std::optional<Options> options = parseOptions(count, words);
         status = options ? run(*options) : nothingFound;
-    } catch (const UsageError& error) {
+    } catch (const std::invalid_argument& error) {
         complain(error.what());
         std::cerr << "Try zephan-config-check --help.\n";
     } catch (const std::exception& error) {

@@ -142,11 +142,10 @@ Answer Server::view(const Request& request) const {
     if (!profile) {
         return refusal(MHD_HTTP_NOT_FOUND, "the enterprise has received no profile yet");
     }
-    if (request.value(MHD_HEADER_KIND, "Accept").value_or("").find("json") != std::string::npos ||
-        request.value(MHD_GET_ARGUMENT_KIND, "format") == "json") {
-        return {MHD_HTTP_OK, "application/json", registrationJson(*profile)};
-    }
-    return {MHD_HTTP_OK, "application/xml", registrationXml(*profile)};
+    return request.value(MHD_HEADER_KIND, "Accept").value_or("").find("json") != std::string::npos ||
+                   request.value(MHD_GET_ARGUMENT_KIND, "format") == "json"
+               ? Answer{MHD_HTTP_OK, "application/json", registrationJson(*profile)}
+               : Answer{MHD_HTTP_OK, "application/xml", registrationXml(*profile)};
 }
 
 Answer Server::follow(const Request& request) const {

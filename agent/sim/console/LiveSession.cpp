@@ -65,14 +65,4 @@ LiveSession::News LiveSession::news(std::uint64_t first) const {
     return {record_.data().lines(first, kMostLines), over_, "{" + record_.data().marks() + "}"};
 }
 
-std::optional<LiveSession::Profile> LiveSession::profile() const {
-    const std::lock_guard lock(mutex_);
-    return profile_;
-}
-
-std::vector<std::string> LiveSession::startLines() const {
-    const std::lock_guard lock(mutex_);
-    return starts_;
-}
-
 }  // namespace sim

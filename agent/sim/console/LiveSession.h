@@ -46,12 +46,17 @@ class LiveSession final : public EventListener {
     /// Rings at each event, and at the end.
     Bell& bell() { return bell_; }
     Instant now() const { return now_(); }
-    std::optional<Profile> profile() const;
+    std::optional<Profile> profile() const { return copyOf(profile_); }
     /// The lines that start again what was started last; empty when nothing was.
-    std::vector<std::string> startLines() const;
+    std::vector<std::string> startLines() const { return copyOf(starts_); }
 
   private:
     void noteStart(const std::string& verb);
+    template <typename Value>
+    Value copyOf(const Value& value) const {
+        const std::lock_guard lock(mutex_);
+        return value;
+    }
 
     SessionRecord& record_;
     std::function<Instant()> now_;
