@@ -167,7 +167,7 @@ class Steps final {
     void replace() {
         freely([this] {
             const fs::path other = folder_ / anotherName();
-            std::ofstream(other) << std::string(statusOf(file_).st_size, '-');
+            std::ofstream(other) << std::string(static_cast<std::size_t>(statusOf(file_).st_size), '-');
             return ::rename(other.c_str(), file_.c_str());
         });
     }
