@@ -70,19 +70,6 @@ TEST_F(ScheduleFault, ASessionThatCouldNotBeReadStays) {
     }
 }
 
-TEST_F(ScheduleFault, WhatCouldNotBeStoredIsTold) {
-    const std::string told = R"( | 5 command ScheduleRSM GracePeriod=1 | 65 | 5 grace, 65 off
-        | "level":250,"text":"\n GOING TO PUT IN A FILE = <RSMExecuteCommand>
-        | "level":250,"text":"\n Unable to put the schedule in file = state/schedule.xml"
-        | passed 2026:03:01 10:00:05 60 1)";
-    plan("pwrite:1:1:28");
-    checkRow("disk full" + told);
-    plan("pwrite:1:1:short,pwrite:2:1:28");
-    checkRow("disk full half-way" + told);
-    plan("fsync:1:1:5");
-    checkRow("broken disk" + told);
-}
-
 /// The contents first, then the name of the new file.
 TEST_F(ScheduleFault, OrdersAreOnTheDiskWithTheirFilesName) {
     plan("");

@@ -1,19 +1,16 @@
 // What the configuration reader makes of files, good, careless and hostile ones.
 #include "config/XMLConfigData.h"
 #include "lib/AgentHost.h"
-#include "platform/agent/Logging.h"
 #include "support/Lines.h"
 #include "support/Rows.h"
 #include "support/Workspace.h"
 #include "support/Xml.h"
 
 #include <array>
-#include <malloc.h>
 #include <random>
 #include <regex>
 #include <stdexcept>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -402,34 +399,5 @@ TEST_F(ConfigurationTest, AnyBytesEndInSettingsOrTheError) {
     }
     EXPECT_EQ(load(valid), "size=1, tunnel open=");
 }
-
-// A start that is held up for long does not keep others back for ever.
-TEST_F(ConfigurationTest, LoadsThatOverlap) {
-    const auto loads = [] {
-        for (int i = 0; i < 50; ++i) {
-            EXPECT_EQ(loadConfiguration(EXAMPLE)->getLogLevel(), level::kInfo);
-        }
-    };
-    std::thread other(loads);
-    loads();
-    other.join();
-}
-
-// The address sanitizer finds the same by itself.
-#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
-TEST_F(ConfigurationTest, FailedLoadsLeaveNothingBehind) {
-    const auto heapAfter = [&](int loads) {
-        while (loads-- > 0) {
-            load(typed(laughs("", "&", "ha"), "<z><Script>&a12;</Script></z>"));
-            lines_.take();
-        }
-        XMLConfigData::destroyInstance();
-        const auto usage = ::mallinfo2();
-        return usage.uordblks + usage.hblkhd;
-    };
-    const std::size_t before = heapAfter(10);
-    EXPECT_LT(heapAfter(60), before + 3000);
-}
-#endif
 
 }  // namespace

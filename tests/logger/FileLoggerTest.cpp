@@ -154,19 +154,6 @@ const Rows<RotationRow> rotationRows(
         EXPECT_FALSE(replay.logged(250, "\n Error renaming file"));
     });
 
-TEST(FileLogger, KeepsItsEntriesWhenTheRenameFails) {
-    const std::string path = "log/" + std::string(245, 'n') + ".xml";  // too long a name for an archive of it
-    for (const bool routed : {false, true}) {
-        const Workspace workspace;
-        workspace.write("config", configuration(setting("FileSize", "30") + setting("LogFilePath", path)));
-        const Replay replay(workspace, kStart + "0 log info a\n" + (routed ? "0 route on\n" : "") +
-                                           "1 log info b\n1 log info c\n2 log info d\n");
-        const std::string report = routed ? "|/ Error renaming file" : "";
-        EXPECT_EQ(logs::files(workspace), path + " |a|b/" + report + "|c/|d/" + report);
-        EXPECT_EQ(replay.countLogged(250, "\n Error renaming file"), 2);
-    }
-}
-
 TEST(FileLogger, FollowsAReplacedDirectoryInTheNextSecond) {
     const Workspace workspace;
     workspace.write(

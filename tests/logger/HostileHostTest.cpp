@@ -1,22 +1,20 @@
 // The built library in a host of this process: many threads, and an environment that goes wrong under it.
 #include "logger/LoggingHost.h"
 #include "support/Child.h"
-#include "support/Rows.h"
 
 #include <algorithm>
+#include <array>
 #include <csignal>
 #include <cstdio>
-#include <fstream>
-#include <functional>
 #include <sstream>
 #include <string>
 #include <thread>
 #include <vector>
 
 #include <gtest/gtest.h>
+#include <sys/inotify.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 namespace {
@@ -69,52 +67,6 @@ TEST_F(HostileHostTest, EveryEntryOfManyThreadsStandsOnce) {
     EXPECT_GT(files, seen.size() * 30 / 70000);
 }
 
-/// What happens to the log file between two entries, and before a third.
-struct FileRow {
-    support::RowName name;
-    void (*fault)(const fs::path& log, const fs::path& other);
-    void (*repair)(const fs::path& log);
-    const char* written;
-};
-
-void nothing(const fs::path& /*log*/) {}
-void takeAway(const fs::path& log) {
-    fs::remove_all(log);
-}
-
-const support::Rows<FileRow> fileRows(
-    "HostileHost/File",
-    {
-        {"nothing happens", [](auto&, auto&) {}, nothing, "|a|b|c"},
-        {"deleted", [](auto& log, auto&) { takeAway(log); }, nothing, "|b|c"},
-        {"replaced", [](auto& log, auto& other) { fs::rename(other, log); }, nothing, "other|b|c"},
-        {"emptied", [](auto& log, auto&) { fs::resize_file(log, 0); }, nothing, "|b|c"},
-        {"appended to", [](auto& log, auto&) { std::ofstream(log, std::ios::app) << "-"; }, nothing,
-         "|a-|b|c"},
-        {"a link", [](auto& log, auto& other) { takeAway(log), fs::create_symlink(other, log); }, nothing,
-         "other|b|c"},
-        {"a link to nothing", [](auto& log, auto&) { takeAway(log), fs::create_symlink("new", log); },
-         nothing, "|b|c"},
-        {"a FIFO", [](auto& log, auto&) { takeAway(log), ::mkfifo(log.c_str(), 0600); }, takeAway, "|c"},
-        {"a directory", [](auto& log, auto&) { takeAway(log), fs::create_directory(log); }, takeAway, "|c"},
-        {"the directory gone", [](auto& log, auto&) { takeAway(log.parent_path()); },
-         [](auto& log) { fs::create_directory(log.parent_path()); }, "|c"},
-    },
-    [](const FileRow& row) {
-        LoggingHost host;
-        host.workspace.write("other", "other");
-        testing::internal::CaptureStdout();
-        host.start();
-        host.log("a");
-        row.fault(host.file, host.workspace.path("other"));
-        host.log("b");
-        row.repair(host.file);
-        host.log("c");
-        host.stop();
-        EXPECT_EQ(testing::internal::GetCapturedStdout(), "abc");
-        EXPECT_EQ(host.written(), row.written);
-    });
-
 TEST_F(HostileHostTest, FileThatCannotBeOpenedAtTheStartComesWithARotation) {
     ::mkfifo(file.c_str(), 0600);
     start(logs::setting("FileSize", "1"));
@@ -125,23 +77,6 @@ TEST_F(HostileHostTest, FileThatCannotBeOpenedAtTheStartComesWithARotation) {
     log("c");
     stop();
     EXPECT_EQ(written(), "|c\n");
-}
-
-TEST_F(HostileHostTest, FullDiskTearsNoEntry) {
-    support::inChild([this] {
-        std::signal(SIGXFSZ, SIG_IGN);
-        start();
-        log("a");
-        rlimit limit = {};
-        ::getrlimit(RLIMIT_FSIZE, &limit);
-        const rlimit full = {fs::file_size(file) + 40, limit.rlim_max};
-        ::setrlimit(RLIMIT_FSIZE, &full);
-        log("this text does not fit");
-        log("b");
-        ::setrlimit(RLIMIT_FSIZE, &limit);
-        log("c");
-    });
-    EXPECT_EQ(written(), "|a|b|c");
 }
 
 TEST_F(HostileHostTest, LargestSizeOfFilesEndsNobody) {
@@ -177,6 +112,22 @@ TEST_F(HostileHostTest, OutputOfAHostWithoutStandardDescriptorsLandsInNoFile) {
     EXPECT_EQ(written(), "|a|b|c");
     EXPECT_EQ(workspace.read("state/schedule.xml"), "");
     EXPECT_EQ(fs::status(file).permissions() & fs::perms(0111), fs::perms::none);
+}
+
+TEST_F(HostileHostTest, LooksOpenNothing) {
+    interposed::now = 1772359200;
+    start();
+    log("a");
+    const int watch = ::inotify_init1(IN_NONBLOCK);
+    ASSERT_GE(::inotify_add_watch(watch, workspace.path("log").c_str(), IN_OPEN), 0);
+    log("b");
+    fs::remove(file);
+    ::mkfifo(file.c_str(), 0600);
+    log("c");
+    stop();
+    std::array<char, 4096> events{};
+    EXPECT_EQ(::read(watch, events.data(), events.size()), -1) << "something was opened";
+    ::close(watch);
 }
 
 }  // namespace

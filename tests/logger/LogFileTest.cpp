@@ -243,17 +243,6 @@ const support::Rows<PathRow> pathRows("LogFile/RelativePathStaysWhereItWasAtTheS
                                           EXPECT_EQ(host.written(row.path), "|c\n");
                                       });
 
-TEST_F(LogFileTest, FileReplacedByOneOfTheSameSizeIsFoundAtOnce) {
-    interposed::now = kSunday;
-    start();
-    log("a");
-    fs::copy(file, workspace.path("copy"));
-    fs::rename(workspace.path("copy"), file);
-    log("b");
-    stop();
-    EXPECT_EQ(written(), "|a|b");
-}
-
 /// A file system of 64 KiB in the place of the directory, for this process and its children.
 bool mountSmallFileSystem(const fs::path& directory) {
     return (::unshare(CLONE_NEWNS) == 0 || ::unshare(CLONE_NEWUSER | CLONE_NEWNS) == 0) &&

@@ -70,7 +70,6 @@ class Agent final : public agent::Observer, public agent::Enterprise {
         }
         lock.lock();
         mode_ = record.at(0).second.value();
-        delayedRate_ = record.at(6).second.value();
         rate_ = record.at(4).second.value();
         changed_.notify_all();
         return 0;
@@ -85,10 +84,10 @@ class Agent final : public agent::Observer, public agent::Enterprise {
         std::unique_lock lock(mutex_);
         return changed_.wait_for(lock, 30s, [&] { return mode_ == mode; });
     }
-    /// It has heard of this rate last, and of this one of a delayed profile.
-    bool waitForRates(const std::string& rate, const std::string& delayedRate) {
+    /// It has heard of this rate last.
+    bool waitForRate(const std::string& rate) {
         std::unique_lock lock(mutex_);
-        return changed_.wait_for(lock, 30s, [&] { return rate_ == rate && delayedRate_ == delayedRate; });
+        return changed_.wait_for(lock, 30s, [&] { return rate_ == rate; });
     }
     bool waitForPolls(int more) { return waitFor(polls_, more); }
     bool waitForSleeps(int altogether) {
@@ -131,7 +130,7 @@ class Agent final : public agent::Observer, public agent::Enterprise {
     std::function<void()> atRecord_;
     std::function<void()> atStart_;
     std::string lines_;
-    std::string mode_, rate_, delayedRate_;
+    std::string mode_, rate_;
     int polls_ = 0;
     int sleeps_ = 0;
     std::atomic<bool> throws_ = false;
@@ -165,14 +164,6 @@ class HostThreads : public testing::Test {
             ASSERT_EQ(families_.start(family), 0);
         }
         service_ = families_.createService();
-    }
-    int schedule(const std::string& rate) {
-        std::string texts[] = {"RSMStartDate", "2999:01:01", "RSMStartTime", "10:00:00", "PollingRate", rate};
-        Prop properties[] = {{texts[0].data(), nullptr, nullptr, texts[1].data()},
-                             {texts[2].data(), nullptr, nullptr, texts[3].data()},
-                             {texts[4].data(), nullptr, nullptr, texts[5].data()}};
-        const PropList list{properties, 3};
-        return library_.ZPXRSMDSExectue(nullptr, nullptr, "ScheduleRSM", &list, nullptr);
     }
     int connect(const char* rate = "60") { return Families::connect(service_, "10", rate); }
     void stop() {
@@ -223,7 +214,7 @@ TEST_F(HostThreads, OneThatIsEndedInAReportOrAStartKeepsNobodyBack) {
     endIn(
         agent_, [&] { connect(); }, [] { ::syscall(SYS_exit, 0); });
     EXPECT_EQ(connect("50"), 0);
-    EXPECT_TRUE(agent_.waitForRates("50", "0")) << "which takes the dead one's role over";
+    EXPECT_TRUE(agent_.waitForRate("50")) << "which takes the dead one's role over";
     EXPECT_EQ(families_.stop(Families::logger), 0);
     std::filesystem::remove(workspace_.path("state/resume.xml"));
     for (const int family : {Families::dataSource, Families::rsm}) {
@@ -243,53 +234,6 @@ void onAnotherThread(const std::function<void()>& action) {
     std::thread(action).join();
 }
 
-TEST_F(HostThreads, AnOrderIsNotDeletedByAStopBesideIt) {
-    start();
-    agent_.setAtLine([&](std::string_view line) {
-        if (line.find("SCHEDULING RSM FOR") != std::string_view::npos) {
-            onAnotherThread([&] { EXPECT_EQ(families_.stop(Families::rsm), 0); });
-        }
-    });
-    EXPECT_EQ(schedule("30"), 0);
-    agent_.setAtLine(nullptr);
-    EXPECT_NE(workspace_.read("state/schedule.xml").find("<PollingRate>30<"), std::string::npos);
-    stop();
-}
-
-TEST_F(HostThreads, OfTwoOrdersTheLastIsTheLastEverywhere) {
-    start();
-    std::atomic<bool> second = false;
-    agent_.setAtLine([&](std::string_view line) {
-        if (line.find("SCHEDULING RSM FOR") != std::string_view::npos && !second.exchange(true)) {
-            onAnotherThread([&] { EXPECT_EQ(schedule("40"), 0); });
-        }
-    });
-    EXPECT_EQ(schedule("30"), 0);
-    agent_.setAtLine(nullptr);
-    EXPECT_NE(workspace_.read("state/schedule.xml").find("<PollingRate>40<"), std::string::npos);
-    EXPECT_TRUE(agent_.waitForRates("0", "40"));
-    stop();
-}
-
-// Five orders of another thread overtake each record of this one.
-TEST_F(HostThreads, TheEnterpriseEndsWithWhatIsTrueHoweverOftenItsReporterIsOvertaken) {
-    start();
-    EXPECT_EQ(connect("1"), 0);
-    EXPECT_TRUE(agent_.waitForPolls(1));
-    int rate = 10;
-    agent_.setAtRecord([&, slow = std::this_thread::get_id()] {
-        if (std::this_thread::get_id() == slow) {
-            for (int i = 0; i < 5; ++i) {
-                onAnotherThread([&] { EXPECT_EQ(schedule(std::to_string(++rate)), 0); });
-            }
-        }
-    });
-    EXPECT_EQ(connect("1"), 0);
-    EXPECT_TRUE(agent_.waitForRates("1", std::to_string(rate)));
-    agent_.setAtRecord(nullptr);
-    stop();
-}
-
 // An agent whose link takes up what the enterprise orders while a record is on its way.
 TEST_F(HostThreads, AnOrderOnTheThreadThatSendingWaitsForWaitsForNobody) {
     start();
@@ -302,7 +246,7 @@ TEST_F(HostThreads, AnOrderOnTheThreadThatSendingWaitsForWaitsForNobody) {
         }
     });
     EXPECT_EQ(connect("1"), 0);
-    EXPECT_TRUE(agent_.waitForRates("2", "0"));
+    EXPECT_TRUE(agent_.waitForRate("2"));
     stop();
 }
 
@@ -330,19 +274,6 @@ TEST_F(HostThreads, RsmPollsAndAllOthersGoOnWhileTheScriptRuns) {
     lines << "\n\n" << std::flush;
     teller.join();
     families_.destroyService(service_);
-}
-
-TEST_F(HostThreads, AStopDoesNotWaitForAPoll) {
-    start();
-    host_.setPollDelay(1000s);  // ten seconds
-    EXPECT_EQ(connect("1"), 0);
-    EXPECT_TRUE(agent_.waitForPolls(1));
-    const auto before = std::chrono::steady_clock::now();
-    EXPECT_EQ(families_.stop(Families::logger), 0);
-    EXPECT_LT(std::chrono::steady_clock::now() - before, 9s);  // of which the stop waits 30 ms
-    EXPECT_TRUE(agent_.hasLogged("FORCEFULLY"));
-    families_.destroyService(service_);
-    EXPECT_TRUE(host_.endThreads());
 }
 
 TEST_F(HostThreads, StateFilesStayWhereTheyWereAtTheStart) {

@@ -98,17 +98,6 @@ TEST_F(PollingThreadTest, AFinishedOneIsReleased) {
     EXPECT_EQ(watcher_.all, "");
 }
 
-TEST_F(PollingThreadTest, AFinishedOneIsReplaced) {
-    EXPECT_EQ(create(this, [](void* /*argument*/) { return PollingThread::enter() == 0 ? 1 : 0; }),
-              Creation::Started);
-    EXPECT_TRUE(host_.endThreads());
-    Life life;
-    ASSERT_EQ(create(&life), Creation::Started);
-    EXPECT_TRUE(thread_.has(life.number.get_future().get()));
-    life.end.set_value();
-    thread_.stop();
-}
-
 TEST_F(PollingThreadTest, AStopWithoutAnEndDropsIt) {
     Life life;
     EXPECT_EQ(create(&life), Creation::Started);

@@ -2,11 +2,9 @@
 #include "ZephanRSMLogger.h"
 #include "controller/ZephanRSMSingleTon.h"
 #include "lib/AgentHost.h"
-#include "lib/FreeRuntime.h"
 #include "lib/Observer.h"
 #include "platform/Number.h"
 #include "platform/agent/Messaging.h"
-#include "scheduling/GmtClock.h"
 #include "scheduling/ScheduleRSMHandler.h"
 #include "scheduling/TaggedText.h"
 #include "support/Lines.h"
@@ -22,7 +20,6 @@
 #include <future>
 #include <limits>
 #include <memory>
-#include <thread>
 
 #include <gtest/gtest.h>
 
@@ -181,29 +178,6 @@ TEST(Controller, OneUntilItIsDestroyed) {
     ZephanRSMSingleTon::destroyInstance();
 }
 
-// Whatever the waiting thread finds, it sleeps before it looks again.
-TEST(Waiting, SleepsBetweenItsLooks) {
-    struct Sleeps final : agent::Observer {
-        void onSleep(unsigned int /*milliseconds*/) override { ++count; }
-        std::atomic<int> count = 0;
-    } sleeps;
-    agent::FreeRuntime runtime{1000};
-    agent::AgentHost host({&sleeps, nullptr, &runtime});
-    const auto controller = ZephanRSMSingleTon::getInstance();
-    controller->setServiceAgent(host.serviceAgent());
-    const auto start = scheduling::gmtNow() + 3600;
-    EXPECT_EQ(controller->scheduleDelayedProfile(30, start, start + 60, 1), 0);
-    EXPECT_EQ(controller->scheduleDelayedProfile(20, start, start + 90, 1), 0) << "in the first one's place";
-    controller->setGracePeriod(5.0);
-    for (const auto until = std::chrono::steady_clock::now() + std::chrono::seconds(30);
-         sleeps.count < 10 && std::chrono::steady_clock::now() < until;) {
-        std::this_thread::yield();
-    }
-    EXPECT_GE(sleeps.count, 10);
-    ZephanRSMSingleTon::destroyInstance();
-    EXPECT_TRUE(host.endThreads());
-}
-
 TEST(Messages, SubElements) {
     ConnectMessage connect("connect", "ns", 0, 0);
     EXPECT_EQ(connect.SetSubElementText("pollDuration", " -12 minutes"), 0);
@@ -229,7 +203,7 @@ TEST(Messages, SubElements) {
     EXPECT_EQ(disconnected.SetAttributeText("xmlns", "other"), -1);
 }
 
-TEST(Messages, UnknownOperations) {
+TEST(Messages, UnknownOperationsAndNoMessage) {
     support::Lines lines;
     const agent::AgentHost host({&lines, nullptr, nullptr});
     ZephanServicesServiceImpl service;
@@ -244,12 +218,7 @@ TEST(Messages, UnknownOperations) {
               "50 ZephanServicesService::CreateMessage Unable to create message for reboot operation.\n|"
               "50 ZephanServicesService::Cleanup Unable to clean-up message for reboot operation.\n|"
               "50 ZephanServicesService::Cleanup Unable to clean-up message for  operation.\n|");
-}
-
-TEST(Messages, NoMessage) {
-    support::Lines lines;
-    const agent::AgentHost host({&lines, nullptr, nullptr});
-    ZephanServicesServiceImpl service;
+    lines.take();
     EXPECT_EQ(service.CreateMessage("connect", nullptr), -1);
     EXPECT_EQ(service.Execute(nullptr), -1);
     EXPECT_EQ(service.Cleanup(nullptr), -1);
