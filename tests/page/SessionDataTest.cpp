@@ -130,19 +130,6 @@ const support::Rows<Row> jsonRows("SessionData/JsonHoldsTheSameEvents", kRows, [
     }
 });
 
-TEST(SessionDataTest, RepeatedRoundsTakeNoRoom) {
-    const auto sizeOf = [](int count) {
-        sim::SessionData data;
-        for (const auto& [time, text] : rounds(count, 4, 10000)) {
-            data.add(time, text);
-        }
-        std::string json;
-        data.appendJson(json);
-        return json.size();
-    };
-    EXPECT_LT(sizeOf(20000), sizeOf(20) + 20);
-}
-
 TEST(SessionDataTest, WhatATraceDoesNotHold) {
     sim::SessionData data;
     data.setClock(0, 5000);
