@@ -67,23 +67,6 @@ TEST(FreeRuntime, RunsToTheEnd) {
     EXPECT_EQ(probe.destroyed, "");
 }
 
-TEST(FreeRuntime, DestroyEndsASleepAndDropsItsFrames) {
-    Probe probe;
-    const AgentHost host({&probe, nullptr, nullptr});
-    KRXThread thread;
-    ASSERT_EQ(KRXThreadConstruct(&thread), 0);
-    ASSERT_EQ(KRXThreadStart(&thread, "A", 0, 0, 4096, sleepLong, &probe), 0);
-    while (!probe.sleeping) {
-        std::this_thread::yield();
-    }
-    EXPECT_NE(KRXWaitForThread(&thread, nullptr, 1), 0);
-    EXPECT_NE(KRXThreadIsActive(&thread), 0);
-    KRXThreadDestroy(&thread);
-    EXPECT_FALSE(probe.wentOn);
-    EXPECT_EQ(probe.ended, -1);
-    EXPECT_EQ(probe.destroyed, "A");
-}
-
 TEST(FreeRuntime, DestroyRightAfterStart) {
     for (int i = 0; i < 50; ++i) {
         Probe probe;

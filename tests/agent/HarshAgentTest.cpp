@@ -2,7 +2,6 @@
 #include "lib/AgentHost.h"
 #include "lib/Observer.h"
 #include "platform/agent/Logging.h"
-#include "platform/agent/Registration.h"
 #include "platform/agent/ServiceAgent.h"
 #include "platform/agent/Threads.h"
 #include "support/Rows.h"
@@ -10,7 +9,6 @@
 #include <atomic>
 #include <cerrno>
 #include <chrono>
-#include <mutex>
 #include <string>
 #include <thread>
 #include <vector>
@@ -182,74 +180,6 @@ TEST(HarshAgent, HostEndsWhatWasLeft) {
     await(victim->sleeps);
     KRXThreadDestroy(&thread);
     delete victim;  // Ends the thread, which would find nothing any more.
-}
-
-/// Sends a record as the module does.
-std::int8_t report(AgentHost& host) {
-    KRX::Services::RegistrationNS::RegistrationProxy proxy("Registration", "/", "urn");
-    KRX::Messaging::Headers::SecurityContext context("SecurityContext");
-    const KRX::Messaging::Headers::Credentials credentials("Credentials");
-    context.SetCredentials(&credentials);
-    auto* asset = host.serviceAgent()->GetAsset(0);
-    proxy.SetSecurityContext(context);
-    proxy.SetOCM(asset->GetOCM());
-    KRX::Services::RegistrationNS::Asset record("Asset");
-    record.CopyFrom(asset->GetAssetProfile());
-    return proxy.UpdateAsset(record, 0);
-}
-
-struct Heard {
-    std::string text;
-    std::vector<std::thread::id> threads;
-} heard;
-
-void hear(const std::string& what) {
-    heard.text += what;
-    heard.threads.push_back(std::this_thread::get_id());
-}
-
-struct Refusing final : Enterprise {
-    std::int8_t receive(const std::string& /*member*/, const NamedValues& /*properties*/) override {
-        hear("asked. ");
-        return -7;
-    }
-};
-
-TEST(HarshAgent, LinkThreadTellsTheHooks) {
-    Refusing enterprise;
-    AgentHost host({nullptr, &enterprise, nullptr});
-    heard = {};
-    host.setLinkThread(true);
-    KRXLogSetFunc([](std::uint8_t level, const char* text) {
-        hear(std::to_string(level) + " " + text);
-        return std::int8_t{0};
-    });
-    KRXLogSetAuditFunc([](const char* text) {
-        hear(text);
-        return std::int8_t{0};
-    });
-    EXPECT_EQ(report(host), -7);
-    EXPECT_EQ(std::exchange(heard.text, {}),
-              "30 Registration: sending the record of device-0042\nasked. "
-              "Registration: the record of device-0042 was answered\n");
-    ASSERT_EQ(heard.threads.size(), 3U);
-    for (const std::thread::id& each : heard.threads) {
-        EXPECT_EQ(each, heard.threads[0]);
-        EXPECT_NE(each, std::this_thread::get_id());
-    }
-    KRXLogSetFunc(nullptr);
-    KRXLogSetAuditFunc(nullptr);
-}
-
-TEST(HarshAgent, EnterpriseTakesItsTime) {
-    AgentHost host;
-    for (const bool link : {false, true}) {
-        host.setLinkThread(link);
-        host.setEnterpriseDelay(milliseconds(20));
-        const auto before = std::chrono::steady_clock::now();
-        EXPECT_EQ(report(host), 0);
-        EXPECT_GE(std::chrono::steady_clock::now() - before, milliseconds(20));
-    }
 }
 
 TEST(HarshAgent, LogLockLetsOneThreadIn) {

@@ -1,4 +1,3 @@
-#include "lib/Insides.h"
 #include "lib/Serializer.h"
 #include "platform/agent/Messaging.h"
 #include "support/Rows.h"
@@ -13,20 +12,16 @@
 namespace KRX::Messaging {
 namespace {
 
-int elementsAlive = 0;
-
 /// Two simple sub-elements and one element object, all kinds of answers.
 class Order final : public Serializable {
   public:
     explicit Order(Serializable* object) : Serializable("order", nullptr, 0, 1) {
-        ++elementsAlive;
         RegisterAttribute("xmlns", 0, nullptr);
         RegisterAttribute("lang", 0, nullptr);
         RegisterSubElement("kept", 1, 1, nullptr);
         RegisterSubElement("given", 1, 1, nullptr);
         RegisterSubElement("object", object, 1, nullptr);
     }
-    ~Order() override { --elementsAlive; }
 
     std::int8_t SetAttributeText(const char*, const char*) override { return -1; }
     std::int8_t SetSubElementText(const char* name, const char* text) override {
@@ -113,34 +108,6 @@ TEST(Messaging, Writing) {
     EXPECT_EQ(agent::writeMessage(order),
               "<order xmlns=\"urn:a&quot;b\"><kept>a&lt;b&amp;c&gt;&#13;?</kept><given>-1</given>"
               "<Result>Thread exited.</Result></order>");
-}
-
-TEST(Messaging, MessageOwnsItsElements) {
-    {
-        WebServiceMessage message;
-        EXPECT_EQ(message.SetRequestMsg(new Order(nullptr)), nullptr);
-        message.SetResponseMsg(new Order(nullptr));
-        Serializable* first = message.SetRequestMsg(new Order(nullptr));
-        EXPECT_EQ(elementsAlive, 3);
-        delete first;
-    }
-    EXPECT_EQ(elementsAlive, 0);
-}
-
-TEST(Messaging, HeadersCopyTexts) {
-    Headers::SecurityContext context("SecurityContext");
-    EXPECT_EQ(agent::credentialsOf(context), nullptr);
-    EXPECT_EQ(context.SetCredentials(nullptr), -1);
-    {
-        std::string member = "member";
-        Headers::Credentials credentials("Credentials");
-        credentials.SetMemberId(member.c_str());
-        member = "changed";
-        EXPECT_EQ(context.SetCredentials(&credentials), 0);
-        credentials.SetMemberId("other");
-    }
-    EXPECT_STREQ(agent::memberOf(*agent::credentialsOf(context)), "member");
-    EXPECT_EQ(agent::passwordOf(*agent::credentialsOf(context)), nullptr);
 }
 
 }  // namespace

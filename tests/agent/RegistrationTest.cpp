@@ -23,7 +23,6 @@ class Journal final : public Observer, public Enterprise {
     void onCredentials(const char* member) override {
         text += std::string("credentials ") + (member ? member : "-");
     }
-    void onForcePoll() override { text += "poll"; }
     void onUpdateAsset(std::int8_t result, const NamedValues& properties) override {
         text += "update " + std::to_string(result) + " " + std::to_string(properties.size());
     }
@@ -84,65 +83,6 @@ TEST(Registration, ProxyNeedsChannelAndCredentials) {
     other.CopyFrom(record);
     EXPECT_EQ(proxy.UpdateAsset(other, 0), -1);
     EXPECT_EQ(journal.take(), "update -1 2");
-}
-
-TEST(Registration, RecordsAreCopiedDeeply) {
-    Asset copy("Asset");
-    {
-        DeviceRecord source;
-        source.setMember("member", "secret");
-        source.setPollInterval(90);
-        auto* property = new Property("update", "A", "1", "Property");
-        source.GetProperties()->AddEntry(property);
-        copy.GetProperties()->AddEntry(new Property("update", "old", nullptr, "Property"));
-        copy.CopyFrom(source);
-        property->SetValue("2");
-    }
-    ASSERT_EQ(copy.GetProperties()->GetCount(), 1);
-    const auto& property = *static_cast<Property*>(entryOf(*copy.GetProperties(), 0));
-    EXPECT_STREQ(textsOf(property).name, "A");
-    EXPECT_STREQ(textsOf(property).value, "1");
-    EXPECT_STREQ(copy.GetMemberName(), "member");
-    EXPECT_EQ(copy.GetCurrentPollInterval(), 90U);
-}
-
-TEST(Registration, ListsDoNotOwnWhatIsTakenOut) {
-    Property mine("update", "A", nullptr, "Property");
-    Asset record("Asset");
-    for (int i = 0; i < 20; ++i) {
-        EXPECT_EQ(record.GetProperties()->AddEntry(new Property("update", "x", nullptr, "Property")), 0);
-    }
-    record.GetProperties()->AddEntry(&mine);
-    EXPECT_EQ(record.GetProperties()->RemoveEntry(&mine), 0);
-    EXPECT_EQ(record.GetProperties()->RemoveEntry(&mine), -1);
-    EXPECT_EQ(record.GetProperties()->GetCount(), 20);
-    EXPECT_EQ(entryOf(*record.GetProperties(), 20), nullptr);
-    EXPECT_EQ(entryOf(*record.GetProperties(), -1), nullptr);
-}
-
-TEST(Registration, AssetOfTheHost) {
-    Journal journal;
-    AgentHost host({&journal, nullptr, nullptr});
-    auto* asset = host.serviceAgent()->GetAsset(0);
-    ASSERT_NE(asset, nullptr);
-    EXPECT_EQ(host.serviceAgent()->GetAsset(1), nullptr);
-    EXPECT_EQ(asset->GetAssetProfile().GetCurrentPollInterval(), 60U);
-    EXPECT_GT(asset->GetAssetProfile().GetProperties()->GetCount(), 0);
-    host.setAssetPresent(false);
-    host.setPollInterval(15);
-    EXPECT_EQ(host.serviceAgent()->GetAsset(0), nullptr);
-    EXPECT_EQ(asset->GetAssetProfile().GetCurrentPollInterval(), 15U);
-    asset->ForcePoll();
-    EXPECT_EQ(journal.take(), "poll");
-}
-
-TEST(Registration, TextsAreReplaced) {
-    char* text = nullptr;
-    EXPECT_EQ(delanddup(text, "first"), 0);
-    EXPECT_EQ(delanddup(text, text + 2), 0);
-    EXPECT_STREQ(text, "rst");
-    EXPECT_EQ(delanddup(text, nullptr), 0);
-    EXPECT_EQ(text, nullptr);
 }
 
 }  // namespace

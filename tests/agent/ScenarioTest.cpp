@@ -1,8 +1,11 @@
 #include "sim/Scenario.h"
 #include "support/Rows.h"
 
+#include <fstream>
 #include <sstream>
 #include <stdexcept>
+#include <string>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -71,106 +74,37 @@ TEST(Scenario, TimesAndPlaces) {
     EXPECT_EQ(scenario.actions[2].time, Instant(1'750'000));
 }
 
-struct VerbRow {
-    support::RowName name;  ///< also the line
-    const char* words;
-};
+/// A line of the file beside this one, whose head says how they are written.
+void checkCase(const std::string& line, const std::string& expected) {
+    if (expected.starts_with("is ")) {
+        EXPECT_EQ(parseAction(splitWords(line)).verb->words, expected.substr(3));
+    } else {
+        EXPECT_EQ(refusal(line), "file:" + expected);
+    }
+}
 
-const support::Rows<VerbRow> verbRows("Scenario/AcceptedVerbs",
-                                      {
-                                          {"start data-source null", "start data-source"},
-                                          {"stop rsm", "stop rsm"},
-                                          {"stop rsm null", "stop rsm"},
-                                          {"disconnect", "disconnect"},
-                                          {"disconnect null", "disconnect"},
-                                          {"call anything", "call"},
-                                          {"call op a=1 b=", "call"},
-                                          {"command null", "command"},
-                                          {"command X null", "command"},
-                                          {"command X a=1 b=null", "command"},
-                                          {"log 255 null", "log"},
-                                          {"log audit text", "log"},
-                                          {"age p -0.5", "age"},
-                                          {"clock-step -3600", "clock-step"},
-                                          {"enterprise refuse", "enterprise"},
-                                          {"enterprise delay 0.5", "enterprise delay"},
-                                          {"enterprise thread off", "enterprise thread"},
-                                          {"thread-destroy unwind", "thread-destroy"},
-                                      },
-                                      [](const VerbRow& row) {
-                                          EXPECT_EQ(parseAction(splitWords(row.name.text)).verb->words,
-                                                    row.words);
-                                      });
+const int caseCount = [] {
+    int count = 0;
+    std::ifstream file(CASES);
+    int number = 1;
+    for (std::string text; std::getline(file, text); ++number) {
+        if (const auto arrow = text.find(" => "); arrow != std::string::npos && text[0] != '#') {
+            const std::string line = support::replaced(text.substr(0, arrow), "|", "\n");
+            support::registerRow("Scenario/Cases", {line, CASES, number},
+                                 [=] { checkCase(line, text.substr(arrow + 4)); });
+            ++count;
+        }
+    }
+    return count;
+}();
 
-const std::string kEndless(300'000, '1');
+TEST(Scenario, FindsItsCases) {
+    EXPECT_GT(caseCount, 50);
+}
 
-struct RefusedRow {
-    support::RowName name;
-    std::string text;
-    std::string expected;  ///< behind the name of the file
-};
-
-const support::Rows<RefusedRow> refusedRows(
-    "Scenario/RefusedLines",
-    {
-        {"time alone", "1", "1: a time without a verb"},
-        {"no number as a time", "x end", "1: 'x' is no time in seconds"},
-        {"negative time", "-1 end", "1: '-1' is no time in seconds"},
-        {"time without decimals", "1. end", "1: '1.' is no time in seconds"},
-        {"time with an exponent", "1e3 end", "1: '1e3' is no time in seconds"},
-        {"time that is too large", "999999999999 end", "1: '999999999999' is too large"},
-        {"endless time", kEndless + " end", "1: '" + kEndless + "' is too large"},
-        {"time before the line above", "2 unload\n\n1 end", "3: time 1 lies before the line above"},
-        {"half a verb", "0 start", "1: unknown verb 'start'"},
-        {"misspelled connect", "0 conect 10 30",
-         "1: unknown verb 'conect 10'; did you mean 'connect MINUTES RATE'?"},
-        {"misspelled start rsm", "0 start rms x",
-         "1: unknown verb 'start rms'; did you mean 'start rsm PARAM'?"},
-        {"verb in quotes", "0 \"start rsm\"", "1: too few arguments (start rsm PARAM)"},
-        {"unknown family", "0 start engine x", "1: unknown verb 'start engine'"},
-        {"start without its parameter", "0 start rsm", "1: too few arguments (start rsm PARAM)"},
-        {"one argument too many", "0 connect 10 30 5", "1: too many arguments (connect MINUTES RATE)"},
-        {"argument where none is taken", "0 unload now", "1: too many arguments (unload)"},
-        {"stop with a parameter", "0 stop rsm x", "1: 'x' can only be null (stop rsm [null])"},
-        {"level that is too large", "0 log 256 x", "1: '256' is too large (log LEVEL TEXT)"},
-        {"level without a number", "0 log loud x", "1: 'loud' is no level (log LEVEL TEXT)"},
-        {"negative count", "0 poll-interval -1", "1: '-1' is no whole number (poll-interval COUNT)"},
-        {"count with a unit", "0 poll-interval 5s", "1: '5s' is no whole number (poll-interval COUNT)"},
-        {"count with decimals", "0 poll-interval 1.5", "1: '1.5' is no whole number (poll-interval COUNT)"},
-        {"count that is too large", "0 poll-interval 4294967296",
-         "1: '4294967296' is too large (poll-interval COUNT)"},
-        {"step that is too large", "0 clock-step 1000000000001",
-         "1: '1000000000001' is too large (clock-step OFFSET)"},
-        {"days without a number", "0 age p x", "1: 'x' is no number (age FILE DAYS)"},
-        {"negative delay", "0 enterprise delay -1",
-         "1: '-1' is no time in seconds (enterprise delay SECONDS)"},
-        {"no switch", "0 enterprise thread", "1: too few arguments (enterprise thread on|off)"},
-        {"neither on nor off", "0 log-lock yes", "1: 'yes' is none of on, off (log-lock on|off)"},
-        {"unknown way to end", "0 thread-destroy never",
-         "1: 'never' is none of sleep, anywhere, unwind, leave (thread-destroy "
-         "sleep|anywhere|unwind|leave)"},
-        {"null as a file", "0 show null", "1: 'null' must be a text (show FILE)"},
-        {"null as an operation", "0 call null", "1: 'null' must be a text (call OPERATION [NAME=VALUE...])"},
-        {"argument without a value", "0 command X a",
-         "1: 'a' is not NAME=VALUE (command NAME [NAME=VALUE...|null])"},
-        {"null and more", "0 command X null a=1",
-         "1: 'null' is not NAME=VALUE (command NAME [NAME=VALUE...|null])"},
-        {"null for an operation", "0 call op null",
-         "1: 'null' is not NAME=VALUE (call OPERATION [NAME=VALUE...])"},
-        {"open quotes", "0 audit \"x", "1: quotes do not end"},
-        {"unknown escape", "0 audit \"\\x\"", "1: unknown escape \\x"},
-        {"late clock", "0 end\nclock 2026-03-01T10:00:00Z",
-         "2: 'clock' can stand once, before the first action"},
-        {"second clock", "clock 2026-03-01T10:00:00Z\nclock 2026-03-01T10:00:00Z",
-         "2: 'clock' can stand once, before the first action"},
-        {"clock without such a day", "clock 2026-02-30T10:00:00Z",
-         "1: '2026-02-30T10:00:00Z' is no time like 2026-03-01T10:00:00Z"},
-        {"clock without a time", "clock 2026-03-01", "1: '2026-03-01' is no time like 2026-03-01T10:00:00Z"},
-    },
-    [](const RefusedRow& row) { EXPECT_EQ(refusal(row.text), "file:" + row.expected); });
-
-TEST(Scenario, AbsentFile) {
-    EXPECT_THROW(readScenarioFile("/nonexistent"), std::runtime_error);
+TEST(Scenario, EndlessTime) {
+    const std::string endless(300'000, '1');
+    EXPECT_EQ(refusal(endless + " end"), "file:1: '" + endless + "' is too large");
 }
 
 }  // namespace
