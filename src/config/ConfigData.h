@@ -40,10 +40,10 @@ class ConfigData {
     virtual const std::string& getRSMResumeStatusFile() const = 0;
     virtual void setRSMResumeStatusFile(const std::string& path) = 0;
 
+    ConfigData& operator=(const ConfigData&) = delete;
     virtual ~ConfigData() = default;
 
   protected:
     ConfigData() = default;
     ConfigData(const ConfigData&) = default;
-    ConfigData& operator=(const ConfigData&) = delete;
 };

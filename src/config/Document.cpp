@@ -266,7 +266,7 @@ class TreeBuilder final {
     }
 
     Document& document_;
-    const XML_Parser parser_;
+    XML_ParserStruct* const parser_;
     std::size_t charactersLeft_;
     std::size_t attributes_ = 0;
     std::size_t declaredAttributes_ = 0;
@@ -299,7 +299,7 @@ Refusal refusalOf(const Document& document, XML_Parser parser) {
 }
 
 void parse(Document& document) {
-    const XML_Parser parser = ::XML_ParserCreate("UTF-8");
+    XML_ParserStruct* const parser = ::XML_ParserCreate("UTF-8");
     if (parser == nullptr) {
         document.refusal = Refusal{Refusal::Kind::noParser, kOutOfMemory, {}};
         return;

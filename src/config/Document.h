@@ -18,7 +18,7 @@ struct Place {
     std::uint32_t column = 0;
     std::uint32_t byte = 0;
 
-    friend auto operator<=>(const Place&, const Place&) = default;
+    friend auto operator<=>(const Place&, const Place&) = default;  // NOLINT(modernize-use-nullptr)
 };
 
 struct Element {

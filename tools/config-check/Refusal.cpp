@@ -58,7 +58,7 @@ std::string stumble(const config::Document& document, Position& position) {
         position.byte = static_cast<std::uint32_t>(place);
     };
     const std::string_view line = text.substr(lineStart, text.find_first_of("\r\n", lineStart) - lineStart);
-    const std::size_t quote = line.find_first_of("=");
+    const std::size_t quote = line.find('=');
     if (isTypographicQuote(from(byte)) ||
         (line.starts_with("<?xml") && quote != std::string_view::npos &&
          isTypographicQuote(line.substr(line.find_first_not_of(kBlanks, quote + 1))))) {
@@ -96,11 +96,11 @@ std::string stumble(const config::Document& document, Position& position) {
 std::string notWellFormed(const config::Document& document, Position& position) {
     const std::string_view text = document.text;
     const std::string& reason = document.refusal->reason;
-    if (const std::string kind = kindOfFile(text); !kind.empty()) {
+    if (std::string kind = kindOfFile(text); !kind.empty()) {
         position = kStart;
         return kind;
     }
-    if (const std::string words = stumble(document, position); !words.empty()) {
+    if (std::string words = stumble(document, position); !words.empty()) {
         return words;
     }
     const std::string_view rest = text.substr(std::min<std::size_t>(position.byte, text.size()));

@@ -67,7 +67,7 @@ std::string onPath(const std::string& command) {
     const char* const path = std::getenv("PATH");
     std::istringstream directories(path == nullptr ? "/usr/bin:/bin" : path);
     for (std::string directory; std::getline(directories, directory, ':');) {
-        const std::string candidate = (directory.empty() ? "." : directory) + "/" + command;
+        std::string candidate = (directory.empty() ? "." : directory) + "/" + command;
         std::error_code error;
         if (fs::is_regular_file(candidate, error) && platform::mayExecute(candidate)) {
             return candidate;

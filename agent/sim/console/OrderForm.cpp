@@ -85,7 +85,7 @@ std::vector<std::string> linesOfForm(const std::string& name, std::string_view t
     auto [line, fields] = forms().at(name);
     for (const Field& field : fields) {
         const json& value = values[field.name];
-        if (field.kind != Field::Kind::optionalText || (!value.is_null() && value != "")) {
+        if (field.kind != Field::Kind::optionalText || (!value.is_null() && value != json(""))) {
             line += " " + wordOf(field, value);
         }
     }

@@ -8,9 +8,7 @@
 namespace platform {
 namespace {
 
-iconv_t none() noexcept {
-    return reinterpret_cast<iconv_t>(std::intptr_t{-1});
-}
+constexpr std::intptr_t kNone = -1;
 
 }  // namespace
 
@@ -23,7 +21,7 @@ TextDecoder::~TextDecoder() {
 }
 
 bool TextDecoder::isOpen() const noexcept {
-    return converter_ != none();
+    return reinterpret_cast<std::intptr_t>(converter_) != kNone;
 }
 
 std::size_t TextDecoder::decode(std::string_view bytes, std::string& utf8) {
