@@ -95,7 +95,7 @@ void checkElements(const Inspection& in) {
         const std::optional<Tag> tag = findTag(element.name);
         if (&element == &in.root()) {
             checkRoot(in);
-        } else if (silent.contains(element.parent)) {
+        } else if (silent.contains(element.parent) || (!tag && checkUnknown(in, element))) {
             silent.insert(&element);
         } else if (in.looked.contains(&element)) {
             if (knownElement(*tag).holdsElements) {
@@ -112,8 +112,6 @@ void checkElements(const Inspection& in) {
         } else if (tag) {
             silent.insert(&element);
             checkNotLookedAt(in, element, *tag);
-        } else if (checkUnknown(in, element)) {
-            silent.insert(&element);
         }
     }
 }

@@ -112,10 +112,8 @@ std::vector<LogFile> Follower::inOrder(Archives& archives, const platform::File&
         files.push_back(std::move(*archive));
     }
     std::vector<LogFile> between;
-    std::vector<const LogFile*> left;
-    for (const LogFile& file : files) {
-        left.push_back(&file);
-    }
+    std::vector<const LogFile*> left(files.size());
+    std::transform(files.begin(), files.end(), left.begin(), [](const LogFile& file) { return &file; });
     const bool isLog = platform::File::open(path_, platform::OpenMode::Read).isSameFile(present);
     bool reached = false;
     for (auto next = beginningOf(present).clock; next && !reached; next = between.back().beginning.clock) {
