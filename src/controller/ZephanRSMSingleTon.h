@@ -110,6 +110,7 @@ class ZephanRSMSingleTon final {
     void UpdateProperty() { rsm_->report(); }
 
     // ---- Resume state file (ResumeState.cpp)
+    static constexpr std::string_view kResumeRootTag = "<ResumeRSM>";
     /// Writes the resume state file anew; what is to be logged at `level::kForce` of that.
     platform::StateFile::Notice saveRSMState();
     /// What a record says of a force polling that ran when it was written.
@@ -132,7 +133,6 @@ class ZephanRSMSingleTon final {
 
     const std::shared_ptr<SharedRsm> rsm_ = std::make_shared<SharedRsm>();
     mutable platform::Mutex resumeFileLock_;  ///< of path and file; no agent is called under it
-    static constexpr std::string_view kResumeRootTag = "<ResumeRSM>";
     platform::StateFile resumeFile_ GUARDED_BY(resumeFileLock_){kResumeRootTag};
     std::unique_ptr<ConfigHandler> configHandler_;
     std::unique_ptr<ScheduleRSMHandler> ownedScheduleHandler_;

@@ -5,6 +5,7 @@
 #include "platform/Access.h"
 #include "platform/Directory.h"
 #include "platform/Number.h"
+#include "scheduling/Schedule.h"
 
 #include <algorithm>
 #include <string_view>
@@ -152,11 +153,11 @@ bool isEmptied(const fs::path& path) {
 }
 
 void checkScheduleFile(const Inspection& in, const std::string& path) {
-    constexpr std::string_view kRoot = "<RSMExecuteCommand>";
+    constexpr std::string_view root = scheduling::Schedule::kRootTag;
     const std::string start =
-        platform::File::open(path, platform::OpenMode::Read).readWhole(kRoot.size()).value_or("");
-    if (!start.empty() && start != kRoot) {
-        in.error(Position(), "schedule", "the schedule file ", shown(path), " does not begin with '", kRoot,
+        platform::File::open(path, platform::OpenMode::Read).readWhole(root.size()).value_or("");
+    if (!start.empty() && start != root) {
+        in.error(Position(), "schedule", "the schedule file ", shown(path), " does not begin with '", root,
                  "': no schedule is read from it");
     }
 }

@@ -1,14 +1,17 @@
 #include "sim/status/StateFiles.h"
 
+#include "controller/ZephanRSMSingleTon.h"
 #include "platform/File.h"
 #include "platform/Number.h"
 #include "scheduling/GmtClock.h"
+#include "scheduling/Schedule.h"
 #include "scheduling/TaggedText.h"
 #include "sim/status/Moment.h"
 
 #include <algorithm>
 #include <limits>
 #include <optional>
+#include <string_view>
 
 namespace sim {
 
@@ -32,13 +35,11 @@ std::optional<std::string> contentsOf(const std::string& path, std::size_t most)
     return contents;
 }
 
-StateFiles::Found foundIn(const std::optional<std::string>& contents, const std::string& rootTag) {
+StateFiles::Found foundIn(const std::optional<std::string>& contents, std::string_view rootTag) {
     if (!contents || contents->empty()) {
         return StateFiles::Found::nothing;
     }
-    const bool isRecord = scheduling::getTagEndIndex(contents->c_str(), rootTag.c_str()) ==
-                          static_cast<std::int32_t>(rootTag.size());
-    return isRecord ? StateFiles::Found::record : StateFiles::Found::foreign;
+    return contents->starts_with(rootTag) ? StateFiles::Found::record : StateFiles::Found::foreign;
 }
 
 /// A value of the record, as the module reads it.
@@ -67,7 +68,7 @@ StateFiles::Resume readResume(const std::string& path, std::int64_t now) {
     StateFiles::Resume resume;
     resume.path = path;
     const auto contents = contentsOf(path, kMostResume);
-    resume.found = foundIn(contents, "<ResumeRSM>");
+    resume.found = foundIn(contents, ZephanRSMSingleTon::kResumeRootTag);
     if (resume.found != StateFiles::Found::record) {
         return resume;
     }
@@ -85,7 +86,7 @@ StateFiles::Schedule readSchedule(const std::string& path, std::int64_t now) {
     StateFiles::Schedule schedule;
     schedule.path = path;
     const auto contents = contentsOf(path, kMostSchedule);
-    schedule.found = foundIn(contents, "<RSMExecuteCommand>");
+    schedule.found = foundIn(contents, scheduling::Schedule::kRootTag);
     if (schedule.found != StateFiles::Found::record) {
         return schedule;
     }
