@@ -35,19 +35,24 @@ AuditTexts readAuditTexts(const std::string& configurationFile) {
 }
 
 AuditMeaning meaningByWords(const std::string& text) {
-    const auto holds = [&text](const char* words) {
-        return std::regex_search(text, std::regex(words, std::regex::icase));
-    };
+    const auto words = [](const char* pattern) { return std::regex(pattern, std::regex::icase); };
+    static const std::regex kOpens = words("\\b(open|start|begin)");
+    static const std::regex kTunnel = words("tunnel|desktop|session");
+    static const std::regex kTunnelCloses = words("\\b(clos|end|stop)");
+    static const std::regex kTunnelAborts = words("\\babort");
+    static const std::regex kFile = words("\\bfile|transfer");
+    static const std::regex kFileCloses = words("\\b(finish|complet|end|clos|abort)");
+    const auto holds = [&text](const std::regex& wanted) { return std::regex_search(text, wanted); };
     const auto activity = [](bool opens, bool closes) {
         return opens == closes ? Activity::none : opens ? Activity::open : Activity::close;
     };
     AuditMeaning meaning;
-    const bool opens = holds("\\b(open|start|begin)");
-    if (holds("tunnel|desktop|session")) {
-        meaning.tunnel = holds("\\babort") ? Activity::abort : activity(opens, holds("\\b(clos|end|stop)"));
+    const bool opens = holds(kOpens);
+    if (holds(kTunnel)) {
+        meaning.tunnel = holds(kTunnelAborts) ? Activity::abort : activity(opens, holds(kTunnelCloses));
     }
-    if (holds("\\bfile|transfer")) {
-        meaning.file = activity(opens, holds("\\b(finish|complet|end|clos|abort)"));
+    if (holds(kFile)) {
+        meaning.file = activity(opens, holds(kFileCloses));
     }
     return meaning;
 }

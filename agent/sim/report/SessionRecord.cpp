@@ -30,9 +30,9 @@ std::string bodyOf(std::string_view line) {
 }
 
 /// The fields that tell what a message means.
-std::vector<std::pair<const char*, std::string>> fieldsOf(const AuditMeaning& meaning) {
+std::vector<std::pair<const char*, const char*>> fieldsOf(const AuditMeaning& meaning) {
     static constexpr const char* names[] = {"none", "open", "close", "abort"};
-    std::vector<std::pair<const char*, std::string>> fields;
+    std::vector<std::pair<const char*, const char*>> fields;
     for (const auto& [key, activity] : {std::pair("tunnel", meaning.tunnel), {"file", meaning.file}}) {
         if (activity != Activity::none) {
             fields.emplace_back(key, names[static_cast<std::size_t>(activity)]);
