@@ -17,7 +17,7 @@ foreach(flag IN LISTS flags)
         target_compile_options(zephan-build INTERFACE ${flag})
     endif()
 endforeach()
-# Needs an optimising compiler; tests are built with less.
+# Needs an optimising compiler, as the release preset has it.
 target_compile_options(zephan-build INTERFACE -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=$<IF:$<VERSION_GREATER_EQUAL:$<CXX_COMPILER_VERSION>,12>,3,2>)
 if(WIN32)
     target_link_options(zephan-build INTERFACE LINKER:--dynamicbase,--nxcompat)

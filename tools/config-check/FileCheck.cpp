@@ -37,7 +37,8 @@ Result checkFile(const std::string& file, const std::optional<std::string>& sche
     }
     const config::Document document = config::readDocument(std::move(bytes));
     result.text = document.text;
-    if (result.accepted = !document.refusal; !result.accepted) {
+    result.accepted = !document.refusal;
+    if (!result.accepted) {
         result.findings.add(refusal(document));
         return result;
     }
