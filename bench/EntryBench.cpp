@@ -85,7 +85,7 @@ void large(benchmark::State& state) {
 void audit(benchmark::State& state, int texts, double bar) {
     for (auto _ : state) {
         Fixture fixture(texts, "error");
-        // Of what is open the closing is searched for too.
+        // While something is open, its closing texts are searched for, too.
         fixture.module.audit("Remote tunnel opened 0, File transfer started 2");
         const auto audited = roundOf([&] { fixture.module.audit(kAuditMessage.c_str()); }, kCheapOperations);
         const auto logged =

@@ -40,7 +40,7 @@ long anonymousMemory() {
     return kibibytes;
 }
 
-/// Of a host that has started all and waits, less what it had before.
+/// Of a host that has started all and waits, less what it used before.
 long privateMemory(const bench::Scratch& scratch, const std::string& configuration) {
     return bench::inChild([&] {
         agent::AgentHost host;

@@ -151,7 +151,7 @@ double timeOfStartAmongMany(const bench::Scratch& scratch, const std::string& co
     return timeOfLoggerStart(configuration);
 }
 
-/// Each name with its age, and away with what is old.
+/// Each name with its age, and old files are removed.
 template <int days>
 double timeOfListingMany(const bench::Scratch& scratch, const std::string& /*configuration*/) {
     fill(scratch, days);

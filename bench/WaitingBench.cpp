@@ -22,7 +22,7 @@ using Clock = std::chrono::steady_clock;
 using Milliseconds = std::chrono::duration<double, std::milli>;
 
 constexpr auto kBusy = 10s;
-constexpr auto kSettling = 500ms;  // until what is to be busy is
+constexpr auto kSettling = 500ms;  // until the others are busy
 constexpr auto kLogging = 2s;
 constexpr double kLogBar = 1.0;      // milliseconds
 constexpr double kStopBar = 3200.0;  // milliseconds, of which the polling thread is given 3000

@@ -1,4 +1,4 @@
-# What is installed beside the library and the programs, and the Debian packages: `cpack` in the build directory makes them,
+# The files installed beside the library and the programs, and the Debian packages: `cpack` in the build directory makes them,
 # one of each component. What only a package needs is a component of its own, which is installed with no other.
 set(share ${CMAKE_INSTALL_DATADIR}/zephan-rsm-logger)
 set(documents ${CMAKE_INSTALL_DATADIR}/doc/zephan-rsm-logger)

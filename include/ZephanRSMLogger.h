@@ -9,11 +9,11 @@
 // - No exception leaves a function and no failure stops the host: a failure answers -1 (or as
 //   stated) and writes a log line through the agent's own logging library.
 // - Texts are 8-bit and NUL-terminated. "Null" is a null pointer. A handle is an opaque value.
-// - "Start/stop thread" means: any host thread; a start or stop that comes in beside another one
-//   may wait for it. All other functions may be called from any thread at any time, also beside a
+// - "Start/stop thread" means: any host thread; a start or stop that overlaps another one
+//   may wait for it. All other functions may be called from any thread at any time, also during a
 //   start or a stop.
-// - Names are part of the binary interface with the spelling that they have here:
-//   `ZPXRSMDSExectue`, `ZPXRSMDSDestoryResponse` and `ZPXRSMLoggerStatup` are meant.
+// - Names are part of the binary interface, spelled as they are here:
+//   `ZPXRSMDSExectue`, `ZPXRSMDSDestoryResponse` and `ZPXRSMLoggerStatup` are intended.
 //
 //
 // ---- Order --------------------------------------------------------------------------------------
@@ -33,7 +33,7 @@
 //
 // ---- What ends what, and what must be started again ---------------------------------------------
 //
-//   this stop               ends                                   afterwards, to have it back
+//   this stop               ends                                   to get it back afterwards
 //   ----------------------  -------------------------------------  ---------------------------------
 //   ZPXRSMLoggerShutdown    RSM, the polling thread, the log file, start all families, in the order
 //                           the schedule (its file stays), the     above. The logger alone is a trap:
@@ -56,8 +56,8 @@
 //
 // ---- A start that fails -------------------------------------------------------------------------
 //
-// A start that answers -1 leaves what ran before as it was. When the configuration file could not
-// be read, a configuration is there all the same, with what earlier loads had read or else with the
+// A start that answers -1 leaves unchanged whatever ran before. When the configuration file could not
+// be read, there is a configuration nevertheless, with the values that earlier loads read or else the
 // defaults, and with the path of the first load:
 // - ZPXRSMLoggerStatup, called again, reads that file again, whatever path it is given; before,
 //   nothing of the logger was attached.
@@ -74,7 +74,7 @@
 //   sending the RSM profile          one at a time: "Data Polling"; an until the enterprise answers; an
 //     to the enterprise              order while RSM runs;             order without a polling thread
 //                                    ZPRSMExtnStartup; the audit       also tells what came in
-//                                    message that begins activity.     meanwhile
+//                                    message that begins activity.     in between
 //                                    Others leave theirs to it
 //   ForcePoll of asset 0             "Data Polling"                    until it returns
 //   the agent's thread functions     orders, starts and stops          a stop waits at most 3 seconds
@@ -187,7 +187,7 @@ ZP_EXPORT int8_t ZPRSMExtnShutdown(void* handle);
 
 /// Starts the data-source extension with the path of the schedule file, which is created when it is
 /// missing; the first path stays in force. `handle`: may be null; receives a handle that no function
-/// asks for. Start/stop thread. 0, or -1 with `*handle` unchanged.
+/// needs. Start/stop thread. 0, or -1 with `*handle` unchanged.
 ZP_EXPORT int8_t ZPXRSMDSStartup(void** handle, const char* scheduleFilePath);
 
 /// Writes the life-cycle line; releases nothing. Any thread. Always 0.
@@ -228,7 +228,7 @@ ZP_EXPORT int32_t ZPXRSMDSSet(void);
 ///   0  "Thread exited successfully."       RSM ends after one more poll, as above
 ///   0  "Agent is in activity mode."        remote activity goes on, and so does RSM
 ///   0  "There is no active thread."        nothing polls
-///   0  "Agent is not in force poll mode."  RSM ended meanwhile
+///   0  "Agent is not in force poll mode."  RSM has just ended
 ///   1  "Agent is not in RSM."
 ZP_EXPORT int32_t ZPXRSMDSExectue(void* reserved1, void* reserved2, const char* command,
                                   const PropList* input, PropList** response);

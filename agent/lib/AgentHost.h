@@ -25,7 +25,7 @@ class Runtime;
 /// but for those of module threads that were left to run: the destructor ends them.
 class KRX_API AgentHost final {
   public:
-    /// What is plugged in is not owned and must outlive the host. Without an enterprise every record is
+    /// The parts plugged in are not owned and must outlive the host. Without an enterprise every record is
     /// accepted; without a runtime threads run freely.
     struct Plugs {
         Observer* observer = nullptr;

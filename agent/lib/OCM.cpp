@@ -11,7 +11,7 @@ namespace KRX::Messaging {
 
 namespace {
 
-/// A record on its way; whoever of sender and link thread is left keeps it.
+/// A record on its way; the last of sender and link thread keeps it.
 struct Record {
     std::string member;
     agent::NamedValues properties;

@@ -23,9 +23,9 @@ class KRX_API Runtime {
     /// since it may be destroyed later.
     virtual ~Runtime();
 
-    /// A thread that can be started, or null when there is none to be had.
+    /// A thread that can be started, or null when none is available.
     virtual Thread* construct(Thread::Kind kind) = 0;
-    /// Starts a prepared thread; false when it cannot be had.
+    /// Starts a prepared thread; false when it is not available.
     virtual bool start(Thread& thread) = 0;
     /// Ends an active thread in this way; waits for it a moment at most. A thread that names itself runs on.
     virtual void end(Thread& thread, ThreadDestroy how) = 0;

@@ -46,14 +46,14 @@ class AnsweredText final {
     const char* text_ = nullptr;
 };
 
-/// Names an element and what is wrong with it.
+/// Names an element and its fault.
 std::string about(const std::string& element, const std::string& fault) {
     return "element '" + element + "' " + fault;
 }
 
 }  // namespace
 
-/// The names; the texts are with whoever derives.
+/// The names; derived classes hold the texts.
 struct Serializable::Implementation {
     std::string name;
     std::vector<std::string> attributes;

@@ -127,7 +127,7 @@ void Thread::leaveIfHalted(bool asleep) {
         return;
     }
     if (halted_ == ThreadDestroy::unwind) {
-        halted_ = ThreadDestroy::leave;  // What is called while the frames are unwound goes its way.
+        halted_ = ThreadDestroy::leave;  // Calls made while the frames are unwound are not stopped.
         system::beUnwound(bottom_);
         return;  // The system unwinds already.
     }

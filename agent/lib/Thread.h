@@ -39,7 +39,7 @@ class KRX_API Thread {
     /// The calling thread, or null on a host thread.
     static Thread* current();
     /// Blocks the calling thread in a call of the agent until `until` holds, which is answered, or for
-    /// `time`. Does not return when the thread is ended meanwhile. `asleep`: in a sleep that the
+    /// `time`. Does not return when the thread is ended in the meantime. `asleep`: in a sleep that the
     /// module asked for.
     static bool block(std::chrono::milliseconds time, const std::function<bool()>& until,
                       bool asleep = false);

@@ -17,7 +17,7 @@ class BriefTimeline final {
 
     /// The lines that are complete with this event.
     std::string add(const Event& event);
-    /// What is left at the end.
+    /// The rest, at the end.
     std::string end();
 
   private:

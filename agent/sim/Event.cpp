@@ -15,7 +15,7 @@ std::size_t characterLength(std::string_view text) {
     if (byte(0) < 0xC2 || byte(0) > 0xF4 || text.size() < length) {
         return 0;
     }
-    // The bounds of the second byte keep out surrogates, overlong forms and what is no character.
+    // The bounds of the second byte keep out surrogates, overlong forms and anything that is not a character.
     const unsigned char least = byte(0) == 0xE0 ? 0xA0 : byte(0) == 0xF0 ? 0x90 : 0x80;
     const unsigned char most = byte(0) == 0xED ? 0x9F : byte(0) == 0xF4 ? 0x8F : 0xBF;
     bool valid = byte(1) >= least && byte(1) <= most;

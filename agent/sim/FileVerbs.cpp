@@ -25,7 +25,7 @@ void requireFile(const std::string& path) {
     std::error_code none;
     const auto kind = std::filesystem::status(native(path), none);
     if (std::filesystem::exists(kind) && !std::filesystem::is_regular_file(kind)) {
-        throw std::runtime_error(path + ": is no regular file");
+        throw std::runtime_error(path + ": is not a regular file");
     }
 }
 
@@ -70,7 +70,7 @@ std::optional<std::string> readFile(const std::string& path) {
         return std::nullopt;
     }
     std::ostringstream contents;
-    // An empty file gives the copy nothing to insert, which is no failure.
+    // An empty file gives the copy nothing to insert, which is not a failure.
     if (!stream || (stream.peek() != std::ifstream::traits_type::eof() && !(contents << stream.rdbuf())) ||
         stream.bad()) {
         fail(path, errno);

@@ -15,7 +15,7 @@ namespace {
 std::chrono::milliseconds parsePatience(const std::string& text) {
     const auto microseconds = parseDecimal(text);
     if (!microseconds || *microseconds < 1000) {
-        throw UsageError("'" + text + "' is no time in seconds");
+        throw UsageError("'" + text + "' is not a time in seconds");
     }
     return std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::microseconds(*microseconds));
 }
@@ -38,14 +38,14 @@ const char* const kHelp =
 
 Loads the module as an agent does and drives it: `replay` plays a scenario on a virtual clock, `run` on the real
 clock, with actions from the scenario at their times and from standard input as they are typed (`help` lists them).
-`report` makes the page of a session from a trace that was kept; `status` says what an agent that does not run left
-in its state files, and what its next start does with it.
+`report` makes the page of a session from a trace that was kept; `status` reads what a stopped agent left
+in its state files, and says what its next start would do.
 
   --module PATH   the module (default: the one installed or built with this program)
   --trace FILE    writes JSON Lines instead of the timeline; - is standard output
   --brief         a timeline with less to read: no log lines, no sleeps, polls counted, lines that fit
   --strict        exit status 3 when the start of a family failed
-  --patience S    seconds for which the module may hold everything up before it counts as hanging (15 at first)
+  --patience S    seconds for which the module may hold everything up before it counts as hanging (default: 15)
   --report FILE   writes a page of the session (HTML) when it is over; -o is the same
   --http PLACE    a live page of the session for browsers, at [ADDRESS:]PORT (127.0.0.1 when there is no address; port
                   0: any that is free); the session goes on until it is interrupted

@@ -62,7 +62,7 @@ class OrderQueue final : public EventListener {
     };
 
     Bell bell_;
-    mutable std::mutex mutex_;  ///< of the two below
+    mutable std::mutex mutex_;  ///< guards the two below
     std::deque<Order> orders_;
     bool closed_ = false;
     std::vector<Call> calls_;  ///< of the order that is being performed

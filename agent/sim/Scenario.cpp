@@ -23,7 +23,7 @@ Instant parseTime(const std::string& text, Instant previous) {
     const auto microseconds = parseDecimal(text);
     if (!microseconds || *microseconds < 0 || Instant(*microseconds) > kLongest) {
         const bool tooLarge = !text.starts_with('-') && isTooLarge(text);
-        throw std::runtime_error("'" + text + (tooLarge ? "' is too large" : "' is no time in seconds"));
+        throw std::runtime_error("'" + text + (tooLarge ? "' is too large" : "' is not a time in seconds"));
     }
     const Instant time = Instant(*microseconds) + (relative ? previous : Instant(0));
     if (time < previous) {
@@ -61,7 +61,7 @@ std::chrono::seconds parseClock(const std::string& text) {
                 &length);
     const auto time = momentOf(year, month, day, hour, minute, second);
     if (length == 0 || static_cast<std::size_t>(length) != text.size() || !time || *time < 0) {
-        throw std::runtime_error("'" + text + "' is no time like 2026-03-01T10:00:00Z");
+        throw std::runtime_error("'" + text + "' is not a time like 2026-03-01T10:00:00Z");
     }
     return std::chrono::seconds(*time);
 }

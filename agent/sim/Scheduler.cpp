@@ -316,7 +316,7 @@ void Scheduler::watch(std::chrono::milliseconds patience) {
             stuck = {};
         } else if (holder != nullptr && (agent::Place::isInModule(*holder) || moves != seenMoves) &&
                    !system::childRuns()) {
-            stuck += step;  // Where the simulator itself is held up, by whoever reads its trace, it waits.
+            stuck += step;  // Where the simulator itself is held up, by the reader of its trace, it waits.
         }
         seenMoves = moves;
         if (stuck >= patience) {

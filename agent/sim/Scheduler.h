@@ -101,7 +101,7 @@ class Scheduler final : public agent::Runtime {
     Party& caller();
     /// Lets those go on that need not wait any more.
     void wake();
-    /// Gives the turn to whoever is next.
+    /// Gives the turn to the next thread.
     void passTurn(bool mayStay = false);
     void giveTurn(Party& next);
     void awaitTurn(std::unique_lock<std::mutex>& lock, Party& self);
@@ -114,7 +114,7 @@ class Scheduler final : public agent::Runtime {
     void watch(std::chrono::milliseconds patience);
 
     Clock& clock_;
-    std::mutex mutex_;  ///< of the turn; who holds the turn reads everything else without it
+    std::mutex mutex_;  ///< guards the turn; the thread that has the turn reads everything else without it
     Party host_{Rank::waitingHost};
     Party* holder_ = &host_;
     std::deque<Party*> ready_;

@@ -144,7 +144,7 @@ const std::vector<Verb>& SimulatedAgent::verbs() {
              self.host_.setPollInterval(
                  parseCount(action.word(0), std::numeric_limits<unsigned int>::max()).value());
          }},
-        {"fail thread-construct", "", "no thread object can be had next time",
+        {"fail thread-construct", "", "the next thread object cannot be made",
          [](Agent& self, const Action& /*action*/) { self.scheduler_.failNextConstruct(); }},
         {"fail thread-start", "", "no thread can be started next time",
          [](Agent& self, const Action& /*action*/) { self.scheduler_.failNextStart(); }},
@@ -160,7 +160,7 @@ const std::vector<Verb>& SimulatedAgent::verbs() {
          [](Agent& self, const Action& action) {
              setModified(action.word(0), self.clock_.wall() - duration(action, 1) * kSecondsPerDay);
          }},
-        {"show", "FILE", "shows what is in a file",
+        {"show", "FILE", "shows a file's contents",
          [](Agent& self, const Action& action) {
              self.recorder_.recordFile(action.word(0), readFile(action.word(0)));
          }},

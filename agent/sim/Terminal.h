@@ -12,7 +12,7 @@ namespace sim {
 /// at most, and one thread at a time uses it.
 class Terminal final {
   public:
-    /// Null when standard input or output is none.
+    /// Null when standard input or output is not a terminal.
     static std::unique_ptr<Terminal> open();
     Terminal(const Terminal&) = delete;
     Terminal& operator=(const Terminal&) = delete;
@@ -22,7 +22,7 @@ class Terminal final {
     bool read(std::deque<std::string>& lines);
     /// Takes away what was typed of a line; false when that is nothing.
     bool clearLine();
-    /// Gives the terminal back as it was found; the object is of no use any more.
+    /// Gives the terminal back as it was found; the object must not be used any more.
     void close();
 
     /// Takes the line that is being typed away while something else is printed.

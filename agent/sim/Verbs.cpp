@@ -53,16 +53,16 @@ std::string faultOf(const Word& word, const std::string& kind) {
         return word.isNull() || (kind == "OPERATION" && text.empty()) ? "must be a text" : "";
     }
     if (kind == "LEVEL") {
-        return wholeNumberFault(text, parseLevel(text).has_value(), "is no level");
+        return wholeNumberFault(text, parseLevel(text).has_value(), "is not a level");
     }
     if (kind == "COUNT") {
-        return wholeNumberFault(text, parseCount(text, kMost).has_value(), "is no whole number");
+        return wholeNumberFault(text, parseCount(text, kMost).has_value(), "is not a whole number");
     }
     if (kind == "SECONDS") {
-        return numberFault(text, parseDecimal(text).value_or(-1) >= 0, "is no time in seconds");
+        return numberFault(text, parseDecimal(text).value_or(-1) >= 0, "is not a time in seconds");
     }
     if (kind == "OFFSET" || kind == "DAYS") {
-        return numberFault(text, parseDecimal(text).has_value(), "is no number");
+        return numberFault(text, parseDecimal(text).has_value(), "is not a number");
     }
     if (kind == "[null]") {
         return word.isNull() ? "" : "can only be null";
@@ -72,15 +72,15 @@ std::string faultOf(const Word& word, const std::string& kind) {
     }
     const std::vector<std::string> choices = split(kind, '|');
     if (choices.size() > 1 && std::find(choices.begin(), choices.end(), text) == choices.end()) {
-        return "is none of " + std::accumulate(std::next(choices.begin()), choices.end(), choices.front(),
-                                               [](const std::string& all, const std::string& each) {
-                                                   return all + ", " + each;
-                                               });
+        return "is not one of " + std::accumulate(std::next(choices.begin()), choices.end(), choices.front(),
+                                                  [](const std::string& all, const std::string& each) {
+                                                      return all + ", " + each;
+                                                  });
     }
     return "";
 }
 
-/// What is wrong with the arguments; empty when nothing is.
+/// The fault of the arguments; empty when there is none.
 std::string faultOf(const Verb& verb, const std::vector<Word>& arguments) {
     const std::vector<std::string> kinds = split(verb.form, ' ');
     const auto needed = std::count_if(kinds.begin(), kinds.end(),
@@ -139,7 +139,7 @@ std::size_t distance(std::string_view from, std::string_view to) {
     return row.back();
 }
 
-/// What was meant by what is no verb, if that can be guessed.
+/// The verb that an unknown word was meant to be, if that can be guessed.
 std::string suggestion(const std::string& first, const std::string& firstTwo) {
     constexpr std::size_t kFurthest = 2;
     const Verb* nearest = nullptr;

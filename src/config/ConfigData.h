@@ -5,7 +5,7 @@
 
 /// The settings of file logging, remote detection and the RSM resume state. Written while the configuration
 /// is loaded, only read afterwards. Message lists are arrays ended by an empty text; an absent list is null
-/// and counts as empty. Texts and lists belong to the object and stay valid as long as it does; a further
+/// and counts as empty. Texts and lists belong to the object and stay valid as long as the object lives; a further
 /// load fills an object of its own.
 class ConfigData {
   public:

@@ -188,7 +188,7 @@ class TreeBuilder final {
                            const char* /*standard*/, int /*isRequired*/) {
         hasRoom(declaredAttributes_++, kMostDeclaredAttributes, "declared attributes");
     }
-    /// An entity that nobody has declared, where that is no mistake, stands for nothing and interrupts nothing.
+    /// An entity that nobody has declared, where that is not a mistake, stands for nothing and interrupts nothing.
     void skippedEntity(const char* /*name*/, int isParameter) {
         if (isParameter == 0) {
             arrive();

@@ -1,4 +1,4 @@
-// A configuration file as a tree of elements that know where they stand. Whoever wants to know what is in such a file,
+// A configuration file as a tree of elements that know where they stand. All who want to know what such a file contains,
 // inside the module or out, reads it here.
 #pragma once
 
@@ -12,7 +12,7 @@
 
 namespace config {
 
-/// A place in the text of a document. Lines and characters are counted from 1, line 0 is no place; bytes from 0.
+/// A place in the text of a document. Lines and characters are counted from 1, line 0 means no place; bytes from 0.
 struct Place {
     std::uint32_t line = 0;
     std::uint32_t column = 0;
@@ -49,8 +49,8 @@ struct Refusal {
     enum class Kind : std::uint8_t {
         noParser,       ///< there was no memory for one
         noMemory,       ///< it ran out
-        notWellFormed,  ///< the text is no XML
-        encoding,       ///< its bytes are none of its encoding, or nobody here knows that
+        notWellFormed,  ///< the text is not XML
+        encoding,       ///< its bytes are not valid in its encoding, or the encoding is unknown
         tooDeep,        ///< elements are nested deeper than `Document::kDeepest`
         outside,        ///< it names something outside of it, which is never opened
         tooMuch,        ///< it has too many parts, or expands to too much

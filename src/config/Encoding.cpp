@@ -94,7 +94,7 @@ std::optional<DecodingFailure> decodeUtf16(std::string& bytes, bool isLittle) {
     return DecodingFailure{"the encoding '" + declared + "' is declared, and this is UTF-16", 0};
 }
 
-/// What each byte stands for by itself; empty texts are no characters.
+/// What each byte stands for by itself; empty texts are not characters.
 using Characters = std::array<std::string, kAll>;
 
 /// Those of an encoding that is known here.
@@ -138,7 +138,7 @@ std::optional<DecodingFailure> decode(std::string& bytes) {
         return decodeUtf16(bytes, isLittle);
     }
     if (start.starts_with("\xEF\xBB\xBF")) {
-        bytes.erase(0, 3);  // what is declared counts
+        bytes.erase(0, 3);  // the declaration counts
     }
     const std::string declared = declaredEncoding(bytes);
     const std::string name = canonical(declared);

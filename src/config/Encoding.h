@@ -14,7 +14,7 @@ struct DecodingFailure {
 };
 
 /// Turns the bytes of an XML document into UTF-8 without a byte order mark, by that mark or by the encoding that the
-/// document declares. What is UTF-8 already is left as it is, well-formed or not.
+/// document declares. Text that is UTF-8 already is left unchanged, well-formed or not.
 std::optional<DecodingFailure> decode(std::string& bytes);
 
 /// How many bytes the character at the start of a text in UTF-8 has; 0 when there is none.

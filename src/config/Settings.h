@@ -81,7 +81,7 @@ struct SettingRow {
 /// One row a setting, in the order of the enumeration, which is also that of reading.
 const std::array<SettingRow, kSettingCount>& settingRows();
 
-/// An element that gives a setting or, where its text is empty, may leave it as it was.
+/// An element that gives a setting or, where its text is empty, may leave it unchanged.
 struct Reading {
     const SettingRow* row;
     const Element* element;

@@ -9,7 +9,7 @@
 class XMLConfigData final : public ConfigData {
   public:
     /// The object that a load is to fill: a copy of the present one, or a new one with the path of its file
-    /// (later paths are ignored). Nobody else sees it before it is published. Null when it cannot be had.
+    /// (later paths are ignored). Nobody else sees it before it is published. Null when there is no memory for it.
     static std::shared_ptr<XMLConfigData> getInstance(const std::string& path) noexcept;
     /// Puts a filled object into the place of the present one, whole.
     static void publish(std::shared_ptr<XMLConfigData> filled) noexcept;
@@ -64,6 +64,6 @@ class XMLConfigData final : public ConfigData {
 };
 
 /// Loads the configuration: reads the file of the first load into a copy of the present object and publishes that.
-/// Null when the object cannot be had. Throws std::runtime_error when the file cannot be read; what was read before is
-/// published all the same. Any thread; of loads that overlap the last one that is published stays.
+/// Null when there is no memory for the object. Throws std::runtime_error when the file cannot be read; what was read before is
+/// published nevertheless. Any thread; of loads that overlap the last one that is published stays.
 std::shared_ptr<const XMLConfigData> loadConfiguration(const std::string& path);

@@ -12,7 +12,7 @@
 
 namespace {
 
-/// The document in the file. None when it cannot be had; what is wrong with it is logged then.
+/// The document in the file. None when it cannot be read; the reason is logged then.
 std::optional<config::Document> readFile(const std::string& path) try {
     const platform::File file = platform::File::open(path, platform::OpenMode::Read);
     std::optional<std::string> contents =

@@ -132,7 +132,7 @@ class ZephanRSMSingleTon final {
     }
 
     const std::shared_ptr<SharedRsm> rsm_ = std::make_shared<SharedRsm>();
-    mutable platform::Mutex resumeFileLock_;  ///< of path and file; no agent is called under it
+    mutable platform::Mutex resumeFileLock_;  ///< guards path and file; the agent is never called under it
     platform::StateFile resumeFile_ GUARDED_BY(resumeFileLock_){kResumeRootTag};
     std::unique_ptr<ConfigHandler> configHandler_;
     std::unique_ptr<ScheduleRSMHandler> ownedScheduleHandler_;

@@ -42,7 +42,7 @@ class Lifecycle final {
         }
     }
 
-    /// The controller for a start. One that is being stopped is none: what is started on it would go with it.
+    /// The controller for a start. One that is being stopped does not count: anything started on it would be ended with it.
     /// When no stop can be under way, it was left so by a thread that ended in its stop, and makes room.
     ZephanRSMSingleTon::Reference controllerForStart() const {
         const auto present = ZephanRSMSingleTon::existing();

@@ -21,7 +21,7 @@ class LogFile final {
     LogFile& operator=(const LogFile&) = delete;
 
     /// The length of what stands at the path now, 0 when nothing does or it may not be read. Another file than
-    /// the open one is opened in its place; when it cannot be, or is no regular file, the open one is written
+    /// the open one is opened in its place; when it cannot be, or is not a regular file, the open one is written
     /// on, and its length counts.
     std::int64_t size() noexcept;
     /// To be called now and then: finds a directory that was replaced.

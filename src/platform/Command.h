@@ -4,7 +4,7 @@ namespace platform {
 
 /// Hands a command text to the system's command interpreter and waits for its end. 0 counts as success. No
 /// descriptor of the module is inherited by the command, and what was written to standard output stands
-/// before its own. When the calling thread is ended meanwhile by unwinding it, the interpreter is ended,
+/// before its own. When the calling thread is ended by unwinding in the meantime, the interpreter is ended,
 /// too. Any thread.
 int runCommand(const char* command);
 

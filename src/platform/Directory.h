@@ -16,7 +16,7 @@ enum class Renaming {
     Failed
 };
 
-/// A directory that is held, or none. What is in it is called by its name as `list` tells it, with whatever
+/// A directory that is held, or none. Its files are named as `list` names them, with whatever
 /// characters; nothing behind a symbolic link is removed or renamed. The hold stays with the directory when
 /// that is moved; without one all fails. Not for use by two threads at once.
 class Directory final {
@@ -27,7 +27,7 @@ class Directory final {
     ~Directory() { close(); }
 
     /// Takes hold of the directory that the path leads to now, instead of the one held before, which stays
-    /// when that fails. 0, or the error number (2 for what is not there as a directory).
+    /// when that fails. 0, or the error number (2 when there is no such directory).
     int open(std::string_view path) noexcept;
     void close() noexcept;
 

@@ -61,7 +61,7 @@ class File final {
     }
     ~File() { close(); }
 
-    /// A closed file when it cannot be opened. On POSIX `errno` says why, EINVAL of what is no regular file.
+    /// A closed file when it cannot be opened. On POSIX `errno` says why, EINVAL when it is not a regular file.
     static File open(const std::string& path, OpenMode mode) noexcept;
 
     bool isOpen() const noexcept { return descriptor_ != kNoFile; }

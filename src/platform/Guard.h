@@ -23,7 +23,7 @@ Result guarded(Result failure, Body&& body) {
     }
 }
 
-/// Runs the body; what is thrown in it is dropped, as above.
+/// Runs the body; exceptions from it are dropped, as above.
 template <typename Body>
 void attempt(Body&& body) {
     guarded(kSuccess, [&] {

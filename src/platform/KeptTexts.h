@@ -14,7 +14,8 @@ namespace platform {
 /// thread keeps, one at a time takes.
 class KeptTexts final {
   public:
-    static constexpr std::size_t kKeptAtMost = 1U << 20U;  ///< bytes; what is more is lost, each text whole
+    static constexpr std::size_t kKeptAtMost =
+        1U << 20U;  ///< bytes; texts beyond that are lost, each as a whole
     static constexpr std::size_t kTakenAtOnce = 1024;
 
     void keep(std::string_view text) noexcept;
@@ -37,7 +38,7 @@ class KeptTexts final {
 
 /// Writes a text to standard output behind those that were kept, or leaves it to the thread that is writing.
 /// `Output` holds the `texts`; a `Writer` is made of it and has the writer's role while it lives, if that was
-/// to be had.
+/// available.
 template <typename Writer, typename Output>
 void writeOrKeep(std::string_view text, Output& output) noexcept {
     bool isOut = false;
@@ -54,7 +55,7 @@ void writeOrKeep(std::string_view text, Output& output) noexcept {
         } else if (!isOut) {
             output.texts.keep(text);
         } else {
-            return;  // who has the role looks at what is kept when giving it back
+            return;  // the holder of the role looks at the kept texts when giving it back
         }
         isOut = true;
     } while (output.texts.isAnyAfterAll());

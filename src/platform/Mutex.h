@@ -9,12 +9,12 @@
 namespace platform {
 
 /// An operating-system mutex that admits again the thread which holds it and tells when its previous owner
-/// ended without releasing it. It takes no memory and is no point at which a thread is ended. Any thread.
+/// ended without releasing it. It takes no memory and no thread is ended in it. Any thread.
 class CAPABILITY("mutex") Mutex final {
   public:
     enum class Wait {
         Obtained,
-        Abandoned,  ///< the owner had ended while holding it; the mutex is usable again and not held
+        Abandoned,  ///< the owner ended while holding it; the mutex is usable again and not held
         Busy,       ///< another thread holds it; of waits that have an end only
         Failed
     };

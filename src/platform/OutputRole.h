@@ -8,7 +8,7 @@
 namespace platform {
 
 /// Standard output as the module's threads share it: one at a time has the role of the writer and may wait
-/// for whoever reads; nobody waits for the role.
+/// for a reader; nobody waits for the role.
 struct Output {
     Mutex role;
     std::atomic<bool> writerDied{false};  ///< in a write perhaps, which leaves the stream locked for ever
@@ -21,7 +21,7 @@ inline Output& output() noexcept {
     return *object;
 }
 
-/// The writer's role for a scope, if it is to be had.
+/// The writer's role for a scope, if it is free.
 class OutputRole final {
   public:
     explicit OutputRole(Output& output) noexcept : output_(output) {
@@ -40,7 +40,7 @@ class OutputRole final {
         }
     }
 
-    /// Also without a mutex to be had, when all write.
+    /// Also when no mutex could be made: then all write.
     bool mayWrite() const noexcept { return hasRole_ || output_.role.creationError() != 0; }
 
   private:

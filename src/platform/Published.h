@@ -35,7 +35,7 @@ class Published final {
         }
     }
 
-    /// Publishes `fresh` unless there is an object; what is published then.
+    /// Publishes `fresh` unless there is an object; returns the published one.
     std::shared_ptr<T> publishFirst(std::shared_ptr<T> fresh) noexcept {
         const Lock lock(mutex_);
         if (object_ == nullptr) {

@@ -41,7 +41,7 @@ bool StateFile::begins(std::string_view start) const noexcept {
 }
 
 void StateFile::remove(std::string_view start) noexcept {
-    // Not what is held open is looked at: something else may have come into its place.
+    // The path is looked at, not the open file: another one may have come into its place.
     file_ = File::open(place_, OpenMode::Read);
     const bool goes = file_.isOpen() && begins(start);
     file_.close();
@@ -76,7 +76,7 @@ StateFile::Stored StateFile::store(std::string_view record, Tail tail) noexcept 
         return stored;
     }
     if (!begins(rootTag_)) {
-        close();  // not every system renames what is open
+        close();  // not every system renames open files
         stored.notice.format = moveAside(stored.notice.suffix) ? kMovedAside : kInTheWay;
         if (!open() || !begins(rootTag_)) {
             return stored;

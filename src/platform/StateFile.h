@@ -19,7 +19,7 @@ class StateFile final {
     /// Where the path leads is taken when it is set first, wherever the host goes later. Throws, and changes
     /// nothing, only when memory runs out.
     void setPath(const std::string& path);
-    const std::string& path() const noexcept { return path_; }    ///< as it was given
+    const std::string& path() const noexcept { return path_; }    ///< as given
     const std::string& place() const noexcept { return place_; }  ///< where that leads
 
     /// Opens what stands there now, made when missing, and holds that open; when it cannot be opened, what was
@@ -59,7 +59,7 @@ class StateFile final {
         "\n The record in file = %s is damaged: its %s is of no use. Nothing comes of it, and it is not kept.";
 
   private:
-    /// What is open is empty, or begins with this text.
+    /// The open file is empty, or begins with this text.
     bool begins(std::string_view start) const noexcept;
     /// Gives what stands there another name that is not taken; true when it was done.
     bool moveAside(Suffix& suffix) const noexcept;

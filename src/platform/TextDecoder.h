@@ -17,7 +17,7 @@ class TextDecoder final {
 
     bool isOpen() const noexcept;
     /// Appends the text of `bytes`, which begin anew and must be whole characters. Returns how many bytes were
-    /// converted: less than all when what follows is none of the encoding, and what was appended is then worth
+    /// converted: less than all when the next bytes are not valid in the encoding, and what was appended is then worth
     /// nothing.
     std::size_t decode(std::string_view bytes, std::string& utf8);
 

@@ -22,7 +22,7 @@ class ScheduleRSMHandler final {
     ScheduleRSMHandler(const ScheduleRSMHandler&) = delete;
     ScheduleRSMHandler& operator=(const ScheduleRSMHandler&) = delete;
 
-    /// Tells why the file's record was not loaded, or what is wrong with it. For the start that made the
+    /// Tells why the file's record was not loaded, or what damages it. For the start that made the
     /// handler, with no lock held.
     void reportLoad() const;
 
@@ -36,7 +36,7 @@ class ScheduleRSMHandler final {
     /// Hands the schedule to the controller: as a delayed profile, or as a force poll when it has begun.
     void scheduleRSM(ZephanRSMSingleTon& controller) const;
     /// Closes the schedule file, and deletes it when the controller's delayed RSM is over or there was none.
-    /// A file whose record could not be read stays, since nobody knows what was ordered, and what is no record.
+    /// A file whose record could not be read stays, since nobody knows what was ordered, and so does a file that is not a record.
     void performCleanUp(const ZephanRSMSingleTon& controller);
 
     /// Stores nothing any more: the next start's handler has the file, and must not find it changed by an order
@@ -61,7 +61,7 @@ class ScheduleRSMHandler final {
     static bool isValidTime(const char* time) noexcept;
 
   private:
-    /// Null, or the line that says what is wrong with the file: a format of its path and `damaged_`.
+    /// Null, or the line that names the file's fault: a format of its path and `damaged_`.
     const char* load() REQUIRES(lock_);
     /// What the controller is ordered by a schedule that has not ended.
     static RsmOrder orderOf(const scheduling::Schedule& schedule, std::int64_t now);

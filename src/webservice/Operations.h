@@ -10,7 +10,7 @@ constexpr char kDisconnect[] = "disconnect";
 /// The operations of the service.
 enum class Operation { Unknown, Connect, Disconnect };
 
-/// Names are matched exactly; a null name is none of them.
+/// Names are matched exactly; a null name matches none.
 constexpr Operation operationNamed(const char* name) noexcept {
     const std::string_view wanted = name == nullptr ? std::string_view() : name;
     if (wanted == kConnect) {

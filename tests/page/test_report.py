@@ -51,13 +51,13 @@ class ReportTest(unittest.TestCase):
         good = '{"t":1.000,"thread":"host","event":"force-poll"}\n'
         rows = [
             ("cut off at its end", good + good[:20], 0, "the last line is cut off and left out"),
-            ("cut off in the middle", good + good[:20] + "\n" + good, 1, "bad.jsonl:2: is no event of a trace"),
-            ("another JSON", good + "[1]\n", 1, "bad.jsonl:2: is no event of a trace"),
-            ("no thread", good + '{"t":1.000,"event":"x"}\n', 1, "bad.jsonl:2: is no event of a trace"),
+            ("cut off in the middle", good + good[:20] + "\n" + good, 1, "bad.jsonl:2: is not an event of a trace"),
+            ("another JSON", good + "[1]\n", 1, "bad.jsonl:2: is not an event of a trace"),
+            ("no thread", good + '{"t":1.000,"event":"x"}\n', 1, "bad.jsonl:2: is not an event of a trace"),
             ("a time before the start", good.replace("1.000", "-1.000"), 1, "bad.jsonl:1: its time is out of range"),
             ("a known event long after", good + good.replace("1.000", "1e300"), 1, "bad.jsonl:2: its time is out of range"),
-            ("nested without end", good + good.replace("}", ',"x":' + "[" * 300000 + "]" * 300000 + "}") + good, 1, "bad.jsonl:2: is no event of a trace"),
-            ("bytes", "\x00\x01\n", 1, "bad.jsonl:1: is no event of a trace"),
+            ("nested without end", good + good.replace("}", ',"x":' + "[" * 300000 + "]" * 300000 + "}") + good, 1, "bad.jsonl:2: is not an event of a trace"),
+            ("bytes", "\x00\x01\n", 1, "bad.jsonl:1: is not an event of a trace"),
         ]
         for name, text, status, message in rows:
             with self.subTest(name), Workspace() as workspace:
@@ -75,7 +75,7 @@ class ReportTest(unittest.TestCase):
             (("report", "missing.jsonl", "-o", "page.html"), 1, "missing.jsonl: No such file"),
             (("report", ".", "-o", "page.html"), 1, ".: cannot be read"),
             (("replay", "s", "--report", "missing/page.html"), 1, "missing/page.html: No such file"),
-            (("report", "s", "-o", "p", "--clock", "ten"), 2, "'ten' is no time"),
+            (("report", "s", "-o", "p", "--clock", "ten"), 2, "'ten' is not a time"),
         ]
         for arguments, status, message in rows:
             with self.subTest(arguments), Workspace() as workspace:

@@ -18,7 +18,7 @@ std::string readFile(const std::string& path, std::string& unreadable) {
         const int error = errno;
         std::error_code ignored;
         unreadable = std::filesystem::is_directory(path, ignored) ? "is a directory"
-                     : error == EINVAL                            ? "is no regular file"
+                     : error == EINVAL                            ? "is not a regular file"
                                                                   : std::strerror(error);
         return {};
     }

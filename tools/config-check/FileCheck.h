@@ -1,4 +1,4 @@
-// The check of one configuration file, from its path to what is printed.
+// The check of one configuration file, from its path to its output.
 #pragma once
 
 #include "Finding.h"
@@ -15,7 +15,7 @@ struct Value {
     std::optional<Position> origin;  ///< none: the default
 };
 
-/// One setting as it is in force.
+/// One setting in force.
 struct SettingInForce {
     std::string name;
     std::vector<Value> values;  ///< one, but for a list

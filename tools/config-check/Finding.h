@@ -13,11 +13,11 @@
 
 namespace check {
 
-/// Line 0 is no place, as for the command line.
+/// Line 0 means no place, as for the command line.
 using Position = config::Place;
 
 enum class Severity : std::uint8_t {
-    error,   ///< what is written is not what is in force, or cannot work
+    error,   ///< the text is not what is in force, or it cannot work
     warning  ///< it may be meant, but is more likely a mistake
 };
 

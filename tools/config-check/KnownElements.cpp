@@ -8,7 +8,7 @@
 namespace check {
 namespace {
 
-constexpr std::size_t kLongestName = 40;  // beyond, a name is no slip of one of ours
+constexpr std::size_t kLongestName = 40;  // beyond, a name is not a slip of one of ours
 constexpr std::size_t kShortestPart = 5;
 
 std::vector<KnownElement> tabled() {
@@ -82,7 +82,7 @@ std::optional<Tag> meantBy(const std::string& name, std::optional<Tag> section) 
         return std::nullopt;
     }
     std::optional<Tag> best;
-    // A third of the letters may differ: "LogPath" is no slip of "LogLevel".
+    // A third of the letters may differ: "LogPath" is not a slip of "LogLevel".
     std::size_t least = std::max<std::size_t>(plain.size() / 3, 1) + 1;
     for (const KnownElement& one : knownElements()) {
         if (const std::size_t found = difference(plain, kTags[one.tag]); found < least) {

@@ -25,7 +25,7 @@ const KnownElement& knownElement(Tag tag);
 
 std::optional<Tag> findTag(std::string_view name);
 bool isSection(Tag tag);
-/// The name looks like a slip and is none.
+/// The name looks like a slip but is not.
 bool isOddlySpelled(Tag tag);
 /// The element that was meant by a name that none has, inside `section` or, without one, in the root.
 std::optional<Tag> meantBy(const std::string& name, std::optional<Tag> section);

@@ -31,7 +31,7 @@ void checkEnds(const Inspection& in, const Activity& activity) {
 
 constexpr std::size_t kMostCompared = 100;  // texts of a list; nobody writes more by hand
 
-/// An audit message that holds texts of both kinds leaves the count as it was.
+/// An audit message that holds texts of both kinds leaves the count unchanged.
 void checkOverlap(const Inspection& in, const Activity& activity) {
     if (std::max(activity.open.size(), activity.close.size()) > kMostCompared) {
         return;

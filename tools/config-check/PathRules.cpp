@@ -40,7 +40,7 @@ void checkSpelling(const Inspection& in, const Target& target) {
     if (path.front() == '~' || path.find('$') != std::string::npos ||
         (percent != std::string::npos && path.find('%', percent + 1) != std::string::npos)) {
         in.warning(target.position, "path", "in the path ", shown(path),
-                   " neither '~' nor variables are replaced: it is taken as it is");
+                   " neither '~' nor variables are replaced: it is taken literally");
     }
 }
 
@@ -69,7 +69,7 @@ bool checkTarget(const Inspection& in, const Target& target) {
         {around != Type::directory, "missing-directory",
          joined(shown(directory), " is a file, and is to be the directory of the ", what)},
         {exists && type != Type::regular, "not-a-file",
-         file + " is no regular file; the module opens no other"},
+         file + " is not a regular file; the module opens no other"},
         {exists && !platform::mayWrite(path.string()), "not-writable", file + " may not be written"},
         {!platform::mayWrite(directory), "not-writable",
          joined("in the directory ", shown(directory), " of the ", what, " no file may be made or removed")}};
@@ -143,7 +143,7 @@ void checkCleanUp(const Inspection& in, const Target& log, const std::vector<Tar
     }
 }
 
-/// True when the system empties the folder as it starts. A relative path is judged where the agent runs only.
+/// True when the system empties the folder at its start. A relative path is judged where the agent runs only.
 bool isEmptied(const fs::path& path) {
     std::error_code error;
     const std::string place = fs::weakly_canonical(path, error).string();

@@ -1,4 +1,4 @@
-// What is wrong with a file that is no XML document, in words for those who have never met a parser's.
+// The faults of a file that is not XML, in words for those who have never met a parser's.
 #include "Rules.h"
 
 #include <algorithm>
@@ -36,7 +36,7 @@ std::string kindOfFile(std::string_view text) {
     if (text.front() == '{' || text.front() == '[') {
         return std::string("this is JSON") + also;
     }
-    return text.front() == '<' ? "" : "the file does not begin with '<': this is no XML";
+    return text.front() == '<' ? "" : "the file does not begin with '<': this is not XML";
 }
 
 /// A quote that a word processor put in the place of a plain one.
@@ -47,7 +47,7 @@ bool isTypographicQuote(std::string_view text) {
                        [&](std::string_view one) { return text.starts_with(one); });
 }
 
-/// Words for a place where many have stumbled, and the place itself; empty when it is none.
+/// Words for a place where many have stumbled, and the place itself; empty otherwise.
 std::string stumble(const config::Document& document, Position& position) {
     const std::string_view text = document.text;
     const auto from = [&](std::size_t byte) { return text.substr(std::min(byte, text.size())); };
@@ -105,7 +105,7 @@ std::string notWellFormed(const config::Document& document, Position& position) 
     }
     const std::string_view rest = text.substr(std::min<std::size_t>(position.byte, text.size()));
     if (reason.starts_with("junk") && rest.size() > 1 && rest.front() == '<' && isName(rest[1])) {
-        return "a second root element; all of a configuration stands in one";
+        return "a second root element; a configuration has only one";
     }
     return reason.starts_with("not well-formed") ? reason : "not well-formed: " + reason;
 }
@@ -119,7 +119,7 @@ std::string badEncoding(const config::Document& document) {
     std::snprintf(byte.data(), byte.size(), "0x%02X",
                   static_cast<unsigned char>(document.text[refusal.place.byte]));
     return std::string("the encoding is wrong: the byte ") + byte.data() +
-           " is no character of UTF-8, in which the file is read; save it as UTF-8, or declare in its first line the encoding "
+           " is not a character of UTF-8, in which the file is read; save it as UTF-8, or declare in its first line the encoding "
            "that it has, as in <?xml version=\"1.0\" encoding=\"windows-1252\"?>";
 }
 

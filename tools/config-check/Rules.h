@@ -63,7 +63,7 @@ struct Inspection {
                    const std::string& path) const;
 };
 
-/// What is to be said of a document that the module refuses.
+/// The findings about a document that the module refuses.
 Finding refusal(const config::Document& document);
 
 void checkStructure(const Inspection& inspection);  ///< names, places, repetitions, attributes
@@ -75,7 +75,7 @@ void checkScript(const Inspection& inspection);     ///< the modality script
 /// What the module works with, in the order of its table.
 std::vector<SettingInForce> settingsInForce(const Inspection& inspection);
 
-/// Takes the first character off a text: as signs where a terminal would act upon it or it is no character.
+/// Takes the first character off a text: as a code where it is a control character or not a character at all.
 std::string takeVisible(std::string_view& text);
 std::string visible(std::string_view text);
 /// A text for a message: visible, in quotes, a long one cut.

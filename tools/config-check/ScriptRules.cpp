@@ -81,14 +81,14 @@ std::string faultOfFile(const std::string& path, bool execute) {
     if (!fs::exists(path, error)) {
         return "there is no script " + shown(path);
     }
-    const char* const fault = !fs::is_regular_file(path, error)        ? " is no regular file"
+    const char* const fault = !fs::is_regular_file(path, error)        ? " is not a regular file"
                               : execute && !platform::mayExecute(path) ? " is not executable"
                               : !execute && !platform::mayRead(path)   ? " may not be read"
                                                                        : nullptr;
     return fault == nullptr ? "" : joined("the script ", shown(path), fault);
 }
 
-/// Whoever may change what the agent runs, or where it is told what to run, has the agent's rights.
+/// Anyone who may change what the agent runs, or where it is told what to run, has the agent's rights.
 void checkWriters(const Inspection& in, Position position, const char* what, const fs::path& path) {
     std::error_code error;
     const fs::perms allowed = fs::status(path, error).permissions();

@@ -43,7 +43,7 @@ std::string meaningOf(const Inspection& in, Setting setting, const std::string& 
     }
 }
 
-/// A value that is no list, as a text.
+/// A value that is not a list, as a text.
 std::string valueOf(const config::Settings& settings, const config::SettingRow& row) {
     if (const auto* const text = std::get_if<std::string config::Settings::*>(&row.member)) {
         return settings.*(*text);

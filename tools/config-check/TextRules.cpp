@@ -65,7 +65,7 @@ void checkForm(const Inspection& in, const Element& element, const Row& row) {
                      " is not read: its text ends before; ", readAs(row, text));
         }
         if (!text.empty() && hasBreak(text)) {
-            // A number is read all the same.
+            // A number is read nevertheless.
             in.report(isNumber(row) ? Severity::warning : Severity::error, element.place, "line-break",
                       "the text of ", name, isLineBreak(text.front()) ? " begins" : " ends",
                       " with a line break, which belongs to it; ", readAs(row, text));
@@ -86,7 +86,7 @@ void checkLevel(const Inspection& in, const Element& element, const std::string&
     }
     const bool sameLevel = meant == "info";
     in.report(sameLevel ? Severity::warning : Severity::error, in.textPositionOf(element), "level",
-              shown(text), " is no level and is read as 'info'",
+              shown(text), " is not a level and is read as 'info'",
               sameLevel       ? ", as any other text is; write 'info'"
               : meant.empty() ? "; levels are trace, info, warn, error, force and audit"
                               : "; did you mean " + shown(meant) + "?");
@@ -146,7 +146,7 @@ void checkSetting(const Inspection& in, const Element& element, const Row& row) 
     } else if (text.empty() &&
                (row.section == TagNames::FileLogging || row.setting == Setting::ResumeStatusFile)) {
         in.warning(element.place, "empty", shown(element.name), " without a text ",
-                   row.section ? "leaves the setting as it was"
+                   row.section ? "leaves the setting unchanged"
                                : "names no file: RSM does not survive a restart of the agent");
     } else if (row.kind == config::Kind::level) {
         checkLevel(in, element, text);

@@ -1,4 +1,4 @@
-// zephan-config-check: what is wrong with a configuration, and what is in force.
+// zephan-config-check: the faults of a configuration, and the settings in force.
 #include "Rules.h"
 
 #include <algorithm>
@@ -13,13 +13,13 @@ namespace {
 constexpr char kHelp[] = R"(Usage: zephan-config-check [OPTION]... FILE...
 Check configuration files of ZephanRSMLogger and show the settings in force.
 
-Each FILE is read as the module reads it, and what is most likely a mistake is
+Each FILE is read as the module reads it, and whatever is most likely a mistake is
 printed as FILE:LINE:COLUMN: error: TEXT [KIND] or warning: TEXT [KIND], with
-the line that it is in. Below stand the settings in force, each with the line
+the line that it is in. The settings in force follow, each with the line
 that it comes from or "default". Relative paths in FILE are taken from the
 working directory: run the program where the agent runs, as its user.
-No file is opened that FILE names, but the files that the module would write
-and the folder of its log are looked at.
+No file that FILE names is opened; only the attributes of the files that the
+module would write, and the folder of its log, are looked at.
 
   -q, --quiet            print findings only, no settings
   -j, --json             print one JSON document

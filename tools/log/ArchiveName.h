@@ -24,7 +24,7 @@ struct ArchiveName {
     std::size_t readingCount = 0;
 };
 
-/// Nothing when a file of this name (no path) is no archive.
+/// Nothing when a file of this name (no path) is not an archive.
 std::optional<ArchiveName> readArchiveName(std::string_view name);
 
 }  // namespace logreader

@@ -43,7 +43,7 @@ struct LogFile {
 ///
 /// A rotation takes less than a second: where a file begins, the one before it was full. As long as the names that
 /// are left lie before that, their order is that of the files. Where one lies behind it, the clock was set back
-/// meanwhile, and the name that fits to the second is taken.
+/// in the meantime, and the name that fits to the second is taken.
 class Archives final {
   public:
     explicit Archives(TimeZone zone) : zone_(std::move(zone)) {}

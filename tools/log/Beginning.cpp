@@ -40,7 +40,7 @@ Beginning beginningOf(const platform::File& file) {
             }
         }
     } catch (const std::runtime_error&) {
-        // Whoever reads the file will say so.
+        // The reader of the file will say so.
     }
     return beginning;
 }

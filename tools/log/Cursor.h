@@ -18,7 +18,7 @@ class Cursor final {
 
     /// Where the last run ended; nothing when there was none, or when the file says nothing that can be read.
     std::optional<Place> read() const;
-    /// Puts an id in place of the old one, by a rename: whoever reads the file finds one of the two. False, with
+    /// Puts an id in place of the old one, by a rename: a reader of the file finds one of the two. False, with
     /// `errno`, when it cannot be written.
     bool write(const std::string& id);
 

@@ -8,7 +8,7 @@
 
 namespace logreader {
 
-/// What is said of the files of a log themselves; each function prints it, and answers false when a file could not be
+/// The report on the files of a log themselves; each function prints it, and answers false when a file could not be
 /// read.
 
 /// Each file, oldest first: the times of its first and its last entry, how many it has, and its bytes.

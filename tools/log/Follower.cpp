@@ -103,7 +103,7 @@ void Follower::goOver(platform::File present) {
 }
 
 /// Those that came between what was followed and `present`, oldest first. Where each begins when the one before it was
-/// full, that is their order, however the clock was set meanwhile. What does not belong between the two is newer if
+/// full, that is their order, however the clock was set in between. What does not belong between the two is newer if
 /// `present` is not the log file any more, and comes with the next look. Otherwise their ages and names tell the order.
 std::vector<LogFile> Follower::inOrder(Archives& archives, const platform::File& present) const {
     archives.trustNames();

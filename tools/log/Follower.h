@@ -12,7 +12,7 @@
 namespace logreader {
 
 /// Reads a log file as it grows, and over its rotations: each entry is printed once, whether its file is still the log
-/// file or an archive by then. What is new it tells by the files, not by their times: the clock may go back meanwhile.
+/// file or an archive by then. New entries are found by the files, not by their times: the clock may be set back.
 class Follower final {
   public:
     /// `log` is the log file, not open when there is none yet; of the archives, those `known` are not to be printed.

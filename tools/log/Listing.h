@@ -25,7 +25,7 @@ struct Printing {
     Cursor* cursor = nullptr;         ///< learns the last entry printed, once its reader has got it
 };
 
-/// What is printed: takes the entries in their order, chooses among them and writes them. With `last` or `reverse` they
+/// The output: takes the entries in their order, chooses among them and writes them. With `last` or `reverse` they
 /// are held back until `release`.
 class Listing final {
   public:

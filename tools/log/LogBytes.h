@@ -8,7 +8,7 @@
 
 namespace logreader {
 
-/// The bytes of a log file or an archive from its beginning on; what gzip has compressed comes out as it was before.
+/// The bytes of a log file or an archive from its beginning on; files compressed by gzip come out decompressed.
 class LogBytes final {
   public:
     /// `file` must stay open as long as this lives.

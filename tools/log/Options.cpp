@@ -35,7 +35,7 @@ Form readForm(const std::string& name) {
 /// Added to a letter: the option was written as a word.
 constexpr int kLong = 256;
 
-/// What getopt has just refused: a short option by its letter, wherever in a word that stands, a long one as it was written.
+/// What getopt has just refused: a short option by its letter, wherever in a word it stands, a long one as written.
 std::string wrongOption(bool valueIsMissing, char** words) {
     const bool isShort = ::optopt > 0 && ::optopt < kLong;
     const std::string name = isShort ? std::string("-") + static_cast<char>(::optopt) : words[::optind - 1];

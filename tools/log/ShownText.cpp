@@ -9,7 +9,7 @@ namespace logreader {
 
 namespace {
 
-/// One character of UTF-8, or one byte that is none.
+/// One character of UTF-8, or one byte that is not part of one.
 struct Character {
     char32_t code = 0;
     std::size_t length = 1;

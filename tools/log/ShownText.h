@@ -7,11 +7,11 @@
 
 namespace logreader {
 
-/// Appends a text for the terminal: bytes that are no UTF-8 and control characters as `\x1b`, characters that
+/// Appends a text for the terminal: bytes that are not UTF-8 and control characters as `\x1b`, characters that
 /// change the direction of writing or end a line as `\u202e`. Line ends stay, with `indent` behind each.
 void appendShown(std::string& target, std::string_view text, std::string_view indent);
 
-/// Appends a text as a JSON string. Bytes that are no UTF-8 stand as `\u00XX`, and so do control characters.
+/// Appends a text as a JSON string. Bytes that are not UTF-8 stand as `\u00XX`, and so do control characters.
 void appendJson(std::string& target, std::string_view text);
 
 }  // namespace logreader

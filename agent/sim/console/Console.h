@@ -22,7 +22,7 @@ class Console {
 
 /// `place` is "[ADDRESS:]PORT": this machine's own address if there is none, one with colons in brackets, and
 /// port 0 for any that is free. `session` and `orders` must outlive the console. `status` answers the
-/// session's status as JSON, on any thread. Throws std::runtime_error when the place cannot be had.
+/// session's status as JSON, on any thread. Throws std::runtime_error when the address is not available.
 std::unique_ptr<Console> openConsole(const std::string& place, LiveSession& session, OrderQueue& orders,
                                      std::function<std::string()> status);
 

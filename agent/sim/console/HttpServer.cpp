@@ -23,7 +23,7 @@ using std::chrono::steady_clock;
 
 constexpr std::size_t kLargestHead = std::size_t{32} * 1024;  // bytes
 constexpr std::size_t kLargestBody = std::size_t{64} * 1024;
-/// What is read of a larger body: a connection that is closed with something unread takes the answer with it.
+/// How much is read of a larger body: a connection that is closed with something unread takes the answer with it.
 constexpr unsigned int kMostDropped = 1U << 20U;
 constexpr unsigned int kMostClients = 600;
 constexpr std::ptrdiff_t kMostAsking = 100;  // of the clients, those whose request is not there yet

@@ -43,7 +43,7 @@ struct Answer {
 /// its request takes too long or is too large, and when it does not take its answer.
 class HttpServer final {
   public:
-    /// What is done on the server's thread. May throw; the client is then told that it cannot be served.
+    /// The work done on the server's thread. May throw; the client is then told that it cannot be served.
     using Handler = std::function<Answer(const Request&)>;
 
     /// With port 0 at any that is free. `bell` rings when answers that wait have something new, and must

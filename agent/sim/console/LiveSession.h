@@ -61,7 +61,7 @@ class LiveSession final : public EventListener {
     SessionRecord& record_;
     std::function<Instant()> now_;
     Bell bell_;
-    mutable std::mutex mutex_;  ///< of everything below, and of the record
+    mutable std::mutex mutex_;  ///< guards everything below, and the record
     bool over_ = false;
     std::string member_;
     std::optional<Profile> profile_;

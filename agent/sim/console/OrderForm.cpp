@@ -74,7 +74,7 @@ std::vector<std::string> linesOfForm(const std::string& name, std::string_view t
                                      const std::vector<std::string>& starts) {
     json values = text.empty() ? json::object() : json::parse(text, nullptr, false);
     if (!values.is_object()) {
-        throw std::runtime_error("the body is no JSON object");
+        throw std::runtime_error("the body is not a JSON object");
     }
     if (name == "restart") {
         if (starts.empty()) {

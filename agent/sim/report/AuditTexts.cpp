@@ -29,7 +29,7 @@ AuditTexts readAuditTexts(const std::string& configurationFile) {
             return {configurationFile, config::takeSettings(document).settings};
         }
     } catch (const std::runtime_error&) {
-        // As for what is refused: the module says what is wrong with it; a page without these texts is still worth having.
+        // As for a refused one: the module reports the fault; a page without these texts is still worth having.
     }
     return {};
 }

@@ -8,11 +8,11 @@ namespace sim {
 
 class PageFile final {
   public:
-    /// Looks whether the page can be written there, and leaves what is there alone. Throws std::runtime_error
+    /// Looks whether the page can be written there, and leaves an existing file alone. Throws std::runtime_error
     /// naming path and reason.
     explicit PageFile(std::string path);
 
-    /// Puts `page` in place of what the file holds, in one step: whoever looks finds the one or the other.
+    /// Puts `page` in place of what the file holds, in one step: readers find the one or the other.
     /// Throws as the constructor does.
     void write(std::string_view page);
 

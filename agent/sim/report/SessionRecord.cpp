@@ -80,7 +80,7 @@ void SessionRecord::addLine(std::string_view line) {
             }
         }
     }
-    // What is nested deeper would take the stack when it is written again.
+    // Deeper nesting would take the stack when it is written again.
     bool isDeep = false;
     const auto look = [&isDeep](int depth, ordered_json::parse_event_t, const ordered_json&) {
         isDeep = isDeep || depth > kDeepest;
@@ -90,7 +90,7 @@ void SessionRecord::addLine(std::string_view line) {
     if (isDeep || !event.is_object() || !event.contains("t") || !event["t"].is_number() ||
         !event.contains("thread") || !event["thread"].is_string() || !event.contains("event") ||
         !event["event"].is_string()) {
-        throw std::runtime_error("is no event of a trace");
+        throw std::runtime_error("is not an event of a trace");
     }
     const double seconds = event["t"].get<double>();
     if (!(seconds >= 0 && seconds < kLatest)) {

@@ -21,7 +21,7 @@ class SessionRecord final : public EventListener {
     explicit SessionRecord(std::string title) : title_(std::move(title)) {}
 
     void onEvent(const Event& event) noexcept override;
-    /// Adds a line of a kept trace. Throws std::runtime_error with the reason when it is none.
+    /// Adds a line of a kept trace. Throws std::runtime_error with the reason when it is not one.
     void addLine(std::string_view line);
 
     /// Takes the audit texts from this file, whatever the session starts with.

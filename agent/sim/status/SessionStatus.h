@@ -43,7 +43,7 @@ class SessionStatus final : public EventListener {
     std::string startText(std::int64_t now) const;
     std::string scheduleText() const;
 
-    mutable std::mutex mutex_;  ///< of everything below
+    mutable std::mutex mutex_;  ///< guards everything below
     RsmFollower rsm_;
     Agent agent_ = Agent::notStarted;
     std::int64_t changedAt_ = 0;  ///< when the agent was killed or stopped

@@ -12,7 +12,7 @@ namespace sim {
 nlohmann::ordered_json momentJson(std::int64_t moment);
 /// What the files hold and what a start would do.
 nlohmann::ordered_json stateFilesJson(const StateFiles& files, std::int64_t now);
-/// As text; bytes that are no UTF-8 are replaced.
+/// As text; bytes that are not UTF-8 are replaced.
 std::string dumped(const nlohmann::ordered_json& json);
 
 }  // namespace sim

@@ -24,7 +24,7 @@ bool fitsBuffer(std::string_view text, std::FILE* stream) noexcept {
     return text.size() < __fbufsize(stream) - __fpending(stream) && __flbf(stream) == 0;
 }
 
-/// Waits until a stream's file takes something. Signals of the host's come in meanwhile, as they cannot in a
+/// Waits until a stream's file takes something. Signals of the host come in during that time, as they cannot in a
 /// write: one that they cut short would lose what the stream has kept.
 void awaitRoom(std::FILE* stream) noexcept {
     const KeepThread keep;
@@ -55,7 +55,7 @@ void write(std::string_view text, std::FILE* stream) noexcept {
     }
 }
 
-/// The writer's role and the stream for a scope, if both are to be had.
+/// The writer's role and the stream for a scope, if both are available.
 class Writer final {
   public:
     explicit Writer(Output& output) noexcept : role_(output) {
@@ -110,7 +110,7 @@ bool isRoomFor(std::size_t size) noexcept {
     int used = 0;
     const int whole = ::fcntl(STDOUT_FILENO, F_GETPIPE_SZ);
     return (output.revents & POLLOUT) == 0 ||
-           whole < 0 ||  // an error is no wait; a file and a terminal say the truth
+           whole < 0 ||  // an error means no wait; a file and a terminal say the truth
            (::ioctl(STDOUT_FILENO, FIONREAD, &used) == 0 &&
             size + static_cast<std::size_t>(used) + kPartlyFilled <= static_cast<std::size_t>(whole));
 }

@@ -24,7 +24,7 @@ int openRegular(int directory, const char* path, OpenMode mode) noexcept;
 /// would tell it, also where a file lies on another machine.
 Look lookAt(int directory, const char* path, int flags) noexcept;
 
-/// Whether files had a largest size when one was opened last. Writes then need `WriteSignals`, for which
+/// Whether file sizes were limited when one was opened last. Writes then need `WriteSignals`, for which
 /// others need not pay.
 bool isSizeLimited() noexcept;
 

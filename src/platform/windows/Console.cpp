@@ -10,7 +10,7 @@
 namespace platform {
 namespace {
 
-/// The stream for a scope, if the writer's role is to be had.
+/// The stream for a scope, if the writer's role is free.
 class Writer final {
   public:
     explicit Writer(Output& output) noexcept : output_(output), role_(output) {}

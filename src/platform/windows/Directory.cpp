@@ -44,7 +44,7 @@ int Directory::open(std::string_view path) noexcept {
         return ENOENT;
     }
     // What stands before the last separator of a path at a drive's root. To the system it is the drive's
-    // current directory, and what is deleted there would be other files.
+    // current directory, and other files would be deleted.
     if (path.ends_with(':') && path.size() + 1 < given.size()) {
         given.at(path.size()) = '\\';
         given.at(path.size() + 1) = '\0';

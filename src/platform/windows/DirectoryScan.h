@@ -1,5 +1,5 @@
 // Reading of directories with the contract that POSIX has for it, over the system's find functions. Errors
-// are told in `errno`: 2 for what is not there, 9 for a scan that is none.
+// are told in `errno`: 2 when there is no directory, 9 for an invalid scan.
 #pragma once
 
 namespace platform::windows {

@@ -56,7 +56,7 @@ bool TextDecoder::isOpen() const noexcept {
 std::size_t TextDecoder::decode(std::string_view bytes, std::string& utf8) {
     const auto page = static_cast<UINT>(reinterpret_cast<std::uintptr_t>(converter_));
     const int size = static_cast<int>(bytes.size());
-    // Some code pages know no such flag: there, what is none of the encoding cannot be told.
+    // Some code pages have no such flag: invalid bytes cannot be recognised there.
     DWORD flags = MB_ERR_INVALID_CHARS;
     int length = ::MultiByteToWideChar(page, flags, bytes.data(), size, nullptr, 0);
     if (length == 0 && ::GetLastError() == ERROR_INVALID_FLAGS) {

@@ -7,7 +7,7 @@ KeepThread::KeepThread() noexcept = default;
 
 KeepThread::~KeepThread() = default;
 
-// The loader's lock is held meanwhile, and no thread begins or ends without it.
+// The loader's lock is held during that time, and no thread begins or ends without it.
 bool mayWaitAtUnload() noexcept {
     return false;
 }

@@ -45,7 +45,7 @@ def replay(build, plan):
                        env=environment, stdout=subprocess.DEVNULL, timeout=60, check=True)
         events = [json.loads(line) for line in (folder / "trace").read_bytes().splitlines()]
         counts = dict(line.split() for line in (folder / "report").read_text().splitlines())
-        # Longest first, since a longer one may hold a shorter one. The messages of `log` and `audit` are no lines of the module's.
+        # Longest first, since a longer one may hold a shorter one. The messages of `log` and `audit` are not the module's.
         lines = sorted({one["text"] for one in events if one["event"] == "log" and one["text"]} | MESSAGES, key=len, reverse=True)
         told, last = set(), None
         for one in events:

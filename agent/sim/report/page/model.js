@@ -162,7 +162,7 @@ function firstWhere(size, reached) {
     return low;
 }
 
-/// What is known of a body; texts are made when they are asked for.
+/// Everything known of a body; texts are made when they are asked for.
 class Facts {
     constructor(body) {
         this.body = body;

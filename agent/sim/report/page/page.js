@@ -203,7 +203,7 @@ function pictureFile() {
     return picture.asFile(style.slice(0, style.indexOf('/* end of the picture */')).trim());
 }
 
-// ---- Keys, and a link to what is shown
+// ---- Keys, and a link to the view
 
 /// The next event that went wrong, or the one before.
 function goToError(step) {
@@ -229,7 +229,7 @@ addEventListener('keydown', event => {
 });
 $('show-keys').addEventListener('click', () => $('keys').showModal());
 
-/// What is shown as the part of an address behind its "#".
+/// The view as the part of an address behind its "#".
 function placeText() {
     const on = kKinds.map(([kind]) => kind).filter(kind => page.isOn[kind]);
     const values = {
@@ -295,7 +295,7 @@ $('copy').addEventListener('click', async () => {
     $('copied').textContent = copied ? 'The link is copied.' : 'The link stands in the address bar.';
 });
 
-// ---- What is told
+// ---- Announcements
 
 function summaryText() {
     const {story, model} = page;

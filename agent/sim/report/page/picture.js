@@ -160,7 +160,7 @@ class Picture {
         return parent.appendChild(element);
     }
 
-    /// A mark that stands for the event `number`; `title` is what it says to whoever asks.
+    /// A mark that stands for the event `number`; `title` is its tooltip.
     drawMark(parent, name, attributes, number, title) {
         const element = this.add(parent, name, {...attributes, 'data-number': number});
         this.add(element, 'title', {}, title);
@@ -581,7 +581,7 @@ class Picture {
         this.look(t - span / 2, t + span / 2);
     }
 
-    /// What is shown, as a file of its own.
+    /// The view, as a file of its own.
     asFile(style) {
         const copy = this.svg.cloneNode(true);
         copy.querySelector('.pointer').remove();
