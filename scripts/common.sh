@@ -19,7 +19,7 @@ wrong_usage() {
 # Installs the Debian packages named that are not there yet.
 need() {
     if ! command -v dpkg-query >/dev/null; then
-        say "This is no Debian system. What it needs is called there: $*"
+        say "This is not a Debian system. The packages needed are called on Debian: $*"
         return
     fi
     local missing=() package
@@ -59,7 +59,9 @@ quietly() {
 build() {
     local preset=$1 effort=$2
     shift 2
-    if [ -e "build/$preset/build.ninja" ]; then
+    # After a build without tests, one with them is a first one.
+    if [ -e "build/$preset/build.ninja" ] && { [[ ${CONFIGURE_OPTIONS[*]} != *TESTING=ON* ]] ||
+        grep -q '^BUILD_TESTING:BOOL=ON' "build/$preset/CMakeCache.txt"; }; then
         effort="only what has changed"
     fi
     say "Building in build/$preset: $effort"

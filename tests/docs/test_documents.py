@@ -17,7 +17,7 @@ ROOT = pathlib.Path(__file__).resolve().parents[2]
 PROGRAMS = pathlib.Path(os.environ["KRX_AGENT_SIM"]).parent
 DOCUMENTS = sorted(path.relative_to(ROOT) for pattern in ("*.md", "docs/*.md", "tests/**/*.md") for path in ROOT.glob(pattern))
 COMMAND = re.compile(r"(\$ |(scripts|bench|tests|build)/\S|\.\./release/|krx-agent-sim |zephan-(log|config-check) |cmake |ctest |xmllint |curl |lnav |"
-                     r"git |for |cd |mkdir |cp |[A-Z_]+=\S+ )")
+                     r"git |for |cd |mkdir |cp |rm |[A-Z_]+=\S+ )")
 
 # What is not run here, and why.
 SKIPPED = [
@@ -137,14 +137,14 @@ class DocumentsTest(unittest.TestCase):
         self.assertGreater(ran, 8)
 
     def test_timelines(self):
-        """What the README shows of a session is what the simulator prints of the examples."""
-        printed, tree = set(), self.tree()
+        """What the README shows of a session is what the simulator prints of the examples, and its six lines are theirs."""
+        tree, printed = self.tree(), {line.strip() for line in (ROOT / "examples" / "six-lines.cpp").read_text().splitlines()}
         for scenario in (ROOT / "examples").glob("*.scenario"):
             directory = tree / "replays" / scenario.stem
             self.place(directory)
             replay = self.shell(f"krx-agent-sim replay '{scenario}' --brief", directory)
             printed.update(line.rstrip() for line in replay.stdout.splitlines())
-        for fence in re.findall(r"^```\n(.*?)^```$", (ROOT / "README.md").read_text(encoding="utf-8"), re.M | re.S):
+        for fence in re.findall(r"^```(?:cpp)?\n(.*?)^```$", (ROOT / "README.md").read_text(encoding="utf-8"), re.M | re.S):
             for line in fence.splitlines():
                 self.assertTrue(line.strip() == "..." or line.rstrip() in printed, line)
 
