@@ -148,6 +148,23 @@ class DocumentsTest(unittest.TestCase):
             for line in fence.splitlines():
                 self.assertTrue(line.strip() == "..." or line.rstrip() in printed, line)
 
+    def test_tables_of_the_sources(self):
+        """The log lines with their levels, and the build options, are those of the sources, both ways."""
+        found, kept, levels = {}, {}, {"Warn": "40", "Error": "50", "Force": "250"}
+        for path in (ROOT / "src").rglob("*.[ch]*"):
+            code = re.sub(r"^\s*(//|#).*|\s//.*$", "", path.read_text(encoding="utf-8"), flags=re.M)
+            code = "" if path.parent.name == "config" and path.stem != "XMLConfigReader" else re.sub(r'"\s*\n\s*"', "", code)
+            for level, line in re.findall(r'(?:KRXLog\(\s*(?:::)?level::k(\w+),\s*)?"((?:\\.|[^"\\\n])*)"', code):
+                line = re.sub(r"^(\\n|\s)+|(\\n|\s)+$", "", line)
+                if " " in line and re.search(r"[A-Za-z]{2}", line):
+                    found[line] = found.get(line, set()) | ({levels[level]} if level else set())
+        for cell, level in re.findall(r"^\| (`.*?) \| (.*?) \|", (ROOT / "docs" / "log-lines.md").read_text(encoding="utf-8"), re.M):
+            kept.update((line, set(level.split(", "))) for line in re.findall(r"`(.+?)`", cell))
+        self.assertEqual(set(found), set(kept))
+        self.assertEqual([line for line in found if not found[line] <= kept[line]], [])
+        options = set(re.findall(r"^(?:option|set)\((ZEPHAN_\w+)", (ROOT / "CMakeLists.txt").read_text(), re.M))
+        self.assertEqual(options, set(re.findall(r"^\| `(ZEPHAN_\w+)`", (ROOT / "docs" / "package.md").read_text(), re.M)))
+
     def test_links(self):
         for document in DOCUMENTS:
             for target in re.findall(r"\]\(([^)#\s]+)", (ROOT / document).read_text(encoding="utf-8")):
