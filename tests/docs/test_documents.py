@@ -22,7 +22,7 @@ COMMAND = re.compile(r"(\$ |(scripts|bench|tests|build)/\S|\.\./release/|krx-age
 # What is not run here, and why.
 SKIPPED = [
     (r"\[|FILE\b|SCENARIO", "a form, not a command"),
-    (r"^scripts/|^cmake|^ctest|^bench/(run|counted)|ctest --preset", "takes minutes, and builds in the tree that is being tested"),
+    (r"^scripts/(?!rooms)|^cmake|^ctest|^bench/(run|counted)|ctest --preset", "takes minutes, and builds in the tree that is being tested"),
     (r"^tests/faults/campaign\.py build/(release$|asan)|^tests/mutation|^bench/zephan_log\.py", "takes minutes; the tests run a short form"),
     (r"^tests/faults/long_run\.py|test_console\.py", "the tests run a short form"),
     (r"^build/fuzz", "takes minutes, and needs clang"),
