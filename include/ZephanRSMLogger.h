@@ -66,6 +66,18 @@
 // - For another path, or RSM with the settings of the file: ZPXRSMLoggerShutdown, then all starts.
 //
 //
+// ---- When what happens --------------------------------------------------------------------------
+//
+// - The first poll comes one whole interval after the order. An order has no upper bound: a connect
+//   for 2147483647 minutes is accepted.
+// - A disconnect or "ExitRSM" takes effect after one more poll, that is within one interval.
+// - A stop during RSM takes its three seconds, during which polls go on. To stop quickly, disconnect,
+//   wait for one interval, and stop then.
+// - Until the data source is started every command answers 1, an unknown one too.
+// - KRXLogSetFunc and KRXLogSetAuditFunc are the agent's own; platform/agent/Logging.h declares them as
+//   the module sees them.
+//
+//
 // ---- What the module calls ----------------------------------------------------------------------
 //
 //   what                             on which thread                   for how long
