@@ -162,6 +162,9 @@ class DocumentsTest(unittest.TestCase):
             kept.update((line, set(level.split(", "))) for line in re.findall(r"`(.+?)`", cell))
         self.assertEqual(set(found), set(kept))
         self.assertEqual([line for line in found if not found[line] <= kept[line]], [])
+        functions = re.findall(r"(?:(\w+)\(|^(\w+)$)", (ROOT / "src" / "entry" / "agent-functions").read_text(), re.M)
+        page = set(re.findall(r"`(\w+)`", (ROOT / "docs" / "agent-interface.md").read_text(encoding="utf-8")))
+        self.assertEqual({name or plain for name, plain in functions} - page, set())
         options = set(re.findall(r"^(?:option|set)\((ZEPHAN_\w+)", (ROOT / "CMakeLists.txt").read_text(), re.M))
         self.assertEqual(options, set(re.findall(r"^\| `(ZEPHAN_\w+)`", (ROOT / "docs" / "package.md").read_text(), re.M)))
 

@@ -22,7 +22,7 @@ KRX_API KRXThreadHandle KRXThreadGetHandleSelf();
 /// The priority of a thread.
 KRX_API int KRXThreadGetPriority(KRXThreadHandle thread);
 
-/// Prepares a thread object. 0, or another value when there is none available (the caller then releases the memory).
+/// Prepares a thread object. 0, or another value on failure (the caller then releases the memory).
 KRX_API std::int8_t KRXThreadConstruct(KRXThread* thread);
 /// Starts `entry(argument)` on a new thread. 0 when it runs; else the object must be destroyed. The module
 /// asks for the priority of the calling thread, flags 0 and a stack size of 4096, whose unit is the
