@@ -38,7 +38,7 @@ void readLine(const std::vector<Word>& words, Scenario& scenario) {
             throw std::runtime_error("'clock' takes one argument");
         }
         if (scenario.clock || !scenario.actions.empty()) {
-            throw std::runtime_error("'clock' can stand once, before the first action");
+            throw std::runtime_error("'clock' is allowed once, before the first action");
         }
         scenario.clock = parseClock(words[1].text);
         return;

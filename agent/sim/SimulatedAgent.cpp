@@ -135,7 +135,7 @@ const std::vector<Verb>& SimulatedAgent::verbs() {
          [](Agent& self, const Action& action) { self.host_.setLinkThread(isOn(action)); }},
         {"log-lock", "on|off", "whether the agent logs one line at a time",
          [](Agent& self, const Action& action) { self.host_.setLogLock(isOn(action)); }},
-        {"thread-destroy", "sleep|anywhere|unwind|leave", "what becomes of a thread that is destroyed",
+        {"thread-destroy", "sleep|anywhere|unwind|leave", "what happens to a thread that is destroyed",
          [](Agent& self, const Action& action) {
              self.host_.setThreadDestroy(threadDestroy(action.word(0)));
          }},
@@ -156,7 +156,7 @@ const std::vector<Verb>& SimulatedAgent::verbs() {
          }},
         {"remove", "FILE", "removes a file or a directory",
          [](Agent& /*self*/, const Action& action) { removeFile(action.word(0)); }},
-        {"age", "FILE DAYS", "lets a file be that old",
+        {"age", "FILE DAYS", "makes a file that many days old",
          [](Agent& self, const Action& action) {
              setModified(action.word(0), self.clock_.wall() - duration(action, 1) * kSecondsPerDay);
          }},
@@ -166,7 +166,7 @@ const std::vector<Verb>& SimulatedAgent::verbs() {
          }},
         {"status", "", "what RSM does now",
          [](Agent& self, const Action& /*action*/) { self.tellStatus_(); }},
-        {"clock-step", "OFFSET", "lets the wall clock jump by so many seconds",
+        {"clock-step", "OFFSET", "makes the wall clock jump by that many seconds",
          [](Agent& self, const Action& action) {
              self.clock_.step(duration(action, 0));
              self.recorder_.tellOnly("clock-step");

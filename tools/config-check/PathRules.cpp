@@ -67,7 +67,7 @@ bool checkTarget(const Inspection& in, const Target& target) {
         {around == Type::not_found || around == Type::none, "missing-directory",
          joined("there is no directory ", shown(directory), " for the ", what, "; the module makes none")},
         {around != Type::directory, "missing-directory",
-         joined(shown(directory), " is a file, and is to be the directory of the ", what)},
+         joined(shown(directory), " is a file, but should be the directory of the ", what)},
         {exists && type != Type::regular, "not-a-file",
          file + " is not a regular file; the module opens no other"},
         {exists && !platform::mayWrite(path.string()), "not-writable", file + " may not be written"},
@@ -123,7 +123,7 @@ void checkCleanUp(const Inspection& in, const Target& log, const std::vector<Tar
     }
     if (family.holds(name) && family.baseName().size() < kShortestBase) {
         in.warning(log.position, "clean-up", "the clean-up of the log deletes every old file ", rule,
-                   ", and many a name does; choose one of four letters or more");
+                   ", which many names do; choose one of four letters or more");
     }
     family.keepDue(names, directory, platform::readNumber(in.settings.logRevisionDays),
                    LogFamily::Undated::leave);
@@ -196,8 +196,8 @@ void checkPaths(const Inspection& in) {
         }
         if (!isLog && isEmptied(nativePath(one.path))) {
             in.warning(one.position, "emptied", "the ", one.what, " ", shown(one.path),
-                       " lies where the system empties the folder when it starts: it is gone after the power"
-                       " cut that it is for");
+                       " is in a folder that the system empties at its start: it is lost in the power"
+                       " cut that it is meant for");
         }
         for (std::size_t j = i + 1; j < others.size(); ++j) {
             if (fromHere(one.path) == fromHere(others[j].path)) {

@@ -96,7 +96,7 @@ void checkWriters(const Inspection& in, Position position, const char* what, con
     // In a sticky folder nobody replaces the files of others.
     if (!error && allows(fs::perms::others_write) && !allows(fs::perms::sticky_bit)) {
         in.warning(position, "others-may-write", "others may write ", what, shown(path.string()),
-                   ": what they have it run runs as the agent");
+                   ": they can make it run anything with the agent's rights");
     }
 }
 

@@ -60,7 +60,7 @@ void checkNotLookedAt(const Inspection& in, const Element& element, Tag tag) {
     const std::string name = shown(element.name);
     if (element.fromEntity) {
         in.error(element.place, "entity", name,
-                 " comes out of an entity; it is read only where it is written itself");
+                 " comes from an entity; it is read only where it is written out");
     } else if (const Element* const instead = takenInstead(in, element)) {
         in.error(element.place, "duplicate", "a second ", name,
                  " in the same section is not read; the first one counts")
@@ -105,7 +105,7 @@ void checkElements(const Inspection& in) {
             if (element.parent == &in.root()) {
                 if (const Element* const first = std::exchange(earlier[*tag], &element)) {
                     in.warning(element.place, "repeated", "a second ", shown(element.name),
-                               ": what both set is taken from this one")
+                               ": where both give a setting, this one wins")
                         .notes.push_back({first->place, "the first one"});
                 }
             }

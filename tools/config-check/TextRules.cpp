@@ -56,7 +56,7 @@ void checkForm(const Inspection& in, const Element& element, const Row& row) {
                  " comes first in ", name, ", and the module takes it for the text: ", readAs(row, text));
     } else if (element.first == First::entity) {
         in.error(position, "entity", "the text of ", name,
-                 " comes out of an entity, which the module reads as no text");
+                 " comes from an entity, which the module does not read as text");
     } else if (element.first == First::element) {
         in.error(position, "no-text", name, " begins with an element, so the module reads no text there");
     } else if (element.first != First::nothing) {

@@ -69,7 +69,7 @@ const char* const kHelp =
 Print a device's log with its archives, one entry a line, oldest first.
 
 FILE is the log file, as log/kelp-logs.xml; its archives beside it are found by their names. An archive, or a
-copy of one, can be named by itself. What gzip has compressed is read, too. With no FILE and no --config, or
+copy of one, can be named by itself. Files compressed by gzip are read, too. With no FILE and no --config, or
 when FILE is -, read standard input.
 
 Which entries:
@@ -78,11 +78,11 @@ Which entries:
   -g, --grep RE        whose message holds the regular expression (RE2)
       --exclude RE     whose message does not hold it
   -i, --ignore-case    for both expressions
-  -C, --context N      and N entries of the span before and behind each
+  -C, --context N      and N entries of the span before and after each
   -n, --last N         only the last N of them
       --lines N        the same
-      --cursor-file F  only those behind the last entry that the last run with this file printed; the file
-                       is made and kept up by each run
+      --cursor-file F  only those after the last entry that the previous run with this file printed; each
+                       run creates or updates the file
   -f, --follow         then wait for more, over rotations; begins with the last 10 entries of the log file
                        unless --since, --last or --cursor-file says otherwise
 
@@ -108,13 +108,13 @@ Where the log is:
   -V, --version        print the version and end
 
 T is a date, a time of day, or both: 2026-03-01, 2026-03-01T10:00:05, "2026-03-01 10:00", 10:00, today,
-yesterday, tomorrow, "yesterday 22:00"; with Z or +02:00 behind it when it is not meant in the zone of the
+yesterday, tomorrow, "yesterday 22:00"; followed by Z or +02:00 when it is not in the zone of the
 output. Or it is a time back from now: -90s, -30m, -2h, -1h30m, -3d, -1w, "1 hour ago"; or now; or @ and the
 seconds since 1970. Of a fraction of a second its whole second counts, since entries carry no more. A time of
 day alone is the last time that the clock showed it; for --until, the first time after --since.
 ZONE is a name (Europe/Berlin, UTC), a distance from UTC (+02:00), or what TZ takes.
 
-Exit status: 0 entries were printed, 1 there was none to print, 2 wrong usage, or a file could not be read.
+Exit status: 0 entries were printed, 1 there were none to print, 2 wrong usage, or a file could not be read.
 
 Examples:
   zephan-log --since "yesterday 18:00" --until 08:00 log/kelp-logs.xml

@@ -104,7 +104,7 @@ class Run final {
         listing.release();
         if (!result.found) {
             note("the entry that " + *options_.cursorFile +
-                 " names is gone; beginning with the oldest that there is");
+                 " names is gone; beginning with the oldest one left");
         }
         listing.flush();
         while (follower) {
@@ -135,7 +135,7 @@ class Run final {
             printing.cursor = &cursor_.emplace(*options_.cursorFile);
             reading_.after = cursor_->read();
             if (!reading_.after && std::filesystem::exists(*options_.cursorFile)) {
-                note(*options_.cursorFile + " names no entry; beginning with the oldest that there is");
+                note(*options_.cursorFile + " names no entry; beginning with the oldest one left");
             }
         } else if (options_.follow && !options_.since && !options_.last) {
             printing.last = kLastWhenFollowing;

@@ -26,7 +26,7 @@ std::string fileStatusJson(const StateFiles& files, std::int64_t now) {
 std::string resumePathOf(const std::string& configurationFile) {
     const auto configuration = loadConfiguration(configurationFile);
     if (!configuration) {
-        throw std::runtime_error(configurationFile + ": there is no memory for it");
+        throw std::runtime_error(configurationFile + ": not enough memory for it");
     }
     return configuration->getRSMResumeStatusFile();
 }
