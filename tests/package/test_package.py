@@ -18,7 +18,7 @@ EXAMPLES = SOURCE / "examples"
 def run(*command, cwd, environment=None, status=0):
     """Runs a command: what it printed, standard error included."""
     done = subprocess.run([str(word) for word in command], cwd=cwd, env={**os.environ, **(environment or {})}, text=True,
-                          errors="replace", stdout=subprocess.PIPE, stderr=subprocess.STDOUT, timeout=240)
+                          errors="replace", stdout=subprocess.PIPE, stderr=subprocess.STDOUT, timeout=500)
     if done.returncode != status:
         raise AssertionError(f"{command}: {done.returncode}\n{done.stdout}")
     return done.stdout
