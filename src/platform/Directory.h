@@ -31,8 +31,8 @@ class Directory final {
     int open(std::string_view path) noexcept;
     void close() noexcept;
 
-    /// Appends the names of all entries, "." and ".." included, in any order. 0, or the error number. Throws
-    /// only when memory runs out.
+    /// Appends the names of all entries, "." and ".." included, in any order. 0, or the error number; the
+    /// names are then those up to the failure. Throws only when memory runs out.
     int list(std::vector<std::string>& names) const;
     /// As `File::open`.
     File openFile(const std::string& name, OpenMode mode) const noexcept;

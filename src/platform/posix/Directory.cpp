@@ -50,10 +50,11 @@ int Directory::list(std::vector<std::string>& names) const {
     }
     const auto close = [](DIR* stream) { ::closedir(stream); };
     const std::unique_ptr<DIR, decltype(close)> stream(opened, close);
-    while (const dirent* entry = ::readdir(stream.get())) {
+    // The end leaves `errno` alone, a failure does not.
+    for (errno = 0; const dirent* entry = ::readdir(stream.get()); errno = 0) {
         names.emplace_back(entry->d_name);
     }
-    return 0;
+    return errno;
 }
 
 File Directory::openFile(const std::string& name, OpenMode mode) const noexcept {

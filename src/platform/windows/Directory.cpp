@@ -89,7 +89,7 @@ int Directory::list(std::vector<std::string>& names) const {
     while (const char* name = windows::readdir(scan.get())) {
         names.emplace_back(name);
     }
-    return 0;
+    return errno == ENOENT ? 0 : errno;
 }
 
 File Directory::openFile(const std::string& name, OpenMode mode) const noexcept {

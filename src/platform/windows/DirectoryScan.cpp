@@ -65,9 +65,10 @@ const char* readdir(DIR* directory) noexcept {
         return directory->entry.data();
     }
     if (::FindNextFileA(directory->search, &directory->found) == FALSE) {
+        const bool isEnd = ::GetLastError() == ERROR_NO_MORE_FILES;
         ::FindClose(directory->search);
         directory->search = INVALID_HANDLE_VALUE;
-        errno = ENOENT;
+        errno = isEnd ? ENOENT : EIO;
         return nullptr;
     }
     directory->keepName();

@@ -1,5 +1,5 @@
 // Reading of directories with the contract that POSIX has for it, over the system's find functions. Errors
-// are told in `errno`: 2 when there is no directory, 9 for an invalid scan.
+// are told in `errno`: 2 when there is no directory, 9 for an invalid scan, 5 when a scan fails on its way.
 #pragma once
 
 namespace platform::windows {
