@@ -22,9 +22,7 @@ std::string native(std::string path) {
 
 /// Whatever else has that name may not let go of who opens it.
 void requireFile(const std::string& path) {
-    std::error_code none;
-    const auto kind = std::filesystem::status(native(path), none);
-    if (std::filesystem::exists(kind) && !std::filesystem::is_regular_file(kind)) {
+    if (system::isOther(native(path))) {
         throw std::runtime_error(path + ": is not a regular file");
     }
 }

@@ -1,6 +1,7 @@
 #include "sim/ProcessTime.h"
 
 #include "sim/Clock.h"
+#include "sim/System.h"
 
 #include <atomic>
 
@@ -25,9 +26,7 @@ void setModuleImage(std::uintptr_t begin, std::uintptr_t end) {
 
 std::chrono::microseconds shownTime() {
     const Clock* clock = shownClock;
-    return clock != nullptr ? clock->wall()
-                            : std::chrono::duration_cast<std::chrono::microseconds>(
-                                  std::chrono::system_clock::now().time_since_epoch());
+    return clock != nullptr ? clock->wall() : system::realTime();
 }
 
 bool isModuleCall(const void* address) {

@@ -34,11 +34,6 @@ TraceFile::Form formOf(const Options& options) {
                            : TraceFile::Form::timeline;
 }
 
-std::chrono::microseconds realTime() {
-    return std::chrono::duration_cast<std::chrono::microseconds>(
-        std::chrono::system_clock::now().time_since_epoch());
-}
-
 }  // namespace
 
 // The page's file is opened before anything runs, so that a wrong path is told.
@@ -92,7 +87,8 @@ std::unique_ptr<Clock> Session::makeClock() {
     if (!real_) {
         return std::make_unique<Clock>(scenario_.clock.value_or(kVirtualStart));
     }
-    auto clock = std::make_unique<RealClock>(scenario_.clock ? *scenario_.clock : realTime(), *input_);
+    auto clock =
+        std::make_unique<RealClock>(scenario_.clock ? *scenario_.clock : system::realTime(), *input_);
     present_ = [&shown = *clock] { return shown.elapsed(); };
     return clock;
 }

@@ -22,6 +22,11 @@ bool childRuns();
 /// A moment's fields in the time zone of the process; none beyond the calendar.
 std::optional<std::tm> localFields(std::int64_t moment);
 
+/// The system's own time, since 1970.
+std::chrono::microseconds realTime();
+
+/// Whether something stands at the path that is not a regular file.
+bool isOther(const std::filesystem::path& path);
 /// Sets when an existing file was modified (since 1970). Throws std::system_error.
 void setModified(const std::filesystem::path& path, std::chrono::microseconds moment);
 

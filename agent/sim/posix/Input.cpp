@@ -1,6 +1,7 @@
 #include "sim/Input.h"
 
 #include "sim/Terminal.h"
+#include "sim/posix/Timespec.h"
 
 #include <algorithm>
 #include <array>
@@ -62,13 +63,10 @@ Input::~Input() {
 }
 
 bool Input::wait(std::chrono::microseconds time) {
-    using namespace std::chrono;
     std::array<pollfd, 3> watched = {
         {{signalBell, POLLIN, 0}, {open_ ? descriptor_ : -1, POLLIN, 0}, {other_, POLLIN, 0}}};
-    const seconds whole = duration_cast<seconds>(std::max(time, microseconds::zero()));
-    const timespec limit = {whole.count(),
-                            duration_cast<nanoseconds>(std::max(time, microseconds::zero()) - whole).count()};
-    const auto deadline = time == microseconds::max() ? nullptr : &limit;
+    const timespec limit = timespecOf(std::max(time, std::chrono::microseconds::zero()));
+    const auto deadline = time == std::chrono::microseconds::max() ? nullptr : &limit;
     if (::ppoll(watched.data(), watched.size(), deadline, nullptr) < 0) {
         if (errno == EINTR) {
             return true;

@@ -1,13 +1,17 @@
 // System functions that the module must find here instead of in the C library: the program stands first in
-// the order in which symbols are looked up, also with a sanitizer's or a preloaded library in between.
+// the order in which symbols are looked up, also with a sanitizer's or a preloaded library in between. Where times
+// and sizes of files have 64 bits only in functions of other names (`__time64`, `open64`), the C library's headers
+// give ours these names, too.
 #include "sim/ProcessTime.h"
 #include "sim/posix/ModuleFiles.h"
+#include "sim/posix/Timespec.h"
 
 #include <atomic>
 #include <cerrno>
 #include <chrono>
 #include <cstdarg>
 #include <ctime>
+#include <type_traits>
 
 #include <dlfcn.h>
 #include <fcntl.h>
@@ -18,12 +22,14 @@
 
 namespace {
 
-/// The function that would have been found without ours.
+/// The function that would have been found without `own`, by the name that this one has to the loader.
 template <typename Function>
-Function* next(std::atomic<Function*>& known, const char* name) {
+Function* next(std::atomic<Function*>& known, std::type_identity_t<Function>* own) {
     Function* function = known;
     if (function == nullptr) {
-        function = reinterpret_cast<Function*>(::dlsym(RTLD_NEXT, name));
+        Dl_info symbol = {};
+        ::dladdr(reinterpret_cast<const void*>(own), &symbol);
+        function = reinterpret_cast<Function*>(::dlsym(RTLD_NEXT, symbol.dli_sname));
         known = function;
     }
     return function;
@@ -34,10 +40,7 @@ void stamp(int descriptor) {
     const int saved = errno;
     struct stat state = {};
     if (::fstat(descriptor, &state) == 0 && S_ISREG(state.st_mode)) {
-        const std::chrono::microseconds now = sim::shownTime();
-        const auto whole = std::chrono::floor<std::chrono::seconds>(now);
-        const timespec times[2] = {{0, UTIME_OMIT},
-                                   {whole.count(), std::chrono::nanoseconds(now - whole).count()}};
+        const timespec times[2] = {{0, UTIME_OMIT}, sim::timespecOf(sim::shownTime())};
         ::futimens(descriptor, times);
     }
     errno = saved;
@@ -84,7 +87,7 @@ INTERPOSED int open(const char* path, int flags, ...) {
     va_end(arguments);
     static std::atomic<int (*)(const char*, int, ...)> known = nullptr;
     return openFile(__builtin_return_address(0), AT_FDCWD, path, flags,
-                    [&] { return next(known, "open")(path, flags, mode); });
+                    [&] { return next(known, ::open)(path, flags, mode); });
 }
 
 INTERPOSED int openat(int directory, const char* path, int flags, ...) {
@@ -95,12 +98,12 @@ INTERPOSED int openat(int directory, const char* path, int flags, ...) {
     va_end(arguments);
     static std::atomic<int (*)(int, const char*, int, ...)> known = nullptr;
     return openFile(__builtin_return_address(0), directory, path, flags,
-                    [&] { return next(known, "openat")(directory, path, flags, mode); });
+                    [&] { return next(known, ::openat)(directory, path, flags, mode); });
 }
 
 INTERPOSED ssize_t write(int descriptor, const void* data, size_t size) {
     static std::atomic<ssize_t (*)(int, const void*, size_t)> known = nullptr;
-    const ssize_t written = next(known, "write")(descriptor, data, size);
+    const ssize_t written = next(known, ::write)(descriptor, data, size);
     if (written >= 0 && sim::isModuleCall(__builtin_return_address(0))) {
         stamp(descriptor);
     }
@@ -109,7 +112,7 @@ INTERPOSED ssize_t write(int descriptor, const void* data, size_t size) {
 
 INTERPOSED ssize_t pwrite(int descriptor, const void* data, size_t size, off_t offset) {
     static std::atomic<ssize_t (*)(int, const void*, size_t, off_t)> known = nullptr;
-    const ssize_t written = next(known, "pwrite")(descriptor, data, size, offset);
+    const ssize_t written = next(known, ::pwrite)(descriptor, data, size, offset);
     if (written >= 0 && sim::isModuleCall(__builtin_return_address(0))) {
         stamp(descriptor);
     }
@@ -118,7 +121,7 @@ INTERPOSED ssize_t pwrite(int descriptor, const void* data, size_t size, off_t o
 
 INTERPOSED int ftruncate(int descriptor, off_t size) noexcept {
     static std::atomic<int (*)(int, off_t)> known = nullptr;
-    const int result = next(known, "ftruncate")(descriptor, size);
+    const int result = next(known, ::ftruncate)(descriptor, size);
     if (result == 0 && sim::isModuleCall(__builtin_return_address(0))) {
         stamp(descriptor);
     }

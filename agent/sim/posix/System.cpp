@@ -1,5 +1,7 @@
 #include "sim/System.h"
 
+#include "sim/posix/Timespec.h"
+
 #include <cerrno>
 #include <system_error>
 
@@ -33,10 +35,21 @@ std::optional<std::tm> localFields(std::int64_t moment) {
     return ::localtime_r(&time, &fields) == nullptr ? std::nullopt : std::optional(fields);
 }
 
+// Where times had 32 bits once, the C++ library's own functions may end in 2038.
+std::chrono::microseconds realTime() {
+    timespec present = {};
+    ::clock_gettime(CLOCK_REALTIME, &present);
+    return std::chrono::seconds(present.tv_sec) +
+           std::chrono::duration_cast<std::chrono::microseconds>(std::chrono::nanoseconds(present.tv_nsec));
+}
+
+bool isOther(const std::filesystem::path& path) {
+    struct stat state = {};
+    return ::stat(path.c_str(), &state) == 0 && !S_ISREG(state.st_mode);
+}
+
 void setModified(const std::filesystem::path& path, std::chrono::microseconds moment) {
-    const auto whole = std::chrono::floor<std::chrono::seconds>(moment);
-    const timespec times[2] = {{0, UTIME_OMIT},
-                               {whole.count(), std::chrono::nanoseconds(moment - whole).count()}};
+    const timespec times[2] = {{0, UTIME_OMIT}, timespecOf(moment)};
     if (::utimensat(AT_FDCWD, path.c_str(), times, 0) != 0) {
         throw std::system_error(errno, std::generic_category());
     }

@@ -47,6 +47,17 @@ std::optional<std::tm> localFields(std::int64_t moment) {
     return ::_localtime64_s(&fields, &time) != 0 ? std::nullopt : std::optional(fields);
 }
 
+std::chrono::microseconds realTime() {
+    return std::chrono::duration_cast<std::chrono::microseconds>(
+        std::chrono::system_clock::now().time_since_epoch());
+}
+
+bool isOther(const std::filesystem::path& path) {
+    std::error_code none;
+    const auto kind = std::filesystem::status(path, none);
+    return std::filesystem::exists(kind) && !std::filesystem::is_regular_file(kind);
+}
+
 void setModified(const std::filesystem::path& path, std::chrono::microseconds moment) {
     const HANDLE file = ::CreateFileW(path.c_str(), FILE_WRITE_ATTRIBUTES,
                                       FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,

@@ -62,7 +62,8 @@ std::optional<std::string> File::readWhole(std::size_t limit) const {
     if (end < 0) {
         return std::nullopt;
     }
-    std::string contents(std::min(static_cast<std::size_t>(end), limit), '\0');
+    std::string contents(
+        static_cast<std::size_t>(std::min<std::uint64_t>(static_cast<std::uint64_t>(end), limit)), '\0');
     if (readStart(contents.data(), contents.size()) < contents.size()) {
         return std::nullopt;
     }
