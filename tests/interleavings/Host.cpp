@@ -3,6 +3,7 @@
 #include "lib/Thread.h"
 
 #include <algorithm>
+#include <cstdio>
 #include <fstream>
 #include <iterator>
 
@@ -51,6 +52,7 @@ Host::Host()
     families_.start(Families::rsm);
     families_.start(Families::webService);
     service_ = families_.createService();
+    audit("");  // what is made with the first one is there
 }
 
 Host::~Host() {
@@ -118,8 +120,14 @@ void Host::pass(int milliseconds) {
     agent::Thread::block(std::chrono::milliseconds(milliseconds), [] { return false; });
 }
 
+void Host::readLate() {
+    std::setvbuf(std::freopen("log/echo", "w", stdout), nullptr, _IONBF, 0);
+    turns::isRead = [this] { return finished_ + 1 >= clients_.size(); };
+}
+
 void Host::onLog(int /*level*/, std::string_view text) {
     isNotStored_ |= text.find("Unable to put the schedule in file") != std::string_view::npos;
+    isUnconfigured_ |= text.find("Failed to get pointer for XMLConfigData") != std::string_view::npos;
     constexpr const char* kPoint = "KRXLog";
     if (turns::point != kPoint) {  // between two lines nothing happens that others can see
         turns::offer(kPoint);
@@ -135,6 +143,9 @@ std::int8_t Host::receive(const std::string& /*member*/, const agent::NamedValue
     const agent::Thread* const sender = agent::Thread::current();
     if (slow_ == kEverybody || (sender != nullptr && sender->name() == slow_)) {
         pass(1000);
+    }
+    if (awaitsOrder_) {
+        agent::Thread::block(agent::Thread::kForever, [this] { return finished_ > 0; });
     }
     told_ = properties;
     turns::offer("UpdateAsset");
@@ -169,10 +180,14 @@ std::string Host::judge() {
     if (finished_ != clients_.size()) {
         return "a client does not come back: " + scheduler_.whoWaitsWhere();
     }
+    audit("closed");  // what is open still
     if (wasStopped_) {
+        log("the end");
+        if (isUnconfigured_ && workspace_.read("log/log.xml").find("the end") != std::string::npos) {
+            return "there is a log file, and no configuration";
+        }
         start();
     }
-    audit("closed");  // what is open still
     if (killed_ && connect("10", "20") != 0) {
         return "no order is taken after the end of the thread";
     }
@@ -205,12 +220,14 @@ std::string Host::judge() {
 }
 
 std::string Host::judgeLog() const {
-    const std::string written = workspace_.read("log/log.xml");
-    for (const std::string& entry : entries_) {
-        const std::size_t first = written.find(entry);
-        if ((first == std::string::npos && !wasStopped_) ||
-            written.find(entry, first + 1) != std::string::npos) {
-            return "not once in the log: " + entry;
+    for (const std::string file : {"log/log.xml", "log/echo"}) {
+        const std::string written = workspace_.read(file);
+        for (const std::string& entry : entries_) {
+            const std::size_t first = written.find(entry);
+            if ((first == std::string::npos && !wasStopped_ && workspace_.exists(file)) ||
+                written.find(entry, first + 1) != std::string::npos) {
+                return "not once in " + file + ": " + entry;
+            }
         }
     }
     return {};

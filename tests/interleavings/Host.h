@@ -54,6 +54,10 @@ class Host final : private agent::Observer, private agent::Enterprise {
     /// The enterprise takes a second for what this thread sends, from now on.
     static constexpr const char* kEverybody = "";
     void answerSlowly(const char* thread) { slow_ = thread; }
+    /// What is sent gets through when one of the clients has come back.
+    void answerAfterAnOrder() { awaitsOrder_ = true; }
+    /// Standard output is read when all clients but one have come back.
+    void readLate();
     void failNextStart() { scheduler_.failNextStart(); }
 
   private:
@@ -82,7 +86,9 @@ class Host final : private agent::Observer, private agent::Enterprise {
 
     bool wasStopped_ = false;
     bool killed_ = false;
-    bool isNotStored_ = false;  ///< a line says that a schedule could not be stored
+    bool isNotStored_ = false;     ///< a line says that a schedule could not be stored
+    bool isUnconfigured_ = false;  ///< a line says that there is no configuration
+    bool awaitsOrder_ = false;
     int polls_ = 0;
     std::vector<agent::Thread*> clients_;
     std::size_t finished_ = 0;  ///< of the clients

@@ -23,7 +23,7 @@ struct Scene {
 };
 
 void explore(const Scene& scene, bool killed) {
-    Host host;
+    static Host host;  // one for all, which play with copies: a lock has its place among those of the process
     constexpr const char* kKiller = "killer";
     Explorer explorer(preemptions, killed ? kKiller : nullptr, only ? &*only : nullptr);
     const std::string failure = explorer.explore([&] {
@@ -47,7 +47,9 @@ const auto polling = [](Host& host) {
 };
 const auto connect = [](Host& host) { host.connect("1", "20"); };
 const auto order = [](const char* time) { return [time](Host& host) { host.schedule(time); }; };
+const auto log = [](const char* text) { return [text](Host& host) { host.log(text); }; };
 const auto stop = [](Host& host) { host.stop(); };
+const auto waiting = [](Host& host) { host.schedule("12:00:00"), host.pass(1000); };
 
 const Scene kScenes[] = {
     {"order and stop",
@@ -62,6 +64,10 @@ const Scene kScenes[] = {
      [](Host& host) { host.failNextStart(); },
      0,
      {{"first", connect}, {"second", connect}}},
+    {"two orders, of which sending awaits one",
+     [](Host& host) { waiting(host), host.answerAfterAnOrder(); },
+     0,
+     {{"first", order("13:00:00")}, {"second", order("14:00:00")}}},
     {"connect and the thread's end", polling, 3, {{"connect", connect}}},
     {"a second start at the thread's end",
      polling,
@@ -97,12 +103,13 @@ const Scene kScenes[] = {
      {{"opens", [](Host& host) { host.log("one entry"), host.audit("opened"); }},
       {"closes", [](Host& host) { host.log("another entry"), host.audit("closed"); }}}},
     {"start and stop",
-     [](Host& host) {
-         host.schedule("12:00:00");
-         host.pass(1000);
-     },
+     waiting,
      0,
      {{"stop", stop}, {"start", [](Host& host) { host.start(), host.log("an entry"); }}}},
+    {"lines that nobody reads",
+     [](Host& host) { host.readLate(); },
+     0,
+     {{"first", log("one entry")}, {"second", log("another entry")}, {"third", log("a third entry")}}},
 };
 
 const bool registered = [] {
@@ -124,10 +131,13 @@ int main(int argc, char** argv) {
         const std::string value = option.substr(std::min(option.find('=') + 1, option.size()));
         if (option.starts_with("--preemptions=")) {
             preemptions = std::atoi(value.c_str());
+        } else if (option.starts_with("--without=")) {
+            turns::without = static_cast<std::size_t>(std::atoi(value.c_str()));
+            turns::steps = value.ends_with("s");
         } else if (option.starts_with("--turns=")) {
             only = parseTurns(value);
         } else {
-            std::cerr << "interleavings [--gtest_filter=SCENE] [--preemptions=N] [--turns='AT:WHO ...']\n";
+            std::cerr << "interleavings [--gtest_filter=...] [--preemptions=N] [--turns=...] [--without=N]\n";
             return 2;
         }
     }

@@ -6,13 +6,17 @@
 
 #include <cerrno>
 #include <chrono>
+#include <csignal>
 #include <cstdarg>
+#include <cstdio>
 #include <ctime>
 #include <linux/futex.h>
 #include <set>
+#include <ucontext.h>
 
 #include <dlfcn.h>
 #include <fcntl.h>
+#include <poll.h>
 #include <pthread.h>
 #include <unistd.h>
 
@@ -50,9 +54,49 @@ bool isFree(const pthread_mutex_t& mutex) {
 /// has no lock may stand on either side; of others nobody can tell when they are given back.
 std::set<const pthread_mutex_t*> roles;
 
+/// How often the calling thread has taken the lock that is out.
+thread_local int taken = 0;
+
+/// Comes behind each instruction as long as it is taken.
+void step(int /*signal*/, siginfo_t* /*info*/, [[maybe_unused]] void* context) {
+#ifdef REG_RIP
+    constexpr greg_t kTrap = 0x100;
+    auto& registers = static_cast<ucontext_t*>(context)->uc_mcontext.gregs;
+    registers[REG_EFL] = taken > 0 ? registers[REG_EFL] | kTrap : registers[REG_EFL] & ~kTrap;
+    if (taken > 0 && sim::isModuleCall(reinterpret_cast<void*>(registers[REG_RIP]))) {
+        turns::offer("an instruction");
+    }
+#endif
+}
+
+bool isOut(const pthread_mutex_t* mutex) {
+    return turns::without < turns::locks.size() && turns::locks[turns::without] == mutex;
+}
+
+int tryLock(pthread_mutex_t* mutex) {
+    if (!isOut(mutex)) {
+        return NEXT(pthread_mutex_trylock, mutex);
+    }
+    if (++taken == 1 && turns::steps) {
+        struct sigaction action {};
+        action.sa_sigaction = step;
+        action.sa_flags = SA_SIGINFO;
+        ::sigaction(SIGTRAP, &action, nullptr);
+        std::raise(SIGTRAP);
+    }
+    return 0;
+}
+
 }  // namespace
 
 extern "C" {
+
+INTERPOSED int pthread_mutex_init(pthread_mutex_t* mutex, const pthread_mutexattr_t* attributes) noexcept {
+    if (attributes != nullptr) {  // the module's; no others have any
+        turns::locks.push_back(mutex);
+    }
+    return NEXT(pthread_mutex_init, mutex, attributes);
+}
 
 INTERPOSED int pthread_mutex_lock(pthread_mutex_t* mutex) noexcept {
     if (!IS_MODULES) {
@@ -60,7 +104,7 @@ INTERPOSED int pthread_mutex_lock(pthread_mutex_t* mutex) noexcept {
     }
     turns::offer("lock");
     for (;;) {
-        const int result = NEXT(pthread_mutex_trylock, mutex);
+        const int result = tryLock(mutex);
         if (result != EBUSY) {
             return result;
         }
@@ -74,7 +118,7 @@ INTERPOSED int pthread_mutex_trylock(pthread_mutex_t* mutex) noexcept {
     }
     roles.insert(mutex);
     turns::offer("trylock");
-    const int result = NEXT(pthread_mutex_trylock, mutex);
+    const int result = tryLock(mutex);
     turns::offer("trylock's end");
     return result;
 }
@@ -88,7 +132,7 @@ INTERPOSED int pthread_mutex_unlock(pthread_mutex_t* mutex) noexcept {
         turns::offer("unlock");
     }
     int result = 0;
-    turns::scheduler->change([&] { result = NEXT(pthread_mutex_unlock, mutex); });
+    turns::scheduler->change([&] { result = isOut(mutex) ? --taken, 0 : NEXT(pthread_mutex_unlock, mutex); });
     if (isRole) {
         turns::offer("unlock's end");
     }
@@ -102,6 +146,22 @@ INTERPOSED int nanosleep(const timespec* time, timespec* left) {
     turns::scheduler->wait(std::chrono::milliseconds(time->tv_sec * 1000 + time->tv_nsec / 1000000),
                            [] { return false; });
     return 0;
+}
+
+/// Whoever waits here waits besides the one who writes.
+INTERPOSED void flockfile(FILE* stream) noexcept {
+    if (!IS_MODULES) {
+        NEXT(flockfile, stream);
+    } else if (::ftrylockfile(stream) != 0) {
+        turns::scheduler->wait(agent::Thread::kForever, [] { return false; });
+    }
+}
+
+INTERPOSED int poll(pollfd* files, nfds_t count, int time) {
+    if (IS_MODULES && time < 0) {
+        turns::scheduler->wait(agent::Thread::kForever, turns::isRead);
+    }
+    return NEXT(poll, files, count, time);
 }
 
 INTERPOSED time_t time(time_t* result) noexcept {

@@ -229,27 +229,6 @@ TEST_F(HostThreads, OneThatIsEndedInAReportOrAStartKeepsNobodyBack) {
     stop();
 }
 
-/// What another thread does, whole, in the middle of something.
-void onAnotherThread(const std::function<void()>& action) {
-    std::thread(action).join();
-}
-
-// An agent whose link takes up what the enterprise orders while a record is on its way.
-TEST_F(HostThreads, AnOrderOnTheThreadThatSendingWaitsForWaitsForNobody) {
-    start();
-    EXPECT_EQ(connect("1"), 0);
-    EXPECT_TRUE(agent_.waitForPolls(1));
-    std::atomic<bool> ordered = false;
-    agent_.setAtRecord([&] {
-        if (!ordered.exchange(true)) {
-            onAnotherThread([&] { EXPECT_EQ(connect("2"), 0); });
-        }
-    });
-    EXPECT_EQ(connect("1"), 0);
-    EXPECT_TRUE(agent_.waitForRate("2"));
-    stop();
-}
-
 TEST_F(HostThreads, RsmPollsAndAllOthersGoOnWhileTheScriptRuns) {
     start("read line &lt; gate");
     const std::string gate = workspace_.path("gate").string();

@@ -6,7 +6,6 @@
 #include "lib/Observer.h"
 
 #include <atomic>
-#include <chrono>
 #include <functional>
 #include <future>
 #include <mutex>
@@ -15,8 +14,6 @@
 #include <gtest/gtest.h>
 
 namespace {
-
-using namespace std::chrono_literals;
 
 struct Watcher final : agent::Observer {
     void onLog(int level, std::string_view text) override {
@@ -86,18 +83,6 @@ TEST_F(PollingThreadTest, SeesOrdersUntilItLeaves) {
               "250 \n Force Polling Thread shutdown complete.|");
 }
 
-TEST_F(PollingThreadTest, AFinishedOneIsReleased) {
-    EXPECT_EQ(create(this, [](void* /*argument*/) { return PollingThread::enter() == 0 ? 1 : 0; }),
-              Creation::Started);
-    for (const auto until = std::chrono::steady_clock::now() + 30s;
-         thread_.isHeld() && std::chrono::steady_clock::now() < until;) {
-        thread_.releaseFinished();
-    }
-    EXPECT_FALSE(thread_.isHeld() || thread_.seesOrders());
-    thread_.stop();
-    EXPECT_EQ(watcher_.all, "");
-}
-
 TEST_F(PollingThreadTest, AStopWithoutAnEndDropsIt) {
     Life life;
     EXPECT_EQ(create(&life), Creation::Started);
@@ -112,20 +97,6 @@ TEST_F(PollingThreadTest, AStopWithoutAnEndDropsIt) {
     EXPECT_EQ(watcher_.all, kNotStarted);
     life.end.set_value();
     EXPECT_TRUE(host_.endThreads());
-}
-
-TEST_F(PollingThreadTest, AStopInTheMiddleOfAStart) {
-    Life life;
-    PollingThread::Number number = 0;
-    watcher_.atStart = [&] {
-        number = life.number.get_future().get();
-        std::async(std::launch::async, [this] { thread_.stop(); }).get();
-        EXPECT_TRUE(thread_.has(number)) << "its starter ends it";
-        life.end.set_value();
-    };
-    EXPECT_EQ(create(&life), Creation::Stopping);
-    EXPECT_FALSE(thread_.has(number) || thread_.isHeld());
-    EXPECT_EQ(watcher_.all, kNotStarted);
 }
 
 // An agent may carry out queued orders while it starts a thread.
