@@ -4,6 +4,7 @@
 #include "sim/System.h"
 #include "sim/Verbs.h"
 
+#include <string_view>
 #include <vector>
 
 #include <getopt.h>
@@ -34,12 +35,11 @@ const char* const kHelp =
     R"(Usage: krx-agent-sim replay SCENARIO [--module PATH] [--brief | --trace FILE] [--report FILE] [--strict] [--patience S]
   or:  krx-agent-sim run [SCENARIO] [--http [ADDRESS:]PORT] [OPTION OF replay]...
   or:  krx-agent-sim report TRACE -o FILE [--config FILE] [--clock TIME]
-  or:  krx-agent-sim status [--config FILE] [--schedule FILE] [--json] [--clock TIME]
 
 Loads the module as an agent does and drives it: `replay` plays a scenario on a virtual clock, `run` on the real
 clock, with actions from the scenario at their times and from standard input as they are typed (`help` lists them).
-`report` makes the page of a session from a trace that was kept; `status` reads what a stopped agent left
-in its state files, and says what its next start would do.
+`report` makes the page of a session from a trace that was kept. What a stopped agent left behind is told by
+zephan-status.
 
   --module PATH   the module (default: the one installed or built with this program)
   --trace FILE    writes JSON Lines instead of the timeline; - is standard output
@@ -50,11 +50,7 @@ in its state files, and says what its next start would do.
   --http PLACE    a live page of the session for browsers, at [ADDRESS:]PORT (127.0.0.1 when there is no address; port
                   0: any that is free); the session goes on until it is interrupted
   --config FILE   the configuration whose audit texts the page shows (default: the one that the session names)
-  --schedule FILE
-                  the schedule file that the agent's data source was started with
-  --json          writes the status as JSON
-  --clock TIME    for `report`, the wall clock at the trace's start, like 2026-03-01T10:00:00Z (default: as the reports
-                  show it); for `status`, the moment that is asked about (default: now)
+  --clock TIME    the wall clock at the trace's start, like 2026-03-01T10:00:00Z (default: as the reports show it)
   -h, --help      prints this text
   -V, --version   prints the version
 
@@ -74,8 +70,6 @@ bool readOptions(int count, char** words, Options& options) {
         strict,
         http,
         config,
-        schedule,
-        json,
         clock,
         report = 'o',
         help = 'h',
@@ -90,8 +84,6 @@ bool readOptions(int count, char** words, Options& options) {
                             {"brief", no_argument, nullptr, brief},
                             {"strict", no_argument, nullptr, strict},
                             {"http", required_argument, nullptr, http},
-                            {"schedule", required_argument, nullptr, schedule},
-                            {"json", no_argument, nullptr, json},
                             {"help", no_argument, nullptr, help},
                             {"version", no_argument, nullptr, version},
                             {nullptr, 0, nullptr, 0}};
@@ -121,12 +113,6 @@ bool readOptions(int count, char** words, Options& options) {
             case config:
                 options.configuration = ::optarg;
                 break;
-            case schedule:
-                options.schedule = ::optarg;
-                break;
-            case json:
-                options.json = true;
-                break;
             case clock:
                 options.clock = clockOption(::optarg);
                 break;
@@ -152,13 +138,6 @@ void readReport(const std::optional<std::string>& trace, Options& options) {
     options.keptTrace = *trace;
 }
 
-void readStatus(Options& options) {
-    options.mode = Options::Mode::status;
-    if (!options.configuration && !options.schedule) {
-        throw UsageError("no file to tell the status from (--config FILE, --schedule FILE)");
-    }
-}
-
 void readSession(bool real, const std::optional<std::string>& scenario, Options& options) {
     options.mode = real ? Options::Mode::run : Options::Mode::replay;
     options.scenario = scenario;
@@ -179,17 +158,14 @@ void readSession(bool real, const std::optional<std::string>& scenario, Options&
 /// Takes the command and its file, and looks whether the options fit them.
 void readCommand(const std::vector<std::string>& words, Options& options) {
     const std::string command = words.empty() ? "" : words.front();
-    if (command != "replay" && command != "run" && command != "report" && command != "status") {
+    if (command != "replay" && command != "run" && command != "report") {
         throw UsageError(command.empty() ? "no command" : "unknown command " + command);
     }
-    const std::size_t most = command == "status" ? 1 : 2;
-    if (words.size() > most) {
-        throw UsageError("unexpected argument " + words[most]);
+    if (words.size() > 2) {
+        throw UsageError("unexpected argument " + words[2]);
     }
     const std::optional<std::string> file = words.size() > 1 ? std::optional(words[1]) : std::nullopt;
-    if (command == "status") {
-        readStatus(options);
-    } else if (command == "report") {
+    if (command == "report") {
         readReport(file, options);
     } else {
         readSession(command == "run", file, options);
@@ -200,6 +176,9 @@ void readCommand(const std::vector<std::string>& words, Options& options) {
 
 Options parseOptions(int count, char** words) {
     Options options;
+    if (count > 1 && std::string_view(words[1]) == "status") {
+        throw UsageError("status is a program of its own now: zephan-status");
+    }
     if (readOptions(count, words, options)) {
         readCommand({words + ::optind, words + count}, options);
     }

@@ -16,7 +16,7 @@ class UsageError final : public std::runtime_error {
 };
 
 struct Options {
-    enum class Mode : std::uint8_t { replay, run, report, status, help, version };
+    enum class Mode : std::uint8_t { replay, run, report, help, version };
 
     Mode mode = Mode::help;
     std::optional<std::string> scenario;
@@ -31,8 +31,6 @@ struct Options {
     std::optional<std::string> http;    ///< where the console listens
     std::string keptTrace;              ///< of which a page is to be made
     std::optional<std::string> configuration;
-    std::optional<std::string> schedule;
-    bool json = false;
     std::optional<std::chrono::seconds> clock;  ///< since 1970, at the start of the kept trace
 };
 

@@ -5,7 +5,6 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
-#include <ctime>
 #include <filesystem>
 #include <optional>
 #include <string>
@@ -18,9 +17,6 @@ std::string moduleBesideProgram();
 
 /// Whether a program that this process started still runs.
 bool childRuns();
-
-/// A moment's fields in the time zone of the process; none beyond the calendar.
-std::optional<std::tm> localFields(std::int64_t moment);
 
 /// The system's own time, since 1970.
 std::chrono::microseconds realTime();

@@ -4,7 +4,7 @@ _krx_agent_sim() {
     local cur prev words cword
     _init_completion || return
     case $prev in
-        --module | --trace | --report | --config | --schedule | -o)
+        --module | --trace | --report | --config | -o)
             _filedir
             return
             ;;
@@ -15,10 +15,10 @@ _krx_agent_sim() {
     if [[ $cur == -* ]]; then
         COMPREPLY=($(compgen -W '$(_parse_help "$1")' -- "$cur"))
     elif ((cword == 1)); then
-        COMPREPLY=($(compgen -W 'replay run report status' -- "$cur"))
+        COMPREPLY=($(compgen -W 'replay run report' -- "$cur"))
     elif [[ ${words[1]} == report ]]; then
         _filedir jsonl
-    elif [[ ${words[1]} != status ]]; then
+    else
         _filedir scenario
     fi
 } && complete -F _krx_agent_sim krx-agent-sim

@@ -5,11 +5,8 @@
 #include "sim/report/SessionPage.h"
 #include "sim/report/SessionRecord.h"
 #include "sim/report/TraceReader.h"
-#include "sim/status/FileStatus.h"
-#include "sim/status/StateFiles.h"
 
 #include <cerrno>
-#include <chrono>
 #include <cstring>
 #include <exception>
 #include <filesystem>
@@ -39,16 +36,6 @@ ExitStatus report(const Options& options) {
         std::cerr << options.keptTrace << ": the last line is cut off and left out" << std::endl;
     }
     sim::PageFile(options.report.value()).write(sim::sessionPage(session, false));
-    return ranToEnd;
-}
-
-ExitStatus fileStatus(const Options& options) {
-    const std::chrono::seconds present =
-        std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now().time_since_epoch());
-    const std::int64_t now = options.clock.value_or(present).count();
-    const std::string resume = options.configuration ? sim::resumePathOf(*options.configuration) : "";
-    const sim::StateFiles files = sim::readStateFiles(resume, options.schedule.value_or(""), now);
-    std::cout << (options.json ? sim::fileStatusJson(files, now) : sim::fileStatusText(files, now));
     return ranToEnd;
 }
 
@@ -82,8 +69,6 @@ int main(int count, char** words) {
                 return simulate(options);
             case Options::Mode::report:
                 return report(options);
-            case Options::Mode::status:
-                return fileStatus(options);
         }
     } catch (const sim::UsageError& error) {
         std::cerr << "krx-agent-sim: " << error.what() << "\nTry krx-agent-sim --help.\n";

@@ -4,17 +4,12 @@
 #include "platform/Clock.h"
 #include "platform/File.h"
 #include "platform/Lock.h"
-#include "platform/Number.h"
 #include "platform/agent/Logging.h"
 #include "scheduling/GmtClock.h"
-#include "scheduling/ScheduleRSMHandler.h"
-#include "scheduling/TaggedText.h"
 
-#include <algorithm>
 #include <array>
 #include <cstdio>
 #include <exception>
-#include <limits>
 #include <string_view>
 #include <utility>
 
@@ -23,9 +18,6 @@ namespace {
 constexpr double kFirstTwoDigitGrace = 10.0;  // minutes; below, a "0" is put before the number
 constexpr std::size_t kRecordSize = 1000;
 constexpr std::size_t kReadSize = 1024;
-
-using scheduling::kSecondsPerMinute;
-using Value = char[scheduling::kValueSize];
 
 }  // namespace
 
@@ -74,21 +66,12 @@ std::optional<ZephanRSMSingleTon::SavedRsm> ZephanRSMSingleTon::readResumeState(
         KRXLog(level::kForce, platform::StateFile::kForeign, path.c_str());
         return std::nullopt;
     }
-    Value date{}, time{}, rate{}, grace{};
+    SavedRsm saved;
     const char* damaged = nullptr;
-    const scheduling::TaggedValue values[] = {
-        {"RSMStartDate", date, &ScheduleRSMHandler::isValidDate},
-        {"RSMStartTime", time, &ScheduleRSMHandler::isValidTime},
-        {"PollingRate", rate, &platform::isPositive},
-        {"GracePeriod", grace, [](const char* number) noexcept { return *number >= '0' && *number <= '9'; }},
-    };
-    if (!scheduling::readTaggedValues(text.data(), values, "ZephanRSMSingleTon", damaged)) {
+    if (!saved.readRecord(text.data(), damaged)) {
         return std::nullopt;  // memory ran out: the record is kept for a start that can read it
     }
-    const SavedRsm saved{scheduling::stringToTime(date, time), platform::readNumber(rate),
-                         platform::readNumber(grace)};
-    const bool over = saved.pollingRate < 1 ||
-                      saved.gracePeriod * kSecondsPerMinute <= scheduling::gmtNow() - saved.savedAt;
+    const bool over = saved.isOver(scheduling::gmtNow());
     if (damaged != nullptr) {
         using platform::StateFile;
         KRXLog(level::kForce, over ? StateFile::kUseless : StateFile::kFollowed, path.c_str(), damaged);
@@ -102,11 +85,6 @@ std::optional<ZephanRSMSingleTon::SavedRsm> ZephanRSMSingleTon::readResumeState(
 }
 
 void ZephanRSMSingleTon::resumeSavedRSM(const SavedRsm& saved) {
-    // A clock set back, or a damaged date, must not make the period longer than it was.
-    const std::int64_t elapsed = std::max<std::int64_t>(0, scheduling::gmtNow() - saved.savedAt);
-    const std::int64_t left = (saved.gracePeriod * kSecondsPerMinute - elapsed) / kSecondsPerMinute;
-    using Limits = std::numeric_limits<std::int32_t>;
     std::uint32_t pollInterval = 0;
-    ForcePoll(static_cast<std::int32_t>(std::clamp<std::int64_t>(left, Limits::min(), Limits::max())),
-              saved.pollingRate, pollInterval);
+    ForcePoll(saved.minutesLeft(scheduling::gmtNow()), saved.pollingRate, pollInterval);
 }

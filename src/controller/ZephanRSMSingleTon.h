@@ -109,7 +109,7 @@ class ZephanRSMSingleTon final {
     /// Sends the RSM profile to the enterprise; blocks until it answers, unless another thread is sending.
     void UpdateProperty() { rsm_->report(); }
 
-    // ---- Resume state file (ResumeState.cpp)
+    // ---- Resume state file (ResumeState.cpp; SavedRsm.cpp)
     static constexpr std::string_view kResumeRootTag = "<ResumeRSM>";
     /// Writes the resume state file anew; what is to be logged at `level::kForce` of that.
     platform::StateFile::Notice saveRSMState();
@@ -118,6 +118,14 @@ class ZephanRSMSingleTon final {
         std::int64_t savedAt = 0;      ///< GMT clock value
         std::int32_t pollingRate = 0;  ///< seconds
         std::int32_t gracePeriod = 0;  ///< minutes
+
+        /// Takes the values of a record; `damaged` gets the first element whose value is of no use, if there is
+        /// one. False when memory ran out for one of them.
+        bool readRecord(const char* contents, const char*& damaged);
+        /// Nothing is left of it at `now`, a GMT clock value.
+        bool isOver(std::int64_t now) const noexcept;
+        /// The whole minutes that are left, at most all of them.
+        std::int32_t minutesLeft(std::int64_t now) const noexcept;
     };
     /// Reads it; nothing when no time is left, which removes the file, or when there is no readable record.
     std::optional<SavedRsm> readResumeState(const std::string& path);

@@ -5,6 +5,22 @@
 #include "scheduling/ScheduleRSMHandler.h"
 
 #include <cstdio>
+#include <string_view>
+
+// Apart from the commands, so that whoever reads a record needs no agent.
+bool ScheduleRSMHandler::isValidDate(const char* date) noexcept {
+    constexpr std::size_t kDateLength = 10;
+    const std::string_view text(date);
+    return text.size() == kDateLength && platform::readNumber(text, 0, 4) >= 1 &&
+           platform::readNumber(text, 5, 2) >= 1 && platform::readNumber(text, 8, 2) >= 1;
+}
+
+bool ScheduleRSMHandler::isValidTime(const char* time) noexcept {
+    constexpr std::size_t kTimeLength = 8;
+    const std::string_view text(time);
+    return text.size() == kTimeLength && platform::readNumber(text, 0, 2) >= 0 &&
+           platform::readNumber(text, 3, 2) >= 0 && platform::readNumber(text, 6, 2) >= 0;
+}
 
 namespace scheduling {
 
@@ -17,7 +33,7 @@ Schedule::Record Schedule::record() const noexcept {
     return text;
 }
 
-bool Schedule::readRecord(const std::string& contents, const char*& damaged) {
+bool Schedule::readRecord(const char* contents, const char*& damaged) {
     const TaggedValue values[] = {
         {"RSMStartDate", startDate, &ScheduleRSMHandler::isValidDate},
         {"RSMStartTime", startTime, &ScheduleRSMHandler::isValidTime},
@@ -26,7 +42,7 @@ bool Schedule::readRecord(const std::string& contents, const char*& damaged) {
         {"PollingRate", pollingRateText, &platform::isPositive},
         {"GracePeriod", gracePeriodText, &platform::isPositive},
     };
-    const bool complete = readTaggedValues(contents.c_str(), values, "ScheduleRSMHandler", damaged);
+    const bool complete = readTaggedValues(contents, values, "ScheduleRSMHandler", damaged);
     startTimeValue = stringToTime(startDate, startTime);
     endTimeValue = stringToTime(endDate, endTime);
     return complete;

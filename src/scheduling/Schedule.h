@@ -4,7 +4,6 @@
 
 #include <array>
 #include <cstdint>
-#include <string>
 #include <string_view>
 
 namespace scheduling {
@@ -29,7 +28,7 @@ struct Schedule {
     static constexpr std::string_view kRootTag = "<RSMExecuteCommand>";
     /// Takes the values of a record; `damaged` gets the first element whose value is of no use, if there is
     /// one. False when memory ran out for one of them.
-    bool readRecord(const std::string& contents, const char*& damaged);
+    bool readRecord(const char* contents, const char*& damaged);
 };
 
 }  // namespace scheduling

@@ -21,8 +21,6 @@ using scheduling::Schedule;
 constexpr std::int32_t kDone = 0;
 constexpr std::int32_t kFailed = 1;
 constexpr std::string_view kImmediate = "immediate";
-constexpr std::size_t kDateLength = 10;
-constexpr std::size_t kTimeLength = 8;
 
 bool isImmediate(const char* text) noexcept {
     return text == kImmediate;
@@ -119,18 +117,6 @@ void computePeriod(Schedule& schedule, std::int64_t now) {
 }
 
 }  // namespace
-
-bool ScheduleRSMHandler::isValidDate(const char* date) noexcept {
-    const std::string_view text(date);
-    return text.size() == kDateLength && platform::readNumber(text, 0, 4) >= 1 &&
-           platform::readNumber(text, 5, 2) >= 1 && platform::readNumber(text, 8, 2) >= 1;
-}
-
-bool ScheduleRSMHandler::isValidTime(const char* time) noexcept {
-    const std::string_view text(time);
-    return text.size() == kTimeLength && platform::readNumber(text, 0, 2) >= 0 &&
-           platform::readNumber(text, 3, 2) >= 0 && platform::readNumber(text, 6, 2) >= 0;
-}
 
 std::int32_t ScheduleRSMHandler::executeScheduleCommand(const PropList* input, PropList** response,
                                                         ZephanRSMSingleTon& controller) {

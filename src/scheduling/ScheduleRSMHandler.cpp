@@ -32,7 +32,7 @@ const char* ScheduleRSMHandler::load() {
             return "\n Unable to read the schedule in file = %s";
         }
         const bool isRecord = contents->starts_with(scheduling::Schedule::kRootTag);
-        hasUnreadRecord_ = isRecord && !schedule_.readRecord(*contents, damaged_);
+        hasUnreadRecord_ = isRecord && !schedule_.readRecord(contents->c_str(), damaged_);
         if (damaged_ != nullptr) {
             return schedule_.isCurrent(scheduling::gmtNow()) &&
                            platform::isPositive(schedule_.pollingRateText)

@@ -15,6 +15,10 @@ def simulator():
     return os.path.abspath(os.environ["KRX_AGENT_SIM"])
 
 
+def beside_it(program):
+    return os.path.join(os.path.dirname(simulator()), program)
+
+
 class Workspace:
     """A directory with the folders that the example configuration names."""
 

@@ -5,7 +5,7 @@ import random
 import subprocess
 import unittest
 
-from session import Workspace, data_of, simulator
+from session import Workspace, beside_it, data_of, simulator
 
 LEVELS = {"trace": 20, "info": 30, "warn": 40, "error": 50, "force": 250, "audit": 254}
 LISTS = {"tunnelOpen": "TunnelMessags/OpenMessage", "tunnelClose": "TunnelMessags/CloseMessage",
@@ -76,7 +76,7 @@ class SettingsTest(unittest.TestCase):
             self.assertEqual({name: texts[name] for name in LISTS}, {name: settings[LISTS[name]] for name in LISTS})
             self.assertEqual(texts["abort"], settings["TunnelMessags/AbortMessage"])
             # The status
-            status = subprocess.run([simulator(), "status", "--config", "zephan-config.xml"], cwd=workspace.path,
+            status = subprocess.run([beside_it("zephan-status"), "--config", "zephan-config.xml"], cwd=workspace.path,
                                     capture_output=True, text=True, timeout=60)
             self.assertIn("RSM of 60 minutes" if resume.startswith("state/") else resume or "no file is known", status.stdout)
             # What the module does: its log file, its record of a running session, and activity.

@@ -8,7 +8,7 @@ import re
 import subprocess
 import unittest
 
-from session import Workspace, simulator
+from session import Workspace, beside_it
 
 
 def resume(date="2026:03:01", time="10:00:00", rate="30", grace="10"):
@@ -22,11 +22,14 @@ def schedule(date="2026:03:02", time="09:00:00", end_date="2026:03:02", end="09:
 
 
 class StatusTest(unittest.TestCase):
+    def run_status(self, workspace, *options, zone="UTC"):
+        return subprocess.run([beside_it("zephan-status"), *options], cwd=workspace.path, capture_output=True, text=True, timeout=60,
+                              env={**os.environ, "TZ": zone})
+
     def ask(self, workspace, clock, *options, zone="UTC"):
-        done = subprocess.run([simulator(), "status", "--config", "zephan-config.xml", "--schedule", "state/schedule.xml", "--clock", clock, *options],
-                              cwd=workspace.path, capture_output=True, text=True, timeout=60, env={**os.environ, "TZ": zone})
-        self.assertEqual(done.returncode, 0, done.stderr)
-        return done.stdout
+        done = self.run_status(workspace, "--config", "zephan-config.xml", "--schedule", "state/schedule.xml", "--clock", clock, *options, zone=zone)
+        self.assertEqual(done.stderr, "")
+        return done.stdout, done.returncode
 
     def test_what_a_start_would_do(self):
         nothing = "A start now would not bring RSM back."
@@ -36,12 +39,13 @@ class StatusTest(unittest.TestCase):
             ("2026-03-01T10:04:00Z", "", "", nothing),
             ("2026-03-01T10:04:00Z", resume(), None, "A start now would resume RSM for 6 minutes at one poll every 30 s."),
             ("2026-03-01T10:04:10Z", resume(), None, "A start now would resume RSM for 5 minutes at one poll every 30 s."),
+            ("2026-03-01T09:00:00Z", resume(), None, "A start now would resume RSM for 10 minutes at one poll every 30 s."),
             ("2026-03-01T10:09:59Z", resume(), None, "A start now would resume RSM for 0 minutes at one poll every 30 s."),
             ("2026-03-01T10:10:00Z", resume(), None, nothing),
             ("2026-03-01T10:04:00Z", resume(grace="05") + "behind it", None, "A start now would resume RSM for 1 minute at one poll every 30 s."),
-            ("2026-03-01T10:04:00Z", " " + resume(), None, nothing),
-            ("2026-03-01T10:04:00Z", resume(rate="0"), None, nothing),
-            ("2026-03-01T10:04:00Z", "<ResumeRSM></ResumeRSM>", None, nothing),
+            ("2026-03-01T10:04:00Z", " " + resume(), None, nothing, "resume"),
+            ("2026-03-01T10:04:00Z", resume(rate="0"), None, nothing, "resume"),
+            ("2026-03-01T10:04:00Z", "<ResumeRSM></ResumeRSM>", None, nothing, "resume"),
             ("2026-03-01T10:04:00Z", None, schedule(), "A start now would wait for the schedule of 2026-03-02 09:00:00 GMT: 5 minutes at one poll every 30 s."),
             ("2026-03-01T10:04:00Z", resume(), schedule(),
              "A start now would resume RSM for 6 minutes at one poll every 30 s, and wait for the schedule of 2026-03-02 09:00:00 GMT."),
@@ -49,18 +53,21 @@ class StatusTest(unittest.TestCase):
             ("2026-03-02T09:02:30Z", resume("2026:03:02", "09:00:00"), schedule(),
              "A start now would go on with the schedule of 2026-03-02 09:00:00 GMT for 2 minutes at one poll every 30 s."),
             ("2026-03-02T09:05:00Z", None, schedule(), nothing),
-            ("2026-03-01T10:04:00Z", None, schedule(rate="x"), nothing),
-            ("2026-03-01T10:04:00Z", None, "\n" + schedule(), nothing),
+            ("2026-03-01T10:04:00Z", None, schedule(rate="x"), nothing, "schedule"),
+            ("2026-03-01T10:04:00Z", None, "\n" + schedule(), nothing, "schedule"),
         ]
-        for clock, resumed, scheduled, sentence in rows:
+        for clock, resumed, scheduled, sentence, *damaged in rows:
             with self.subTest(clock, resume=resumed, schedule=scheduled), Workspace() as workspace:
                 for name, text in (("resume.xml", resumed), ("schedule.xml", scheduled)):
                     if text is not None:
                         (workspace.path / "state" / name).write_text(text)
                 before = sorted((file.name, file.read_bytes()) for file in (workspace.path / "state").iterdir())
-                self.assertEqual(self.ask(workspace, clock).splitlines()[0], sentence)
-                told = json.loads(self.ask(workspace, clock, "--json"))
+                said, status = self.ask(workspace, clock)
+                self.assertEqual(said.splitlines()[0], sentence)
+                self.assertEqual(status, 1 if damaged else 0 if sentence == nothing else 3 if "would wait" in sentence else 4)
+                told = json.loads(self.ask(workspace, clock, "--json")[0])
                 self.assertEqual(told["sentence"], sentence)
+                self.assertEqual([name for name in ("resume", "schedule") if told[name]["problem"]], damaged)
                 self.assertEqual(sorted((file.name, file.read_bytes()) for file in (workspace.path / "state").iterdir()), before)
 
     def test_what_it_says_is_what_the_start_does(self):
@@ -72,7 +79,7 @@ class StatusTest(unittest.TestCase):
             with self.subTest(clock), Workspace() as workspace:
                 workspace.replay("clock 2026-03-01T10:00:00Z\n" + start + "0 connect 10 30\n"
                                  "1 command ScheduleRSM RSMStartDate=2026:03:02 RSMStartTime=09:00:00 PollingRate=20 GracePeriod=4\n100 unload\n")
-                told = json.loads(self.ask(workspace, clock, "--json"))
+                told = json.loads(self.ask(workspace, clock, "--json")[0])
                 self.assertEqual(told["start_now"]["does"], does)
                 _, events = workspace.replay(f"clock {clock}\n" + start + "2 end\n")
                 reports = [dict(event["properties"]) for event in events if event["event"] == "update-asset"]
@@ -91,20 +98,56 @@ class StatusTest(unittest.TestCase):
         with Workspace() as workspace:
             (workspace.path / "state" / "resume.xml").write_text(resume())
             (workspace.path / "state" / "schedule.xml").write_text(schedule())
-            self.assertEqual(self.ask(workspace, "2026-03-01T10:04:00Z", zone="CET-1"),
+            self.assertEqual(self.ask(workspace, "2026-03-01T10:04:00Z", zone="CET-1")[0],
                              "A start now would resume RSM for 6 minutes at one poll every 30 s, and wait for the schedule of 2026-03-02 09:00:00 GMT.\n"
                              "  now            2026-03-01 10:04:00 GMT (2026-03-01 11:04:00 CET)\n"
                              "  last known     RSM of 10 minutes at one poll every 30 s, begun 2026-03-01 10:00:00 GMT (2026-03-01 11:00:00 CET), 6 minutes left\n"
                              "  next schedule  2026-03-02 09:00:00 GMT (2026-03-02 10:00:00 CET), 5 minutes at one poll every 30 s\n")
 
-    def test_command_line(self):
+    def test_files_that_tell_nothing_are_named(self):
+        rows = [
+            # file, what is made there, state, what is said of it, exit status
+            ("zephan-config.xml", os.unlink, "missing", "is missing", 1),
+            ("zephan-config.xml", lambda path: path.write_text("<a"), "damaged", "is damaged: ", 1),
+            ("state/resume.xml", os.mkdir, "unreadable", "cannot be read: is a directory", 1),
+            ("state/schedule.xml", os.mkfifo, "unreadable", "cannot be read: is not a regular file", 1),
+            ("state/schedule.xml", lambda path: path.write_text("<b>"), "no record", "is damaged: it holds no record", 1),
+            ("state/schedule.xml", lambda path: path.write_text(schedule(rate="x")), "damaged", "is damaged: its PollingRate is of no use", 1),
+            ("state/resume.xml", lambda path: path.write_text(""), "empty", "is empty", 0),
+            ("state/resume.xml", lambda path: None, "missing", "is missing", 0),
+        ]
+        for file, make, state, said, status in rows:
+            with self.subTest(file, said=said), Workspace() as workspace:
+                make(workspace.path / file)
+                self.assertIn(f"{file} {said}", self.ask(workspace, "2026-03-01T10:04:00Z")[0])
+                told, ended = self.ask(workspace, "2026-03-01T10:04:00Z", "--json")
+                told = json.loads(told)
+                self.assertEqual(ended, status)
+                self.assertEqual(told[{"zephan-config.xml": "configuration"}.get(file, os.path.basename(file).removesuffix(".xml"))]["state"], state)
+                self.assertEqual("cannot be told" in told["sentence"], file == "zephan-config.xml" or state == "unreadable")
+
+    def test_watch_tells_what_changes(self):
         with Workspace() as workspace:
-            self.assertEqual(workspace.run("status")[0], 2)
-            self.assertEqual(workspace.run("status", "zephan-config.xml")[0], 2)
-            self.assertEqual(workspace.run("status", "--schedule", "missing")[0], 0)
-            status, said = workspace.run("status", "--config", "missing.xml")
-            self.assertEqual(status, 1)
-            self.assertIn("missing.xml", said)
+            with subprocess.Popen([beside_it("zephan-status"), "--schedule", "state/schedule.xml", "--watch"], cwd=workspace.path,
+                                  stdout=subprocess.PIPE, text=True) as watching:
+                self.assertEqual([watching.stdout.readline() for _ in range(4)][0], "A start now would not bring RSM back.\n")
+                (workspace.path / "state/new.xml").write_text(schedule(date="9000:01:01", end_date="9000:01:01"))
+                os.rename(workspace.path / "state/new.xml", workspace.path / "state/schedule.xml")
+                self.assertIn("would wait for the schedule of 9000-01-01", watching.stdout.readline())
+                watching.terminate()
+
+    def test_command_line(self):
+        rows = [((), "no file to tell"), (("zephan-config.xml",), "unexpected argument zephan-config.xml"), (("--config",), "no value"),
+                (("--config", "x", "--clock", "ten"), "not a time: ten"), (("--config", "x", "--watch", "--clock", "now"), "about the present")]
+        with Workspace() as workspace:
+            for options, said in rows:
+                done = self.run_status(workspace, *options)
+                self.assertEqual((done.returncode, said in done.stderr), (2, True), done.stderr)
+            said = self.run_status(workspace, "--schedule", "\x1b[2J\u202e").stdout
+            self.assertIn("\\x1b[2J\\u202e is missing", said)
+            self.assertEqual(workspace.run("status", "--json", "--config", "zephan-config.xml")[0], 2)
+            self.assertIn("zephan-status", workspace.run("status")[1])
+
 
 CLOCK = datetime.datetime(2026, 3, 1, 10, tzinfo=datetime.timezone.utc)
 START = ["start data-source state/schedule.xml", "start logger zephan-config.xml", "start rsm zephan-config.xml", "start web-service"]

@@ -1,13 +1,9 @@
 #include "ConfiguredPath.h"
 
 #include "config/XMLConfigData.h"
-#include "platform/agent/Logging.h"
 
 #include <algorithm>
 #include <stdexcept>
-
-// The configuration reader writes to the agent's log, and there is no agent here. What it throws says enough.
-void KRXLog(int /*level*/, const char* /*format*/, ...) {}
 
 namespace logreader {
 

@@ -29,12 +29,6 @@ bool childRuns() {
     return ::waitid(P_ALL, 0, &ended, WEXITED | WNOHANG | WNOWAIT) == 0 && ended.si_pid == 0;
 }
 
-std::optional<std::tm> localFields(std::int64_t moment) {
-    const std::time_t time = moment;
-    std::tm fields = {};
-    return ::localtime_r(&time, &fields) == nullptr ? std::nullopt : std::optional(fields);
-}
-
 // Where times had 32 bits once, the C++ library's own functions may end in 2038.
 std::chrono::microseconds realTime() {
     timespec present = {};

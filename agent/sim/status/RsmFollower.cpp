@@ -3,7 +3,7 @@
 #include "platform/Number.h"
 #include "scheduling/GmtClock.h"
 #include "sim/EventFields.h"
-#include "sim/status/StateFiles.h"
+#include "status/StateFiles.h"
 
 #include <algorithm>
 #include <cmath>
@@ -104,9 +104,9 @@ void RsmFollower::noteLine(const std::string& line, std::int64_t now) {
     } else if (line.starts_with("Disconnect : Going to exit")) {
         rsm_.disconnect(now);
     } else if (line.starts_with(schedule)) {
-        const StateFiles::Schedule file = readStateFiles("", schedulePath_, now).schedule;
-        isScheduleUntold_ = file.found != StateFiles::Found::record ||
-                            scheduling::calendarText(file.start).data() != line.substr(schedule.size());
+        const status::StateFiles::Schedule file = status::readStateFiles("", schedulePath_, now).schedule;
+        isScheduleUntold_ =
+            !file.isRecord() || scheduling::calendarText(file.start).data() != line.substr(schedule.size());
         if (!isScheduleUntold_) {
             rsm_.scheduleDelayedProfile(file.rate, file.start, file.end, file.minutes);
         }

@@ -2,9 +2,9 @@
 
 #include "scheduling/GmtClock.h"
 #include "sim/EventFields.h"
-#include "sim/status/Moment.h"
-#include "sim/status/StateFiles.h"
-#include "sim/status/StatusJson.h"
+#include "status/Moment.h"
+#include "status/StateFiles.h"
+#include "status/StatusJson.h"
 
 #include <algorithm>
 
@@ -12,6 +12,7 @@ namespace sim {
 
 namespace {
 
+using namespace status;
 using nlohmann::ordered_json;
 using State = RsmState::State;
 

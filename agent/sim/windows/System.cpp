@@ -41,12 +41,6 @@ bool childRuns() {
     return found;
 }
 
-std::optional<std::tm> localFields(std::int64_t moment) {
-    const __time64_t time = moment;
-    std::tm fields = {};
-    return ::_localtime64_s(&fields, &time) != 0 ? std::nullopt : std::optional(fields);
-}
-
 std::chrono::microseconds realTime() {
     return std::chrono::duration_cast<std::chrono::microseconds>(
         std::chrono::system_clock::now().time_since_epoch());

@@ -1,8 +1,8 @@
-#include "sim/status/StatusJson.h"
+#include "status/StatusJson.h"
 
-#include "sim/status/Moment.h"
+#include "status/Moment.h"
 
-namespace sim {
+namespace status {
 
 namespace {
 
@@ -16,6 +16,8 @@ const char* startName(StateFiles::Start start) {
             return "goes on with the schedule";
         case StateFiles::Start::waits:
             return "waits for the schedule";
+        case StateFiles::Start::unknown:
+            return "cannot be told";
         case StateFiles::Start::nothing:
             break;
     }
@@ -28,17 +30,27 @@ ordered_json momentJson(std::int64_t moment) {
     return {{"gmt", gmtText(moment)}, {"local", localText(moment)}};
 }
 
+ordered_json foundJson(const FoundFile& file) {
+    static constexpr const char* states[] = {"not named", "missing", "empty", "unreadable",
+                                             "no record", "damaged", "sound"};
+    return {{"file", file.path},
+            {"state", states[static_cast<std::size_t>(file.state)]},
+            {"problem", file.isFaulty() ? ordered_json(file.problem()) : ordered_json(nullptr)}};
+}
+
 ordered_json stateFilesJson(const StateFiles& files, std::int64_t now) {
-    ordered_json resume = {{"file", files.resume.path}, {"record", nullptr}};
-    if (files.resume.found == StateFiles::Found::record) {
+    ordered_json resume = foundJson(files.resume);
+    resume["record"] = nullptr;
+    if (files.resume.isRecord()) {
         resume["record"] = {{"began", momentJson(files.resume.began)},
                             {"minutes", files.resume.minutes},
                             {"rate", files.resume.rate},
                             {"minutes_left", files.resume.minutesLeft},
                             {"resumes", files.resume.isOpen}};
     }
-    ordered_json schedule = {{"file", files.schedule.path}, {"record", nullptr}};
-    if (files.schedule.found == StateFiles::Found::record) {
+    ordered_json schedule = foundJson(files.schedule);
+    schedule["record"] = nullptr;
+    if (files.schedule.isRecord()) {
         schedule["record"] = {{"start", momentJson(files.schedule.start)},
                               {"end", momentJson(files.schedule.end)},
                               {"minutes", files.schedule.minutes},
@@ -54,4 +66,4 @@ std::string dumped(const ordered_json& json) {
     return json.dump(2, ' ', false, ordered_json::error_handler_t::replace) + "\n";
 }
 
-}  // namespace sim
+}  // namespace status
