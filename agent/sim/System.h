@@ -23,6 +23,7 @@ std::chrono::microseconds realTime();
 
 /// Whether something stands at the path that is not a regular file.
 bool isOther(const std::filesystem::path& path);
+
 /// Sets when an existing file was modified (since 1970). Throws std::system_error.
 void setModified(const std::filesystem::path& path, std::chrono::microseconds moment);
 
