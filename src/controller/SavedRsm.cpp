@@ -6,9 +6,6 @@
 #include "scheduling/TaggedText.h"
 
 #include <algorithm>
-#include <limits>
-
-using scheduling::kSecondsPerMinute;
 
 bool ZephanRSMSingleTon::SavedRsm::readRecord(const char* contents, const char*& damaged) {
     using Value = char[scheduling::kValueSize];
@@ -20,20 +17,16 @@ bool ZephanRSMSingleTon::SavedRsm::readRecord(const char* contents, const char*&
         {"GracePeriod", grace, [](const char* number) noexcept { return *number >= '0' && *number <= '9'; }},
     };
     const bool complete = scheduling::readTaggedValues(contents, values, "ZephanRSMSingleTon", damaged);
-    savedAt = scheduling::stringToTime(date, time);
-    pollingRate = platform::readNumber(rate);
-    gracePeriod = platform::readNumber(grace);
+    *this = {scheduling::stringToTime(date, time), platform::readNumber(rate), platform::readNumber(grace)};
     return complete;
 }
 
 bool ZephanRSMSingleTon::SavedRsm::isOver(std::int64_t now) const noexcept {
-    return pollingRate < 1 || gracePeriod * kSecondsPerMinute <= now - savedAt;
+    return pollingRate < 1 || gracePeriod * scheduling::kSecondsPerMinute <= now - savedAt;
 }
 
 std::int32_t ZephanRSMSingleTon::SavedRsm::minutesLeft(std::int64_t now) const noexcept {
     // A clock set back, or a damaged date, must not make the period longer than it was.
-    const std::int64_t elapsed = std::max<std::int64_t>(0, now - savedAt);
-    const std::int64_t left = (gracePeriod * kSecondsPerMinute - elapsed) / kSecondsPerMinute;
-    using Limits = std::numeric_limits<std::int32_t>;
-    return static_cast<std::int32_t>(std::clamp<std::int64_t>(left, Limits::min(), Limits::max()));
+    const auto left = gracePeriod * scheduling::kSecondsPerMinute - std::max<std::int64_t>(0, now - savedAt);
+    return static_cast<std::int32_t>(std::max<std::int64_t>(0, left) / scheduling::kSecondsPerMinute);
 }

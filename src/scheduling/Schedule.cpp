@@ -9,16 +9,14 @@
 
 // Apart from the commands, so that whoever reads a record needs no agent.
 bool ScheduleRSMHandler::isValidDate(const char* date) noexcept {
-    constexpr std::size_t kDateLength = 10;
     const std::string_view text(date);
-    return text.size() == kDateLength && platform::readNumber(text, 0, 4) >= 1 &&
+    return text.size() == sizeof("2026:12:31") - 1 && platform::readNumber(text, 0, 4) >= 1 &&
            platform::readNumber(text, 5, 2) >= 1 && platform::readNumber(text, 8, 2) >= 1;
 }
 
 bool ScheduleRSMHandler::isValidTime(const char* time) noexcept {
-    constexpr std::size_t kTimeLength = 8;
     const std::string_view text(time);
-    return text.size() == kTimeLength && platform::readNumber(text, 0, 2) >= 0 &&
+    return text.size() == sizeof("23:59:59") - 1 && platform::readNumber(text, 0, 2) >= 0 &&
            platform::readNumber(text, 3, 2) >= 0 && platform::readNumber(text, 6, 2) >= 0;
 }
 

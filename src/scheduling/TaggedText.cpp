@@ -2,7 +2,6 @@
 
 #include "platform/agent/Logging.h"
 
-#include <algorithm>
 #include <array>
 #include <cstdio>
 #include <cstring>
