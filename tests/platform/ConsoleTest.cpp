@@ -11,8 +11,10 @@
 #include <atomic>
 #include <csignal>
 #include <cstdio>
+#include <sstream>
 #include <string>
 #include <thread>
+#include <vector>
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -198,6 +200,39 @@ TEST(Console, ThreadThatVanishesInAWriteHoldsUpNobody) {
     });
 }
 #endif
+
+TEST(Console, ManyThreadsLoseNothing) {
+    constexpr int kThreads = 8;
+    constexpr int kLines = 400;
+    support::inChild([] {
+        const int reader = redirectToPipe();
+        std::string text;
+        std::thread reading([&] { text = readAll(reader); });
+        std::vector<std::thread> threads;
+        for (int thread = 0; thread < kThreads; ++thread) {
+            threads.emplace_back([thread] {
+                for (int i = 0; i < kLines; ++i) {
+                    const std::string line = std::to_string(thread) + " " + std::to_string(i) + "\n";
+                    platform::echo(line.c_str());
+                }
+            });
+        }
+        for (std::thread& thread : threads) {
+            thread.join();
+        }
+        std::fflush(stdout);
+        ::close(STDOUT_FILENO);
+        reading.join();
+        std::array<int, kThreads> next{};
+        std::istringstream lines(text);
+        std::size_t thread = 0;
+        for (int number = 0; lines >> thread >> number;) {
+            ASSERT_EQ(number, next.at(thread)++);
+        }
+        EXPECT_TRUE(lines.eof());
+        EXPECT_EQ(next, (std::array{kLines, kLines, kLines, kLines, kLines, kLines, kLines, kLines}));
+    });
+}
 
 TEST(Console, NoneOfTwoStopsWaitsForAReader) {
     using platform::EchoWithoutWait;
