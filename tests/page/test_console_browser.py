@@ -101,7 +101,7 @@ class LivePageTest(unittest.TestCase):
         self.live.process.stdin.write("clock-step 7200\nunload\n")
         self.live.process.stdin.flush()
         wait_until(lambda: self.modes()[-1] == "none")
-        self.assertEqual([mark.text for mark in self.find("#picture .step text")], ["clock +2 h"])
+        self.assertEqual(self.ask("[...document.querySelectorAll('#picture .step text')].map(mark => mark.textContent)"), ["clock +2 h"])
         wait_until(lambda: self.ask("Math.abs(page.model.wall(picture.now) - Date.now() - 7200000) < 2000"))
 
     def test_an_event_leaves_the_focus_where_it_is(self):
