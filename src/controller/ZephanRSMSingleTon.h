@@ -123,7 +123,7 @@ class ZephanRSMSingleTon final {
         bool readRecord(const char* contents, const char*& damaged);
         /// Nothing is left of it at `now`, a GMT clock value.
         bool isOver(std::int64_t now) const noexcept;
-        /// The whole minutes that are left, at most all of them.
+        /// The whole minutes that are left: at most all of them, 0 when it is over.
         std::int32_t minutesLeft(std::int64_t now) const noexcept;
     };
     /// Reads it; nothing when no time is left, which removes the file, or when there is no readable record.

@@ -68,7 +68,7 @@ StateFiles::Resume readResume(const std::string& path, std::int64_t now) {
         resume.began = saved.savedAt;
         resume.rate = saved.pollingRate;
         resume.minutes = saved.gracePeriod;
-        resume.minutesLeft = std::max(0, saved.minutesLeft(now));
+        resume.minutesLeft = saved.minutesLeft(now);
         resume.isOpen = !saved.isOver(now) && resume.canBeWritten;
     }
     return resume;
