@@ -1,5 +1,5 @@
-# zephan_install_program(NAME SUMMARY): installs a program with its manual page, which is made of its --help, and with its
-# completion for bash, which lies beside its CMakeLists.txt.
+# zephan_install_program(NAME SUMMARY): installs a program with its manual page, which is made of its --help and of the files
+# that all of them know, and with its completion for bash, which lies beside its CMakeLists.txt.
 find_program(HELP2MAN help2man)
 
 function(zephan_install_program name summary)
@@ -12,9 +12,9 @@ function(zephan_install_program name summary)
     set(page ${CMAKE_CURRENT_BINARY_DIR}/${name}.1)
     add_custom_command(OUTPUT ${page}.gz
         COMMAND ${HELP2MAN} --no-info --name=${summary} --version-string=${PROJECT_VERSION} --output=${page}
-            $<TARGET_FILE:${name}>
+            --include=${PROJECT_SOURCE_DIR}/cmake/package/files.h2m $<TARGET_FILE:${name}>
         COMMAND gzip -9nf ${page}
-        DEPENDS ${name} COMMENT "Manual page of ${name}" VERBATIM)
+        DEPENDS ${name} ${PROJECT_SOURCE_DIR}/cmake/package/files.h2m COMMENT "Manual page of ${name}" VERBATIM)
     add_custom_target(${name}-manual ALL DEPENDS ${page}.gz)
     install(FILES ${page}.gz DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT simulator)
 endfunction()

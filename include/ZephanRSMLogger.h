@@ -9,9 +9,10 @@
 // - No exception leaves a function and no failure stops the host: a failure answers -1 (or as
 //   stated) and writes a log line through the agent's own logging library.
 // - Texts are 8-bit and NUL-terminated. "Null" is a null pointer. A handle is an opaque value.
-// - "Start/stop thread" means: any host thread; a start or stop that overlaps another one
-//   may wait for it. All other functions may be called from any thread at any time, also during a
-//   start or a stop.
+// - Brackets hold the threads that may call a function and, after a semicolon, when. "[any thread]":
+//   also during a start or a stop. "[start-stop]": any thread of the host; a start or stop that
+//   overlaps another one may wait for it. A call at another time does less, but no harm, except
+//   where it says "not while".
 // - Names are part of the binary interface, spelled as they are here:
 //   `ZPXRSMDSExectue`, `ZPXRSMDSDestoryResponse` and `ZPXRSMLoggerStatup` are intended.
 //
@@ -73,7 +74,6 @@
 // - A disconnect or "ExitRSM" takes effect after one more poll, that is within one interval.
 // - A stop during RSM takes its three seconds, during which polls go on. To stop quickly, disconnect,
 //   wait for one interval, and stop then.
-// - Until the data source is started every command answers 1, an unknown one too.
 // - KRXLogSetFunc and KRXLogSetAuditFunc are the agent's own; platform/agent/Logging.h declares them as
 //   the module sees them.
 //
@@ -186,33 +186,38 @@ typedef struct PropList {
 /// saved RSM and picks up a stored schedule; either may take as long as the enterprise takes to
 /// answer. A null service agent is not kept; without one nothing is polled or reported. `handle`: may
 /// be null; receives the controller's handle. `initParam`: path of the XML configuration file; blanks
-/// and tabs around it are removed; not looked at when the configuration is loaded already.
-/// Start/stop thread. 0, or -1 with `*handle` unchanged.
+/// and tabs around it are removed; not looked at when the configuration is loaded already. 0, or -1
+/// with `*handle` unchanged.
+/// [start-stop; after ZPXRSMDSStartup and ZPXRSMLoggerStatup where those are used]
 ZP_EXPORT int8_t ZPRSMExtnStartup(void** handle, ZPServiceAgent* serviceAgent, const char* initParam);
 
 /// Stops the RSM extension: closes the schedule file and, when the logger was never started, ends
-/// the polling thread (waiting at most about 3 s for it) and all objects. Start/stop thread. 0, or
-/// -1 for a null handle.
+/// the polling thread (waiting at most about 3 s for it) and all objects. 0, or -1 for a null handle.
+/// [start-stop; before ZPXRSMDSShutdown and ZPXRSMLoggerShutdown]
 ZP_EXPORT int8_t ZPRSMExtnShutdown(void* handle);
 
 // ---- Data-source extension ----------------------------------------------------------------------
 
 /// Starts the data-source extension with the path of the schedule file, which is created when it is
 /// missing; the first path stays in force. `handle`: may be null; receives a handle that no function
-/// needs. Start/stop thread. 0, or -1 with `*handle` unchanged.
+/// needs. 0, or -1 with `*handle` unchanged.
+/// [start-stop; before ZPRSMExtnStartup]
 ZP_EXPORT int8_t ZPXRSMDSStartup(void** handle, const char* scheduleFilePath);
 
-/// Writes the life-cycle line; releases nothing. Any thread. Always 0.
+/// Writes the life-cycle line; releases nothing. Always 0.
+/// [any thread; after ZPRSMExtnShutdown]
 ZP_EXPORT int8_t ZPXRSMDSShutdown(void);
 
-/// The data source has no values. Any thread. Always 2.
+/// The data source has no values. Always 2.
+/// [any thread]
 ZP_EXPORT int32_t ZPXRSMDSGet(void);
 ZP_EXPORT int32_t ZPXRSMDSSet(void);
 
 /// Runs a command. `input` may be null: no properties. `response` may be null; otherwise it receives
 /// a new list that the caller releases with `ZPXRSMDSDestroyPropList`, null when the command was
-/// carried out and there was no memory for its answer, and stays unchanged when there is none. Any
-/// thread. 0 done, 1 failed, 2 command not recognised.
+/// carried out and there was no memory for its answer, and stays unchanged when there is none. 0 done,
+/// 1 failed, 2 command not recognised.
+/// [any thread; after ZPXRSMDSStartup: until then every command answers 1, an unknown one too]
 ///
 /// "ScheduleRSM" orders RSM, now or later, and replaces an order that still waits. Its properties:
 ///
@@ -245,44 +250,53 @@ ZP_EXPORT int32_t ZPXRSMDSSet(void);
 ZP_EXPORT int32_t ZPXRSMDSExectue(void* reserved1, void* reserved2, const char* command,
                                   const PropList* input, PropList** response);
 
-/// Answers are released with `ZPXRSMDSDestroyPropList` only. Any thread. Always -1.
+/// Answers are released with `ZPXRSMDSDestroyPropList` only. Always -1.
+/// [any thread]
 ZP_EXPORT int8_t ZPXRSMDSDestoryResponse(void);
 
-/// Releases a list: every non-null field, the records, the list (null is accepted). Any thread. Always 0.
+/// Releases a list: every non-null field, the records, the list (null is accepted). Always 0.
+/// [any thread]
 ZP_EXPORT int8_t ZPXRSMDSDestroyPropList(void* reserved1, void* reserved2, PropList* list);
 
 // ---- Logger extension ---------------------------------------------------------------------------
 
 /// Starts the file logger with the path of the XML configuration file, used as it arrives. Deletes
 /// old log files. Afterwards the host hands every log and audit message to the two functions below.
-/// Start/stop thread. 0, or -1.
+/// 0, or -1.
+/// [start-stop; before ZPRSMExtnStartup]
 ZP_EXPORT int8_t ZPXRSMLoggerStatup(const char* initParam);
 
 /// Ends the polling thread (waiting at most about 3 s for it), the logger and all objects, and
-/// clears the agent's two log hooks. Start/stop thread. Always 0.
+/// clears the agent's two log hooks. Always 0.
+/// [start-stop; after all other stops]
 ZP_EXPORT int8_t ZPXRSMLoggerShutdown(void);
 
 /// Takes one log message: written to the log file when it passes the configured level, and echoed
 /// to standard output. The text is copied. May be re-entered on the same thread. 0, or -1 for null.
+/// [any thread; while the logger is not started it only echoes]
 ZP_EXPORT int8_t ZPXRSMLoggerLog(uint8_t level, const char* message);
 
 /// Takes one audit message: as above, and searched for the configured texts of remote activity. The
 /// call that begins an activity returns when the enterprise has been told, by this thread or by one
 /// that is at it and goes on to, and the modality script has ended; audit messages of other threads do
 /// not wait for that. 0, or -1 for a null message.
+/// [any thread; while the logger is not started it only echoes]
 ZP_EXPORT int8_t ZPXRSMLoggerAudit(const char* message);
 
 // ---- Web-service extension ----------------------------------------------------------------------
 
 /// Keeps the service agent unless one is held, as `ZPRSMExtnStartup`, and stores the controller's
-/// handle; `*handle` stays unchanged when memory ran out. Start/stop thread. 0, or -1 for a null slot.
+/// handle; `*handle` stays unchanged when memory ran out. 0, or -1 for a null slot.
+/// [start-stop]
 ZP_EXPORT int8_t ZPXRSMWSStartup(void** handle, ZPServiceAgent* serviceAgent);
 
-/// Writes the life-cycle line; releases nothing. Any thread. 0, or -1 for a null handle.
+/// Writes the life-cycle line; releases nothing. 0, or -1 for a null handle.
+/// [any thread]
 ZP_EXPORT int8_t ZPXRSMWSShutdown(void* handle);
 
 /// Makes a service object, a C++ object (ZephanRSMService.h) that the host owns until it gives it
-/// back. `*service` is null when memory ran out. Any thread. 0, or -1 when either argument is null.
+/// back. `*service` is null when memory ran out. 0, or -1 when either argument is null.
+/// [any thread; after ZPXRSMWSStartup, which gives the handle]
 ///
 /// The service "ZephanServices" has the namespace
 /// "urn:corvane-krx:urn:corvane-krx:ZephanServices_v1_0" and two operations:
@@ -298,7 +312,8 @@ ZP_EXPORT int8_t ZPXRSMWSShutdown(void* handle);
 /// 0, or -1 when no thread could be started. "disconnect" answers 0.
 ZP_EXPORT int8_t ZPXRSMWSCreateService(void* handle, ZPService** service);
 
-/// Destroys a service object (null is accepted). Any thread. Always 0.
+/// Destroys a service object (null is accepted). Always 0.
+/// [any thread; not while one of the object's calls runs]
 ZP_EXPORT int8_t ZPXRSMWSDestroyService(void* handle, ZPService* service);
 
 #ifdef __cplusplus

@@ -74,8 +74,8 @@ build() {
 
 BUILD_PACKAGES=(cmake ninja-build g++ libexpat1-dev libedit-dev libre2-dev zlib1g-dev nlohmann-json3-dev
     libmicrohttpd-dev pkg-config)
-PACKAGE_PACKAGES=(dpkg-dev file help2man lintian)
-TEST_PACKAGES=(libgtest-dev libxml2-utils python3 curl "${PACKAGE_PACKAGES[@]}" bash-completion)
+PACKAGE_PACKAGES=(dpkg-dev file help2man lintian python3)
+TEST_PACKAGES=(libgtest-dev libxml2-utils curl "${PACKAGE_PACKAGES[@]}" bash-completion)
 BROWSER_PACKAGES=(chromium chromium-driver python3-selenium)
 WINDOWS_PACKAGES=(libgtest-dev python3 dpkg-dev g++-mingw-w64-x86-64-posix g++-mingw-w64-i686-posix wine64)
 BENCH_PACKAGES=(libbenchmark-dev libspdlog-dev dpkg-dev strace)

@@ -56,6 +56,11 @@ zephan-status.
 
 Exit status: 0 ran to the end, 1 a scenario line or the module could not be used, or the module hangs, 2 wrong usage,
 3 (with --strict or --report) a start failed.
+
+Examples:
+  $ krx-agent-sim replay --brief --report visit.html service-visit.scenario
+  $ krx-agent-sim run --http 8080 service-visit.scenario
+  $ krx-agent-sim report trace.jsonl -o visit.html
 )";
 
 namespace {

@@ -5,6 +5,7 @@ A command is an indented line of a document that begins with a program of the pr
 with "$ ", what is below it is what the command prints ("..." stands for any lines). Lines in a fenced block are the
 simulator's, as the replays of the examples print them. KRX_AGENT_SIM is the simulator, beside the other programs.
 """
+import json
 import os
 import pathlib
 import re
@@ -150,7 +151,7 @@ class DocumentsTest(unittest.TestCase):
                 self.assertTrue(line.strip() == "..." or line.rstrip() in printed, line)
 
     def test_tables_of_the_sources(self):
-        """The log lines with their levels, and the build options, are those of the sources, both ways."""
+        """Log lines with their levels, build options, exports and settings with defaults are those of the sources, both ways."""
         found, kept, levels = {}, {}, {"Warn": "40", "Error": "50", "Force": "250"}
         for path in (ROOT / "src").rglob("*.[ch]*"):
             code = re.sub(r"^\s*(//|#).*|\s//.*$", "", path.read_text(encoding="utf-8"), flags=re.M)
@@ -166,6 +167,18 @@ class DocumentsTest(unittest.TestCase):
         functions = re.findall(r"(?:(\w+)\(|^(\w+)$)", (ROOT / "src" / "entry" / "agent-functions").read_text(), re.M)
         page = set(re.findall(r"`(\w+)`", (ROOT / "docs" / "agent-interface.md").read_text(encoding="utf-8")))
         self.assertEqual({name or plain for name, plain in functions} - page, set())
+        pages = pathlib.Path(self.shell("scripts/manual build; pwd", tree := self.tree()).stdout.strip(), "build")
+        exports = re.findall(r"<elf-symbol name='(ZP\w+)'", (ROOT / "src" / "entry" / "exports.abi").read_text())
+        brackets = re.findall(r"^\.SS (ZP.*)\n(?:.*\n)*?\\fI\[(?:any|start)", (pages / "zephan-rsm-logger.3").read_text(), re.M)
+        self.assertEqual(sorted(exports), sorted(", ".join(brackets).split(", ")))
+        (tree / "empty.xml").write_text("<empty/>")
+        checked = json.loads(self.shell("zephan-config-check --json empty.xml || true", tree).stdout)["files"][0]["settings"]
+        defaults = {one["name"]: one.get("value") or "none" for one in checked}
+        told = {}
+        for section in (pages / "zephan-config.5").read_text().replace("\\-", "-").replace("\\e", "\\").split(".SH ")[3:]:
+            for own, default in re.findall(r"(?:\.TP\n\\fB(\w+)\\fR\n|\A\w+\n).*When absent: (.+?)(?:[.,]? .*|\.?)$", section, re.M):
+                told["/".join(filter(None, (section.split("\n", 1)[0], own)))] = default
+        self.assertEqual(told, defaults)
         options = set(re.findall(r"^(?:option|set)\((ZEPHAN_\w+)", (ROOT / "CMakeLists.txt").read_text(), re.M))
         self.assertEqual(options, set(re.findall(r"^\| `(ZEPHAN_\w+)`", (ROOT / "docs" / "package.md").read_text(), re.M)))
 

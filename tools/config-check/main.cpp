@@ -34,8 +34,8 @@ Exit status:
   2  wrong usage, or a FILE could not be read
 
 Examples:
-  zephan-config-check zephan-config.xml
-  zephan-config-check --quiet --schedule=state/schedule.xml zephan-config.xml
+  $ zephan-config-check zephan-config.xml
+  $ zephan-config-check --quiet --schedule=state/schedule.xml zephan-config.xml
 )";
 
 enum ExitStatus : int { nothingFound = 0, somethingFound = 1, failed = 2 };

@@ -117,11 +117,11 @@ ZONE is a name (Europe/Berlin, UTC), a distance from UTC (+02:00), or what TZ ta
 Exit status: 0 entries were printed, 1 there were none to print, 2 wrong usage, or a file could not be read.
 
 Examples:
-  zephan-log --since "yesterday 18:00" --until 08:00 log/kelp-logs.xml
-  zephan-log --since -2h --exclude 'Force Polling' --config zephan-config.xml
-  zephan-log --follow -i --grep tunnel log/kelp-logs.xml
-  zephan-log --follow --json --cursor-file shipped log/kelp-logs.xml | collector
-  zephan-log --json --log-zone +09:00 --utc copied/kelp-logs.xml | jq -r .text
+  $ zephan-log --since "yesterday 18:00" --until 08:00 log/kelp-logs.xml
+  $ zephan-log --since -2h --exclude 'Force Polling' --config zephan-config.xml
+  $ zephan-log --follow -i --grep tunnel log/kelp-logs.xml
+  $ zephan-log --follow --json --cursor-file shipped log/kelp-logs.xml | collector
+  $ zephan-log --json --log-zone +09:00 --utc copied/kelp-logs.xml | jq -r .text
 )";
 
 Options parseOptions(int count, char** words) {

@@ -44,8 +44,8 @@ Exit status:
   4  a start would resume RSM, or go on with a schedule
 
 Examples:
-  zephan-status --config zephan-config.xml --schedule state/schedule.xml
-  zephan-status --config zephan-config.xml --json | jq -r .sentence
+  $ zephan-status --config zephan-config.xml --schedule state/schedule.xml
+  $ zephan-status --config zephan-config.xml --json | jq -r .sentence
 )";
 
 enum ExitStatus : int { notOn = 0, faulty = 1, wrongUsage = 2, waits = 3, resumes = 4 };
