@@ -6,7 +6,7 @@ install(DIRECTORY examples/ DESTINATION ${share} COMPONENT simulator
     FILES_MATCHING PATTERN *.scenario PATTERN zephan-config.xml)
 install(DIRECTORY examples/ DESTINATION ${documents}/examples COMPONENT dev FILES_MATCHING PATTERN *.c PATTERN *.cpp)
 install(DIRECTORY docs/ DESTINATION ${documents}/docs COMPONENT dev)
-install(FILES README.md CHANGELOG.md DESTINATION ${documents} COMPONENT dev OPTIONAL)
+install(FILES README.md CHANGELOG.md SECURITY.md DESTINATION ${documents} COMPONENT dev OPTIONAL)
 
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME zephan-rsm-logger)
