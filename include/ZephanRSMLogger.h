@@ -85,9 +85,10 @@
 //   the agent's log (KRXLog)         all that call in, "Data Polling"
 //   sending the RSM profile          one at a time: "Data Polling"; an until the enterprise answers; an
 //     to the enterprise              order while RSM runs;             order without a polling thread
-//                                    ZPRSMExtnStartup; the audit       also tells what came in
-//                                    message that begins activity.     in between
-//                                    Others leave theirs to it
+//                                    ZPRSMExtnStartup; the audit       also tells what changes in
+//                                    message that begins activity.     the meantime
+//                                    A second one leaves its change
+//                                    to the first and goes on
 //   ForcePoll of asset 0             "Data Polling"                    until it returns
 //   the agent's thread functions     orders, starts and stops          a stop waits at most 3 seconds
 //   the modality script              the audit message that begins     until the script ends
@@ -100,8 +101,7 @@
 //
 // The host holds no lock
 // - across a start, a stop, "connect", "disconnect" or a command, that another thread may need in
-//   the agent's log, in sending to the enterprise, in ForcePoll or in the thread functions: one
-//   order waits for another one that is being reported;
+//   the agent's log, in sending to the enterprise, in ForcePoll or in the thread functions;
 // - across ZPXRSMLoggerAudit, that sending to the enterprise needs.
 // The agent's log may hold a lock of its own around its hook, one that its holder may take again.
 //
@@ -278,7 +278,7 @@ ZP_EXPORT int8_t ZPXRSMLoggerLog(uint8_t level, const char* message);
 
 /// Takes one audit message: as above, and searched for the configured texts of remote activity. The
 /// call that begins an activity returns when the enterprise has been told, by this thread or by one
-/// that is at it and goes on to, and the modality script has ended; audit messages of other threads do
+/// that is already reporting, and the modality script has ended; audit messages of other threads do
 /// not wait for that. 0, or -1 for a null message.
 /// [any thread; while the logger is not started it only echoes]
 ZP_EXPORT int8_t ZPXRSMLoggerAudit(const char* message);

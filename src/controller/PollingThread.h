@@ -29,7 +29,7 @@ class PollingThread final {
     PollingThread(const PollingThread&) = delete;
     PollingThread& operator=(const PollingThread&) = delete;
 
-    /// 0, or the system's error code when the mutex could not be created: then no thread can be had.
+    /// 0, or the system's error code when the mutex could not be created: then no thread can be started.
     int creationError() const noexcept { return threadMutex_.creationError(); }
 
     // ---- For orders, on any thread
@@ -48,7 +48,7 @@ class PollingThread final {
     // ---- For the stop
 
     /// Starts no thread any more, waits at most 3000 ms for the one there is, and drops it. Never waits for a
-    /// caller of `createThread`: a thread that is being started meanwhile is ended by its starter.
+    /// caller of `createThread`: a thread that is being started at that moment is ended by its starter.
     void stop();
     /// `stop` was called.
     bool isClosing() const;
@@ -67,7 +67,7 @@ class PollingThread final {
     struct Object;
     using Held = std::shared_ptr<Object>;
 
-    /// `ended`: a stop began meanwhile, and the caller ends that thread.
+    /// `ended`: a stop has begun, and the caller ends that thread.
     Creation generateThread(KRXThreadEntry entry, void* argument, Held& ended);
     /// Of a start that its thread has not come to the end of.
     void forgetStart();

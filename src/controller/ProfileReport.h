@@ -33,7 +33,7 @@ class ProfileReport final {
     void introduce(KRX::ServiceAgentNS::VirtualAsset& asset) { clientOf(asset); }
 
     /// Sends the profile of `state`, and logs it, or that the enterprise did not take it. Blocks until
-    /// the enterprise answers. What the agent throws meanwhile is dropped.
+    /// the enterprise answers. Anything the agent throws is dropped.
     void send(const RsmState& state);
 
     /// Profile date text, "2007-30-09 GMT 05:06:00"; room for 40 characters.

@@ -208,7 +208,7 @@ RsmState::Effects RsmState::holdForActivity(std::int64_t /*now*/) noexcept {
 }
 
 RsmState::Effects RsmState::markLastPoll(std::int64_t /*now*/) noexcept {
-    // A period that was ordered anew meanwhile is not over: its polls have yet to be counted. Nor is one in
+    // A period that was ordered anew in between is not over: its polls have yet to be counted. Nor is one in
     // which remote activity has begun since the step before.
     if (pollCount == pollLimit() - 1.0 && inGracePeriod && !restartRequested && !remoteActivity) {
         activityGracePeriod = 0;

@@ -206,7 +206,7 @@ bool LogFileWriter::moveToArchive() {
     const std::string plain = date.data();
     if (!file_->hasArchive(plain + ".xml")) {
         const platform::Renaming outcome = file_->moveToArchive(plain + ".xml");
-        // An archive that could not be opened just now is there all the same, and must not be lost.
+        // An archive that could not be opened just now still exists, and must not be lost.
         if (outcome != platform::Renaming::NameTaken) {
             if (collisionFlag_) {
                 collisionFlag_ = false;

@@ -24,7 +24,7 @@ class ObserverList final {
     }
 
     std::size_t count() const noexcept { return observers_.size(); }
-    /// The observer at a position, or null when one before it was detached meanwhile.
+    /// The observer at a position, or null when one before it has been detached.
     ObserverType* at(std::size_t position) const noexcept {
         return position < observers_.size() ? observers_[position] : nullptr;
     }

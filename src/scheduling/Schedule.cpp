@@ -7,7 +7,7 @@
 #include <cstdio>
 #include <string_view>
 
-// Apart from the commands, so that whoever reads a record needs no agent.
+// Apart from the commands, so that reading a record needs no agent.
 bool ScheduleRSMHandler::isValidDate(const char* date) noexcept {
     const std::string_view text(date);
     return text.size() == sizeof("2026:12:31") - 1 && platform::readNumber(text, 0, 4) >= 1 &&
