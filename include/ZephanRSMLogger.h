@@ -9,6 +9,7 @@
 // - No exception leaves a function and no failure stops the host: a failure answers -1 (or as
 //   stated) and writes a log line through the agent's own logging library.
 // - Texts are 8-bit and NUL-terminated. "Null" is a null pointer. A handle is an opaque value.
+//   The texts of the configuration are in UTF-8 once read; messages are searched byte by byte.
 // - Brackets hold the threads that may call a function and, after a semicolon, when. "[any thread]":
 //   also during a start or a stop. "[start-stop]": any thread of the host; a start or stop that
 //   overlaps another one may wait for it. A call at another time does less, but no harm, except
@@ -70,7 +71,8 @@
 // ---- When what happens --------------------------------------------------------------------------
 //
 // - The first poll comes one whole interval after the order. An order has no upper bound: a connect
-//   for 2147483647 minutes is accepted.
+//   for 2147483647 minutes is accepted. One that comes to no poll (0 minutes, a rate below 1 or above
+//   60 seconds) is accepted, too, reported, and over at once unless remote activity goes on.
 // - A disconnect or "ExitRSM" takes effect after one more poll, that is within one interval.
 // - A stop during RSM takes its three seconds, during which polls go on. To stop quickly, disconnect,
 //   wait for one interval, and stop then.
@@ -115,7 +117,8 @@
 //   hold. The library must not be unloaded before all of them have left it, all service objects are
 //   destroyed and the thread "Data Polling" has ended: a stop that logs "FORCEFULLY" has left that
 //   to the agent's KRXThreadDestroy.
-// - A child of fork() calls nothing here; it may exec or end.
+// - A child of fork() calls nothing here; it may exec or end. A daemon forks before its first start.
+// - A signal handler calls nothing here.
 #ifndef ZEPHAN_RSM_LOGGER_H
 #define ZEPHAN_RSM_LOGGER_H
 
