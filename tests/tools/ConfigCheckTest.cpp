@@ -156,6 +156,10 @@ const support::Rows<RefusedRow> refusedRows(
          "write '&amp;'"},
         {"bare less-than sign", "<z>\n<Script>a < b</Script></z>", "2:11 error not-well-formed",
          "write '&lt;'"},
+        {"less-than sign before a word", "<z>\n<Script>a <b</Script></z>", "2:11 error not-well-formed",
+         "write '&lt;'"},
+        {"tag without its end", "<z>\n<FileSize\n<LogLevel/></z>", "3:1 error not-well-formed",
+         "the tag of 'FileSize' has no '>'"},
         {"less-than sign in a value", "<z>\n<Script a='<'/></z>", "2:12 error not-well-formed",
          "write '&lt;'"},
         {"typographic quotes", "<?xml version=\u201c1.0\u201d?>\n<z/>", "1:15 error not-well-formed",
@@ -323,7 +327,9 @@ TEST_F(ConfigCheckTest, WrittenByOthers) {
     EXPECT_EQ(with("config.xml", perms::others_write), "1:1 warning others-may-write");
     EXPECT_EQ(with("", perms::others_write), "1:1 warning others-may-write");
     EXPECT_EQ(with("", perms::others_write | perms::sticky_bit), "");
+    EXPECT_EQ(with("config.xml", perms::others_write | perms::sticky_bit), "1:1 warning others-may-write");
     EXPECT_EQ(with("bin/run.sh", perms::others_write), "2:9 warning others-may-write");
+    EXPECT_EQ(with("bin", perms::others_write), "2:9 warning others-may-write");
 }
 
 // The sanitizers' own memory is not the program's.
@@ -448,6 +454,7 @@ const support::Rows<CommandRow> commandRows(
      {"version", "--version", 0, "zephan-config-check " VERSION "\n"},
      {"no file", "", 2, "no FILE to check\nTry zephan-config-check --help.\n"},
      {"unknown option", "--no-such good.xml", 2, "unknown option --no-such"},
+     {"unknown letter", "--quiet -zj good.xml", 2, "unknown option -z\n"},
      {"option without its value", "--schedule", 2, "no value for option --schedule"},
      {"empty path of the schedule", "--schedule= good.xml", 2, "the path of the schedule file is empty"},
      {"file that is not there", "gone.xml", 2, "zephan-config-check: gone.xml: No such file or directory"},

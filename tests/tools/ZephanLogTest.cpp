@@ -147,7 +147,7 @@ const support::Rows<OptionsRow> optionsRows(
         {"disk usage", "--disk-usage log/k.xml", "126 bytes in 1 file\n"},
         {"until before since", "-S 2026-03-02 -U 2026-03-01 log/k.xml",
          "status 1 zephan-log: --until lies before --since, so there is nothing to print\n"},
-        {"levels", "-p 3 log/k.xml",
+        {"levels", "log/k.xml -p",
          "status 2 zephan-log: entries carry no levels, so there is no -p; --grep chooses by the message\n"
          "Try zephan-log --help.\n"},
         {"unknown letter", "-izz log/k.xml",
@@ -182,6 +182,8 @@ const support::Rows<OptionsRow> optionsRows(
         {"standard input", "-g first <log/k.xml", kFirst},
         {"empty standard input", "-", "status 1 "},
         {"full device", "log/k.xml >/dev/full",
+         "status 2 zephan-log: standard output: No space left on device\n"},
+        {"files to a full device", "--files log/k.xml >/dev/full",
          "status 2 zephan-log: standard output: No space left on device\n"},
     },
     [](const OptionsRow& row) {
@@ -244,6 +246,8 @@ TEST_F(ZephanLogTest, ACursorGoesOnBehindTheLastEntryPrinted) {
     workspace.write("cursor", "");
     EXPECT_EQ(run(command + " -q"), "7\n");
     EXPECT_EQ(workspace.read("said"), "");
+    EXPECT_EQ(run("--cursor-file log/k2026_3_1_9_0_5.xml log/k.xml"),
+              "status 2 zephan-log: log/k2026_3_1_9_0_5.xml: not a cursor, so it is left alone\n");
 }
 
 TEST_F(ZephanLogTest, APagerShowsEntriesOnATerminal) {
@@ -266,6 +270,11 @@ TEST_F(ZephanLogTest, CompressedFiles) {
     EXPECT_EQ(run("-o cat log/k.xml"), "a\nb\n");
     EXPECT_EQ(output("cd log && cat *.gz *.gz >two.xml.gz && head -c 30 two.xml.gz >cut.xml.gz"), "");
     EXPECT_EQ(run("-o cat log/two.xml.gz"), "a\na\n");
+    EXPECT_EQ(
+        output("cd log && head -c 512 /dev/zero >>two.xml.gz && (cat k2*.gz && echo more) >more.xml.gz"), "");
+    EXPECT_EQ(run("-o cat log/two.xml.gz"), "a\na\n");
+    EXPECT_EQ(run("-o cat log/more.xml.gz"),
+              "a\nstatus 2 zephan-log: log/more.xml.gz: not what gzip has written\n");
     EXPECT_EQ(run("-o cat log/cut.xml.gz log/k.xml"),
               "a\nb\nstatus 2 zephan-log: log/cut.xml.gz: the compressed file ends in its middle\n");
 }

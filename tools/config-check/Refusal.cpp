@@ -81,10 +81,15 @@ std::string stumble(const config::Document& document, Position& position) {
     }
     const std::size_t tag = text.substr(0, byte).find_last_of("<>");
     const bool isInTag = tag != std::string_view::npos && text[tag] == '<';
-    if ((isInTag && tag + 1 == byte && !from(byte).starts_with('/')) ||
-        (isInTag && from(byte).starts_with('<') &&
-         text.substr(tag, byte - tag).find('=') != std::string_view::npos)) {
-        if (tag + 1 == byte) {
+    if (isInTag && (from(byte).starts_with('<') || (tag + 1 == byte && !from(byte).starts_with('/')))) {
+        const std::string_view inTag = text.substr(tag + 1, byte - tag - 1);
+        const bool isBare = inTag.find('=') == std::string_view::npos;
+        const std::string_view name = inTag.substr(inTag.starts_with('/') ? 1 : 0);
+        const std::string_view element = name.substr(0, name.find_first_of(kBlanks));
+        if (isBare && !element.empty() && (document.open == nullptr || name != inTag || findTag(element))) {
+            return "the tag of " + shown(element) + " has no '>'";
+        }
+        if (isBare && std::all_of(inTag.begin(), inTag.end(), [](char c) { return c >= ' '; })) {
             moveTo(tag);
         }
         return "'<' begins a tag; for the character itself write '&lt;'";

@@ -94,7 +94,8 @@ void checkWriters(const Inspection& in, Position position, const char* what, con
     const fs::perms allowed = fs::status(path, error).permissions();
     const auto allows = [&](fs::perms one) { return (allowed & one) != fs::perms::none; };
     // In a sticky folder nobody replaces the files of others.
-    if (!error && allows(fs::perms::others_write) && !allows(fs::perms::sticky_bit)) {
+    if (!error && allows(fs::perms::others_write) &&
+        !(allows(fs::perms::sticky_bit) && fs::is_directory(path, error))) {
         in.warning(position, "others-may-write", "others may write ", what, shown(path.string()),
                    ": they can make it run anything with the agent's rights");
     }
@@ -103,9 +104,11 @@ void checkWriters(const Inspection& in, Position position, const char* what, con
 }  // namespace
 
 void checkScript(const Inspection& in) {
-    const fs::path folder = fs::path(in.file).parent_path();
+    const auto folderOf = [](const fs::path& file) {
+        return file.has_parent_path() ? file.parent_path() : fs::path(".");
+    };
     checkWriters(in, in.root().place, "the configuration ", in.file);
-    checkWriters(in, in.root().place, "the folder of the configuration, ", folder.empty() ? "." : folder);
+    checkWriters(in, in.root().place, "the folder of the configuration, ", folderOf(in.file));
     const Element* const script = in.originOf(Setting::Script);
     if (script == nullptr || script->first == Element::First::comment) {
         return;
@@ -118,6 +121,7 @@ void checkScript(const Inspection& in) {
             in.pathError(position, "script", fault, path);
         } else {
             checkWriters(in, position, "the script ", path);
+            checkWriters(in, position, "the folder of the script, ", folderOf(path));
         }
         return fault.empty();
     };

@@ -1,5 +1,6 @@
 // zephan-config-check: the faults of a configuration, and the settings in force.
 #include "Rules.h"
+#include "common/WrongOption.h"
 
 #include <algorithm>
 #include <exception>
@@ -60,8 +61,7 @@ std::optional<Options> parseOptions(int count, char** words) {
     Options options;
     for (int found = 0; (found = ::getopt_long(count, words, ":qjs:hV", known, nullptr)) != -1;) {
         if (found == ':' || found == '?') {
-            throw std::invalid_argument(
-                std::string(found == ':' ? "no value for option " : "unknown option ") + words[::optind - 1]);
+            throw std::invalid_argument(tools::wrongOption(found, known, words));
         }
         if (found == 'h' || found == 'V') {
             std::cout << (found == 'h' ? kHelp : "zephan-config-check " CHECK_VERSION "\n");

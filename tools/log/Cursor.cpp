@@ -2,18 +2,27 @@
 
 #include "platform/File.h"
 
+#include <cerrno>
 #include <cstdio>
 #include <memory>
 #include <re2/re2.h>
+#include <stdexcept>
 
 namespace logreader {
 
 std::optional<Cursor::Place> Cursor::read() const {
     constexpr std::size_t kLongest = 100;
-    const auto text = platform::File::open(path_, platform::OpenMode::Read).readWhole(kLongest);
+    const platform::File file = platform::File::open(path_, platform::OpenMode::Read);
+    if (!file.isOpen() && errno == ENOENT) {
+        return std::nullopt;
+    }
+    const auto text = file.readWhole(kLongest);
     Place place;
     if (text && RE2::FullMatch(*text, R"(([0-9a-f]{16}(?:\.\d+)?)-(\d+)\n)", &place.mark, &place.offset)) {
         return place;
+    }
+    if (!text || text->find_first_not_of('\0') != std::string::npos) {
+        throw std::runtime_error(path_ + ": not a cursor, so it is left alone");
     }
     return std::nullopt;
 }

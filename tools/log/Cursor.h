@@ -16,7 +16,8 @@ class Cursor final {
 
     explicit Cursor(std::string path) : path_(std::move(path)) {}
 
-    /// Where the last run ended; nothing when there was none, or when the file says nothing that can be read.
+    /// Where the last run ended; nothing when there was none, or when the file is empty or holds zeros, as a power
+    /// cut may leave it. Throws std::runtime_error when something else is there: it is not to be replaced.
     std::optional<Place> read() const;
     /// Puts an id in place of the old one, by a rename: a reader of the file finds one of the two. False, with
     /// `errno`, when it cannot be written.

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <stdexcept>
 #include <utility>
 
 namespace logreader {
@@ -37,6 +38,9 @@ bool EntryReader::rest(Entry& entry) {
     atEnd_ = true;
     const bool found = take(entry) || (begin_ < end_ && give(end_ - begin_, entry));
     atEnd_ = false;
+    if (!found && failure_) {
+        std::rethrow_exception(std::exchange(failure_, nullptr));
+    }
     return found;
 }
 
@@ -119,9 +123,14 @@ bool EntryReader::refill() {
     scanned_ -= begin_;
     end_ -= begin_;
     begin_ = 0;
-    const std::size_t length = source_(buffer_.data() + end_, buffer_.size() - end_);
-    end_ += length;
-    return length > 0;
+    try {
+        const std::size_t length = source_(buffer_.data() + end_, buffer_.size() - end_);
+        end_ += length;
+        return length > 0;
+    } catch (const std::runtime_error&) {
+        failure_ = std::current_exception();  // what was read before it comes first
+        return false;
+    }
 }
 
 }  // namespace logreader

@@ -5,6 +5,7 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <exception>
 #include <functional>
 #include <optional>
 #include <string_view>
@@ -29,9 +30,10 @@ class EntryReader final {
     /// The buffer has to hold the longest entry.
     explicit EntryReader(Source source, std::size_t bufferSize = std::size_t{256} << 10U);
 
-    /// The next entry whose end is known. False when the source has no more.
+    /// The next entry whose end is known. False when the source has no more, or fails with std::runtime_error.
     bool next(Entry& entry);
-    /// The same when nothing more is to come: the bytes' end ends an entry. False when all is given out.
+    /// The same when nothing more is to come: the bytes' end ends an entry. False when all is given out; if the
+    /// source failed, its failure is thrown then.
     bool rest(Entry& entry);
 
   private:
@@ -46,6 +48,7 @@ class EntryReader final {
     bool refill();
 
     Source source_;
+    std::exception_ptr failure_;
     std::vector<char> buffer_;
     std::uint64_t bufferOffset_ = 0;  ///< of the buffer's first byte in the file
     std::size_t begin_ = 0;           ///< of what was not given out yet

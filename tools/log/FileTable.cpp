@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -23,10 +24,6 @@ std::vector<LogFile> allOf(LogFiles& files) {
     }
     std::reverse(all.begin(), all.end());
     return all;
-}
-
-void print(const std::string& text, std::FILE* output) {
-    std::fputs(text.c_str(), output);
 }
 
 struct Contents {
@@ -63,10 +60,11 @@ bool printFiles(LogFiles& files, const TimeZone& logZone, EntryWriter& times, Fo
     bool complete = true;
     std::optional<sys_seconds> moment;
     for (const LogFile& file : allOf(files)) {
+        std::optional<OpenLog> log;
+        Contents contents;
         try {
-            OpenLog log(file.path, file.file);
-            Contents contents;
-            for (Entry entry; log.entries().next(entry) || log.entries().rest(entry);) {
+            log.emplace(file.path, file.file);
+            for (Entry entry; log->entries().next(entry) || log->entries().rest(entry);) {
                 if (entry.clock) {
                     moment = logZone.momentOf(*entry.clock, moment.value_or(sys_seconds::min()));
                     contents.first = contents.first.value_or(*moment);
@@ -74,10 +72,12 @@ bool printFiles(LogFiles& files, const TimeZone& logZone, EntryWriter& times, Fo
                     ++contents.entries;
                 }
             }
-            print(line(log.path(), contents, log.file().size(), times, form), output);
         } catch (const std::runtime_error& error) {
             complain(error.what());
             complete = false;
+        }
+        if (log) {
+            writeOut(line(log->path(), contents, log->file().size(), times, form), output);
         }
     }
     return complete;
@@ -98,9 +98,9 @@ bool printDiskUsage(LogFiles& files, Form form, std::FILE* output) {
     }
     const std::string total = std::to_string(bytes);
     const std::string number = std::to_string(count);
-    print(form == Form::json ? "{\"bytes\":" + total + ",\"files\":" + number + "}\n"
-                             : total + " bytes in " + number + (count == 1 ? " file\n" : " files\n"),
-          output);
+    writeOut(form == Form::json ? "{\"bytes\":" + total + ",\"files\":" + number + "}\n"
+                                : total + " bytes in " + number + (count == 1 ? " file\n" : " files\n"),
+             output);
     return complete;
 }
 

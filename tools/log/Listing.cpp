@@ -140,10 +140,7 @@ void Listing::release() {
 }
 
 void Listing::write() {
-    if (std::fwrite(text_.data(), 1, text_.size(), printing_.output) != text_.size() ||
-        std::fflush(printing_.output) != 0) {
-        throw std::runtime_error(std::string("standard output: ") + std::strerror(errno));
-    }
+    writeOut(text_, printing_.output);
     text_.clear();
 }
 

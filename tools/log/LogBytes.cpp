@@ -71,12 +71,17 @@ std::size_t LogBytes::read(char* buffer, std::size_t size) {
                 throw std::runtime_error("the compressed file ends in its middle");
             }
         }
+        if (inflation_->betweenMembers && *stream.next_in == 0) {
+            ++stream.next_in;  // padding, as of a copy that ends in whole blocks
+            --stream.avail_in;
+            continue;
+        }
         inflation_->betweenMembers = false;
         const int result = ::inflate(&stream, Z_NO_FLUSH);
         if (result == Z_STREAM_END) {
             inflation_->betweenMembers = true;
             ::inflateReset(&stream);
-        } else if (result != Z_OK && result != Z_BUF_ERROR) {
+        } else if (result != Z_OK && result != Z_BUF_ERROR && stream.avail_out == size) {
             throw std::runtime_error("not what gzip has written");
         }
     }

@@ -3,10 +3,20 @@
 #include "ShownText.h"
 #include "platform/Console.h"
 
+#include <cerrno>
+#include <cstring>
+#include <stdexcept>
+
 namespace logreader {
 
 void complain(std::string_view text) {
     platform::complain(("zephan-log: " + shownInLine(text) + "\n").c_str());
+}
+
+void writeOut(std::string_view text, std::FILE* output) {
+    if (std::fwrite(text.data(), 1, text.size(), output) != text.size() || std::fflush(output) != 0) {
+        throw std::runtime_error(std::string("standard output: ") + std::strerror(errno));
+    }
 }
 
 std::string shownInLine(std::string_view text) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdio>
 #include <string>
 #include <string_view>
 
@@ -8,6 +9,9 @@ namespace logreader {
 /// Says on standard error what went wrong. Names and quoted texts may hold anything: control characters are shown as
 /// signs.
 void complain(std::string_view text);
+
+/// Writes all of a text and hands it on. Throws std::runtime_error when that cannot be done.
+void writeOut(std::string_view text, std::FILE* output);
 
 /// A text in one line in which a terminal finds nothing to act upon.
 std::string shownInLine(std::string_view text);

@@ -1,5 +1,7 @@
 #include "Options.h"
 
+#include "common/WrongOption.h"
+
 #include <charconv>
 #include <cstring>
 
@@ -30,19 +32,6 @@ Form readForm(const std::string& name) {
         return Form::cat;
     }
     throw UsageError("not a form of output: " + name + " (short, json or cat)");
-}
-
-/// Added to a letter: the option was written as a word.
-constexpr int kLong = 256;
-
-/// What getopt has just refused: a short option by its letter, wherever in a word it stands, a long one as written.
-std::string wrongOption(bool valueIsMissing, char** words) {
-    const bool isShort = ::optopt > 0 && ::optopt < kLong;
-    const std::string name = isShort ? std::string("-") + static_cast<char>(::optopt) : words[::optind - 1];
-    return (valueIsMissing             ? "no value for option "
-            : isShort || ::optopt == 0 ? "unknown option "
-                                       : "no value belongs to option ") +
-           name;
 }
 
 void check(const Options& options) {
@@ -150,37 +139,37 @@ Options parseOptions(int count, char** words) {
         until = 'U',
         version = 'V'
     };
-    const option known[] = {{"since", required_argument, nullptr, kLong + since},
-                            {"until", required_argument, nullptr, kLong + until},
-                            {"grep", required_argument, nullptr, kLong + grep},
+    const option known[] = {{"since", required_argument, nullptr, since},
+                            {"until", required_argument, nullptr, until},
+                            {"grep", required_argument, nullptr, grep},
                             {"exclude", required_argument, nullptr, exclude},
-                            {"ignore-case", no_argument, nullptr, kLong + ignoreCase},
-                            {"context", required_argument, nullptr, kLong + context},
-                            {"last", required_argument, nullptr, kLong + last},
-                            {"lines", required_argument, nullptr, kLong + last},
+                            {"ignore-case", no_argument, nullptr, ignoreCase},
+                            {"context", required_argument, nullptr, context},
+                            {"last", required_argument, nullptr, last},
+                            {"lines", required_argument, nullptr, last},
                             {"cursor-file", required_argument, nullptr, cursorFile},
-                            {"follow", no_argument, nullptr, kLong + follow},
-                            {"reverse", no_argument, nullptr, kLong + reverse},
-                            {"output", required_argument, nullptr, kLong + output},
+                            {"follow", no_argument, nullptr, follow},
+                            {"reverse", no_argument, nullptr, reverse},
+                            {"output", required_argument, nullptr, output},
                             {"json", no_argument, nullptr, json},
                             {"utc", no_argument, nullptr, utc},
                             {"zone", required_argument, nullptr, zone},
                             {"log-zone", required_argument, nullptr, logZone},
                             {"no-pager", no_argument, nullptr, noPager},
-                            {"quiet", no_argument, nullptr, kLong + quiet},
+                            {"quiet", no_argument, nullptr, quiet},
                             {"files", no_argument, nullptr, files},
                             {"disk-usage", no_argument, nullptr, diskUsage},
-                            {"priority", required_argument, nullptr, kLong + priority},
+                            {"priority", optional_argument, nullptr, priority},
                             {"config", required_argument, nullptr, config},
-                            {"help", no_argument, nullptr, kLong + help},
-                            {"version", no_argument, nullptr, kLong + version},
+                            {"help", no_argument, nullptr, help},
+                            {"version", no_argument, nullptr, version},
                             {nullptr, 0, nullptr, 0}};
     Options options;
     ::optind = 0;  // anew, also in a process that has read another command line
     ::opterr = 0;
     for (int found = 0;
-         (found = ::getopt_long(count, words, ":C:S:U:Vfg:hin:o:p:qr", known, nullptr)) != -1;) {
-        switch (found < 2 * kLong ? found % kLong : found) {
+         (found = ::getopt_long(count, words, ":C:S:U:Vfg:hin:o:p::qr", known, nullptr)) != -1;) {
+        switch (found) {
             case since:
                 options.since = ::optarg;
                 break;
@@ -250,7 +239,7 @@ Options parseOptions(int count, char** words) {
                 options.mode = Options::Mode::version;
                 return options;
             default:
-                throw UsageError(wrongOption(found == ':', words));
+                throw UsageError(tools::wrongOption(found, known, words));
         }
     }
     options.files.assign(words + ::optind, words + count);

@@ -168,10 +168,10 @@ class Run final {
 ExitStatus run(const Options& options) {
     switch (options.mode) {
         case Options::Mode::help:
-            std::cout << kHelp;
+            writeOut(kHelp, stdout);
             return printed;
         case Options::Mode::version:
-            std::cout << "zephan-log " TOOL_VERSION "\n";
+            writeOut("zephan-log " TOOL_VERSION "\n", stdout);
             return printed;
         case Options::Mode::files:
             return Run(options).files();

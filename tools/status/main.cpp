@@ -1,6 +1,7 @@
 // zephan-status: what an agent that does not run left behind, and what a start would do.
 #include "Options.h"
 #include "TimeWords.h"
+#include "common/WrongOption.h"
 #include "platform/Clock.h"
 #include "status/FileStatus.h"
 #include "status/StateFiles.h"
@@ -96,8 +97,7 @@ std::optional<Options> parseOptions(int count, char** words) {
                 std::cout << (found == 'h' ? kHelp : "zephan-status " TOOL_VERSION "\n");
                 return std::nullopt;
             default:
-                throw UsageError(std::string(found == ':' ? "no value for option " : "unknown option ") +
-                                 words[::optind - 1]);
+                throw UsageError(tools::wrongOption(found, known, words));
         }
     }
     if (::optind < count) {
