@@ -45,6 +45,21 @@ need() {
         >/dev/null
 }
 
+# Unpacks Debian packages, and what they need and the system lacks, below build/servers/root; nothing is installed or started.
+unpack() {
+    local place=$PWD/build/servers archive
+    say "Unpacking in build/servers: $*"
+    mkdir -p "$place/archives/partial" "$place/root"
+    quietly apt-get install -y --download-only --no-install-recommends -o Debug::NoLocking=1 \
+        -o Dir::Cache::archives="$place/archives/" "$@"
+    for archive in "$place"/archives/*.deb; do
+        if [ ! -e "$archive.unpacked" ]; then
+            dpkg-deb --extract "$archive" "$place/root"
+            touch "$archive.unpacked"
+        fi
+    done
+}
+
 # Runs a command and shows what it printed only when it fails.
 quietly() {
     local output
@@ -77,6 +92,8 @@ BUILD_PACKAGES=(cmake ninja-build g++ libexpat1-dev libedit-dev libre2-dev zlib1
 PACKAGE_PACKAGES=(dpkg-dev file help2man lintian python3)
 TEST_PACKAGES=(libgtest-dev libxml2-utils curl "${PACKAGE_PACKAGES[@]}" bash-completion)
 BROWSER_PACKAGES=(chromium chromium-driver python3-selenium)
+SERVER_PACKAGES=(prometheus prometheus-node-exporter rsyslog rsyslog-relp rsyslog-pgsql postgresql parallel gnuplot-nox
+    openssh-server)
 WINDOWS_PACKAGES=(libgtest-dev python3 dpkg-dev g++-mingw-w64-x86-64-posix g++-mingw-w64-i686-posix wine64)
 BENCH_PACKAGES=(libbenchmark-dev libspdlog-dev dpkg-dev strace)
 FUZZ_PACKAGES=(clang libclang-rt-dev)

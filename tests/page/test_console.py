@@ -232,12 +232,16 @@ class StatusTest(unittest.TestCase):
             live.do("audit", text="Remote tunnel opened by operator-7")
             status = live.status()
             self.assertIsNotNone(status["activity_since"])
+            metrics = live.get("/metrics")[1]
+            self.assertEqual([line in metrics for line in ('zephan_rsm_mode{mode="FORCE_POLL_ACTIVITY"} 1\n', "zephan_rsm_polls_total 0\n", "zephan_rsm_ends")],
+                             [True, True, False])
             live.do("schedule", date="2031:03:02", time="09:00:00", minutes=5, seconds=30)
             wait_until(lambda: live.status()["next_schedule"] is not None)
             self.assertEqual(live.status()["next_schedule"]["start"]["gmt"], "2031-03-02 09:00:00 GMT")
             live.do("kill")
             status = live.status()
             self.assertEqual(status["agent"], "killed")
+            self.assertIn('zephan_rsm_mode{mode="NOT_ACTIVE"} 1\n', live.get("/metrics")[1])
             self.assertRegex(status["sentence"], r"^The agent was killed at .* A start now would resume RSM for (9|10) minutes at one poll every 30 s, and wait for the schedule of 2031-03-02 09:00:00 GMT\.$")
 
 

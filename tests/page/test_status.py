@@ -68,6 +68,10 @@ class StatusTest(unittest.TestCase):
                 told = json.loads(self.ask(workspace, clock, "--json")[0])
                 self.assertEqual(told["sentence"], sentence)
                 self.assertEqual([name for name in ("resume", "schedule") if told[name]["problem"]], damaged)
+                metrics, status = self.ask(workspace, clock, "--metrics")
+                self.assertEqual((f'zephan_rsm_resume_pending {int("would resume" in sentence)}\n' in metrics, status), (True, 0))
+                for name in ("configuration", "resume", "schedule"):
+                    self.assertIn(f'zephan_file_state{{file="{name}",state="{told[name]["state"]}"}} 1\n', metrics)
                 self.assertEqual(sorted((file.name, file.read_bytes()) for file in (workspace.path / "state").iterdir()), before)
 
     def test_what_it_says_is_what_the_start_does(self):
@@ -126,6 +130,15 @@ class StatusTest(unittest.TestCase):
                 self.assertEqual(told[{"zephan-config.xml": "configuration"}.get(file, os.path.basename(file).removesuffix(".xml"))]["state"], state)
                 self.assertEqual("cannot be told" in told["sentence"], file == "zephan-config.xml" or state == "unreadable")
 
+    def test_metrics_of_the_log(self):
+        with Workspace() as workspace:
+            for name, size, written in (("kelp-logs.xml", 10, 1700000100), ("kelp-logs2023_11_14_22_13_20.xml", 20, 1700000000), ("kelp-logs.txt", 40, 1800000000)):
+                (workspace.path / "log" / name).write_text("x" * size)
+                os.utime(workspace.path / "log" / name, (written, written))
+            said = self.ask(workspace, "2026-03-01T10:04:00Z", "--metrics")[0]
+            for line in ("last_entry_timestamp_seconds 1700000100", "size_bytes 10", "archives 1", "archives_size_bytes 20"):
+                self.assertIn(f"\nzephan_log_{line}\n", said)
+
     def test_watch_tells_what_changes(self):
         with Workspace() as workspace:
             with subprocess.Popen([beside_it("zephan-status"), "--schedule", "state/schedule.xml", "--watch"], cwd=workspace.path,
@@ -138,7 +151,8 @@ class StatusTest(unittest.TestCase):
 
     def test_command_line(self):
         rows = [((), "no file to tell"), (("zephan-config.xml",), "unexpected argument zephan-config.xml"), (("--config",), "no value"),
-                (("--config", "x", "--clock", "ten"), "not a time: ten"), (("--config", "x", "--watch", "--clock", "now"), "about the present")]
+                (("--config", "x", "--clock", "ten"), "not a time: ten"), (("--config", "x", "--watch", "--clock", "now"), "about the present"),
+                (("--config", "x", "--metrics", "--json"), "a form of its own")]
         with Workspace() as workspace:
             for options, said in rows:
                 done = self.run_status(workspace, *options)

@@ -100,14 +100,14 @@ std::string paceText(int minutes, int rate) {
 }  // namespace
 
 StateFiles readStateFiles(const std::string& resumePath, const std::string& schedulePath, std::int64_t now) {
-    return {readResume(resumePath, now), readSchedule(schedulePath, now), {}};
+    return {readResume(resumePath, now), readSchedule(schedulePath, now), {}, {}};
 }
 
 StateFiles readConfiguredFiles(const std::string& configurationPath, const std::string& schedulePath,
                                std::int64_t now) {
     std::string contents;
     FoundFile configuration = find(configurationPath, config::Document::kLargest + 1, contents);
-    std::string resumePath;
+    config::Settings settings;
     if (configuration.state == State::sound || configuration.state == State::empty) {
         const config::Document document = config::readDocument(std::move(contents));
         if (document.refusal) {
@@ -115,10 +115,13 @@ StateFiles readConfiguredFiles(const std::string& configurationPath, const std::
             configuration.reason = document.refusal->text();
         } else {
             configuration.state = State::sound;
-            resumePath = config::takeSettings(document).settings.resumeStatusFile;
+            settings = config::takeSettings(document).settings;
         }
     }
-    StateFiles files = readStateFiles(resumePath, schedulePath, now);
+    StateFiles files = readStateFiles(settings.resumeStatusFile, schedulePath, now);
+    if (configuration.state == State::sound) {
+        files.logPath = std::move(settings.logFilePath);
+    }
     files.configuration = std::move(configuration);
     return files;
 }

@@ -54,6 +54,7 @@ struct StateFiles {
     Resume resume;
     Schedule schedule;
     FoundFile configuration;  ///< which names the resume state file
+    std::string logPath;      ///< as it spells it; empty when it tells nothing
 
     /// False of one that tells nothing.
     bool isConfigured() const {

@@ -31,10 +31,8 @@ ordered_json momentJson(std::int64_t moment) {
 }
 
 ordered_json foundJson(const FoundFile& file) {
-    static constexpr const char* states[] = {"not named", "missing", "empty", "unreadable",
-                                             "no record", "damaged", "sound"};
     return {{"file", file.path},
-            {"state", states[static_cast<std::size_t>(file.state)]},
+            {"state", kFileStates.at(static_cast<std::size_t>(file.state))},
             {"problem", file.isFaulty() ? ordered_json(file.problem()) : ordered_json(nullptr)}};
 }
 

@@ -3,10 +3,15 @@
 
 #include "status/StateFiles.h"
 
+#include <array>
 #include <cstdint>
 #include <nlohmann/json.hpp>
 
 namespace status {
+
+/// Names of a file's states, in their order.
+inline constexpr std::array kFileStates = {"not named", "missing", "empty", "unreadable",
+                                           "no record", "damaged", "sound"};
 
 /// {"gmt": ..., "local": ...}
 nlohmann::ordered_json momentJson(std::int64_t moment);

@@ -4,6 +4,7 @@
 #include "common/WrongOption.h"
 #include "platform/Clock.h"
 #include "status/FileStatus.h"
+#include "status/Metrics.h"
 #include "status/StateFiles.h"
 
 #include <chrono>
@@ -33,6 +34,8 @@ runs, as its user. Each file alone can be asked about.
       --clock TIME     the moment that is asked about (default: now), as in
                        2026-03-01T10:00:00Z, "tomorrow 06:00"
       --json           print a JSON object
+      --metrics        print Prometheus' text format, for node_exporter's textfile
+                       collector; the exit status is 0 once it is printed
       --watch          go on, and print anew when something has changed
   -h, --help           print this text and end
   -V, --version        print the version and end
@@ -58,6 +61,7 @@ struct Options {
     std::string schedule;
     std::optional<std::int64_t> clock;
     bool json = false;
+    bool metrics = false;
     bool watch = false;
 };
 
@@ -69,11 +73,15 @@ std::int64_t readClock(const std::string& text) {
 
 /// Nothing when the command line asks for a text, which is printed.
 std::optional<Options> parseOptions(int count, char** words) {
-    const option known[] = {
-        {"config", required_argument, nullptr, 'c'}, {"schedule", required_argument, nullptr, 's'},
-        {"clock", required_argument, nullptr, 't'},  {"json", no_argument, nullptr, 'j'},
-        {"watch", no_argument, nullptr, 'w'},        {"help", no_argument, nullptr, 'h'},
-        {"version", no_argument, nullptr, 'V'},      {nullptr, 0, nullptr, 0}};
+    const option known[] = {{"config", required_argument, nullptr, 'c'},
+                            {"schedule", required_argument, nullptr, 's'},
+                            {"clock", required_argument, nullptr, 't'},
+                            {"json", no_argument, nullptr, 'j'},
+                            {"metrics", no_argument, nullptr, 'm'},
+                            {"watch", no_argument, nullptr, 'w'},
+                            {"help", no_argument, nullptr, 'h'},
+                            {"version", no_argument, nullptr, 'V'},
+                            {nullptr, 0, nullptr, 0}};
     Options options;
     for (int found = 0; (found = ::getopt_long(count, words, ":hV", known, nullptr)) != -1;) {
         switch (found) {
@@ -88,6 +96,9 @@ std::optional<Options> parseOptions(int count, char** words) {
                 break;
             case 'j':
                 options.json = true;
+                break;
+            case 'm':
+                options.metrics = true;
                 break;
             case 'w':
                 options.watch = true;
@@ -105,6 +116,9 @@ std::optional<Options> parseOptions(int count, char** words) {
     }
     if (options.configuration.empty() && options.schedule.empty()) {
         throw UsageError("no file to tell the status from (--config FILE, --schedule FILE)");
+    }
+    if (options.metrics && (options.json || options.watch)) {
+        throw UsageError("--metrics is a form of its own, and printed once");
     }
     if (options.watch && options.clock) {
         throw UsageError("--watch is about the present, so there is no --clock");
@@ -135,6 +149,10 @@ ExitStatus run(const Options& options) {
         const std::int64_t now = options.clock.value_or(platform::now());
         const status::StateFiles files =
             status::readConfiguredFiles(options.configuration, options.schedule, now);
+        if (options.metrics) {
+            std::cout << status::metricsText(status::fileMetrics(files, now));
+            return notOn;
+        }
         const std::string details = files.startText(now) + status::detailsText(files, now);
         if (details != told) {
             std::cout << (options.json ? status::fileStatusJson(files, now)

@@ -22,7 +22,7 @@ constexpr int kMostFollowers = 400;                        ///< of the events, w
 constexpr std::size_t kMostNews = std::size_t{64} * 1024;  // bytes at once, and a line
 constexpr std::string_view kService = "/krx/ZephanServices";
 constexpr std::string_view kForms = "/do/";
-const std::set<std::string> kViews = {"/", "/events", "/status", "/krx/Registration"};
+const std::set<std::string> kViews = {"/", "/events", "/status", "/metrics", "/krx/Registration"};
 
 Answer answerOfService(const OrderQueue::Outcome& outcome) {
     if (outcome.calls.size() != 1) {
@@ -58,8 +58,7 @@ Answer answerOfForm(const OrderQueue::Outcome& outcome) {
 /// What there is to ask for; on the thread of the transport.
 class Server final : public Console {
   public:
-    Server(const std::string& address, int port, LiveSession& session, OrderQueue& orders,
-           std::function<std::string()> status)
+    Server(const std::string& address, int port, LiveSession& session, OrderQueue& orders, StatusTexts status)
         : session_(session),
           orders_(orders),
           status_(std::move(status)),
@@ -92,7 +91,7 @@ class Server final : public Console {
 
     LiveSession& session_;
     OrderQueue& orders_;
-    const std::function<std::string()> status_;
+    const StatusTexts status_;
     const std::string address_;
     const std::shared_ptr<int> follower_ = std::make_shared<int>();  ///< shared by all who follow the events
     HttpServer transport_;
@@ -136,7 +135,10 @@ Answer Server::view(const Request& request) const {
         return follow(request);
     }
     if (request.path == "/status") {
-        return {MHD_HTTP_OK, "application/json", status_()};
+        return {MHD_HTTP_OK, "application/json", status_.json()};
+    }
+    if (request.path == "/metrics") {
+        return {MHD_HTTP_OK, "text/plain; version=0.0.4; charset=utf-8", status_.metrics()};
     }
     const auto profile = session_.profile();
     if (!profile) {
@@ -204,7 +206,7 @@ Answer Server::order(const Request& request, const std::string& form) {
 }  // namespace
 
 std::unique_ptr<Console> openConsole(const std::string& place, LiveSession& session, OrderQueue& orders,
-                                     std::function<std::string()> status) {
+                                     StatusTexts status) {
     const std::size_t colon = place.rfind(':');
     std::string address = colon == std::string::npos ? "127.0.0.1" : place.substr(0, colon);
     if (address.starts_with('[') && address.ends_with(']')) {

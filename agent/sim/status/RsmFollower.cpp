@@ -143,7 +143,8 @@ void RsmFollower::noteCall(const Event& event) {
     }
     const bool isLogger = isOf("start logger ");
     if (isLogger || (isOf("start rsm ") && !isConfigured_)) {
-        settings_ = readAuditTexts(verb.substr(verb.find(' ', 6) + 1)).settings;
+        configurationPath_ = verb.substr(verb.find(' ', 6) + 1);
+        settings_ = readAuditTexts(configurationPath_).settings;
         texts_ = ActivityTexts(settings_);
         isConfigured_ = true;
     }

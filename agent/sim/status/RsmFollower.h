@@ -36,6 +36,7 @@ class RsmFollower final {
     std::int64_t activitySince() const { return activitySince_; }
     /// Of the last start, also when the agent has stopped since.
     const std::string& resumePath() const { return settings_.resumeStatusFile; }
+    const std::string& configurationPath() const { return configurationPath_; }
     const std::string& schedulePath() const { return schedulePath_; }
     /// A stop has ended all of the module, or a kill; until the next start.
     bool hasEnded() const { return hasEnded_; }
@@ -71,6 +72,7 @@ class RsmFollower final {
     bool isLoggerStarted_ = false;
     bool isWatching_ = false;  ///< remote detection is attached
     config::Settings settings_;
+    std::string configurationPath_;
     ActivityTexts texts_;  ///< of these
     std::string schedulePath_;
     std::int32_t tunnels_ = 0;

@@ -2,6 +2,7 @@
 
 #include "scheduling/GmtClock.h"
 #include "sim/EventFields.h"
+#include "status/Metrics.h"
 #include "status/Moment.h"
 #include "status/StateFiles.h"
 #include "status/StatusJson.h"
@@ -194,6 +195,21 @@ std::string SessionStatus::json(std::int64_t now) const {
     }
     json.update(stateFilesJson(readStateFiles(rsm_.resumePath(), rsm_.schedulePath(), now), now));
     return dumped(json);
+}
+
+std::string SessionStatus::metrics(std::int64_t now) const {
+    const std::lock_guard lock(mutex_);
+    const RsmState& rsm = rsm_.state();
+    const auto outlook = answer(now).outlook;
+    Metrics metrics =
+        fileMetrics(readConfiguredFiles(rsm_.configurationPath(), rsm_.schedulePath(), now), now);
+    metrics.mode = rsm.rsmMode;
+    metrics.ends = outlook ? std::optional(outlook->end) : std::nullopt;
+    metrics.polls = polls_;
+    if (rsm.rsmStartTime > 0) {
+        metrics.began = rsm.rsmStartTime;
+    }
+    return metricsText(metrics);
 }
 
 }  // namespace sim

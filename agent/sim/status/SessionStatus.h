@@ -21,6 +21,8 @@ class SessionStatus final : public EventListener {
     std::string text(std::int64_t now) const;
     /// The same as a JSON object.
     std::string json(std::int64_t now) const;
+    /// The same in Prometheus' text format.
+    std::string metrics(std::int64_t now) const;
 
   private:
     enum class Agent : std::uint8_t { notStarted, runs, stopped, killed };

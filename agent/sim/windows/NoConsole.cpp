@@ -5,7 +5,7 @@
 namespace sim {
 
 std::unique_ptr<Console> openConsole(const std::string& /*place*/, LiveSession& /*session*/,
-                                     OrderQueue& /*orders*/, std::function<std::string()> /*status*/) {
+                                     OrderQueue& /*orders*/, StatusTexts /*status*/) {
     throw std::runtime_error("--http: there is no live console on this system");
 }
 

@@ -1,0 +1,117 @@
+"""What is used beside many devices, with real programs of Debian: those of the system, or those that scripts/test --servers
+unpacks. The environment names the build's programs (BIN)."""
+import json
+import os
+import pathlib
+import shutil
+import socket
+import subprocess
+import sys
+import tempfile
+import time
+import unittest
+import urllib.parse
+import urllib.request
+
+ROOT = pathlib.Path(__file__).resolve().parents[2]
+UNPACKED = ROOT / "build/servers/root"
+BIN = pathlib.Path(os.environ["BIN"]).resolve()
+os.environ["PATH"] = f"{BIN}:{UNPACKED}/usr/bin:{UNPACKED}/usr/sbin:{os.environ['PATH']}:/usr/sbin"
+os.environ["LD_LIBRARY_PATH"] = str(UNPACKED / f"usr/lib/{os.uname().machine}-linux-gnu")
+os.environ["TZ"] = "UTC"
+
+
+def run(*command, cwd=None, status=0):
+    done = subprocess.run([str(word) for word in command], cwd=cwd, text=True, stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
+                          timeout=200)
+    assert done.returncode == status, (command, done.returncode, done.stdout)
+    return done.stdout
+
+
+def free_port():
+    with socket.create_server(("127.0.0.1", 0)) as server:
+        return server.getsockname()[1]
+
+
+def wait_for(asked, seconds=60):
+    """What is asked, once it answers something that counts as true."""
+    end = time.monotonic() + seconds
+    while True:
+        try:
+            if answer := asked():
+                return answer
+        except OSError:
+            pass
+        assert time.monotonic() < end, "it did not happen"
+        time.sleep(0.1)
+
+
+class Place(unittest.TestCase):
+    """A directory of its own with the folders that the example configuration names; what was started in it is ended."""
+    needed = ()
+
+    def setUp(self):
+        self.path = pathlib.Path(self.enterContext(tempfile.TemporaryDirectory(prefix="fleet-")))
+        for folder in ("log", "state"):
+            (self.path / folder).mkdir()
+        shutil.copy(ROOT / "examples/zephan-config.xml", self.path)
+
+    def start(self, *command, **options):
+        process = subprocess.Popen([str(word) for word in command], cwd=self.path, stdin=subprocess.DEVNULL,
+                                   stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, **options)
+        self.addCleanup(process.wait)
+        self.addCleanup(process.terminate)
+        return process
+
+
+class Metrics(Place):
+    needed = ("promtool", "prometheus", "prometheus-node-exporter")
+
+    def test_alarms(self):
+        for name in ("examples/fleet/alerts.yml", "tests/fleet/alerts-test.yml"):
+            shutil.copy(ROOT / name, self.path)
+        self.assertIn("SUCCESS", run("promtool", "test", "rules", "alerts-test.yml", cwd=self.path))
+
+    @unittest.skipUnless(shutil.which("systemd-analyze"), "no systemd-analyze")
+    def test_units(self):
+        for unit in (ROOT / "examples/fleet").glob("zephan-*@.*"):
+            text = unit.read_text().replace("/usr/bin/zephan", f"{BIN}/zephan")
+            (self.path / unit.name).write_text(text)
+            self.assertEqual(run("systemd-analyze", "verify", self.path / unit.name), "")
+            if unit.suffix == ".service":
+                run("systemd-analyze", "security", "--offline=true", "--threshold=20", self.path / unit.name)
+
+    def test_a_real_prometheus_tells_what_the_program_says(self):
+        shutil.copy(ROOT / "examples/kill-and-resume.scenario", self.path)
+        run("krx-agent-sim", "replay", "kill-and-resume.scenario", cwd=self.path)
+        asked = ("zephan-status", "--config", "zephan-config.xml", "--schedule", "state/schedule.xml", "--clock", "2026-03-01T10:05:00Z")
+        told = json.loads(run(*asked, "--json", cwd=self.path, status=4))
+        (self.path / "zephan.prom").write_text(run(*asked, "--metrics", cwd=self.path))
+        self.assertEqual(run("sh", "-c", "promtool check metrics <zephan.prom", cwd=self.path), "")
+        exporter, port = free_port(), free_port()
+        (self.path / "prometheus.yml").write_text(
+            "scrape_configs: [{job_name: device, scrape_interval: 1s, scrape_timeout: 1s, "
+            f"static_configs: [{{targets: ['127.0.0.1:{exporter}']}}]}}]")
+        self.start("prometheus-node-exporter", "--collector.disable-defaults", "--collector.textfile",
+                   f"--collector.textfile.directory={self.path}", f"--web.listen-address=127.0.0.1:{exporter}")
+        self.start("prometheus", "--config.file=prometheus.yml", "--storage.tsdb.path=data", f"--web.listen-address=127.0.0.1:{port}")
+
+        def values(query):
+            query = urllib.parse.urlencode({"query": query})
+            with urllib.request.urlopen(f"http://127.0.0.1:{port}/api/v1/query?{query}", timeout=5) as answer:
+                return [(one["metric"], int(one["value"][1])) for one in json.load(answer)["data"]["result"]]
+        mode = wait_for(lambda: values("zephan_rsm_mode == 1"))
+        self.assertEqual([metric["mode"] for metric, _ in mode], ["FORCE_POLL_GRACE"])
+        left = values("(zephan_rsm_ends_timestamp_seconds - zephan_rsm_began_timestamp_seconds) / 60")
+        self.assertEqual([value for _, value in left], [told["resume"]["record"]["minutes"]])
+        states = {metric["file"]: metric["state"] for metric, _ in values("zephan_file_state == 1")}
+        self.assertEqual(states, {name: told[name]["state"] for name in ("configuration", "resume", "schedule")})
+        self.assertEqual(values("node_textfile_scrape_error")[0][1], 0)
+
+
+if __name__ == "__main__":
+    missing = [program for program in globals()[sys.argv[1]].needed if shutil.which(program) is None]
+    if missing:
+        print(f"Skipped: no {', '.join(missing)} (scripts/test --servers unpacks what is missing)", file=sys.stderr)
+        sys.exit(77)
+    unittest.main()
