@@ -109,6 +109,32 @@ class Metrics(Place):
         self.assertEqual(values("node_textfile_scrape_error")[0][1], 0)
 
 
+class Load(Place):
+    needed = ("parallel", "gnuplot-nox")
+    scenario = ROOT / "examples/fleet/nine-o-clock.scenario"
+
+    def part(self, first, last):
+        """By one process: polls and reports of each second."""
+        lines = run(ROOT / "scripts/fleet-load", "--part", self.scenario, first, last, 0).splitlines()
+        return {int(second): (int(polls), int(reports)) for _, second, polls, reports in map(str.split, lines)}
+
+    def test_the_sum_is_that_of_one_process(self):
+        run(ROOT / "scripts/fleet-load", "--devices", 200, "--spread", 0, "--spread", 60, self.scenario)
+        with open(ROOT / "build/fleet/nine-o-clock/load.csv", encoding="utf-8") as file:
+            rows = [tuple(map(int, line.split(","))) for line in file]
+        self.assertEqual({second: counted for spread, second, *counted in rows if spread == 0},
+                         {second: list(counted) for second, counted in self.part(1, 200).items()})
+        peak = [max(polls for spread, _, polls, _ in rows if spread == each) for each in (0, 60)]
+        self.assertGreater(peak[0], 2 * peak[1])
+        self.assertIn("</svg>", (ROOT / "build/fleet/nine-o-clock/load.svg").read_text())
+
+    def test_each_kind_of_device(self):
+        # Of 30 minutes: killed after 40 polls, with nine whole minutes left; a visit to 09:40:15, and 30 minutes more.
+        for kind, device, polls in (("off", 100, 0), ("plain", 1, 60), ("restart", 46, 40 + 18), ("visit", 15, 80 + 60)):
+            with self.subTest(kind):
+                self.assertEqual(sum(polls for polls, _ in self.part(device, device).values()), polls)
+
+
 if __name__ == "__main__":
     missing = [program for program in globals()[sys.argv[1]].needed if shutil.which(program) is None]
     if missing:
