@@ -56,14 +56,14 @@ if(ZEPHAN_PROGRAMS AND NOT ZEPHAN_AGENT_LIBRARIES)
     debian_package(simulator krx-agent-sim devel "simulator of a service agent, for ZephanRSMLogger" "
 .
 This package has an agent that plays scenarios on a virtual clock, the checker
-of the configuration, the reader of the log, a program that tells what an
-agent left behind, and example scenarios.")
+of the configuration, the reader of the log, programs that tell what an
+agent left behind and what it did, and example scenarios.")
     set(CPACK_DEBIAN_SIMULATOR_PACKAGE_DEPENDS "${module_package} (= ${PROJECT_VERSION})")
 elseif(ZEPHAN_PROGRAMS)
     debian_package(simulator zephan-rsm-logger-tools utils "tools for ZephanRSMLogger" "
 .
 This package has the checker of the configuration, the reader of the log, and
-a program that tells what an agent that does not run left behind.")
+programs that tell what an agent left behind and what it did.")
 endif()
 
 string(TIMESTAMP date "%a, %d %b %Y %H:%M:%S +0000" UTC)

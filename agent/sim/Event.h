@@ -28,8 +28,6 @@ struct Event {
 
 /// As one line of JSON.
 std::string asJson(const Event& event);
-/// A text as a JSON string, in quotes.
-std::string asJsonText(std::string_view text);
 /// An instant in seconds, three decimals.
 std::string secondsText(Instant instant);
 

@@ -1,5 +1,6 @@
 #include "sim/FileVerbs.h"
 
+#include "common/FileText.h"
 #include "sim/System.h"
 
 #include <algorithm>
@@ -7,9 +8,10 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
-#include <sstream>
+#include <limits>
 #include <stdexcept>
 #include <system_error>
+#include <utility>
 
 namespace sim {
 
@@ -61,19 +63,12 @@ void setModified(const std::string& path, std::chrono::microseconds wall) {
 }
 
 std::optional<std::string> readFile(const std::string& path) {
-    const std::string target = native(path);
     requireFile(path);
-    std::ifstream stream(target, std::ios::binary);
-    if (!stream && (errno == ENOENT || errno == ENOTDIR)) {
-        return std::nullopt;
+    tools::FileText file = tools::readFile(path, std::numeric_limits<std::size_t>::max());
+    if (!file.text && !file.isMissing) {
+        throw std::runtime_error(path + ": " + file.reason);
     }
-    std::ostringstream contents;
-    // An empty file gives the copy nothing to insert, which is not a failure.
-    if (!stream || (stream.peek() != std::ifstream::traits_type::eof() && !(contents << stream.rdbuf())) ||
-        stream.bad()) {
-        fail(path, errno);
-    }
-    return contents.str();
+    return std::move(file.text);
 }
 
 }  // namespace sim

@@ -5,9 +5,6 @@
 #include "sim/Verbs.h"
 
 #include <string_view>
-#include <vector>
-
-#include <getopt.h>
 
 namespace sim {
 
@@ -21,24 +18,15 @@ std::chrono::milliseconds parsePatience(const std::string& text) {
     return std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::microseconds(*microseconds));
 }
 
-std::chrono::seconds clockOption(const char* text) {
-    try {
-        return parseClock(text);
-    } catch (const std::runtime_error& error) {
-        throw UsageError(error.what());
-    }
-}
-
 }  // namespace
 
 const char* const kHelp =
     R"(Usage: krx-agent-sim replay SCENARIO [--module PATH] [--brief | --trace FILE] [--report FILE] [--strict] [--patience S]
   or:  krx-agent-sim run [SCENARIO] [--http [ADDRESS:]PORT] [OPTION OF replay]...
-  or:  krx-agent-sim report TRACE -o FILE [--config FILE] [--clock TIME]
 
 Loads the module as an agent does and drives it: `replay` plays a scenario on a virtual clock, `run` on the real
 clock, with actions from the scenario at their times and from standard input as they are typed (`help` lists them).
-`report` makes the page of a session from a trace that was kept. What a stopped agent left behind is told by
+The page of a kept trace is made by zephan-session; what a stopped agent left behind is told by
 zephan-status.
 
   --module PATH   the module (default: the one installed or built with this program)
@@ -50,7 +38,6 @@ zephan-status.
   --http PLACE    a live page of the session for browsers, at [ADDRESS:]PORT (127.0.0.1 when there is no address; port
                   0: any that is free); the session goes on until it is interrupted
   --config FILE   the configuration whose audit texts the page shows (default: the one that the session names)
-  --clock TIME    the wall clock at the trace's start, like 2026-03-01T10:00:00Z (default: as the reports show it)
   -h, --help      prints this text
   -V, --version   prints the version
 
@@ -63,129 +50,61 @@ Examples:
   $ krx-agent-sim report trace.jsonl -o visit.html
 )";
 
-namespace {
-
-/// Takes the options, which end at `optind`. False when what follows does not matter.
-bool readOptions(int count, char** words, Options& options) {
-    enum Option : int {
-        module = 1,
-        trace,
-        patience,
-        brief,
-        strict,
-        http,
-        config,
-        clock,
-        report = 'o',
-        help = 'h',
-        version = 'V'
-    };
-    const option known[] = {{"module", required_argument, nullptr, module},
-                            {"trace", required_argument, nullptr, trace},
-                            {"patience", required_argument, nullptr, patience},
-                            {"report", required_argument, nullptr, report},
-                            {"config", required_argument, nullptr, config},
-                            {"clock", required_argument, nullptr, clock},
-                            {"brief", no_argument, nullptr, brief},
-                            {"strict", no_argument, nullptr, strict},
-                            {"http", required_argument, nullptr, http},
-                            {"help", no_argument, nullptr, help},
-                            {"version", no_argument, nullptr, version},
-                            {nullptr, 0, nullptr, 0}};
-    for (int found = 0; (found = ::getopt_long(count, words, ":ho:V", known, nullptr)) != -1;) {
-        switch (found) {
-            case module:
-                options.module = ::optarg;
-                break;
-            case trace:
-                options.trace = ::optarg;
-                break;
-            case patience:
-                options.patience = parsePatience(::optarg);
-                break;
-            case brief:
-                options.brief = true;
-                break;
-            case strict:
-                options.strict = true;
-                break;
-            case report:
-                options.report = ::optarg;
-                break;
-            case http:
-                options.http = ::optarg;
-                break;
-            case config:
-                options.configuration = ::optarg;
-                break;
-            case clock:
-                options.clock = clockOption(::optarg);
-                break;
-            case help:
-                options.mode = Options::Mode::help;
-                return false;
-            case version:
-                options.mode = Options::Mode::version;
-                return false;
-            default:
-                throw UsageError(std::string(found == ':' ? "no value for option " : "unknown option ") +
-                                 words[::optind - 1]);
-        }
+Options parseOptions(int count, char** words) {
+    const std::string_view first = count > 1 ? words[1] : "";
+    if (first == "report" || first == "status") {
+        throw UsageError(std::string(first) + " is a program of its own now: zephan-" +
+                         (first == "report" ? "session" : "status"));
     }
-    return true;
-}
-
-void readReport(const std::optional<std::string>& trace, Options& options) {
-    options.mode = Options::Mode::report;
-    if (!trace || !options.report) {
-        throw UsageError(trace ? "no file for the page (-o FILE)" : "no trace to report");
+    enum Option : int { module = tools::kLong, trace, patience, brief, strict, http, config };
+    const tools::CommandLine given(count, words,
+                                   {{"module", module},
+                                    {"trace", trace},
+                                    {"patience", patience},
+                                    {"report", 'o'},
+                                    {"config", config},
+                                    {"brief", brief, ""},
+                                    {"strict", strict, ""},
+                                    {"http", http},
+                                    {"help", 'h', ""},
+                                    {"version", 'V', ""}});
+    Options options;
+    if (given.has('h') || given.has('V')) {
+        options.mode = given.has('h') ? Options::Mode::help : Options::Mode::version;
+        return options;
     }
-    options.keptTrace = *trace;
-}
-
-void readSession(bool real, const std::optional<std::string>& scenario, Options& options) {
-    options.mode = real ? Options::Mode::run : Options::Mode::replay;
-    options.scenario = scenario;
-    if (options.http && !real) {
+    const std::string command = given.words.empty() ? "" : given.words.front();
+    if (command != "replay" && command != "run") {
+        throw UsageError(command.empty() ? "no command" : "unknown command " + command);
+    }
+    if (given.words.size() > 2) {
+        throw UsageError("unexpected argument " + given.words[2]);
+    }
+    options.mode = command == "run" ? Options::Mode::run : Options::Mode::replay;
+    if (given.words.size() > 1) {
+        options.scenario = given.words[1];
+    }
+    options.trace = given.value(trace);
+    if (given.has(patience)) {
+        options.patience = parsePatience(*given.value(patience));
+    }
+    options.report = given.value('o');
+    options.configuration = given.value(config);
+    options.brief = given.has(brief);
+    options.strict = given.has(strict);
+    options.http = given.value(http);
+    if (options.http && command == "replay") {
         throw UsageError("--http is for a session on the real clock (run)");
     }
-    if (!scenario && !real) {
+    if (!options.scenario && command == "replay") {
         throw UsageError("no scenario to replay");
     }
     if (options.brief && options.trace) {
         throw UsageError("--brief is for the timeline, not for a trace");
     }
+    options.module = given.value(module).value_or("");
     if (options.module.empty()) {
         options.module = system::moduleBesideProgram();
-    }
-}
-
-/// Takes the command and its file, and looks whether the options fit them.
-void readCommand(const std::vector<std::string>& words, Options& options) {
-    const std::string command = words.empty() ? "" : words.front();
-    if (command != "replay" && command != "run" && command != "report") {
-        throw UsageError(command.empty() ? "no command" : "unknown command " + command);
-    }
-    if (words.size() > 2) {
-        throw UsageError("unexpected argument " + words[2]);
-    }
-    const std::optional<std::string> file = words.size() > 1 ? std::optional(words[1]) : std::nullopt;
-    if (command == "report") {
-        readReport(file, options);
-    } else {
-        readSession(command == "run", file, options);
-    }
-}
-
-}  // namespace
-
-Options parseOptions(int count, char** words) {
-    Options options;
-    if (count > 1 && std::string_view(words[1]) == "status") {
-        throw UsageError("status is a program of its own now: zephan-status");
-    }
-    if (readOptions(count, words, options)) {
-        readCommand({words + ::optind, words + count}, options);
     }
     return options;
 }

@@ -1,22 +1,19 @@
 // The command line.
 #pragma once
 
+#include "common/CommandLine.h"
+
 #include <chrono>
 #include <cstdint>
 #include <optional>
-#include <stdexcept>
 #include <string>
 
 namespace sim {
 
-/// A command line that means nothing.
-class UsageError final : public std::runtime_error {
-  public:
-    using std::runtime_error::runtime_error;
-};
+using tools::UsageError;
 
 struct Options {
-    enum class Mode : std::uint8_t { replay, run, report, help, version };
+    enum class Mode : std::uint8_t { replay, run, help, version };
 
     Mode mode = Mode::help;
     std::optional<std::string> scenario;
@@ -29,9 +26,7 @@ struct Options {
     std::chrono::milliseconds patience = std::chrono::seconds(15);
     std::optional<std::string> report;  ///< the page's file
     std::optional<std::string> http;    ///< where the console listens
-    std::string keptTrace;              ///< of which a page is to be made
     std::optional<std::string> configuration;
-    std::optional<std::chrono::seconds> clock;  ///< since 1970, at the start of the kept trace
 };
 
 /// Throws UsageError.

@@ -1,7 +1,5 @@
 #include "sim/Scenario.h"
 
-#include "sim/Calendar.h"
-
 #include <algorithm>
 #include <cerrno>
 #include <charconv>
@@ -9,9 +7,25 @@
 #include <cstring>
 #include <fstream>
 #include <stdexcept>
+
 namespace sim {
 
 namespace {
+
+/// A time like "2026-03-01T10:00:00Z", since 1970. Throws std::runtime_error for anything else.
+std::chrono::seconds parseClock(const std::string& text) {
+    int year = 0, month = 0, day = 0, hour = 0, minute = 0, second = 0, length = 0;
+    std::sscanf(text.c_str(), "%4d-%2d-%2dT%2d:%2d:%2dZ%n", &year, &month, &day, &hour, &minute, &second,
+                &length);
+    const auto date = std::chrono::year(year) / month / day;
+    const auto time = std::chrono::hours(hour) + std::chrono::minutes(minute) + std::chrono::seconds(second);
+    const bool isTime = hour >= 0 && hour < 24 && minute >= 0 && minute < 60 && second >= 0 && second < 60;
+    if (length == 0 || static_cast<std::size_t>(length) != text.size() || !date.ok() || !isTime ||
+        date < std::chrono::year(1970) / 1 / 1) {
+        throw std::runtime_error("'" + text + "' is not a time like 2026-03-01T10:00:00Z");
+    }
+    return std::chrono::sys_days(date).time_since_epoch() + time;
+}
 
 /// Ten years: a longer scenario is a slip of the pen.
 constexpr Instant kLongest = std::chrono::hours(24 * 365 * 10);
@@ -54,17 +68,6 @@ void readLine(const std::vector<Word>& words, Scenario& scenario) {
 }
 
 }  // namespace
-
-std::chrono::seconds parseClock(const std::string& text) {
-    int year = 0, month = 0, day = 0, hour = 0, minute = 0, second = 0, length = 0;
-    std::sscanf(text.c_str(), "%4d-%2d-%2dT%2d:%2d:%2dZ%n", &year, &month, &day, &hour, &minute, &second,
-                &length);
-    const auto time = momentOf(year, month, day, hour, minute, second);
-    if (length == 0 || static_cast<std::size_t>(length) != text.size() || !time || *time < 0) {
-        throw std::runtime_error("'" + text + "' is not a time like 2026-03-01T10:00:00Z");
-    }
-    return std::chrono::seconds(*time);
-}
 
 std::string located(const std::string& file, int line, const std::string& reason) {
     return file + ":" + std::to_string(line) + ": " + reason;

@@ -17,9 +17,6 @@ struct Scenario {
     std::optional<std::chrono::seconds> clock;  ///< since 1970
 };
 
-/// A time like "2026-03-01T10:00:00Z", since 1970. Throws std::runtime_error for anything else.
-std::chrono::seconds parseClock(const std::string& text);
-
 /// "FILE:LINE: reason".
 std::string located(const std::string& file, int line, const std::string& reason);
 

@@ -1,9 +1,9 @@
 #include "sim/Session.h"
 
+#include "session/SessionPage.h"
 #include "sim/Options.h"
 #include "sim/RealClock.h"
 #include "sim/System.h"
-#include "sim/report/SessionPage.h"
 
 #include <cstdio>
 #include <cstdlib>
@@ -40,7 +40,7 @@ TraceFile::Form formOf(const Options& options) {
 Session::Session(const Options& options)
     : real_(options.mode == Options::Mode::run),
       scenario_(options.scenario ? readScenarioFile(*options.scenario) : Scenario()),
-      page_(options.report ? std::optional<PageFile>(std::in_place, *options.report) : std::nullopt),
+      page_(options.report ? std::optional<session::PageFile>(std::in_place, *options.report) : std::nullopt),
       terminal_(real_ ? Terminal::open() : nullptr),
       trace_(formOf(options), openEvents(options.trace), options.trace.value_or("standard output"), real_),
       input_(real_ ? std::make_unique<Input>(kStandardInput, terminal_.get()) : nullptr),
@@ -67,7 +67,7 @@ Session::Session(const Options& options)
     if (options.http) {
         serve(*options.http);
     } else if (page_) {
-        recorder_.tell(record_);
+        recorder_.tell(recording_);
     }
 }
 
@@ -113,7 +113,7 @@ std::int64_t Session::now() const {
 
 void Session::writePage() {
     if (page_) {
-        page_->write(sessionPage(record_, false));
+        page_->write([this](std::ostream& target) { target << session::sessionPage(record_, false); });
     }
 }
 

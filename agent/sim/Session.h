@@ -1,10 +1,13 @@
 // A simulation from the command line's options to its end.
 #pragma once
 
+#include "session/PageFile.h"
+#include "session/SessionRecord.h"
 #include "sim/Input.h"
 #include "sim/OrderQueue.h"
 #include "sim/ProcessTime.h"
 #include "sim/Recorder.h"
+#include "sim/RecordingListener.h"
 #include "sim/Scenario.h"
 #include "sim/Scheduler.h"
 #include "sim/SimulatedAgent.h"
@@ -14,8 +17,6 @@
 #include "sim/TraceFile.h"
 #include "sim/console/Console.h"
 #include "sim/console/LiveSession.h"
-#include "sim/report/PageFile.h"
-#include "sim/report/SessionRecord.h"
 #include "sim/status/SessionStatus.h"
 
 #include <functional>
@@ -58,7 +59,7 @@ class Session final {
 
     const bool real_;
     const Scenario scenario_;
-    std::optional<PageFile> page_;
+    std::optional<session::PageFile> page_;
     const std::unique_ptr<Terminal> terminal_;
     TraceFile trace_;
     StdoutCapture capture_;
@@ -66,7 +67,8 @@ class Session final {
     std::function<Instant()> present_;  ///< the real clock's, on any thread
     const std::unique_ptr<Clock> clock_;
     Recorder recorder_;
-    SessionRecord record_;
+    session::SessionRecord record_;
+    RecordingListener recording_{record_};
     LiveSession live_;
     OrderQueue orders_;
     SessionStatus status_;

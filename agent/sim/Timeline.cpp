@@ -1,9 +1,9 @@
 #include "sim/Timeline.h"
 
-#include "sim/Calendar.h"
+#include "common/ShownText.h"
+#include "platform/Clock.h"
 #include "sim/Event.h"
 #include "sim/EventFields.h"
-#include "tools/log/ShownText.h"
 
 #include <algorithm>
 #include <array>
@@ -17,7 +17,7 @@ namespace {
 /// The text in quotes, or "nothing" for null.
 std::string quoted(const Event& event, std::string_view key) {
     const auto text = textOf(event, key);
-    return text ? asJsonText(*text) : "nothing";
+    return text ? logreader::jsonText(*text) : "nothing";
 }
 
 /// The text without quotes around it or escapes before those in it; line ends stay escaped.
@@ -147,8 +147,7 @@ std::string briefCallText(const Event& event) {
 }
 
 std::string clockText(std::chrono::microseconds wall) {
-    const std::tm fields =
-        utcFields(std::chrono::floor<std::chrono::seconds>(wall).count()).value_or(std::tm{});
+    const std::tm fields = platform::utcFields(std::chrono::floor<std::chrono::seconds>(wall).count());
     std::array<char, 32> text = {};
     std::strftime(text.data(), text.size(), "%Y-%m-%d %H:%M:%SZ", &fields);
     return text.data();

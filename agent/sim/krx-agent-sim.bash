@@ -8,16 +8,14 @@ _krx_agent_sim() {
             _filedir
             return
             ;;
-        --patience | --clock | --http)
+        --patience | --http)
             return
             ;;
     esac
     if [[ $cur == -* ]]; then
         COMPREPLY=($(compgen -W '$(_parse_help "$1")' -- "$cur"))
     elif ((cword == 1)); then
-        COMPREPLY=($(compgen -W 'replay run report' -- "$cur"))
-    elif [[ ${words[1]} == report ]]; then
-        _filedir jsonl
+        COMPREPLY=($(compgen -W 'replay run' -- "$cur"))
     else
         _filedir scenario
     fi

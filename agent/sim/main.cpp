@@ -1,43 +1,15 @@
 // krx-agent-sim: loads the module as an agent does and drives it with a scenario.
 #include "sim/Options.h"
 #include "sim/Session.h"
-#include "sim/report/PageFile.h"
-#include "sim/report/SessionPage.h"
-#include "sim/report/SessionRecord.h"
-#include "sim/report/TraceReader.h"
 
-#include <cerrno>
-#include <cstring>
 #include <exception>
-#include <filesystem>
-#include <fstream>
 #include <iostream>
-#include <stdexcept>
 
 namespace {
 
 using sim::Options;
 
 enum ExitStatus : int { ranToEnd = 0, unusable = 1, wrongUsage = 2, startFailed = 3 };
-
-ExitStatus report(const Options& options) {
-    std::ifstream trace(options.keptTrace, std::ios::binary);
-    if (!trace) {
-        throw std::runtime_error(options.keptTrace + ": " + std::strerror(errno));
-    }
-    sim::SessionRecord session(std::filesystem::path(options.keptTrace).filename().string());
-    if (options.configuration) {
-        session.useConfiguration(*options.configuration);
-    }
-    if (options.clock) {
-        session.setClock(*options.clock);
-    }
-    if (!sim::readTrace(trace, options.keptTrace, session)) {
-        std::cerr << options.keptTrace << ": the last line is cut off and left out" << std::endl;
-    }
-    sim::PageFile(options.report.value()).write(sim::sessionPage(session, false));
-    return ranToEnd;
-}
 
 ExitStatus simulate(const Options& options) {
     sim::Session session(options);
@@ -67,8 +39,6 @@ int main(int count, char** words) {
             case Options::Mode::replay:
             case Options::Mode::run:
                 return simulate(options);
-            case Options::Mode::report:
-                return report(options);
         }
     } catch (const sim::UsageError& error) {
         std::cerr << "krx-agent-sim: " << error.what() << "\nTry krx-agent-sim --help.\n";

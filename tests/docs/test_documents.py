@@ -17,7 +17,7 @@ import unittest
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 PROGRAMS = pathlib.Path(os.environ["KRX_AGENT_SIM"]).parent
 DOCUMENTS = sorted(path.relative_to(ROOT) for pattern in ("*.md", "docs/*.md", "tests/**/*.md") for path in ROOT.glob(pattern))
-COMMAND = re.compile(r"(\$ |(scripts|bench|tests|build)/\S|\.\./release/|krx-agent-sim |zephan-(log|status|config-check) |cmake |ctest |xmllint |curl |lnav |"
+COMMAND = re.compile(r"(\$ |(scripts|bench|tests|build)/\S|\.\./release/|krx-agent-sim |zephan-(log|session|status|config-check) |cmake |ctest |xmllint |curl |lnav |"
                      r"git |for |cd |mkdir |cp |rm |[A-Z_]+=\S+ )")
 
 # What is not run here, and why.

@@ -96,7 +96,7 @@ class Packages(unittest.TestCase):
 
     def test_each_program_has_a_manual_page(self):
         programs = sorted(path.name for path in (self.root / "usr/bin").iterdir())
-        self.assertEqual(programs, ["krx-agent-sim", "zephan-config-check", "zephan-log", "zephan-status"])
+        self.assertEqual(programs, ["krx-agent-sim", "zephan-config-check", "zephan-log", "zephan-session", "zephan-status"])
         for program in programs:
             page = run("zcat", self.root / f"usr/share/man/man1/{program}.1.gz", cwd=self.scratch)
             for section in ("NAME", "SYNOPSIS", "DESCRIPTION"):

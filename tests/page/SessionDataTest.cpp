@@ -1,4 +1,4 @@
-#include "sim/report/SessionData.h"
+#include "session/SessionData.h"
 #include "support/Rows.h"
 
 #include <nlohmann/json.hpp>
@@ -84,7 +84,7 @@ const std::initializer_list<Row> kRows = {
 
 const support::Rows<Row> lineRows("SessionData/LinesComeBackAsTheyWere", kRows, [](const Row& row) {
     const std::vector<Sample> samples = row.samples();
-    sim::SessionData data;
+    session::SessionData data;
     std::vector<std::string> expected = linesOf(samples);
     for (std::size_t i = 0; i < samples.size(); ++i) {
         data.add(samples[i].time, samples[i].body);
@@ -104,7 +104,7 @@ const support::Rows<Row> lineRows("SessionData/LinesComeBackAsTheyWere", kRows, 
 
 const support::Rows<Row> jsonRows("SessionData/JsonHoldsTheSameEvents", kRows, [](const Row& row) {
     const std::vector<Sample> samples = row.samples();
-    sim::SessionData data;
+    session::SessionData data;
     for (const auto& [time, text] : samples) {
         data.add(time, text);
     }
@@ -131,7 +131,7 @@ const support::Rows<Row> jsonRows("SessionData/JsonHoldsTheSameEvents", kRows, [
 });
 
 TEST(SessionDataTest, WhatATraceDoesNotHold) {
-    sim::SessionData data;
+    session::SessionData data;
     data.setClock(0, 5000);
     data.add(0, body(1));
     data.addKill(500);

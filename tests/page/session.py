@@ -36,8 +36,15 @@ class Workspace:
 
     def run(self, *arguments):
         """Runs the simulator to its end: exit status and what it said on standard error."""
-        done = subprocess.run([simulator(), *map(str, arguments)], cwd=self.path, stdout=subprocess.DEVNULL,
-                              stderr=subprocess.PIPE, text=True, timeout=60)
+        return self.run_program(simulator(), *arguments)
+
+    def draw(self, *arguments):
+        """The same for the program that makes the page of a kept session."""
+        return self.run_program(beside_it("zephan-session"), *arguments)
+
+    def run_program(self, *arguments):
+        done = subprocess.run([*map(str, arguments)], cwd=self.path, stdout=subprocess.DEVNULL,
+                              stderr=subprocess.PIPE, text=True, timeout=60, env={**os.environ, "TZ": "UTC"})
         return done.returncode, done.stderr
 
     def replay(self, scenario):
@@ -64,7 +71,7 @@ def without_meaning(event):
     return {key: value for key, value in event.items() if key not in ("tunnel", "file")}
 
 
-def events_of(data):
+def events_of(data, shown=without_meaning):
     """The events of a page's data, as those of a trace: without what audit messages mean."""
     time = 0
     events = []
@@ -72,5 +79,5 @@ def events_of(data):
         for _ in range(count):
             for delay, body in zip(steps[::2], steps[1::2]):
                 time += delay
-                events.append({"t": time / 1000, **without_meaning(data["bodies"][body])})
+                events.append({"t": time / 1000, **shown(data["bodies"][body])})
     return events

@@ -301,7 +301,7 @@ class ReportPageTest(unittest.TestCase):
 
     def test_clock_of_a_kept_trace_is_that_of_its_reports(self):
         self.workspace.replay(EXAMPLES / "service-visit.scenario")
-        self.workspace.run("report", "trace.jsonl", "-o", "kept.html")
+        self.workspace.draw("trace.jsonl", "-o", "kept.html")
         self.open(self.workspace.path / "kept.html")
         self.assertIn("2026-03-01 10:00:00", self.rows()[0])
         self.assertIn("clock is that of the reports", self.find("#foot")[0].text)

@@ -1,5 +1,5 @@
 // What becomes of bytes that a terminal or a JSON reader would act upon.
-#include "ShownText.h"
+#include "common/ShownText.h"
 #include "support/Rows.h"
 
 #include <nlohmann/json.hpp>

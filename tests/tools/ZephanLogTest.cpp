@@ -147,7 +147,7 @@ const support::Rows<OptionsRow> optionsRows(
         {"disk usage", "--disk-usage log/k.xml", "126 bytes in 1 file\n"},
         {"until before since", "-S 2026-03-02 -U 2026-03-01 log/k.xml",
          "status 1 zephan-log: --until lies before --since, so there is nothing to print\n"},
-        {"levels", "log/k.xml -p",
+        {"levels", "-p 3 log/k.xml",
          "status 2 zephan-log: entries carry no levels, so there is no -p; --grep chooses by the message\n"
          "Try zephan-log --help.\n"},
         {"unknown letter", "-izz log/k.xml",

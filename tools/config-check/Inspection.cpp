@@ -1,5 +1,5 @@
-#include "../log/ShownText.h"
 #include "Rules.h"
+#include "common/ShownText.h"
 #include "config/Encoding.h"
 
 #include <algorithm>

@@ -1,13 +1,10 @@
 // zephan-config-check: the faults of a configuration, and the settings in force.
 #include "Rules.h"
-#include "common/WrongOption.h"
+#include "common/CommandLine.h"
 
 #include <algorithm>
 #include <exception>
 #include <iostream>
-#include <stdexcept>
-
-#include <getopt.h>
 
 namespace {
 
@@ -52,33 +49,21 @@ void complain(const std::string& text) {
     std::cerr << "zephan-config-check: " << check::visible(text) << "\n";
 }
 
-/// Nothing when the command line asks for a text, which is printed. Throws std::invalid_argument when it means nothing.
+/// Nothing when the command line asks for a text, which is printed. Throws UsageError when it means nothing.
 std::optional<Options> parseOptions(int count, char** words) {
-    const option known[] = {
-        {"quiet", no_argument, nullptr, 'q'},          {"json", no_argument, nullptr, 'j'},
-        {"schedule", required_argument, nullptr, 's'}, {"help", no_argument, nullptr, 'h'},
-        {"version", no_argument, nullptr, 'V'},        {nullptr, 0, nullptr, 0}};
-    Options options;
-    for (int found = 0; (found = ::getopt_long(count, words, ":qjs:hV", known, nullptr)) != -1;) {
-        if (found == ':' || found == '?') {
-            throw std::invalid_argument(tools::wrongOption(found, known, words));
-        }
-        if (found == 'h' || found == 'V') {
-            std::cout << (found == 'h' ? kHelp : "zephan-config-check " CHECK_VERSION "\n");
-            return std::nullopt;
-        }
-        options.quiet = options.quiet || found == 'q';
-        options.json = options.json || found == 'j';
-        if (found == 's') {
-            options.schedule = ::optarg;
-        }
+    const tools::CommandLine given(
+        count, words,
+        {{"quiet", 'q', ""}, {"json", 'j', ""}, {"schedule", 's'}, {"help", 'h', ""}, {"version", 'V', ""}});
+    if (given.has('h') || given.has('V')) {
+        std::cout << (given.has('h') ? kHelp : "zephan-config-check " CHECK_VERSION "\n");
+        return std::nullopt;
     }
-    options.files.assign(words + ::optind, words + count);
+    Options options{given.has('q'), given.has('j'), given.value('s'), given.words};
     if (options.files.empty()) {
-        throw std::invalid_argument("no FILE to check");
+        throw tools::UsageError("no FILE to check");
     }
     if (options.schedule && options.schedule->empty()) {
-        throw std::invalid_argument("the path of the schedule file is empty");
+        throw tools::UsageError("the path of the schedule file is empty");
     }
     return options;
 }
@@ -113,7 +98,7 @@ int main(int count, char** words) {
     try {
         const std::optional<Options> options = parseOptions(count, words);
         status = options ? run(*options) : nothingFound;
-    } catch (const std::invalid_argument& error) {
+    } catch (const tools::UsageError& error) {
         complain(error.what());
         std::cerr << "Try zephan-config-check --help.\n";
     } catch (const std::exception& error) {

@@ -1,6 +1,6 @@
 #include "EntryWriter.h"
 
-#include "ShownText.h"
+#include "common/ShownText.h"
 
 #include <string_view>
 

@@ -2,7 +2,7 @@
 
 #include "Messages.h"
 #include "OpenLog.h"
-#include "ShownText.h"
+#include "common/ShownText.h"
 
 #include <algorithm>
 #include <iterator>

@@ -1,6 +1,6 @@
 #include "Messages.h"
 
-#include "ShownText.h"
+#include "common/ShownText.h"
 #include "platform/Console.h"
 
 #include <cerrno>

@@ -1,22 +1,17 @@
 #include "Options.h"
 
-#include "common/WrongOption.h"
-
 #include <charconv>
-#include <cstring>
-
-#include <getopt.h>
 
 namespace logreader {
 
 namespace {
 
-std::size_t readCount(const char* text) {
+std::size_t readCount(const std::string& text) {
     std::size_t count = 0;
-    const char* const end = text + std::strlen(text);
-    const auto [stop, error] = std::from_chars(text, end, count);
+    const char* const end = text.data() + text.size();
+    const auto [stop, error] = std::from_chars(text.data(), end, count);
     if (error != std::errc() || stop != end) {
-        throw UsageError(std::string("not a number of entries: ") + text);
+        throw UsageError("not a number of entries: " + text);
     }
     return count;
 }
@@ -115,134 +110,70 @@ Examples:
 
 Options parseOptions(int count, char** words) {
     enum Option : int {
-        exclude = 1000,
-        json,
-        utc,
+        exclude = tools::kLong,
         zone,
         logZone,
         config,
         cursorFile,
         noPager,
         files,
-        diskUsage,
-        context = 'C',
-        follow = 'f',
-        grep = 'g',
-        help = 'h',
-        ignoreCase = 'i',
-        last = 'n',
-        output = 'o',
-        priority = 'p',
-        quiet = 'q',
-        reverse = 'r',
-        since = 'S',
-        until = 'U',
-        version = 'V'
+        diskUsage
     };
-    const option known[] = {{"since", required_argument, nullptr, since},
-                            {"until", required_argument, nullptr, until},
-                            {"grep", required_argument, nullptr, grep},
-                            {"exclude", required_argument, nullptr, exclude},
-                            {"ignore-case", no_argument, nullptr, ignoreCase},
-                            {"context", required_argument, nullptr, context},
-                            {"last", required_argument, nullptr, last},
-                            {"lines", required_argument, nullptr, last},
-                            {"cursor-file", required_argument, nullptr, cursorFile},
-                            {"follow", no_argument, nullptr, follow},
-                            {"reverse", no_argument, nullptr, reverse},
-                            {"output", required_argument, nullptr, output},
-                            {"json", no_argument, nullptr, json},
-                            {"utc", no_argument, nullptr, utc},
-                            {"zone", required_argument, nullptr, zone},
-                            {"log-zone", required_argument, nullptr, logZone},
-                            {"no-pager", no_argument, nullptr, noPager},
-                            {"quiet", no_argument, nullptr, quiet},
-                            {"files", no_argument, nullptr, files},
-                            {"disk-usage", no_argument, nullptr, diskUsage},
-                            {"priority", optional_argument, nullptr, priority},
-                            {"config", required_argument, nullptr, config},
-                            {"help", no_argument, nullptr, help},
-                            {"version", no_argument, nullptr, version},
-                            {nullptr, 0, nullptr, 0}};
+    const tools::CommandLine given(count, words,
+                                   {{"since", 'S'},
+                                    {"until", 'U'},
+                                    {"grep", 'g'},
+                                    {"exclude", exclude},
+                                    {"ignore-case", 'i', ""},
+                                    {"context", 'C'},
+                                    {"last", 'n'},
+                                    {"lines", 'n'},
+                                    {"cursor-file", cursorFile},
+                                    {"follow", 'f', ""},
+                                    {"reverse", 'r', ""},
+                                    {"output", 'o'},
+                                    {"json", 'o', "json"},
+                                    {"utc", zone, "UTC"},
+                                    {"zone", zone},
+                                    {"log-zone", logZone},
+                                    {"no-pager", noPager, ""},
+                                    {"priority", 'p'},
+                                    {"quiet", 'q', ""},
+                                    {"files", files, ""},
+                                    {"disk-usage", diskUsage, ""},
+                                    {"config", config},
+                                    {"help", 'h', ""},
+                                    {"version", 'V', ""}});
     Options options;
-    ::optind = 0;  // anew, also in a process that has read another command line
-    ::opterr = 0;
-    for (int found = 0;
-         (found = ::getopt_long(count, words, ":C:S:U:Vfg:hin:o:p::qr", known, nullptr)) != -1;) {
-        switch (found) {
-            case since:
-                options.since = ::optarg;
-                break;
-            case until:
-                options.until = ::optarg;
-                break;
-            case grep:
-                options.grep = ::optarg;
-                break;
-            case exclude:
-                options.exclude = ::optarg;
-                break;
-            case ignoreCase:
-                options.ignoreCase = true;
-                break;
-            case context:
-                options.context = readCount(::optarg);
-                break;
-            case last:
-                options.last = readCount(::optarg);
-                break;
-            case cursorFile:
-                options.cursorFile = ::optarg;
-                break;
-            case follow:
-                options.follow = true;
-                break;
-            case reverse:
-                options.reverse = true;
-                break;
-            case output:
-                options.form = readForm(::optarg);
-                break;
-            case json:
-                options.form = Form::json;
-                break;
-            case utc:
-                options.zone = "UTC";
-                break;
-            case zone:
-                options.zone = ::optarg;
-                break;
-            case logZone:
-                options.logZone = ::optarg;
-                break;
-            case noPager:
-                options.pager = false;
-                break;
-            case quiet:
-                options.quiet = true;
-                break;
-            case files:
-                options.mode = Options::Mode::files;
-                break;
-            case diskUsage:
-                options.mode = Options::Mode::diskUsage;
-                break;
-            case priority:
-                throw UsageError("entries carry no levels, so there is no -p; --grep chooses by the message");
-            case config:
-                options.config = ::optarg;
-                break;
-            case help:
-                options.mode = Options::Mode::help;
-                return options;
-            case version:
-                options.mode = Options::Mode::version;
-                return options;
-            default:
-                throw UsageError(tools::wrongOption(found, known, words));
-        }
+    if (given.has('h') || given.has('V')) {
+        options.mode = given.has('h') ? Options::Mode::help : Options::Mode::version;
+        return options;
     }
-    options.files.assign(words + ::optind, words + count);
+    if (given.has('p')) {
+        throw UsageError("entries carry no levels, so there is no -p; --grep chooses by the message");
+    }
+    options.mode = given.has(diskUsage) ? Options::Mode::diskUsage
+                   : given.has(files)   ? Options::Mode::files
+                                        : Options::Mode::read;
+    options.since = given.value('S');
+    options.until = given.value('U');
+    options.grep = given.value('g');
+    options.exclude = given.value(exclude);
+    options.ignoreCase = given.has('i');
+    options.follow = given.has('f');
+    options.reverse = given.has('r');
+    options.context = given.has('C') ? readCount(*given.value('C')) : 0;
+    if (given.has('n')) {
+        options.last = readCount(*given.value('n'));
+    }
+    options.cursorFile = given.value(cursorFile);
+    options.form = readForm(given.value('o').value_or("short"));
+    options.pager = !given.has(noPager);
+    options.quiet = given.has('q');
+    options.zone = given.value(zone);
+    options.logZone = given.value(logZone);
+    options.config = given.value(config);
+    options.files = given.words;
     check(options);
     return options;
 }

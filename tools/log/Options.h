@@ -2,21 +2,17 @@
 #pragma once
 
 #include "EntryWriter.h"
+#include "common/CommandLine.h"
 
 #include <cstddef>
 #include <cstdint>
 #include <optional>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
 namespace logreader {
 
-/// A command line that means nothing.
-class UsageError final : public std::runtime_error {
-  public:
-    using std::runtime_error::runtime_error;
-};
+using tools::UsageError;
 
 struct Options {
     enum class Mode : std::uint8_t { read, files, diskUsage, help, version };

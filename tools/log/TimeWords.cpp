@@ -1,6 +1,7 @@
 #include "TimeWords.h"
 
 #include "Options.h"
+#include "platform/Clock.h"
 
 #include <algorithm>
 #include <re2/re2.h>
@@ -199,6 +200,11 @@ Span readSpan(const std::optional<std::string>& since, const std::optional<std::
         span.until = reader.until(*until, span.since);
     }
     return span;
+}
+
+sys_seconds readMoment(const std::string& text) {
+    const TimeZone zone = TimeZone::local();
+    return Reader(sys_seconds(seconds(platform::now())), zone).since(text);
 }
 
 }  // namespace logreader

@@ -17,5 +17,7 @@ struct Span {
 /// Reads both texts; clock times are those of `zone`. Throws UsageError.
 Span readSpan(const std::optional<std::string>& since, const std::optional<std::string>& until,
               std::chrono::sys_seconds now, const TimeZone& zone);
+/// The moment that a text names for --since, in the zone of this process. Throws UsageError.
+std::chrono::sys_seconds readMoment(const std::string& text);
 
 }  // namespace logreader

@@ -1,6 +1,6 @@
 #include "status/FileStatus.h"
 
-#include "ShownText.h"
+#include "common/ShownText.h"
 #include "status/Moment.h"
 #include "status/StateFiles.h"
 #include "status/StatusJson.h"

@@ -1,7 +1,6 @@
 // zephan-status: what an agent that does not run left behind, and what a start would do.
-#include "Options.h"
 #include "TimeWords.h"
-#include "common/WrongOption.h"
+#include "common/CommandLine.h"
 #include "platform/Clock.h"
 #include "status/FileStatus.h"
 #include "status/Metrics.h"
@@ -14,11 +13,9 @@
 #include <string>
 #include <thread>
 
-#include <getopt.h>
-
 namespace {
 
-using logreader::UsageError;
+using tools::UsageError;
 
 constexpr char kHelp[] = R"(Usage: zephan-status [--config FILE] [--schedule FILE] [OPTION]...
 Tell what an agent that does not run left behind, and what its next start
@@ -65,54 +62,33 @@ struct Options {
     bool watch = false;
 };
 
-std::int64_t readClock(const std::string& text) {
-    const std::chrono::sys_seconds now{std::chrono::seconds(platform::now())};
-    const logreader::Span span = logreader::readSpan(text, std::nullopt, now, logreader::TimeZone::local());
-    return span.since.value_or(now).time_since_epoch().count();
-}
-
 /// Nothing when the command line asks for a text, which is printed.
 std::optional<Options> parseOptions(int count, char** words) {
-    const option known[] = {{"config", required_argument, nullptr, 'c'},
-                            {"schedule", required_argument, nullptr, 's'},
-                            {"clock", required_argument, nullptr, 't'},
-                            {"json", no_argument, nullptr, 'j'},
-                            {"metrics", no_argument, nullptr, 'm'},
-                            {"watch", no_argument, nullptr, 'w'},
-                            {"help", no_argument, nullptr, 'h'},
-                            {"version", no_argument, nullptr, 'V'},
-                            {nullptr, 0, nullptr, 0}};
-    Options options;
-    for (int found = 0; (found = ::getopt_long(count, words, ":hV", known, nullptr)) != -1;) {
-        switch (found) {
-            case 'c':
-                options.configuration = ::optarg;
-                break;
-            case 's':
-                options.schedule = ::optarg;
-                break;
-            case 't':
-                options.clock = readClock(::optarg);
-                break;
-            case 'j':
-                options.json = true;
-                break;
-            case 'm':
-                options.metrics = true;
-                break;
-            case 'w':
-                options.watch = true;
-                break;
-            case 'h':
-            case 'V':
-                std::cout << (found == 'h' ? kHelp : "zephan-status " TOOL_VERSION "\n");
-                return std::nullopt;
-            default:
-                throw UsageError(tools::wrongOption(found, known, words));
-        }
+    enum Option : int { config = tools::kLong, schedule, clock, json, metrics, watch };
+    const tools::CommandLine given(count, words,
+                                   {{"config", config},
+                                    {"schedule", schedule},
+                                    {"clock", clock},
+                                    {"json", json, ""},
+                                    {"metrics", metrics, ""},
+                                    {"watch", watch, ""},
+                                    {"help", 'h', ""},
+                                    {"version", 'V', ""}});
+    if (given.has('h') || given.has('V')) {
+        std::cout << (given.has('h') ? kHelp : "zephan-status " TOOL_VERSION "\n");
+        return std::nullopt;
     }
-    if (::optind < count) {
-        throw UsageError(std::string("unexpected argument ") + words[::optind]);
+    Options options{given.value(config).value_or(""),
+                    given.value(schedule).value_or(""),
+                    std::nullopt,
+                    given.has(json),
+                    given.has(metrics),
+                    given.has(watch)};
+    if (given.has(clock)) {
+        options.clock = logreader::readMoment(*given.value(clock)).time_since_epoch().count();
+    }
+    if (!given.words.empty()) {
+        throw UsageError("unexpected argument " + given.words.front());
     }
     if (options.configuration.empty() && options.schedule.empty()) {
         throw UsageError("no file to tell the status from (--config FILE, --schedule FILE)");

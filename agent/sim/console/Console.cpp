@@ -1,5 +1,6 @@
 #include "sim/console/Console.h"
 
+#include "session/SessionPage.h"
 #include "sim/Event.h"
 #include "sim/OrderQueue.h"
 #include "sim/Verbs.h"
@@ -8,7 +9,6 @@
 #include "sim/console/OrderForm.h"
 #include "sim/console/RequestGuard.h"
 #include "sim/console/ServiceText.h"
-#include "sim/report/SessionPage.h"
 
 #include <set>
 #include <stdexcept>
@@ -65,7 +65,7 @@ class Server final : public Console {
           address_(address),
           transport_(address, port, session.bell(),
                      {{"Cache-Control", "no-store"},
-                      {"Content-Security-Policy", pagePolicy(true) + "; frame-ancestors 'none'"},
+                      {"Content-Security-Policy", session::pagePolicy(true) + "; frame-ancestors 'none'"},
                       {"Cross-Origin-Resource-Policy", "same-origin"},
                       {"Referrer-Policy", "no-referrer"},
                       {"X-Content-Type-Options", "nosniff"},

@@ -1,8 +1,9 @@
 #include "sim/console/LiveSession.h"
 
+#include "session/SessionPage.h"
 #include "sim/EventFields.h"
+#include "sim/RecordingListener.h"
 #include "sim/Words.h"
-#include "sim/report/SessionPage.h"
 
 #include <algorithm>
 
@@ -18,7 +19,7 @@ constexpr std::string_view kStart = "start ";
 void LiveSession::onEvent(const Event& event) noexcept {
     {
         const std::lock_guard lock(mutex_);
-        record_.onEvent(event);
+        RecordingListener(record_).onEvent(event);
         const bool succeeded = numberOf(event, "result") == 0;
         if (event.name == "credentials") {
             member_ = textOf(event, "member").value_or("");
@@ -57,7 +58,7 @@ void LiveSession::close() {
 
 std::string LiveSession::page() const {
     const std::lock_guard lock(mutex_);
-    return sessionPage(record_, true);
+    return session::sessionPage(record_, true);
 }
 
 LiveSession::News LiveSession::news(std::uint64_t first) const {

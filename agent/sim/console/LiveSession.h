@@ -2,10 +2,10 @@
 #pragma once
 
 #include "lib/Enterprise.h"
+#include "session/SessionRecord.h"
 #include "sim/Bell.h"
 #include "sim/Clock.h"
 #include "sim/EventListener.h"
-#include "sim/report/SessionRecord.h"
 
 #include <cstdint>
 #include <functional>
@@ -32,7 +32,7 @@ class LiveSession final : public EventListener {
     };
 
     /// `now` tells the time of the session, on any thread.
-    LiveSession(SessionRecord& record, std::function<Instant()> now)
+    LiveSession(session::SessionRecord& record, std::function<Instant()> now)
         : record_(record), now_(std::move(now)) {}
 
     void onEvent(const Event& event) noexcept override;
@@ -58,7 +58,7 @@ class LiveSession final : public EventListener {
         return value;
     }
 
-    SessionRecord& record_;
+    session::SessionRecord& record_;
     std::function<Instant()> now_;
     Bell bell_;
     mutable std::mutex mutex_;  ///< guards everything below, and the record

@@ -144,7 +144,7 @@ void RsmFollower::noteCall(const Event& event) {
     const bool isLogger = isOf("start logger ");
     if (isLogger || (isOf("start rsm ") && !isConfigured_)) {
         configurationPath_ = verb.substr(verb.find(' ', 6) + 1);
-        settings_ = readAuditTexts(configurationPath_).settings;
+        settings_ = session::readAuditTexts(configurationPath_).settings;
         texts_ = ActivityTexts(settings_);
         isConfigured_ = true;
     }

@@ -3,8 +3,8 @@
 
 #include "controller/RsmState.h"
 #include "detection/AuditMeaning.h"
+#include "session/AuditTexts.h"
 #include "sim/Event.h"
-#include "sim/report/AuditTexts.h"
 
 #include <cstdint>
 #include <optional>

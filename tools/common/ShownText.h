@@ -1,0 +1,19 @@
+// Message texts in a form that is safe to show: whatever bytes a message has, a terminal or a JSON reader
+// gets nothing that it would act upon.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace logreader {
+
+/// Appends a text for the terminal: bytes that are not UTF-8 and control characters as `\x1b`, characters that
+/// change the direction of writing or end a line as `\u202e`. Line ends stay, with `indent` behind each.
+void appendShown(std::string& target, std::string_view text, std::string_view indent);
+
+/// Appends a text as a JSON string. Bytes that are not UTF-8 stand as `\u00XX`, and so do control characters.
+void appendJson(std::string& target, std::string_view text);
+/// The same with everything that JSON lets stand as it is, as in a trace.
+std::string jsonText(std::string_view text);
+
+}  // namespace logreader
