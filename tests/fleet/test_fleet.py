@@ -4,6 +4,7 @@ import json
 import os
 import pathlib
 import shutil
+import signal
 import socket
 import subprocess
 import sys
@@ -56,11 +57,11 @@ class Place(unittest.TestCase):
             (self.path / folder).mkdir()
         shutil.copy(ROOT / "examples/zephan-config.xml", self.path)
 
-    def start(self, *command, **options):
+    def start(self, *command, end=signal.SIGTERM, **options):
         process = subprocess.Popen([str(word) for word in command], cwd=self.path, stdin=subprocess.DEVNULL,
                                    stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, **options)
         self.addCleanup(process.wait)
-        self.addCleanup(process.terminate)
+        self.addCleanup(process.send_signal, end)
         return process
 
 
@@ -133,6 +134,100 @@ class Load(Place):
         for kind, device, polls in (("off", 100, 0), ("plain", 1, 60), ("restart", 46, 40 + 18), ("visit", 15, 80 + 60)):
             with self.subTest(kind):
                 self.assertEqual(sum(polls for polls, _ in self.part(device, device).values()), polls)
+
+class Ship(Place):
+    needed = ("rsyslogd", "zephan-log", "psql")
+    postgres = next((path for root in (UNPACKED, pathlib.Path("/")) for path in root.glob("usr/lib/postgresql/*/bin")), None)
+    as_other = {"user": "nobody", "group": "nogroup", "extra_groups": []} if os.getuid() == 0 else {}  # the database refuses root
+
+    def kill(self, process, how=signal.SIGKILL):
+        process.send_signal(how)
+        process.wait()
+
+    def rsyslog(self, name, *changes):
+        """Starts one with a supplied configuration, its paths and ports changed."""
+        spool = self.path / f"spool-{name}"
+        spool.mkdir(exist_ok=True)
+        for file in spool.glob("imfile-state:*"):
+            file.unlink()
+        text = (ROOT / f"examples/fleet/rsyslog-{name.rstrip('12')}.conf").read_text()
+        for old, new in (("/var/spool/rsyslog", str(spool)), ("2514", str(self.relp)), ('Interval="5"', 'Interval="1"'), *changes):
+            self.assertIn(old, text)
+            text = text.replace(old, new)
+        (self.path / f"{name}.conf").write_text(text)
+        return self.start("rsyslogd", "-n", "-i", self.path / f"{name}.pid", "-f", f"{name}.conf", "-M",
+                          f"{UNPACKED}/usr/lib/{os.uname().machine}-linux-gnu/rsyslog:/usr/lib/{os.uname().machine}-linux-gnu/rsyslog")
+
+    def collector(self):
+        return self.rsyslog("collector", ("0.0.0.0", "127.0.0.1"), ("5432", str(self.sql)), ('user="collector"', 'user="nobody"'))
+
+    def device(self, number):
+        return self.rsyslog(f"device{number}", ("collector.example", "127.0.0.1"), ("/var/lib/zephan-log-ship", str(self.path / str(number))),
+                            ("global(", f'global(localHostname="device-{number}" '))
+
+    def ship(self, number):
+        place = self.path / str(number)
+        return self.start("sh", "-c", "cd $0 && exec zephan-log --follow --json --cursor-file ship/cursor --config zephan-config.xml >>ship/entries.jsonl", place)
+
+    def database(self):
+        process = self.start(self.postgres / "postgres", "-D", self.path / "data/db", "-k", self.path / "data", "-p", self.sql,
+                             end=signal.SIGINT, **self.as_other)
+        wait_for(lambda: self.ask("select 1") or None)
+        return process
+
+    def ask(self, query, database="postgres"):
+        done = subprocess.run(["psql", "-h", "127.0.0.1", "-p", str(self.sql), "-U", "nobody", "-qtAc", query, database], capture_output=True, text=True, timeout=60)
+        return done.stdout.split() if done.returncode == 0 else []
+
+    def replay(self, number, day):
+        """An agent whose log is full now and then."""
+        place = self.path / str(number)
+        place.joinpath("s").write_text(f"clock 2026-03-0{day}T10:00:00Z\n0 start logger zephan-config.xml\n" +
+                                       "".join(f"{t} log info \"It's entry {t} of {number}\"\n" for t in range(1, 200)))
+        run("krx-agent-sim", "replay", "s", cwd=place)
+
+    def stored(self, number):
+        return self.ask(f"select id from entries where device = 'device-{number}' order by arrival", "zephan")
+
+    def written(self, number):
+        return [json.loads(line)["id"] for line in run("zephan-log", "--json", "log/kelp-logs.xml", cwd=self.path / str(number)).splitlines()]
+
+    def test_every_entry_once(self):
+        self.path.chmod(0o755)
+        self.relp, self.sql = free_port(), free_port()
+        (self.path / "data").mkdir()
+        if self.as_other:
+            shutil.chown(self.path / "data", "nobody")
+        self.assertEqual(self.start(self.postgres / "initdb", "--no-sync", "-U", "nobody", "-A", "trust", "-D", "data/db", **self.as_other).wait(), 0)
+        database = self.database()
+        self.ask("create database zephan")
+        self.ask((ROOT / "examples/fleet/collector.sql").read_text(), "zephan")
+        for number in (1, 2):
+            shutil.copytree(self.path, self.path / str(number), ignore=lambda *_: ["data", "1", "2"])
+            (self.path / str(number) / "ship").mkdir()
+            config = self.path / str(number) / "zephan-config.xml"
+            config.write_text(config.read_text().replace("5000000", "5000"))
+            self.replay(number, 1)
+        devices = {number: [self.ship(number), self.device(number)] for number in (1, 2)}
+        collector = self.collector()
+        wait_for(lambda: len(self.stored(1)) > 20 and len(self.stored(2)) > 20)
+        self.kill(devices[1][0])
+        self.kill(devices[2][1])
+        self.kill(collector)
+        for number in (1, 2):
+            self.replay(number, 2)
+        devices[1][0], devices[2][1], collector = self.ship(1), self.device(2), self.collector()
+        wait_for(lambda: len(self.stored(1)) > 250)
+        self.kill(database, signal.SIGQUIT)  # as a crash, of which its processes take note
+        self.assertEqual(self.stored(1), [])
+        for number in (1, 2):
+            self.replay(number, 3)
+        self.database()
+        for number in (1, 2):
+            written = self.written(number)
+            self.assertGreater(len(list((self.path / str(number) / "log").iterdir())), 3)
+            wait_for(lambda: len(self.stored(number)) >= len(written))
+            self.assertEqual(self.stored(number), written)
 
 
 if __name__ == "__main__":
