@@ -13,5 +13,5 @@ add_custom_command(OUTPUT ${PROJECT_BINARY_DIR}/zephan-rsm-logger.3.gz ${PROJECT
 add_custom_target(zephan-manuals ALL DEPENDS ${PROJECT_BINARY_DIR}/zephan-rsm-logger.3.gz)
 install(FILES ${PROJECT_BINARY_DIR}/zephan-rsm-logger.3.gz DESTINATION ${CMAKE_INSTALL_MANDIR}/man3 COMPONENT dev)
 if(ZEPHAN_PROGRAMS)  # with the programs that people ask about it
-    install(FILES ${PROJECT_BINARY_DIR}/zephan-config.5.gz DESTINATION ${CMAKE_INSTALL_MANDIR}/man5 COMPONENT simulator)
+    install(FILES ${PROJECT_BINARY_DIR}/zephan-config.5.gz DESTINATION ${CMAKE_INSTALL_MANDIR}/man5 COMPONENT tools)
 endif()

@@ -126,7 +126,7 @@
 
 /* The version of this header; the build reads its own from here. */
 #define ZEPHAN_RSM_LOGGER_VERSION_MAJOR 1
-#define ZEPHAN_RSM_LOGGER_VERSION_MINOR 1
+#define ZEPHAN_RSM_LOGGER_VERSION_MINOR 2
 #define ZEPHAN_RSM_LOGGER_VERSION_PATCH 0
 
 /* Defined before this header where a system exports by other means. */

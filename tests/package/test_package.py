@@ -1,6 +1,6 @@
 """The Debian packages, made of a build and laid out in a directory of their own, and the module as a part of another project.
 
-The environment names the build (BUILD), CMAKE, CPACK, the compilers (CC, CXX) and their warnings (WARNINGS)."""
+The environment names the build (BUILD), the objects of its module (OBJECTS), CMAKE, CPACK, the compilers (CC, CXX) and their warnings (WARNINGS)."""
 import os
 import pathlib
 import re
@@ -54,17 +54,64 @@ class Packages(unittest.TestCase):
     def test_names_and_dependencies(self):
         depends = {name: run("dpkg-deb", "--field", path, "Depends", cwd=self.scratch)
                    for name, path in self.packages.items()}
-        self.assertEqual(sorted(depends), ["krx-agent-sim", "libzephan-rsm-logger-dev", "libzephan-rsm-logger1"])
-        version = re.search(r"_(.*)_", self.packages["krx-agent-sim"].name).group(1)
-        for name in ("krx-agent-sim", "libzephan-rsm-logger-dev"):
-            self.assertIn(f"libzephan-rsm-logger1 (= {version})", depends[name])
-        libraries = {word.split()[0] for word in depends["libzephan-rsm-logger1"].split(", ")}
-        self.assertEqual(libraries, {"libc6", "libexpat1", "libgcc-s1", "libstdc++6"})
+        own = {name: set(re.findall(r"libexpat1|[\w-]*(?:krx|zephan)[\w-]*", words)) for name, words in depends.items()}
+        self.assertEqual(own, {
+            "libzephan-rsm-logger1": {"libexpat1", "krx-agent-libraries"},
+            "libzephan-rsm-logger1-dbgsym": {"libzephan-rsm-logger1"},
+            "libzephan-rsm-logger-dev": {"libkrx-agent1", "libzephan-rsm-logger1"},
+            "libkrx-agent1": {"libexpat1"},
+            "zephan-rsm-logger-tools": {"libexpat1"},
+            "krx-agent-sim": {"libexpat1", "libkrx-agent1", "libzephan-rsm-logger1", "zephan-rsm-logger-tools"}})
         for name in depends:
-            self.assertIn("no licence chosen yet", (self.root / "usr/share/doc" / name / "copyright").read_text())
+            self.assertIn("Niels Lohmann", (self.root / "usr/share/doc" / name / "copyright").read_text())
+
+    def test_an_upgrade_from_1_1_0(self):
+        """The programs and the stand-in's library were in other packages then."""
+        if os.geteuid() != 0:
+            self.skipTest("dpkg installs only as root")
+        place = self.scratch / "upgrade"
+        (place / "root/var/lib/dpkg/updates").mkdir(parents=True)
+        (place / "root/var/lib/dpkg/info").mkdir()
+        (place / "root/var/lib/dpkg/status").touch()
+        libraries = self.libraries.relative_to(self.root)
+        moved = {libraries / "libkrx-agent.so.1": ("libzephan-rsm-logger1", "libkrx-agent1"),
+                 "usr/bin/zephan-log": ("krx-agent-sim", "zephan-rsm-logger-tools"),
+                 "usr/share/zephan-rsm-logger/zephan-config.xsd": ("krx-agent-sim", "zephan-rsm-logger-tools")}
+        for path, (package, _) in moved.items():
+            (place / package / "DEBIAN").mkdir(parents=True, exist_ok=True)
+            (place / package / "DEBIAN/control").write_text(
+                f"Package: {package}\nVersion: 1.1.0\nArchitecture: all\nMaintainer: M <m@m.example>\nDescription: of before\n")
+            (place / package / path).parent.mkdir(parents=True)
+            (place / package / path).touch()
+            run("dpkg-deb", "--build", package, cwd=place)
+        dpkg = ("dpkg", "--root=root", "--log=/dev/null", "--force-depends", "--auto-deconfigure", "--install")
+        run(*dpkg, *place.glob("*.deb"), cwd=place)
+        run(*dpkg, *self.packages.values(), cwd=place)
+        for path, (_, package) in moved.items():
+            self.assertEqual(run("dpkg-query", "--root=root", "--search", f"/{path}", cwd=place), f"{package}: /{path}\n")
+
+    def test_each_package_says_its_size_and_one_time(self):
+        times = set()
+        for package in self.packages.values():
+            listed = re.findall(r"(?m)^(.)\S+ \S+ +(\d+) (\S+ \S+) ", run("dpkg-deb", "--contents", package, cwd=self.scratch))
+            size = sum(-(-int(size) // 1024) if kind == "-" else 1 for kind, size, _ in listed)
+            self.assertEqual(int(run("dpkg-deb", "--field", package, "Installed-Size", cwd=self.scratch)), size, package.name)
+            times |= {time for _, _, time in listed}
+        self.assertEqual(len(times), 1)
+
+    def test_links_of_the_documents_lead_somewhere(self):
+        for page in self.examples.parent.rglob("*.md"):
+            for target in re.findall(r"\]\(([\w./-]+)[)#]", page.read_text()):
+                self.assertTrue((page.parent / target).exists(), f"{page.name}: {target}")
+
+    def test_debug_symbols_are_those_of_the_library(self):
+        symbols, = self.root.glob("usr/lib/debug/.build-id/*/*.debug")
+        notes = run("readelf", "--notes", self.libraries / "libZephanRSMLogger.so.1", cwd=self.scratch)
+        self.assertIn(f"Build ID: {symbols.parent.name}{symbols.stem}\n", notes)
+        self.assertIn("ForcePollingTask", run("nm", "--demangle", symbols, cwd=self.scratch))
 
     def test_what_is_shipped_is_hardened(self):
-        files = [path for folder in ("usr/bin", "usr/lib") for path in (self.root / folder).rglob("*")
+        files = [path for folder in ("usr/bin", self.libraries) for path in (self.root / folder).rglob("*")
                  if path.is_file() and not path.is_symlink() and path.read_bytes()[:4] == b"\x7fELF"]
         self.assertGreaterEqual(len(files), 5)
         for path in files:
@@ -135,6 +182,13 @@ class Packages(unittest.TestCase):
         said = run("./agent", "zephan-config.xml", "state/schedule.xml", cwd=place, environment=self.environment)
         self.assertIn("CommandResult: Pass", said)
         self.assertIn("An audit message", (place / "log/kelp-logs.xml").read_text())
+        # A host linked with 1.0.0 asks for the library by its name without a number, and for exports without a version.
+        exports = re.findall(r" T (\w+)", run("nm", "--dynamic", self.libraries / "libZephanRSMLogger.so.1", cwd=place))
+        (place / "before.c").write_text("".join(f"void {name}(void) {{}}\n" for name in exports))
+        run(os.environ["CC"], "-shared", "-fPIC", "-Wl,-soname,libZephanRSMLogger.so", "-o", "before.so", "before.c", cwd=place)
+        run(os.environ["CC"], "-o", "host", "minimal-agent.c", f"-I{self.root}/usr/include", "./before.so", cwd=place)
+        said = run("./host", "zephan-config.xml", "state/schedule.xml", cwd=place, environment=self.environment)
+        self.assertIn("CommandResult: Pass", said)
         self.assertIn("ZPXRSMLoggerStatup answered -1",
                       run("./agent", "missing.xml", "state/schedule.xml", cwd=place, environment=self.environment, status=1))
 
@@ -154,8 +208,9 @@ class Subproject(unittest.TestCase):
     def test_a_device_with_an_agent_of_its_own(self):
         with tempfile.TemporaryDirectory(prefix="package test ") as scratch:
             place = workspace(pathlib.Path(scratch), "run", EXAMPLES / "zephan-config.xml")
-            run(os.environ["CMAKE"], "-G", "Ninja", "-S", SOURCE / "tests/package/minimal-agent", "-B", "build",
-                f"-DZEPHAN_SOURCE={SOURCE}", cwd=scratch)
+            run(os.environ["CMAKE"], "-G", "Ninja", "-S", EXAMPLES / "own-agent", "-B", "build", f"-DZEPHAN_SOURCE={SOURCE}",
+                f"-DCMAKE_PROJECT_Device_INCLUDE={SOURCE}/tests/package/Subproject.cmake",
+                f"-DBUILT_OBJECTS={os.environ['OBJECTS'].replace(',', ';')}", cwd=scratch)
             run(os.environ["CMAKE"], "--build", "build", cwd=scratch)
             self.assertEqual(run("../build/device", "zephan-config.xml", cwd=place),
                              "report after 0 polls: FORCE_POLL_GRACE\nreport after 4 polls: NOT_ACTIVE\nconnect: 0, 4 polls\n")
