@@ -60,6 +60,22 @@ unpack() {
     done
 }
 
+# This release of Debian, by its code name.
+release_here() { (. /etc/os-release && echo "$VERSION_CODENAME"); }
+
+# What another system needs to install packages from where this one does: the lines for a release, in the form of sources.list,
+# and how they are fetched.
+apt_lines() {
+    local format="\$(REPO_URI) \$(CODENAME)" here lines
+    here=$(release_here)
+    [ -n "$(apt-get indextargets --format "$format" "Created-By: Packages")" ] || quietly apt-get update >&2
+    lines=$(apt-get indextargets --format "$format" "Created-By: Packages" | awk '!seen[$0]++' |
+        sed -nE "s/^(\S+) $here(|-updates|-security)$/deb \1 $1\2 main/p")
+    [ -n "$lines" ] || wrong_usage "apt of this system has no mirror of Debian"
+    printf '%s\n' "$lines"
+}
+apt_settings() { apt-config dump | grep -E '^Acquire::(https?|Check-|Retries)' || true; }
+
 # Runs a command and shows what it printed only when it fails.
 quietly() {
     local output
@@ -95,6 +111,9 @@ BROWSER_PACKAGES=(chromium chromium-driver python3-selenium)
 SERVER_PACKAGES=(prometheus prometheus-node-exporter rsyslog rsyslog-relp rsyslog-pgsql postgresql parallel gnuplot-nox
     openssh-server)
 WINDOWS_PACKAGES=(libgtest-dev python3 dpkg-dev g++-mingw-w64-x86-64-posix g++-mingw-w64-i686-posix wine64)
+PROCESSOR_PACKAGES=(mmdebstrap debian-archive-keyring qemu-user g++-aarch64-linux-gnu g++-arm-linux-gnueabihf g++-i686-linux-gnu
+    g++-s390x-linux-gnu)
+SYSROOT_PACKAGES=(libc6-dev libstdc++6 libexpat1-dev libedit-dev libre2-dev zlib1g-dev nlohmann-json3-dev libmicrohttpd-dev libgtest-dev)
 BENCH_PACKAGES=(libbenchmark-dev libspdlog-dev dpkg-dev strace)
 FUZZ_PACKAGES=(clang libclang-rt-dev)
 CONFIGURE_OPTIONS=()
