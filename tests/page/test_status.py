@@ -219,6 +219,21 @@ class SentencesTest(unittest.TestCase):
                         judged[self.judge(sentence, at, events, closed, stepped)] += 1
         self.assertGreaterEqual(len(judged), 6, judged)  # kinds of sentences
 
+    def test_sentences_that_are_easily_wrong(self):
+        rows = [
+            # what happens behind the starts, beginning of the sentence
+            ("1 schedule 10:10:00 20 4\n6 connect 0 30\n8 status\n", "RSM is off and waits for its schedule of 2026-03-01 10:10:00 GMT: 4 minutes"),
+            ("1 connect 10 30\n2 asset absent\n3 stop rsm\n4 schedule 10:01:00 20 4\n5 status\n",
+             "RSM runs until about 2026-03-01 10:01:01 GMT, when its schedule of 2026-03-01 10:01:00 GMT: 4 minutes"),
+            ("1 audit opened\n2 connect 10 20\n12 connect 5 0\n16 status\n", "RSM runs until about 2026-03-01 10:00:22 GMT, one poll every 0 s: 0 polls made, 1"),
+        ]
+        for lines, sentence in rows:
+            with self.subTest(lines), Workspace() as workspace:
+                text = "".join(f"0 {line}\n" for line in START) + lines
+                text = re.sub(r"schedule (\d\S+) (\d+) (\d+)", r"command ScheduleRSM RSMStartDate=2026:03:01 RSMStartTime=\1 PollingRate=\2 GracePeriod=\3", text)
+                (workspace.path / "session.scenario").write_text("clock 2026-03-01T10:00:00Z\n" + text.replace("audit opened", 'audit "Remote tunnel opened"'))
+                self.assertRegex(workspace.run("replay", "session.scenario", "--trace", "trace.jsonl")[1], "(?m)^" + re.escape(sentence))
+
     def judge(self, sentence, at, events, closed, stepped):
         def moment(text):
             return (datetime.datetime.fromisoformat(text + "+00:00") - CLOCK).total_seconds() - stepped

@@ -9,6 +9,7 @@
 #include <cmath>
 #include <cstdio>
 #include <iterator>
+#include <utility>
 
 namespace sim {
 
@@ -80,8 +81,6 @@ void RsmFollower::onEvent(const Event& event) {
     }
     if (event.name == "log") {
         noteLine(textOf(event, "text").value_or(""), now);
-    } else if (event.name == "update-asset") {
-        noteProfile(listOf(event, "properties"));
     } else if (event.name == "audit") {
         noteAudit(textOf(event, "text").value_or(""), now);
     } else if (event.name == "call") {
@@ -113,26 +112,14 @@ void RsmFollower::noteLine(const std::string& line, std::int64_t now) {
     }
 }
 
-void RsmFollower::noteProfile(const agent::NamedValues& profile) {
-    const auto number = [&](std::string_view name) {
-        return platform::readNumber(valueOf(profile, name).value_or(""));
-    };
-    const std::string start = valueOf(profile, "RSM_DELAY_PROFILE_START_TIME").value_or("0");
-    int year = 0;
-    int month = 0;
-    int day = 0;
-    char time[9] = "";
-    // The day before the month, as the enterprise is told.
-    if (isScheduleUntold_ &&
-        std::sscanf(start.c_str(), "%4d-%2d-%2d GMT %8s", &year, &day, &month, time) == 4) {
-        char date[40] = "";
-        std::snprintf(date, sizeof date, "%04d:%02d:%02d", year, month, day);
-        const std::int64_t moment = scheduling::stringToTime(date, time);
-        const int minutes = number("RSM_DELAY_PROFILE_GRACE_PERIOD");
-        rsm_.scheduleDelayedProfile(number("RSM_DELAY_PROFILE_FORCED_POLLING_RATE"), moment,
-                                    moment + minutes * scheduling::kSecondsPerMinute, minutes);
-        isScheduleUntold_ = false;
-    }
+/// Of an order that the schedule file does not hold.
+void RsmFollower::noteSchedule(const agent::NamedValues& answer) {
+    const auto text = [&](std::string_view name) { return valueOf(answer, name).value_or(""); };
+    const int minutes = platform::readNumber(text("GracePeriod"));
+    const std::string time = text("RSMStartTime").substr(0, sizeof("23:59:59") - 1);
+    const std::int64_t start = scheduling::stringToTime(text("RSMStartDate").c_str(), time.c_str());
+    rsm_.scheduleDelayedProfile(platform::readNumber(text("PollingRate")), start,
+                                start + minutes * scheduling::kSecondsPerMinute, minutes);
 }
 
 void RsmFollower::noteCall(const Event& event) {
@@ -140,6 +127,9 @@ void RsmFollower::noteCall(const Event& event) {
     const auto isOf = [&verb](std::string_view words) { return verb.starts_with(words); };
     if (numberOf(event, "result") != 0) {
         return;
+    }
+    if (std::exchange(isScheduleUntold_, false) && isOf("command ScheduleRSM")) {
+        noteSchedule(listOf(event, "answer"));
     }
     const bool isLogger = isOf("start logger ");
     if (isLogger || (isOf("start rsm ") && !isConfigured_)) {
@@ -187,18 +177,14 @@ void RsmFollower::notePollingThread(const Event& event, std::int64_t now) {
     if (!rsm_.polling && (waits_ || rsm_.isWaiting()) && rsm_.startWhenDue(now)) {
         rsm_.beginPolling();
         polls_ = 0;
+    } else if (waits_ && !rsm_.isWaiting()) {
+        comesToSleep(rsm_, now);  // an order has come in, be it one without a poll to make
     }
     waits_ = false;
     wake_.reset();
     if (event.name == "sleep") {
         wake_ = event.time + std::chrono::milliseconds(numberOf(event, "ms"));
-        waits_ = rsm_.isWaiting();
-        if (!waits_) {
-            if (!rsm_.polling) {
-                rsm_.beginPolling();
-            }
-            rsm_.restartOrFirstPass(now);
-        }
+        waits_ = rsm_.isWaiting() || !comesToSleep(rsm_, now);
     } else if (event.name == "force-poll") {
         ++polls_;
         step_ = std::begin(RsmState::kAfterPoll);

@@ -50,7 +50,7 @@ class RsmFollower final {
     void noteLine(const std::string& line, std::int64_t now);
     void noteCall(const Event& event);
     void noteAudit(const std::string& message, std::int64_t now);
-    void noteProfile(const agent::NamedValues& profile);
+    void noteSchedule(const agent::NamedValues& answer);
     void notePollingThread(const Event& event, std::int64_t now);
     void finishPoll(std::int64_t now);
     void end();
@@ -59,6 +59,7 @@ class RsmFollower final {
     RsmState rsm_;
     bool hasThread_ = false;
     bool hasEnded_ = false;
+    int strays_ = 0;                        ///< threads that have outlived a stop, of the same name
     const RsmState::Step* step_ = nullptr;  ///< to come after a poll, when the one before it made a report
     bool waits_ = false;                    ///< the thread sleeps in its wait for a schedule
     std::optional<Instant> wake_;           ///< when its sleep is over

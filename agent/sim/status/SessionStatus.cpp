@@ -66,7 +66,8 @@ std::string SessionStatus::startText(std::int64_t now) const {
 
 SessionStatus::Answer SessionStatus::answer(std::int64_t now) const {
     Answer answer;
-    if (isPolling() && !rsm_.state().remoteActivity) {
+    // At a useless rate nothing keeps it polling.
+    if (isPolling() && (!rsm_.state().remoteActivity || rsm_.state().pollingRate < 1)) {
         answer.outlook = rsm_.outlook();
     }
     answer.sentence = sentence(answer.outlook, now);
