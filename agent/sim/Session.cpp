@@ -98,9 +98,9 @@ void Session::serve(const std::string& place) {
     recorder_.tell(orders_);
     input_->alsoHear(orders_.bell());
     simulation_.takeOrdersFrom(orders_);
-    console_ =
-        openConsole(place, live_, orders_,
-                    {[this] { return status_.json(now()); }, [this] { return status_.metrics(now()); }});
+    console_ = openConsole(place, live_, orders_, [this](bool metrics) {
+        return metrics ? status_.metrics(now()) : status_.json(now());
+    });
     const Terminal::Hidden hidden(terminal_.get());
     std::cerr << "krx-agent-sim: the session is at " << console_->url() << std::endl;
 }

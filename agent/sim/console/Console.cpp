@@ -58,7 +58,8 @@ Answer answerOfForm(const OrderQueue::Outcome& outcome) {
 /// What there is to ask for; on the thread of the transport.
 class Server final : public Console {
   public:
-    Server(const std::string& address, int port, LiveSession& session, OrderQueue& orders, StatusTexts status)
+    Server(const std::string& address, int port, LiveSession& session, OrderQueue& orders,
+           std::function<std::string(bool)> status)
         : session_(session),
           orders_(orders),
           status_(std::move(status)),
@@ -91,7 +92,7 @@ class Server final : public Console {
 
     LiveSession& session_;
     OrderQueue& orders_;
-    const StatusTexts status_;
+    const std::function<std::string(bool)> status_;
     const std::string address_;
     const std::shared_ptr<int> follower_ = std::make_shared<int>();  ///< shared by all who follow the events
     HttpServer transport_;
@@ -135,10 +136,9 @@ Answer Server::view(const Request& request) const {
         return follow(request);
     }
     if (request.path == "/status") {
-        return {MHD_HTTP_OK, "application/json", status_.json()};
-    }
-    if (request.path == "/metrics") {
-        return {MHD_HTTP_OK, "text/plain; version=0.0.4; charset=utf-8", status_.metrics()};
+        return {MHD_HTTP_OK, "application/json", status_(false)};
+    } else if (request.path == "/metrics") {
+        return {MHD_HTTP_OK, "text/plain; version=0.0.4; charset=utf-8", status_(true)};
     }
     const auto profile = session_.profile();
     if (!profile) {
@@ -206,7 +206,7 @@ Answer Server::order(const Request& request, const std::string& form) {
 }  // namespace
 
 std::unique_ptr<Console> openConsole(const std::string& place, LiveSession& session, OrderQueue& orders,
-                                     StatusTexts status) {
+                                     std::function<std::string(bool)> status) {
     const std::size_t colon = place.rfind(':');
     std::string address = colon == std::string::npos ? "127.0.0.1" : place.substr(0, colon);
     if (address.starts_with('[') && address.ends_with(']')) {

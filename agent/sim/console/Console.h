@@ -20,16 +20,10 @@ class Console {
     virtual std::string url() const = 0;
 };
 
-/// The session's status, told on any thread.
-struct StatusTexts {
-    std::function<std::string()> json;
-    std::function<std::string()> metrics;  ///< in Prometheus' text format
-};
-
 /// `place` is "[ADDRESS:]PORT": this machine's own address if there is none, one with colons in brackets, and
-/// port 0 for any that is free. `session` and `orders` must outlive the console. Throws std::runtime_error when the
-/// address is not available.
+/// port 0 for any that is free. `session` and `orders` must outlive the console. `status` answers the session's status
+/// on any thread: as JSON, or for true as Prometheus' metrics. Throws std::runtime_error when the address is not available.
 std::unique_ptr<Console> openConsole(const std::string& place, LiveSession& session, OrderQueue& orders,
-                                     StatusTexts status);
+                                     std::function<std::string(bool)> status);
 
 }  // namespace sim

@@ -9,13 +9,6 @@
 
 namespace sim {
 
-namespace {
-
-constexpr std::size_t kMostLines = 100;  // at once
-constexpr std::string_view kStart = "start ";
-
-}  // namespace
-
 void LiveSession::onEvent(const Event& event) noexcept {
     {
         const std::lock_guard lock(mutex_);

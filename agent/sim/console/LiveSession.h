@@ -12,6 +12,7 @@
 #include <mutex>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -51,6 +52,9 @@ class LiveSession final : public EventListener {
     std::vector<std::string> startLines() const { return copyOf(starts_); }
 
   private:
+    static constexpr std::size_t kMostLines = 100;  ///< at once
+    static constexpr std::string_view kStart = "start ";
+
     void noteStart(const std::string& verb);
     template <typename Value>
     Value copyOf(const Value& value) const {

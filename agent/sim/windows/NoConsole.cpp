@@ -5,7 +5,7 @@
 namespace sim {
 
 std::unique_ptr<Console> openConsole(const std::string& /*place*/, LiveSession& /*session*/,
-                                     OrderQueue& /*orders*/, StatusTexts /*status*/) {
+                                     OrderQueue& /*orders*/, std::function<std::string(bool)> /*status*/) {
     throw std::runtime_error("--http: there is no live console on this system");
 }
 
