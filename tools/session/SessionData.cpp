@@ -155,6 +155,7 @@ void SessionData::changeBodies(const std::function<std::string(const std::string
     std::vector<std::uint32_t> places;  // bodies that were different may be the same now
     const std::vector<const std::string*> bodies = std::exchange(bodies_, {});
     std::swap(index, index_);
+    places.reserve(bodies.size());
     for (const std::string* body : bodies) {
         places.push_back(bodyIndex(change(*body)));
     }

@@ -101,7 +101,9 @@ std::string metricsText(const Metrics& metrics) {
         }
         text += "# HELP " + name + " " + help + "\n# TYPE " + name + " " + type + "\n";
         for (const auto& [label, value] : samples) {
-            text += name + (label.empty() ? "" : "{" + label + "}") + " " + std::to_string(value) + "\n";
+            text += name;
+            text += label.empty() ? " " : "{" + label + "} ";
+            text += std::to_string(value) + "\n";
         }
     };
     add("zephan_build_info", "gauge", "What wrote this.", {{"version=\"" TOOL_VERSION "\"", 1}});
