@@ -47,7 +47,7 @@ Exit status: 0 ran to the end, 1 a scenario line or the module could not be used
 Examples:
   $ krx-agent-sim replay --brief --report visit.html service-visit.scenario
   $ krx-agent-sim run --http 8080 service-visit.scenario
-  $ krx-agent-sim report trace.jsonl -o visit.html
+  $ krx-agent-sim replay --trace trace.jsonl service-visit.scenario
 )";
 
 Options parseOptions(int count, char** words) {
@@ -65,9 +65,7 @@ Options parseOptions(int count, char** words) {
                                     {"config", config},
                                     {"brief", brief, ""},
                                     {"strict", strict, ""},
-                                    {"http", http},
-                                    {"help", 'h', ""},
-                                    {"version", 'V', ""}});
+                                    {"http", http}});
     Options options;
     if (given.has('h') || given.has('V')) {
         options.mode = given.has('h') ? Options::Mode::help : Options::Mode::version;

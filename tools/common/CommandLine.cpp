@@ -22,7 +22,8 @@ std::string wrongOption(bool valueIsMissing, char** words) {
 
 }  // namespace
 
-CommandLine::CommandLine(int count, char** given, const std::vector<OptionRow>& rows) {
+CommandLine::CommandLine(int count, char** given, std::vector<OptionRow> rows) {
+    rows.insert(rows.end(), {{"help", 'h', ""}, {"version", 'V', ""}});
     std::string letters = ":";
     std::vector<option> known;
     for (const OptionRow& row : rows) {

@@ -24,8 +24,9 @@ constexpr int kLong = 256;
 
 /// What was given: the last value of each letter, and the words that are no options.
 struct CommandLine {
-    /// Ends with the first of the letters 'h' and 'V', whatever follows. Throws UsageError.
-    CommandLine(int count, char** given, const std::vector<OptionRow>& rows);
+    /// `rows`: the options beside --help ('h') and --version ('V'), which every program has, and with the first of which the
+    /// reading ends, whatever follows. Throws UsageError.
+    CommandLine(int count, char** given, std::vector<OptionRow> rows);
 
     bool has(int letter) const { return values.contains(letter); }
     std::optional<std::string> value(int letter) const {

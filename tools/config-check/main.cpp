@@ -51,9 +51,7 @@ void complain(const std::string& text) {
 
 /// Nothing when the command line asks for a text, which is printed. Throws UsageError when it means nothing.
 std::optional<Options> parseOptions(int count, char** words) {
-    const tools::CommandLine given(
-        count, words,
-        {{"quiet", 'q', ""}, {"json", 'j', ""}, {"schedule", 's'}, {"help", 'h', ""}, {"version", 'V', ""}});
+    const tools::CommandLine given(count, words, {{"quiet", 'q', ""}, {"json", 'j', ""}, {"schedule", 's'}});
     if (given.has('h') || given.has('V')) {
         std::cout << (given.has('h') ? kHelp : "zephan-config-check " CHECK_VERSION "\n");
         return std::nullopt;

@@ -5,7 +5,6 @@
 #include "common/ShownText.h"
 
 #include <algorithm>
-#include <iterator>
 #include <optional>
 #include <stdexcept>
 #include <string>
@@ -16,15 +15,6 @@ namespace logreader {
 namespace {
 
 using std::chrono::sys_seconds;
-
-std::vector<LogFile> allOf(LogFiles& files) {
-    std::vector<LogFile> all;
-    for (std::vector<LogFile> part; !(part = files.older()).empty();) {
-        std::move(part.rbegin(), part.rend(), std::back_inserter(all));
-    }
-    std::reverse(all.begin(), all.end());
-    return all;
-}
 
 struct Contents {
     std::optional<sys_seconds> first;
@@ -59,7 +49,7 @@ std::string line(const std::string& path, const Contents& contents, std::int64_t
 bool printFiles(LogFiles& files, const TimeZone& logZone, EntryWriter& times, Form form, std::FILE* output) {
     bool complete = true;
     std::optional<sys_seconds> moment;
-    for (const LogFile& file : allOf(files)) {
+    for (const LogFile& file : files.all()) {
         std::optional<OpenLog> log;
         Contents contents;
         try {
@@ -87,7 +77,7 @@ bool printDiskUsage(LogFiles& files, Form form, std::FILE* output) {
     bool complete = true;
     std::int64_t bytes = 0;
     std::size_t count = 0;
-    for (const LogFile& file : allOf(files)) {
+    for (const LogFile& file : files.all()) {
         try {
             bytes += OpenLog(file.path, file.file).file().size();
             ++count;

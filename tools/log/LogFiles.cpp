@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <iterator>
 #include <memory>
 #include <set>
 #include <string_view>
@@ -105,6 +106,15 @@ std::vector<LogFile> LogFiles::older() {
                  zone_.momentOf(*beginning.clock, sys_seconds::max()))) {
             break;
         }
+    }
+    std::reverse(files.begin(), files.end());
+    return files;
+}
+
+std::vector<LogFile> LogFiles::all() {
+    std::vector<LogFile> files;
+    for (std::vector<LogFile> part; !(part = older()).empty();) {
+        std::move(part.rbegin(), part.rend(), std::back_inserter(files));
     }
     std::reverse(files.begin(), files.end());
     return files;

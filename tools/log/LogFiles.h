@@ -21,6 +21,8 @@ class LogFiles final {
     /// The files before those handed out, in their order; none when there are no more. They can be read without those
     /// before them: they begin with an entry whose moment is certain, and in another second than the file before.
     std::vector<LogFile> older();
+    /// All that are left, in their order.
+    std::vector<LogFile> all();
     /// False when none of the files that are left can hold an entry of this moment or a later one.
     bool mayHoldFrom(std::chrono::sys_seconds moment);
     /// See `Archives`. Before the first `older`.

@@ -141,9 +141,7 @@ Options parseOptions(int count, char** words) {
                                     {"quiet", 'q', ""},
                                     {"files", files, ""},
                                     {"disk-usage", diskUsage, ""},
-                                    {"config", config},
-                                    {"help", 'h', ""},
-                                    {"version", 'V', ""}});
+                                    {"config", config}});
     Options options;
     if (given.has('h') || given.has('V')) {
         options.mode = given.has('h') ? Options::Mode::help : Options::Mode::version;

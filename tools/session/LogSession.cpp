@@ -5,7 +5,6 @@
 #include "common/ShownText.h"
 #include "session/SessionRecord.h"
 
-#include <algorithm>
 #include <chrono>
 #include <fstream>
 #include <optional>
@@ -135,18 +134,14 @@ void readLog(const std::string& file, SessionRecord& record) {
     record.setLog(
         "From a log: its times are whole seconds, and its level may have left lines out. Who gave an order, what a "
         "refused report said, and a kill of the agent are not in it.");
-    logreader::LogFiles found({file}, logreader::TimeZone::local());
-    std::vector<logreader::LogFile> all;  // the newest first
-    for (auto part = found.older(); !part.empty(); part = found.older()) {
-        all.insert(all.end(), part.rbegin(), part.rend());
-    }
     LogReader reader(record);
-    std::for_each(all.rbegin(), all.rend(), [&reader](const logreader::LogFile& part) {
+    logreader::LogFiles found({file}, logreader::TimeZone::local());
+    for (const logreader::LogFile& part : found.all()) {
         logreader::OpenLog log(part.path, part.file);
         for (logreader::Entry entry; log.entries().next(entry) || log.entries().rest(entry);) {
             reader.take(entry);
         }
-    });
+    }
     reader.finish();
     if (!reader.knowsTheTime()) {
         throw std::runtime_error(file + ": is neither a log nor a trace");

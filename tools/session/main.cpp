@@ -56,9 +56,9 @@ Exit status: 0 the page was written, 1 a file could not be read or written, 2
 wrong usage.
 
 Examples:
-  zephan-session --config zephan-config.xml log/kelp-logs.xml -o night.html
-  zephan-session trace.jsonl -o page.html
-  zephan-session --csv log/kelp-logs.xml | grep force-poll
+  $ zephan-session --config zephan-config.xml log/kelp-logs.xml -o night.html
+  $ zephan-session trace.jsonl -o page.html
+  $ zephan-session --csv log/kelp-logs.xml | grep force-poll
 )";
 
 enum ExitStatus : int { written = 0, failed = 1, wrongUsage = 2 };
@@ -83,9 +83,7 @@ std::optional<Options> parseOptions(int count, char** words) {
                                     {"perfetto", perfetto, ""},
                                     {"redact", redact, ""},
                                     {"config", config},
-                                    {"clock", clock},
-                                    {"help", 'h', ""},
-                                    {"version", 'V', ""}});
+                                    {"clock", clock}});
     if (given.has('h') || given.has('V')) {
         std::cout << (given.has('h') ? kHelp : "zephan-session " TOOL_VERSION "\n");
         return std::nullopt;

@@ -71,9 +71,7 @@ std::optional<Options> parseOptions(int count, char** words) {
                                     {"clock", clock},
                                     {"json", json, ""},
                                     {"metrics", metrics, ""},
-                                    {"watch", watch, ""},
-                                    {"help", 'h', ""},
-                                    {"version", 'V', ""}});
+                                    {"watch", watch, ""}});
     if (given.has('h') || given.has('V')) {
         std::cout << (given.has('h') ? kHelp : "zephan-status " TOOL_VERSION "\n");
         return std::nullopt;

@@ -59,7 +59,6 @@ class RsmFollower final {
     RsmState rsm_;
     bool hasThread_ = false;
     bool hasEnded_ = false;
-    int strays_ = 0;                        ///< threads that have outlived a stop, of the same name
     const RsmState::Step* step_ = nullptr;  ///< to come after a poll, when the one before it made a report
     bool waits_ = false;                    ///< the thread sleeps in its wait for a schedule
     std::optional<Instant> wake_;           ///< when its sleep is over
