@@ -34,7 +34,7 @@ void checkRow(const std::string& row);
 ///     T saved (DATE TIME RATE GRACE|TEXT)      writes the resume file likewise
 ///     T show-order, T show-saved               shows them
 ///
-/// and "ordered ..." and "saved ..." are also pieces, as are "passed DATE TIME RATE GRACE" and
+/// where MEGABYTES stands for two of them, and "ordered ..." and "saved ..." are also pieces, as are "passed DATE TIME RATE GRACE" and
 /// "failed PROPERTY...", the answers of the command.
 ///
 /// With steps a row is a test for each of them, which takes the place of "STEP" in it.

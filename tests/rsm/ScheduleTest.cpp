@@ -139,13 +139,13 @@ deleted while it runs | 1 remove state/schedule.xml; 2 schedule 09:00:00 30 30; 
 const std::string kFile = "0 ordered <RSMExecuteCommand>";
 const std::string kValues =
     "<RSMEndDate>2026:03:01</RSMEndDate><RSMEndTime>10:01:00</RSMEndTime><PollingRate>30</PollingRate>";
-const std::string kMegabytes(2U << 20U, '<');
 const Table oddContents[] = {
     {"ScheduleFile/Odd", __LINE__,
      "zero byte |" + kFile + '\0' + kValues + "; 0 again | | | its RSMStartDate is of no use."},
-    {"ScheduleFile/Odd", __LINE__, "two megabytes before |" + kFile + kMegabytes + kValues + "; 0 again | |"},
     {"ScheduleFile/Odd", __LINE__,
-     "two megabytes behind |" + kFile + kValues + kMegabytes + "; 0 again | 30 60 | 0 grace, 60 off"},
+     "two megabytes before |" + kFile + "MEGABYTES" + kValues + "; 0 again | |"},
+    {"ScheduleFile/Odd", __LINE__,
+     "two megabytes behind |" + kFile + kValues + "MEGABYTES" + "; 0 again | 30 60 | 0 grace, 60 off"},
     {"ScheduleFile/Odd", __LINE__,
      "long value |" + kFile + "<RSMStartDate>" + std::string(5000, '1') + "</RSMStartDate>" + kValues +
          "; 0 again | 30 60 | 0 grace, 60 off"},

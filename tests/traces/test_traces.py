@@ -1,4 +1,4 @@
-"""Replays every example, every scenario with a kept trace and those beside this file (on Windows 200 made at random in their place)
+"""Replays every example, every scenario with a kept trace and those beside this file (on Windows 80 made at random in their place)
 by two builds of the simulator, and compares the traces byte for byte, with what was printed and, on POSIX, with the files and their
 times:
 
@@ -21,7 +21,7 @@ import tempfile
 
 import scenarios
 
-NUMBERS = range(1, 201)
+NUMBERS = range(1, 81)
 SCRIPTS = {b'echo "the script"; test ! -e fail': b"echo the script&amp; if exist fail exit 1",
            b'echo "[modality script: remote access begins]"': b"echo [modality script: remote access begins]"}
 LONG_NAME = re.compile(b"n{100,}")
