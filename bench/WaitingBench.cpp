@@ -3,7 +3,7 @@
 #include "Module.h"
 #include "Report.h"
 #include "platform/agent/Logging.h"
-#include "sim/ServiceCall.h"
+#include "sim/host/ServiceCall.h"
 
 #include <algorithm>
 #include <chrono>

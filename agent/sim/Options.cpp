@@ -1,8 +1,8 @@
 #include "sim/Options.h"
 
-#include "sim/Scenario.h"
 #include "sim/System.h"
-#include "sim/Verbs.h"
+#include "sim/scenario/Scenario.h"
+#include "sim/scenario/Verbs.h"
 
 #include <string_view>
 

@@ -2,8 +2,8 @@
 
 #include "session/SessionPage.h"
 #include "sim/Options.h"
-#include "sim/RealClock.h"
 #include "sim/System.h"
+#include "sim/time/RealClock.h"
 
 #include <cstdio>
 #include <cstdlib>

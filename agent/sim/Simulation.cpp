@@ -1,12 +1,12 @@
 #include "sim/Simulation.h"
 
-#include "sim/Clock.h"
-#include "sim/Input.h"
-#include "sim/OrderQueue.h"
-#include "sim/Scheduler.h"
-#include "sim/SimulatedAgent.h"
-#include "sim/Terminal.h"
-#include "sim/TraceFile.h"
+#include "sim/host/SimulatedAgent.h"
+#include "sim/input/Input.h"
+#include "sim/input/OrderQueue.h"
+#include "sim/input/Terminal.h"
+#include "sim/time/Clock.h"
+#include "sim/time/Scheduler.h"
+#include "sim/trace/TraceFile.h"
 
 #include <algorithm>
 #include <chrono>

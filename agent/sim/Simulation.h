@@ -1,7 +1,7 @@
 // Plays a scenario.
 #pragma once
 
-#include "sim/Scenario.h"
+#include "sim/scenario/Scenario.h"
 
 namespace sim {
 

@@ -1,8 +1,8 @@
 #include "config/Document.h"
 
 #include "config/Encoding.h"
-#include "platform/ScopeEnd.h"
-#include "platform/Text.h"
+#include "platform/portable/ScopeEnd.h"
+#include "platform/portable/Text.h"
 
 #include <algorithm>
 #include <cstring>

@@ -1,9 +1,9 @@
 #include "config/XMLConfigData.h"
 
-#include "platform/Immortal.h"
-#include "platform/Published.h"
-#include "platform/ScopeEnd.h"
 #include "platform/ThreadEnd.h"
+#include "platform/portable/Immortal.h"
+#include "platform/portable/Published.h"
+#include "platform/portable/ScopeEnd.h"
 
 #include <atomic>
 #include <utility>

@@ -1,9 +1,9 @@
 // Reading of the XML configuration file into the configuration object.
 #include "config/XMLConfigData.h"
 #include "platform/File.h"
-#include "platform/ScopeEnd.h"
 #include "platform/ThreadEnd.h"
 #include "platform/agent/Logging.h"
+#include "platform/portable/ScopeEnd.h"
 
 #include <new>
 #include <optional>

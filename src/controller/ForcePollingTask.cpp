@@ -1,11 +1,11 @@
 #include "controller/ForcePollingTask.h"
 
 #include "controller/ZephanRSMSingleTon.h"
-#include "platform/EchoWithoutWait.h"
-#include "platform/Guard.h"
 #include "platform/agent/Logging.h"
 #include "platform/agent/ServiceAgent.h"
 #include "platform/agent/Threads.h"
+#include "platform/portable/EchoWithoutWait.h"
+#include "platform/portable/Guard.h"
 
 #include <algorithm>
 #include <limits>
@@ -159,7 +159,7 @@ bool ForcePollingTask::apply(RsmState::Step step) {
     if (!effects.save) {
         return true;
     }
-    platform::StateFile::Notice notice;
+    records::StateFile::Notice notice;
     {
         const auto controller = ZephanRSMSingleTon::existing();
         if (controller == nullptr || !controller->rsm()->thread().has(number_)) {

@@ -30,7 +30,7 @@ void ZephanRSMSingleTon::take(const RsmOrder& order) {
 std::int8_t ZephanRSMSingleTon::carryOut(const RsmOrder& order) {
     PollingThread& thread = rsm_->thread();
     if (order.start != 0) {
-        KRXLog(level::kWarn, "\n SCHEDULING RSM FOR %s", scheduling::calendarText(order.start).data());
+        KRXLog(level::kWarn, "\n SCHEDULING RSM FOR %s", records::calendarText(order.start).data());
         thread.releaseFinished();
         if (!thread.seesOrders()) {
             const std::int8_t result = createThread();

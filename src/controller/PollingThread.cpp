@@ -1,9 +1,9 @@
 #include "controller/PollingThread.h"
 
-#include "platform/Guard.h"
-#include "platform/Lock.h"
-#include "platform/ScopeEnd.h"
 #include "platform/agent/Logging.h"
+#include "platform/portable/Guard.h"
+#include "platform/portable/Lock.h"
+#include "platform/portable/ScopeEnd.h"
 
 #include <atomic>
 #include <new>

@@ -2,11 +2,11 @@
 
 #include "controller/RsmState.h"
 #include "platform/Console.h"
-#include "platform/Guard.h"
-#include "platform/ScopeEnd.h"
 #include "platform/agent/Logging.h"
 #include "platform/agent/ServiceAgent.h"
-#include "scheduling/GmtClock.h"
+#include "platform/portable/Guard.h"
+#include "platform/portable/ScopeEnd.h"
+#include "records/GmtClock.h"
 
 #include <array>
 #include <cstdio>
@@ -98,7 +98,7 @@ void ProfileReport::dateToString(std::int64_t gmtClockValue, char* text) {
         KRXLog(level::kForce, "Received NULL pointer in dateToString of ZephanRSMSingleTon.");
         return;
     }
-    const auto fields = scheduling::gmtFields(gmtClockValue);
+    const auto fields = records::gmtFields(gmtClockValue);
     std::snprintf(text, ValueText().size(), "%d-%02d-%02d GMT %02d:%02d:%02d", fields.year, fields.day,
                   fields.month, fields.hour, fields.minute, fields.second);
 }

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/Published.h"
 #include "platform/agent/Registration.h"
+#include "platform/portable/Published.h"
 
 #include <atomic>
 #include <cstdint>

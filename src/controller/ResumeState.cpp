@@ -3,9 +3,9 @@
 #include "controller/ZephanRSMSingleTon.h"
 #include "platform/Clock.h"
 #include "platform/File.h"
-#include "platform/Lock.h"
 #include "platform/agent/Logging.h"
-#include "scheduling/GmtClock.h"
+#include "platform/portable/Lock.h"
+#include "records/GmtClock.h"
 
 #include <array>
 #include <cstdio>
@@ -21,13 +21,13 @@ constexpr std::size_t kReadSize = 1024;
 
 }  // namespace
 
-platform::StateFile::Notice ZephanRSMSingleTon::saveRSMState() {
+records::StateFile::Notice ZephanRSMSingleTon::saveRSMState() {
     const auto configuration = XMLConfigData::instance();
     if (configuration == nullptr) {
         return {"Unable to save RSM state.\n"};
     }
     const RsmState current = state();
-    const auto saved = scheduling::gmtFields(platform::now());
+    const auto saved = records::gmtFields(platform::now());
     std::array<char, kRecordSize> record{};
     std::snprintf(
         record.data(), record.size(),
@@ -39,7 +39,7 @@ platform::StateFile::Notice ZephanRSMSingleTon::saveRSMState() {
         resumeFile_.setPath(configuration->getRSMResumeStatusFile());
         if (resumeFile_.open()) {
             std::string path = resumeFile_.path();
-            auto notice = resumeFile_.store(record.data(), platform::StateFile::Tail::Goes).notice;
+            auto notice = resumeFile_.store(record.data(), records::StateFile::Tail::Goes).notice;
             resumeFile_.close();
             notice.path = std::move(path);
             return notice;
@@ -63,7 +63,7 @@ std::optional<ZephanRSMSingleTon::SavedRsm> ZephanRSMSingleTon::readResumeState(
     }
     if (!std::string_view(text.data()).starts_with(kResumeRootTag)) {
         KRXLog(level::kForce, "\n%s file is not in correct format.", path.c_str());
-        KRXLog(level::kForce, platform::StateFile::kForeign, path.c_str());
+        KRXLog(level::kForce, records::StateFile::kForeign, path.c_str());
         return std::nullopt;
     }
     SavedRsm saved;
@@ -71,9 +71,9 @@ std::optional<ZephanRSMSingleTon::SavedRsm> ZephanRSMSingleTon::readResumeState(
     if (!saved.readRecord(text.data(), damaged)) {
         return std::nullopt;  // memory ran out: the record is kept for a start that can read it
     }
-    const bool over = saved.isOver(scheduling::gmtNow());
+    const bool over = saved.isOver(records::gmtNow());
     if (damaged != nullptr) {
-        using platform::StateFile;
+        using records::StateFile;
         KRXLog(level::kForce, over ? StateFile::kUseless : StateFile::kFollowed, path.c_str(), damaged);
     }
     if (over) {
@@ -86,5 +86,5 @@ std::optional<ZephanRSMSingleTon::SavedRsm> ZephanRSMSingleTon::readResumeState(
 
 void ZephanRSMSingleTon::resumeSavedRSM(const SavedRsm& saved) {
     std::uint32_t pollInterval = 0;
-    ForcePoll(saved.minutesLeft(scheduling::gmtNow()), saved.pollingRate, pollInterval);
+    ForcePoll(saved.minutesLeft(records::gmtNow()), saved.pollingRate, pollInterval);
 }

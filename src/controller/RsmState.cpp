@@ -1,6 +1,6 @@
 #include "controller/RsmState.h"
 
-#include "scheduling/GmtClock.h"
+#include "records/GmtClock.h"
 
 #include <algorithm>
 #include <limits>
@@ -18,7 +18,7 @@ std::int32_t withoutFraction(double value) noexcept {
 }  // namespace
 
 std::uint32_t RsmState::pollsPerMinute() const noexcept {
-    return pollingRate < 1 ? 0U : static_cast<std::uint32_t>(scheduling::kSecondsPerMinute / pollingRate);
+    return pollingRate < 1 ? 0U : static_cast<std::uint32_t>(records::kSecondsPerMinute / pollingRate);
 }
 
 std::int32_t RsmState::wholeMinutes() const noexcept {
@@ -94,7 +94,7 @@ void RsmState::scheduleDelayedProfile(std::int32_t rate, std::int64_t start, std
     delayedEndTime = end;
     delayedActivityGracePeriod = activityGraceMinutes;
     delayedProfilePending = true;
-    delayedGracePeriod = static_cast<double>(end - start) / scheduling::kSecondsPerMinute;
+    delayedGracePeriod = static_cast<double>(end - start) / records::kSecondsPerMinute;
     delayedPollingRate = rate;
 }
 

@@ -1,6 +1,6 @@
 #include "controller/SharedRsm.h"
 
-#include "platform/ScopeEnd.h"
+#include "platform/portable/ScopeEnd.h"
 
 int SharedRsm::creationError() const noexcept {
     const int error = lock_.creationError() != 0 ? lock_.creationError() : reporter_.creationError();

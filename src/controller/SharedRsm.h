@@ -3,9 +3,9 @@
 #include "controller/PollingThread.h"
 #include "controller/ProfileReport.h"
 #include "controller/RsmState.h"
-#include "platform/Lock.h"
-#include "platform/Role.h"
-#include "scheduling/GmtClock.h"
+#include "platform/portable/Lock.h"
+#include "platform/portable/Role.h"
+#include "records/GmtClock.h"
 
 #include <cstdint>
 #include <optional>
@@ -27,7 +27,7 @@ class SharedRsm final {
     /// Looks at or changes the state: `use(state, now)`, which calls nothing of the agent's or the system's.
     template <typename Use>
     auto look(Use&& use) {
-        const std::int64_t now = scheduling::gmtNow();
+        const std::int64_t now = records::gmtNow();
         const platform::Lock lock(lock_);
         return std::forward<Use>(use)(state_, now);
     }

@@ -1,15 +1,15 @@
 #include "controller/ZephanRSMSingleTon.h"
 
 #include "logging/ConfigHandler.h"
-#include "platform/Immortal.h"
-#include "platform/Published.h"
-#include "platform/ScopeEnd.h"
 #include "platform/ThreadEnd.h"
 #include "platform/agent/Logging.h"
-#include "scheduling/ScheduleRSMHandler.h"
+#include "platform/portable/Immortal.h"
+#include "platform/portable/Published.h"
+#include "platform/portable/ScopeEnd.h"
 
 #include <exception>
 #include <new>
+#include <utility>
 
 namespace {
 
@@ -75,7 +75,7 @@ void ZephanRSMSingleTon::destroyInstance() {
     const platform::ScopeEnd removal([&present] {
         published->withdraw(present);
         if (ScheduleRSMHandler* const handler = present->getScheduleHandler()) {
-            handler->close();
+            present->closeSchedule_.load()(*handler);
         }
         if (present->configHandler_ != nullptr) {
             present->configHandler_->getLogManager().close();
@@ -94,19 +94,13 @@ int ZephanRSMSingleTon::creationError() const noexcept {
     return error != 0 ? error : resumeFileLock_.creationError();
 }
 
-bool ZephanRSMSingleTon::createScheduleHandler(const char* scheduleFilePath) {
-    if (scheduleHandler_ != nullptr || scheduleFilePath == nullptr) {
+bool ZephanRSMSingleTon::setScheduleHandler(std::shared_ptr<ScheduleRSMHandler> handler,
+                                            CloseSchedule close) noexcept {
+    closeSchedule_ = close;
+    ScheduleRSMHandler* none = nullptr;
+    if (!scheduleHandler_.compare_exchange_strong(none, handler.get())) {
         return false;
     }
-    try {
-        auto handler = std::make_unique<ScheduleRSMHandler>(scheduleFilePath);
-        ScheduleRSMHandler* none = nullptr;
-        if (!scheduleHandler_.compare_exchange_strong(none, handler.get())) {
-            return false;
-        }
-        ownedScheduleHandler_ = std::move(handler);
-        return true;
-    } catch (const std::bad_alloc&) {
-        return false;  // no handler: the callers report that
-    }
+    ownedScheduleHandler_ = std::move(handler);
+    return true;
 }

@@ -2,7 +2,7 @@
 
 #include "controller/SharedRsm.h"
 #include "platform/Mutex.h"
-#include "platform/StateFile.h"
+#include "records/StateFile.h"
 
 #include <atomic>
 #include <cstdint>
@@ -57,9 +57,10 @@ class ZephanRSMSingleTon final {
     KRX::ServiceAgentNS::ServiceAgent* getServiceAgent() const noexcept {
         return rsm_->profile().getServiceAgent();
     }
-    /// Makes the schedule handler unless there is one or the path is null; true when it was made by this
-    /// call, whose caller then lets it report.
-    bool createScheduleHandler(const char* scheduleFilePath);
+    using CloseSchedule = void (*)(ScheduleRSMHandler&);
+    /// Keeps the schedule handler as long as the controller lives, unless there is one already; true when it
+    /// does. The stop that takes the controller away calls `close` with it.
+    bool setScheduleHandler(std::shared_ptr<ScheduleRSMHandler> handler, CloseSchedule close) noexcept;
     ScheduleRSMHandler* getScheduleHandler() const noexcept { return scheduleHandler_; }
     /// Null only when its memory could not be had.
     ConfigHandler* getConfigHandler() const noexcept { return configHandler_.get(); }
@@ -111,7 +112,7 @@ class ZephanRSMSingleTon final {
     // ---- Resume state file (ResumeState.cpp; SavedRsm.cpp)
     static constexpr std::string_view kResumeRootTag = "<ResumeRSM>";
     /// Writes the resume state file anew; what is to be logged at `level::kForce` of that.
-    platform::StateFile::Notice saveRSMState();
+    records::StateFile::Notice saveRSMState();
     /// What a record says of a force polling that ran when it was written.
     struct SavedRsm {
         std::int64_t savedAt = 0;      ///< GMT clock value
@@ -140,8 +141,9 @@ class ZephanRSMSingleTon final {
 
     const std::shared_ptr<SharedRsm> rsm_ = std::make_shared<SharedRsm>();
     mutable platform::Mutex resumeFileLock_;  ///< guards path and file; the agent is never called under it
-    platform::StateFile resumeFile_ GUARDED_BY(resumeFileLock_){kResumeRootTag};
+    records::StateFile resumeFile_ GUARDED_BY(resumeFileLock_){kResumeRootTag};
     std::unique_ptr<ConfigHandler> configHandler_;
-    std::unique_ptr<ScheduleRSMHandler> ownedScheduleHandler_;
+    std::shared_ptr<ScheduleRSMHandler> ownedScheduleHandler_;
+    std::atomic<CloseSchedule> closeSchedule_{nullptr};
     std::atomic<ScheduleRSMHandler*> scheduleHandler_{nullptr};
 };

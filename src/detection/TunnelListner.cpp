@@ -2,8 +2,8 @@
 
 #include "config/XMLConfigData.h"
 #include "logging/RDMessageHandler.h"
-#include "platform/Command.h"
 #include "platform/agent/Logging.h"
+#include "platform/portable/Command.h"
 
 TunnelListner::TunnelListner(RDMessageHandler* handler) {
     if (handler == nullptr) {

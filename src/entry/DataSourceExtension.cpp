@@ -2,10 +2,10 @@
 #include "ZephanRSMLogger.h"
 #include "controller/ZephanRSMSingleTon.h"
 #include "entry/Lifecycle.h"
-#include "platform/EchoWithoutWait.h"
-#include "platform/Guard.h"
 #include "platform/agent/Logging.h"
 #include "platform/agent/Messaging.h"
+#include "platform/portable/EchoWithoutWait.h"
+#include "platform/portable/Guard.h"
 #include "scheduling/PropertyAnswer.h"
 #include "scheduling/ScheduleRSMHandler.h"
 
@@ -79,7 +79,7 @@ std::int8_t ZPXRSMDSStartup(void** handle, const char* scheduleFilePath) {
         {
             const entry::Lifecycle lifecycle(entry::Lifecycle::Kind::Start);
             controller = lifecycle.controllerForStart();
-            made = controller != nullptr && controller->createScheduleHandler(scheduleFilePath);
+            made = controller != nullptr && createScheduleHandler(*controller, scheduleFilePath);
         }
         if (made) {
             controller->getScheduleHandler()->reportLoad();

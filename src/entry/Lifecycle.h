@@ -2,10 +2,10 @@
 
 #include "config/XMLConfigData.h"
 #include "controller/ZephanRSMSingleTon.h"
-#include "platform/EchoWithoutWait.h"
-#include "platform/Guard.h"
-#include "platform/Immortal.h"
 #include "platform/agent/Logging.h"
+#include "platform/portable/EchoWithoutWait.h"
+#include "platform/portable/Guard.h"
+#include "platform/portable/Immortal.h"
 
 #include <chrono>
 #include <optional>

@@ -5,9 +5,9 @@
 #include "entry/TextCopy.h"
 #include "logging/ConfigHandler.h"
 #include "platform/Console.h"
-#include "platform/Guard.h"
-#include "platform/ScopeEnd.h"
 #include "platform/agent/Logging.h"
+#include "platform/portable/Guard.h"
+#include "platform/portable/ScopeEnd.h"
 
 namespace {
 

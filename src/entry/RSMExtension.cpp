@@ -4,9 +4,9 @@
 #include "controller/ZephanRSMSingleTon.h"
 #include "entry/Lifecycle.h"
 #include "logging/ConfigHandler.h"
-#include "platform/Guard.h"
-#include "platform/Text.h"
 #include "platform/agent/Logging.h"
+#include "platform/portable/Guard.h"
+#include "platform/portable/Text.h"
 #include "scheduling/ScheduleRSMHandler.h"
 
 #include <string>

@@ -2,9 +2,9 @@
 #include "ZephanRSMLogger.h"
 #include "controller/ZephanRSMSingleTon.h"
 #include "entry/Lifecycle.h"
-#include "platform/EchoWithoutWait.h"
-#include "platform/Guard.h"
 #include "platform/agent/Logging.h"
+#include "platform/portable/EchoWithoutWait.h"
+#include "platform/portable/Guard.h"
 #include "webservice/ZephanServicesServiceImpl.h"
 
 namespace {

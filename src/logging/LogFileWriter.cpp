@@ -4,13 +4,13 @@
 #include "logging/LogRevision.h"
 #include "platform/Clock.h"
 #include "platform/Console.h"
-#include "platform/Immortal.h"
-#include "platform/Lock.h"
-#include "platform/Number.h"
-#include "platform/Role.h"
-#include "platform/ScopeEnd.h"
 #include "platform/ThreadEnd.h"
 #include "platform/agent/Logging.h"
+#include "platform/portable/Immortal.h"
+#include "platform/portable/Lock.h"
+#include "platform/portable/Number.h"
+#include "platform/portable/Role.h"
+#include "platform/portable/ScopeEnd.h"
 
 #include <cstdio>
 #include <cstring>

@@ -7,9 +7,9 @@
 #include "logging/LogFileWriter.h"
 #include "logging/MessageHandler.h"
 #include "logging/RDMessageHandler.h"
-#include "platform/Lock.h"
-#include "platform/ScopeEnd.h"
 #include "platform/agent/Logging.h"
+#include "platform/portable/Lock.h"
+#include "platform/portable/ScopeEnd.h"
 
 #include <exception>
 #include <new>

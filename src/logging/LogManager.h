@@ -2,7 +2,7 @@
 
 #include "detection/AuditMeaning.h"
 #include "platform/Mutex.h"
-#include "platform/Role.h"
+#include "platform/portable/Role.h"
 
 #include <atomic>
 #include <cstdint>

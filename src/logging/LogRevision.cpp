@@ -3,8 +3,8 @@
 #include "config/XMLConfigData.h"
 #include "logging/LogFamily.h"
 #include "platform/Directory.h"
-#include "platform/Number.h"
 #include "platform/agent/Logging.h"
+#include "platform/portable/Number.h"
 
 LogRevision::LogRevision() {
     const auto configuration = XMLConfigData::instance();

@@ -2,7 +2,7 @@
 
 #include "logging/Notices.h"
 #include "logging/ObserverList.h"
-#include "platform/Lock.h"
+#include "platform/portable/Lock.h"
 
 #include <cstdint>
 #include <string>

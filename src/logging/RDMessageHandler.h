@@ -1,7 +1,7 @@
 #pragma once
 
 #include "logging/ObserverList.h"
-#include "platform/Lock.h"
+#include "platform/portable/Lock.h"
 
 class RDObserver;
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/ThreadSafety.h"
+#include "platform/portable/ThreadSafety.h"
 
 #include <array>
 #include <chrono>

@@ -1,24 +1,9 @@
 #include "scheduling/Schedule.h"
 
-#include "platform/Number.h"
-#include "scheduling/GmtClock.h"
-#include "scheduling/ScheduleRSMHandler.h"
+#include "platform/portable/Number.h"
+#include "records/GmtClock.h"
 
 #include <cstdio>
-#include <string_view>
-
-// Apart from the commands, so that reading a record needs no agent.
-bool ScheduleRSMHandler::isValidDate(const char* date) noexcept {
-    const std::string_view text(date);
-    return text.size() == sizeof("2026:12:31") - 1 && platform::readNumber(text, 0, 4) >= 1 &&
-           platform::readNumber(text, 5, 2) >= 1 && platform::readNumber(text, 8, 2) >= 1;
-}
-
-bool ScheduleRSMHandler::isValidTime(const char* time) noexcept {
-    const std::string_view text(time);
-    return text.size() == sizeof("23:59:59") - 1 && platform::readNumber(text, 0, 2) >= 0 &&
-           platform::readNumber(text, 3, 2) >= 0 && platform::readNumber(text, 6, 2) >= 0;
-}
 
 namespace scheduling {
 
@@ -32,17 +17,17 @@ Schedule::Record Schedule::record() const noexcept {
 }
 
 bool Schedule::readRecord(const char* contents, const char*& damaged) {
-    const TaggedValue values[] = {
-        {"RSMStartDate", startDate, &ScheduleRSMHandler::isValidDate},
-        {"RSMStartTime", startTime, &ScheduleRSMHandler::isValidTime},
-        {"RSMEndDate", endDate, &ScheduleRSMHandler::isValidDate},
-        {"RSMEndTime", endTime, &ScheduleRSMHandler::isValidTime},
+    const records::TaggedValue values[] = {
+        {"RSMStartDate", startDate, &records::isValidDate},
+        {"RSMStartTime", startTime, &records::isValidTime},
+        {"RSMEndDate", endDate, &records::isValidDate},
+        {"RSMEndTime", endTime, &records::isValidTime},
         {"PollingRate", pollingRateText, &platform::isPositive},
         {"GracePeriod", gracePeriodText, &platform::isPositive},
     };
-    const bool complete = readTaggedValues(contents, values, "ScheduleRSMHandler", damaged);
-    startTimeValue = stringToTime(startDate, startTime);
-    endTimeValue = stringToTime(endDate, endTime);
+    const bool complete = records::readTaggedValues(contents, values, "ScheduleRSMHandler", damaged);
+    startTimeValue = records::stringToTime(startDate, startTime);
+    endTimeValue = records::stringToTime(endDate, endTime);
     return complete;
 }
 

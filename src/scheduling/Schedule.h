@@ -1,6 +1,6 @@
 #pragma once
 
-#include "scheduling/TaggedText.h"
+#include "records/TaggedText.h"
 
 #include <array>
 #include <cstdint>
@@ -10,14 +10,14 @@ namespace scheduling {
 
 /// One RSM schedule: its texts, as they stand in the schedule file, and what they mean.
 struct Schedule {
-    char startDate[kValueSize] = "NA";
-    char startTime[kValueSize] = "NA";
-    char endDate[kValueSize] = "NA";
-    char endTime[kValueSize] = "NA";
+    char startDate[records::kValueSize] = "NA";
+    char startTime[records::kValueSize] = "NA";
+    char endDate[records::kValueSize] = "NA";
+    char endTime[records::kValueSize] = "NA";
     std::int64_t startTimeValue = 0;  ///< GMT clock values
     std::int64_t endTimeValue = 0;
-    char pollingRateText[kValueSize] = "0";  ///< seconds
-    char gracePeriodText[kValueSize] = "0";  ///< minutes
+    char pollingRateText[records::kValueSize] = "0";  ///< seconds
+    char gracePeriodText[records::kValueSize] = "0";  ///< minutes
 
     /// Its end lies after `now`, a GMT clock value.
     bool isCurrent(std::int64_t now) const noexcept { return endTimeValue > now; }

@@ -1,9 +1,9 @@
 // The "ScheduleRSM" command: what it takes, how it is checked, what it answers.
 #include "ZephanRSMLogger.h"
 #include "controller/ZephanRSMSingleTon.h"
-#include "platform/Number.h"
 #include "platform/agent/Logging.h"
-#include "scheduling/GmtClock.h"
+#include "platform/portable/Number.h"
+#include "records/GmtClock.h"
 #include "scheduling/PropertyAnswer.h"
 #include "scheduling/ScheduleRSMHandler.h"
 
@@ -27,17 +27,17 @@ bool isImmediate(const char* text) noexcept {
 }
 
 bool isAcceptableDate(const char* text) noexcept {
-    return isImmediate(text) || ScheduleRSMHandler::isValidDate(text);
+    return isImmediate(text) || records::isValidDate(text);
 }
 
 bool isAcceptableTime(const char* text) noexcept {
-    return isImmediate(text) || ScheduleRSMHandler::isValidTime(text);
+    return isImmediate(text) || records::isValidTime(text);
 }
 
 /// One of the command's four properties.
 struct Parameter {
     const char* name;
-    char (Schedule::*field)[scheduling::kValueSize];
+    char (Schedule::*field)[records::kValueSize];
     const char* logFormat;
     const char* defaultValue;
     bool (*isAcceptable)(const char* text) noexcept;
@@ -62,17 +62,17 @@ Rejected takeIn(const PropList* input, Schedule& schedule) {
     Rejected given{};
     Rejected tooLong{};
     const bool hasRecords = input != nullptr && input->properties != nullptr && input->count > 0;
-    const std::span<const Prop> records(hasRecords ? input->properties : nullptr,
-                                        hasRecords ? static_cast<std::size_t>(input->count) : 0);
-    for (const Prop& record : records) {
+    const std::span<const Prop> properties(hasRecords ? input->properties : nullptr,
+                                           hasRecords ? static_cast<std::size_t>(input->count) : 0);
+    for (const Prop& record : properties) {
         if (record.name == nullptr || record.value == nullptr) {
             continue;
         }
         for (std::size_t i = 0; i < kParameters.size(); ++i) {
             if (std::strcmp(record.name, kParameters[i].name) == 0) {
-                scheduling::copyValue(schedule.*kParameters[i].field, record.value);
+                records::copyValue(schedule.*kParameters[i].field, record.value);
                 given[i] = true;
-                tooLong[i] = std::strlen(record.value) >= scheduling::kValueSize;
+                tooLong[i] = std::strlen(record.value) >= records::kValueSize;
                 KRXLog(level::kWarn, kParameters[i].logFormat, record.value);
             }
         }
@@ -82,7 +82,7 @@ Rejected takeIn(const PropList* input, Schedule& schedule) {
         if (given[i]) {
             rejected[i] = tooLong[i] || !kParameters[i].isAcceptable(schedule.*kParameters[i].field);
         } else {
-            scheduling::copyValue(schedule.*kParameters[i].field, kParameters[i].defaultValue);
+            records::copyValue(schedule.*kParameters[i].field, kParameters[i].defaultValue);
         }
     }
     return rejected;
@@ -106,10 +106,9 @@ void giveRejections(const Rejected& rejected, PropList** response) {
 
 void computePeriod(Schedule& schedule, std::int64_t now) {
     const bool immediate = isImmediate(schedule.startDate) || isImmediate(schedule.startTime);
-    schedule.startTimeValue =
-        immediate ? now : scheduling::stringToTime(schedule.startDate, schedule.startTime);
-    schedule.endTimeValue = schedule.startTimeValue +
-                            platform::readNumber(schedule.gracePeriodText) * scheduling::kSecondsPerMinute;
+    schedule.startTimeValue = immediate ? now : records::stringToTime(schedule.startDate, schedule.startTime);
+    schedule.endTimeValue =
+        schedule.startTimeValue + platform::readNumber(schedule.gracePeriodText) * records::kSecondsPerMinute;
     if (immediate) {
         ScheduleRSMHandler::dateToString(schedule.startTimeValue, schedule.startDate, schedule.startTime);
     }
@@ -128,7 +127,7 @@ std::int32_t ScheduleRSMHandler::executeScheduleCommand(const PropList* input, P
         return kFailed;
     }
     // For all of the order: while it is stored the second may end, and with it the first of its minutes.
-    const std::int64_t now = scheduling::gmtNow();
+    const std::int64_t now = records::gmtNow();
     computePeriod(ordered, now);
     if (!ordered.isCurrent(now)) {
         store(ordered, nullptr, controller);
@@ -142,7 +141,7 @@ std::int32_t ScheduleRSMHandler::executeScheduleCommand(const PropList* input, P
     const RsmOrder order = orderOf(ordered, now);
     store(ordered, &order, controller);
     controller.carryOut(order);
-    std::array<char, scheduling::kValueSize + 4> gmtStartTime{};
+    std::array<char, records::kValueSize + 4> gmtStartTime{};
     std::snprintf(gmtStartTime.data(), gmtStartTime.size(), "%s GMT", ordered.startTime);
     giveAnswer(response, std::array<AnswerEntry, 5>{{{"CommandResult", "Pass"},
                                                      {"RSMStartDate", ordered.startDate},

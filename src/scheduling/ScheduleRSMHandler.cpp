@@ -2,13 +2,14 @@
 
 #include "controller/ZephanRSMSingleTon.h"
 #include "platform/Console.h"
-#include "platform/Number.h"
 #include "platform/agent/Logging.h"
-#include "scheduling/GmtClock.h"
+#include "platform/portable/Number.h"
+#include "records/GmtClock.h"
 
 #include <algorithm>
 #include <cstdio>
 #include <limits>
+#include <memory>
 #include <new>
 #include <optional>
 
@@ -34,19 +35,18 @@ const char* ScheduleRSMHandler::load() {
         const bool isRecord = contents->starts_with(scheduling::Schedule::kRootTag);
         hasUnreadRecord_ = isRecord && !schedule_.readRecord(contents->c_str(), damaged_);
         if (damaged_ != nullptr) {
-            return schedule_.isCurrent(scheduling::gmtNow()) &&
-                           platform::isPositive(schedule_.pollingRateText)
-                       ? platform::StateFile::kFollowed
-                       : platform::StateFile::kUseless;
+            return schedule_.isCurrent(records::gmtNow()) && platform::isPositive(schedule_.pollingRateText)
+                       ? records::StateFile::kFollowed
+                       : records::StateFile::kUseless;
         }
-        return isRecord || contents->empty() ? nullptr : platform::StateFile::kForeign;
+        return isRecord || contents->empty() ? nullptr : records::StateFile::kForeign;
     } catch (const std::bad_alloc&) {
         return "new Failed in ScheduleRSMHandler of ScheduleRSMHandler. \n";
     }
 }
 
 void ScheduleRSMHandler::reportLoad() const {
-    if (trouble_ == platform::StateFile::kForeign) {
+    if (trouble_ == records::StateFile::kForeign) {
         platform::echo(filePath_.c_str());
         platform::echo(" file is not in correct format.");
     }
@@ -57,7 +57,7 @@ void ScheduleRSMHandler::reportLoad() const {
 
 bool ScheduleRSMHandler::isScheduleCurrent() const {
     const platform::Lock lock(lock_);
-    return schedule_.isCurrent(scheduling::gmtNow());
+    return schedule_.isCurrent(records::gmtNow());
 }
 
 RsmOrder ScheduleRSMHandler::orderOf(const scheduling::Schedule& schedule, std::int64_t now) {
@@ -66,7 +66,7 @@ RsmOrder ScheduleRSMHandler::orderOf(const scheduling::Schedule& schedule, std::
         return {rate, platform::readNumber(schedule.gracePeriodText), schedule.startTimeValue,
                 schedule.endTimeValue};
     }
-    const std::int64_t minutesLeft = (schedule.endTimeValue - now) / scheduling::kSecondsPerMinute;
+    const std::int64_t minutesLeft = (schedule.endTimeValue - now) / records::kSecondsPerMinute;
     return {rate, static_cast<std::int32_t>(
                       std::min<std::int64_t>(minutesLeft, std::numeric_limits<std::int32_t>::max()))};
 }
@@ -76,7 +76,7 @@ void ScheduleRSMHandler::scheduleRSM(ZephanRSMSingleTon& controller) const {
     {
         // As one step, as orders are: the one that comes last is the last everywhere.
         const platform::Lock lock(lock_);
-        order = orderOf(schedule_, scheduling::gmtNow());
+        order = orderOf(schedule_, records::gmtNow());
         if (order.pollingRate >= 1) {
             controller.take(order);
         }
@@ -108,11 +108,11 @@ void ScheduleRSMHandler::store(const scheduling::Schedule& schedule, const RsmOr
     if (isOpen) {
         KRXLog(level::kForce, "\n GOING TO PUT IN A FILE = %s", record.data());
     }
-    platform::StateFile::Stored stored;
+    records::StateFile::Stored stored;
     {
         // As one step: of two orders the last one is the last everywhere, and the clean-up sees all of one or nothing.
         const platform::Lock lock(lock_);
-        stored = scheduleFile_.store(record.data(), platform::StateFile::Tail::Stays);
+        stored = scheduleFile_.store(record.data(), records::StateFile::Tail::Stays);
         hasUnreadRecord_ = hasUnreadRecord_ && !stored.done;
         schedule_ = schedule;
         if (order != nullptr) {
@@ -130,8 +130,7 @@ void ScheduleRSMHandler::store(const scheduling::Schedule& schedule, const RsmOr
 
 void ScheduleRSMHandler::performCleanUp(const ZephanRSMSingleTon& controller) {
     const platform::Lock lock(lock_);
-    if (scheduleFile_.isOpen() && !hasUnreadRecord_ &&
-        controller.getDelayedEndTime() < scheduling::gmtNow()) {
+    if (scheduleFile_.isOpen() && !hasUnreadRecord_ && controller.getDelayedEndTime() < records::gmtNow()) {
         scheduleFile_.remove(scheduling::Schedule::kRootTag);
     }
     scheduleFile_.close();
@@ -142,7 +141,19 @@ void ScheduleRSMHandler::dateToString(std::int64_t gmtClockValue, char* date, ch
         KRXLog(level::kForce, "Received NULL pointer in dateToString of ScheduleRSMHandler.");
         return;
     }
-    const auto fields = scheduling::gmtFields(gmtClockValue);
+    const auto fields = records::gmtFields(gmtClockValue);
     std::snprintf(date, kDateTextSize, "%d:%02d:%02d", fields.year, fields.month, fields.day);
     std::snprintf(time, kDateTextSize, "%02d:%02d:%02d", fields.hour, fields.minute, fields.second);
+}
+
+bool createScheduleHandler(ZephanRSMSingleTon& controller, const char* scheduleFilePath) {
+    if (controller.getScheduleHandler() != nullptr || scheduleFilePath == nullptr) {
+        return false;
+    }
+    try {
+        return controller.setScheduleHandler(std::make_shared<ScheduleRSMHandler>(scheduleFilePath),
+                                             [](ScheduleRSMHandler& handler) { handler.close(); });
+    } catch (const std::bad_alloc&) {
+        return false;  // no handler: the callers report that
+    }
 }

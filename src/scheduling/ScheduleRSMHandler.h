@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/Lock.h"
-#include "platform/StateFile.h"
+#include "platform/portable/Lock.h"
+#include "records/StateFile.h"
 #include "scheduling/Schedule.h"
 
 #include <cstdint>
@@ -57,8 +57,6 @@ class ScheduleRSMHandler final {
 
     /// Date "2007:09:30" and time "05:06:00" of a GMT clock value; room for 40 characters each.
     static void dateToString(std::int64_t gmtClockValue, char* date, char* time);
-    static bool isValidDate(const char* date) noexcept;
-    static bool isValidTime(const char* time) noexcept;
 
   private:
     /// Null, or the line that names the file's fault: a format of its path and `damaged_`.
@@ -72,10 +70,14 @@ class ScheduleRSMHandler final {
 
     mutable platform::Mutex lock_;
     scheduling::Schedule schedule_ GUARDED_BY(lock_);
-    platform::StateFile scheduleFile_ GUARDED_BY(lock_){scheduling::Schedule::kRootTag};  ///< held open
+    records::StateFile scheduleFile_ GUARDED_BY(lock_){scheduling::Schedule::kRootTag};  ///< held open
     bool hasUnreadRecord_ GUARDED_BY(lock_) =
         false;  ///< in the file, what may be a record and was not read whole
     std::string filePath_;
     const char* trouble_ = nullptr;  ///< of the load
     const char* damaged_ = nullptr;  ///< the first element of the loaded record whose value is of no use
 };
+
+/// Makes the controller's schedule handler unless it has one or the path is null; true when this call made it,
+/// whose caller then lets it report.
+bool createScheduleHandler(ZephanRSMSingleTon& controller, const char* scheduleFilePath);

@@ -1,6 +1,6 @@
 #include "webservice/NumberSubElement.h"
 
-#include "platform/Number.h"
+#include "platform/portable/Number.h"
 
 #include <cstddef>
 #include <cstdio>

@@ -1,8 +1,8 @@
 #include "webservice/ZephanServicesService.h"
 
-#include "platform/Guard.h"
 #include "platform/agent/Logging.h"
 #include "platform/agent/Messaging.h"
+#include "platform/portable/Guard.h"
 #include "webservice/ConnectMessage.h"
 #include "webservice/DisconnectMessage.h"
 #include "webservice/Operations.h"

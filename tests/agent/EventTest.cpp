@@ -1,5 +1,5 @@
-#include "sim/Event.h"
-#include "sim/Timeline.h"
+#include "sim/trace/Event.h"
+#include "sim/trace/Timeline.h"
 #include "support/Rows.h"
 
 #include <gtest/gtest.h>

@@ -1,5 +1,5 @@
-#include "sim/Input.h"
-#include "sim/RealClock.h"
+#include "sim/input/Input.h"
+#include "sim/time/RealClock.h"
 
 #include <array>
 #include <csignal>

@@ -2,7 +2,7 @@
 #include "lib/Observer.h"
 #include "lib/Thread.h"
 #include "platform/agent/Threads.h"
-#include "sim/Scheduler.h"
+#include "sim/time/Scheduler.h"
 #include "support/Rows.h"
 
 #include <functional>

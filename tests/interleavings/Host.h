@@ -7,9 +7,9 @@
 #include "lib/AgentHost.h"
 #include "lib/Enterprise.h"
 #include "lib/Observer.h"
-#include "sim/Clock.h"
-#include "sim/Module.h"
-#include "sim/ProcessTime.h"
+#include "sim/host/Module.h"
+#include "sim/time/Clock.h"
+#include "sim/time/ProcessTime.h"
 #include "support/Workspace.h"
 
 #include <functional>

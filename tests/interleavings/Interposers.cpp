@@ -2,7 +2,7 @@
 // the calling thread may lose its turn, and none waits in real time.
 #include "Turns.h"
 #include "lib/Thread.h"
-#include "sim/ProcessTime.h"
+#include "sim/time/ProcessTime.h"
 
 #include <cerrno>
 #include <chrono>

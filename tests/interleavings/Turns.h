@@ -1,7 +1,7 @@
 // Where a thread may lose its turn.
 #pragma once
 
-#include "sim/Scheduler.h"
+#include "sim/time/Scheduler.h"
 
 #include <cerrno>
 #include <functional>

@@ -1,7 +1,7 @@
 // Standard output whose reader is gone, slow or away for ever, and threads that share it.
-#include "platform/Command.h"
 #include "platform/Console.h"
-#include "platform/EchoWithoutWait.h"
+#include "platform/portable/Command.h"
+#include "platform/portable/EchoWithoutWait.h"
 #include "support/Child.h"
 #include "support/Rows.h"
 #include "support/Workspace.h"

@@ -1,6 +1,6 @@
 // Mutexes whose owners come and go.
-#include "platform/Lock.h"
 #include "platform/Mutex.h"
+#include "platform/portable/Lock.h"
 
 #include <chrono>
 #include <thread>

@@ -1,10 +1,10 @@
 // Threads that are ended by unwinding them, as pthread_cancel does it.
-#include "platform/Command.h"
 #include "platform/Console.h"
 #include "platform/Directory.h"
-#include "platform/EchoWithoutWait.h"
 #include "platform/File.h"
 #include "platform/ThreadEnd.h"
+#include "platform/portable/Command.h"
+#include "platform/portable/EchoWithoutWait.h"
 #include "support/Child.h"
 #include "support/Workspace.h"
 

@@ -1,8 +1,8 @@
 // The exports as such: which there are, what they do with nulls and odd lists, that the library goes.
 #include "Library.h"
 #include "lib/AgentHost.h"
-#include "sim/Clock.h"
-#include "sim/Scheduler.h"
+#include "sim/time/Clock.h"
+#include "sim/time/Scheduler.h"
 #include "support/Lines.h"
 
 #include <array>

@@ -4,7 +4,7 @@
 #include "Rows.h"
 #include "lib/Module.h"
 #include "platform/agent/Logging.h"
-#include "sim/ServiceCall.h"
+#include "sim/host/ServiceCall.h"
 
 class Library final : public agent::Module {
   public:

@@ -2,8 +2,8 @@
 #include "Library.h"
 #include "lib/AgentHost.h"
 #include "lib/Observer.h"
-#include "sim/Clock.h"
-#include "sim/Scheduler.h"
+#include "sim/time/Clock.h"
+#include "sim/time/Scheduler.h"
 
 #include <algorithm>
 #include <array>

@@ -3,10 +3,10 @@
 #include "controller/ZephanRSMSingleTon.h"
 #include "lib/AgentHost.h"
 #include "lib/Observer.h"
-#include "platform/Number.h"
 #include "platform/agent/Messaging.h"
+#include "platform/portable/Number.h"
+#include "records/TaggedText.h"
 #include "scheduling/ScheduleRSMHandler.h"
-#include "scheduling/TaggedText.h"
 #include "support/Lines.h"
 #include "support/Rows.h"
 #include "support/Workspace.h"
@@ -87,11 +87,11 @@ TEST(Schedule, NoLockIsHeldWhileTheAgentIsCalled) {
 }
 
 TEST(Texts, TaggedValues) {
-    EXPECT_EQ(scheduling::getTagEndIndex("", "<a>"), 0);
-    EXPECT_EQ(scheduling::getTagEndIndex("text", ""), 0);
-    EXPECT_EQ(scheduling::getTagEndIndex("<a<a>", "<a>"), 5);
+    EXPECT_EQ(records::getTagEndIndex("", "<a>"), 0);
+    EXPECT_EQ(records::getTagEndIndex("text", ""), 0);
+    EXPECT_EQ(records::getTagEndIndex("<a<a>", "<a>"), 5);
     const auto value = [](const char* tag, std::int32_t start) {
-        return std::string(scheduling::getStringBuffer("<Grace>30</Grace>", tag, start, "any").get());
+        return std::string(records::getStringBuffer("<Grace>30</Grace>", tag, start, "any").get());
     };
     EXPECT_EQ(value("</Grace>", 7), "30");
     EXPECT_EQ(value("</Grace>", 9), "string found but before the first string");
@@ -154,13 +154,13 @@ const support::Rows<MomentRow> momentRows("Texts/Moments",
                                               {"one too many of each", "2026:12:32", "24:60:60", 1798851660},
                                           },
                                           [](const MomentRow& row) {
-                                              EXPECT_EQ(scheduling::stringToTime(row.date, row.time),
+                                              EXPECT_EQ(records::stringToTime(row.date, row.time),
                                                         row.moment);
                                           });
 
 TEST(Texts, Calendar) {
     for (std::time_t day = 1772360430; day < 1772360430 + 366 * 86400; day += 86400) {
-        EXPECT_STREQ(scheduling::calendarText(day).data(), std::asctime(std::gmtime(&day)));
+        EXPECT_STREQ(records::calendarText(day).data(), std::asctime(std::gmtime(&day)));
     }
 }
 

@@ -4,8 +4,8 @@
 #include "lib/Module.h"
 #include "lib/Observer.h"
 #include "platform/agent/Threads.h"
-#include "sim/ServiceCall.h"
-#include "sim/StdoutCapture.h"
+#include "sim/host/ServiceCall.h"
+#include "sim/trace/StdoutCapture.h"
 #include "sim/windows/ModuleCalls.h"
 #include "support/Workspace.h"
 

@@ -4,7 +4,7 @@
 #include "logging/LogFileWriter.h"
 #include "platform/Access.h"
 #include "platform/Directory.h"
-#include "platform/Number.h"
+#include "platform/portable/Number.h"
 #include "scheduling/Schedule.h"
 
 #include <algorithm>

@@ -1,6 +1,6 @@
 #include "Rules.h"
-#include "platform/Number.h"
 #include "platform/agent/Logging.h"
+#include "platform/portable/Number.h"
 
 #include <algorithm>
 #include <iterator>

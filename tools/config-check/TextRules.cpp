@@ -1,5 +1,5 @@
 #include "Rules.h"
-#include "platform/Number.h"
+#include "platform/portable/Number.h"
 
 #include <algorithm>
 #include <limits>

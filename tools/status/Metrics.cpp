@@ -2,7 +2,7 @@
 
 #include "logging/LogFamily.h"
 #include "platform/Directory.h"
-#include "scheduling/GmtClock.h"
+#include "records/GmtClock.h"
 #include "status/StatusJson.h"
 
 #include <algorithm>
@@ -80,7 +80,7 @@ Metrics fileMetrics(const StateFiles& files, std::int64_t now) {
     }
     if (resume.isOpen) {
         metrics.mode = rsm::kForcePollGrace;
-        metrics.ends = resume.began + resume.minutes * scheduling::kSecondsPerMinute;
+        metrics.ends = resume.began + resume.minutes * records::kSecondsPerMinute;
     }
     if (files.schedule.isRecord()) {
         metrics.scheduleStart = files.schedule.start;

@@ -4,8 +4,8 @@
 #include "config/Settings.h"
 #include "controller/ZephanRSMSingleTon.h"
 #include "platform/File.h"
-#include "platform/Number.h"
-#include "scheduling/GmtClock.h"
+#include "platform/portable/Number.h"
+#include "records/GmtClock.h"
 #include "scheduling/Schedule.h"
 #include "status/Moment.h"
 
@@ -55,8 +55,8 @@ bool takeRecord(FoundFile& file, const std::string& contents, std::string_view r
 }
 
 int wholeMinutes(std::int64_t seconds) {
-    return static_cast<int>(std::clamp<std::int64_t>(seconds / scheduling::kSecondsPerMinute, 0,
-                                                     std::numeric_limits<int>::max()));
+    return static_cast<int>(
+        std::clamp<std::int64_t>(seconds / records::kSecondsPerMinute, 0, std::numeric_limits<int>::max()));
 }
 
 StateFiles::Resume readResume(const std::string& path, std::int64_t now) {

@@ -1,14 +1,14 @@
 #include "sim/console/Console.h"
 
 #include "session/SessionPage.h"
-#include "sim/Event.h"
-#include "sim/OrderQueue.h"
-#include "sim/Verbs.h"
 #include "sim/console/HttpServer.h"
 #include "sim/console/LiveSession.h"
 #include "sim/console/OrderForm.h"
 #include "sim/console/RequestGuard.h"
 #include "sim/console/ServiceText.h"
+#include "sim/input/OrderQueue.h"
+#include "sim/scenario/Verbs.h"
+#include "sim/trace/Event.h"
 
 #include <set>
 #include <stdexcept>

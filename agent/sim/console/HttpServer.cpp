@@ -1,7 +1,7 @@
 #include "sim/console/HttpServer.h"
 
-#include "sim/Bell.h"
-#include "sim/Verbs.h"
+#include "sim/input/Bell.h"
+#include "sim/scenario/Verbs.h"
 
 #include <algorithm>
 #include <array>

@@ -1,9 +1,9 @@
 #include "sim/console/LiveSession.h"
 
 #include "session/SessionPage.h"
-#include "sim/EventFields.h"
-#include "sim/RecordingListener.h"
-#include "sim/Words.h"
+#include "sim/scenario/Words.h"
+#include "sim/trace/EventFields.h"
+#include "sim/trace/RecordingListener.h"
 
 #include <algorithm>
 

@@ -3,9 +3,9 @@
 
 #include "lib/Enterprise.h"
 #include "session/SessionRecord.h"
-#include "sim/Bell.h"
-#include "sim/Clock.h"
-#include "sim/EventListener.h"
+#include "sim/input/Bell.h"
+#include "sim/time/Clock.h"
+#include "sim/trace/EventListener.h"
 
 #include <cstdint>
 #include <functional>

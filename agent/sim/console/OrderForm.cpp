@@ -1,6 +1,6 @@
 #include "sim/console/OrderForm.h"
 
-#include "sim/Words.h"
+#include "sim/scenario/Words.h"
 
 #include <map>
 #include <nlohmann/json.hpp>

@@ -2,8 +2,8 @@
 
 #include "lib/Serializer.h"
 #include "lib/XmlElement.h"
-#include "sim/ServiceCall.h"
-#include "sim/Words.h"
+#include "sim/host/ServiceCall.h"
+#include "sim/scenario/Words.h"
 
 #include <algorithm>
 #include <nlohmann/json.hpp>

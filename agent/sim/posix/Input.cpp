@@ -1,6 +1,6 @@
-#include "sim/Input.h"
+#include "sim/input/Input.h"
 
-#include "sim/Terminal.h"
+#include "sim/input/Terminal.h"
 #include "sim/posix/Timespec.h"
 
 #include <algorithm>

@@ -2,9 +2,9 @@
 // the order in which symbols are looked up, also with a sanitizer's or a preloaded library in between. Where times
 // and sizes of files have 64 bits only in functions of other names (`__time64`, `open64`), the C library's headers
 // give ours these names, too.
-#include "sim/ProcessTime.h"
 #include "sim/posix/ModuleFiles.h"
 #include "sim/posix/Timespec.h"
+#include "sim/time/ProcessTime.h"
 
 #include <atomic>
 #include <cerrno>

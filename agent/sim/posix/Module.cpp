@@ -1,8 +1,8 @@
-#include "sim/Module.h"
+#include "sim/host/Module.h"
 
-#include "sim/ProcessTime.h"
 #include "sim/posix/ModuleFiles.h"
 #include "sim/posix/ModuleImage.h"
+#include "sim/time/ProcessTime.h"
 
 #include <stdexcept>
 

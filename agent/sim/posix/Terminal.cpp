@@ -1,6 +1,6 @@
-#include "sim/Terminal.h"
+#include "sim/input/Terminal.h"
 
-#include "sim/Verbs.h"
+#include "sim/scenario/Verbs.h"
 
 #include <algorithm>
 #include <cstdlib>

@@ -1,8 +1,8 @@
 #include "sim/status/RsmFollower.h"
 
-#include "platform/Number.h"
-#include "scheduling/GmtClock.h"
-#include "sim/EventFields.h"
+#include "platform/portable/Number.h"
+#include "records/GmtClock.h"
+#include "sim/trace/EventFields.h"
 #include "status/StateFiles.h"
 
 #include <algorithm>
@@ -105,7 +105,7 @@ void RsmFollower::noteLine(const std::string& line, std::int64_t now) {
     } else if (line.starts_with(schedule)) {
         const status::StateFiles::Schedule file = status::readStateFiles("", schedulePath_, now).schedule;
         isScheduleUntold_ =
-            !file.isRecord() || scheduling::calendarText(file.start).data() != line.substr(schedule.size());
+            !file.isRecord() || records::calendarText(file.start).data() != line.substr(schedule.size());
         if (!isScheduleUntold_) {
             rsm_.scheduleDelayedProfile(file.rate, file.start, file.end, file.minutes);
         }
@@ -117,9 +117,9 @@ void RsmFollower::noteSchedule(const agent::NamedValues& answer) {
     const auto text = [&](std::string_view name) { return valueOf(answer, name).value_or(""); };
     const int minutes = platform::readNumber(text("GracePeriod"));
     const std::string time = text("RSMStartTime").substr(0, sizeof("23:59:59") - 1);
-    const std::int64_t start = scheduling::stringToTime(text("RSMStartDate").c_str(), time.c_str());
+    const std::int64_t start = records::stringToTime(text("RSMStartDate").c_str(), time.c_str());
     rsm_.scheduleDelayedProfile(platform::readNumber(text("PollingRate")), start,
-                                start + minutes * scheduling::kSecondsPerMinute, minutes);
+                                start + minutes * records::kSecondsPerMinute, minutes);
 }
 
 void RsmFollower::noteCall(const Event& event) {

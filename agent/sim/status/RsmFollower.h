@@ -4,7 +4,7 @@
 #include "controller/RsmState.h"
 #include "detection/AuditMeaning.h"
 #include "session/AuditTexts.h"
-#include "sim/Event.h"
+#include "sim/trace/Event.h"
 
 #include <cstdint>
 #include <optional>

@@ -1,7 +1,7 @@
 #include "sim/status/SessionStatus.h"
 
-#include "scheduling/GmtClock.h"
-#include "sim/EventFields.h"
+#include "records/GmtClock.h"
+#include "sim/trace/EventFields.h"
 #include "status/Metrics.h"
 #include "status/Moment.h"
 #include "status/StateFiles.h"
@@ -22,8 +22,8 @@ std::string counted(std::int64_t number, const char* thing) {
 }
 
 std::string lengthText(std::int64_t seconds) {
-    const std::int64_t minutes = seconds / scheduling::kSecondsPerMinute;
-    const std::int64_t rest = seconds % scheduling::kSecondsPerMinute;
+    const std::int64_t minutes = seconds / records::kSecondsPerMinute;
+    const std::int64_t rest = seconds % records::kSecondsPerMinute;
     return rest == 0 ? counted(minutes, "minute")
                      : (minutes == 0 ? "" : std::to_string(minutes) + " min ") + std::to_string(rest) + " s";
 }

@@ -1,8 +1,8 @@
 // What RSM does now, as far as its agent has seen it.
 #pragma once
 
-#include "sim/EventListener.h"
 #include "sim/status/RsmFollower.h"
+#include "sim/trace/EventListener.h"
 
 #include <cstdint>
 #include <mutex>

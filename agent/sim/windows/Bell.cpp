@@ -1,4 +1,4 @@
-#include "sim/Bell.h"
+#include "sim/input/Bell.h"
 
 namespace sim {
 

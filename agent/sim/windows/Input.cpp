@@ -1,4 +1,4 @@
-#include "sim/Input.h"
+#include "sim/input/Input.h"
 
 #include "sim/windows/WindowsTime.h"
 

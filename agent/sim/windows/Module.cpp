@@ -1,4 +1,4 @@
-#include "sim/Module.h"
+#include "sim/host/Module.h"
 
 #include "sim/windows/ModuleCalls.h"
 

@@ -1,6 +1,6 @@
 #include "sim/windows/ModuleCalls.h"
 
-#include "sim/ProcessTime.h"
+#include "sim/time/ProcessTime.h"
 
 #include <cstddef>
 #include <mutex>

@@ -1,4 +1,4 @@
-#include "sim/StdoutCapture.h"
+#include "sim/trace/StdoutCapture.h"
 
 #include "sim/windows/WindowsTime.h"
 

@@ -1,4 +1,4 @@
-#include "sim/Terminal.h"
+#include "sim/input/Terminal.h"
 
 namespace sim {
 

@@ -1,8 +1,8 @@
 #include "platform/Console.h"
 
-#include "platform/EchoWithoutWait.h"
-#include "platform/OutputRole.h"
 #include "platform/ThreadEnd.h"
+#include "platform/portable/EchoWithoutWait.h"
+#include "platform/portable/OutputRole.h"
 #include "platform/posix/WriteSignals.h"
 
 #include <cerrno>

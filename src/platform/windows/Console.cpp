@@ -1,6 +1,6 @@
 #include "platform/Console.h"
 
-#include "platform/OutputRole.h"
+#include "platform/portable/OutputRole.h"
 #include "platform/windows/System.h"
 
 #include <cstdio>

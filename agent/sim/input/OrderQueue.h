@@ -1,0 +1,71 @@
+// What clients want done, on its way to the host's thread.
+#pragma once
+
+#include "sim/input/Bell.h"
+#include "sim/trace/EventListener.h"
+
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <future>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace sim {
+
+/// Lines as they could be typed. Any thread hands them in; the host's thread performs them, so that an order
+/// from a client is no different from a typed one.
+class OrderQueue final : public EventListener {
+  public:
+    /// A call of the module that a line made.
+    struct Call {
+        std::int64_t result = 0;
+        std::string stage;                    ///< of a web service call: the last step reached
+        std::optional<std::string> response;  ///< its XML
+        std::string remark;                   ///< why a request was refused
+        std::string json;                     ///< its line in the trace, without its end
+    };
+    struct Outcome {
+        std::string error;  ///< why a line could not be performed; those behind it were not tried
+        std::vector<Call> calls;
+        bool isOver = false;  ///< the session has ended, nothing was performed
+    };
+
+    OrderQueue() = default;
+    OrderQueue(const OrderQueue&) = delete;
+    OrderQueue& operator=(const OrderQueue&) = delete;
+
+    /// Rings while an order waits.
+    const Bell& bell() const { return bell_; }
+
+    /// Rings `answered` when the outcome is there; it must outlive the queue.
+    std::shared_future<Outcome> submit(std::vector<std::string> lines, Bell& answered);
+    /// Orders that wait, and later ones, are not performed any more.
+    void close();
+
+    // For the host's thread.
+
+    bool hasOrder() const;
+    /// Performs the order that waits longest; `performLine` throws std::runtime_error when it cannot.
+    void perform(const std::function<void(const std::string&)>& performLine);
+    void onEvent(const Event& event) noexcept override;
+
+  private:
+    struct Order {
+        std::vector<std::string> lines;
+        std::promise<Outcome> outcome = {};
+        Bell* answered = nullptr;
+
+        void answer(Outcome found);
+    };
+
+    Bell bell_;
+    mutable std::mutex mutex_;  ///< guards the two below
+    std::deque<Order> orders_;
+    bool closed_ = false;
+    std::vector<Call> calls_;  ///< of the order that is being performed
+};
+
+}  // namespace sim
