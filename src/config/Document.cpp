@@ -1,7 +1,7 @@
 #include "config/Document.h"
 
 #include "config/Encoding.h"
-#include "platform/portable/ScopeEnd.h"
+#include "platform/portable/ScopeGuard.h"
 #include "platform/portable/Text.h"
 
 #include <algorithm>
@@ -304,7 +304,7 @@ void parse(Document& document) {
         document.refusal = Refusal{Refusal::Kind::noParser, kOutOfMemory, {}};
         return;
     }
-    const platform::ScopeEnd end([parser] { ::XML_ParserFree(parser); });
+    const platform::ScopeGuard end([parser] { ::XML_ParserFree(parser); });
     TreeBuilder builder(document, parser);
     const XML_Status status =
         ::XML_Parse(parser, document.text.data(), static_cast<int>(document.text.size()), XML_TRUE);

@@ -1,20 +1,20 @@
 #include "config/XMLConfigData.h"
 
 #include "platform/ThreadEnd.h"
-#include "platform/portable/Immortal.h"
+#include "platform/portable/NoDestructor.h"
 #include "platform/portable/Published.h"
-#include "platform/portable/ScopeEnd.h"
+#include "platform/portable/ScopeGuard.h"
 
 #include <atomic>
 #include <utility>
 
 namespace {
 
-platform::Immortal<platform::Published<XMLConfigData>> published;
+platform::NoDestructor<platform::Published<XMLConfigData>> published;
 std::atomic<std::uint64_t> changes;
 
 /// An object that no stop took away goes with the library.
-const platform::ScopeEnd atUnload([] {
+const platform::ScopeGuard atUnload([] {
     if (platform::mayWaitAtUnload()) {
         XMLConfigData::destroyInstance();
     }

@@ -3,7 +3,7 @@
 #include "platform/File.h"
 #include "platform/ThreadEnd.h"
 #include "platform/agent/Logging.h"
-#include "platform/portable/ScopeEnd.h"
+#include "platform/portable/ScopeGuard.h"
 
 #include <new>
 #include <optional>
@@ -38,7 +38,7 @@ std::optional<config::Document> readFile(const std::string& path) try {
 std::shared_ptr<const XMLConfigData> loadConfiguration(const std::string& path) {
     const std::shared_ptr<XMLConfigData> configuration = XMLConfigData::getInstance(path);
     if (configuration != nullptr) {
-        const platform::ScopeEnd publication([&] { XMLConfigData::publish(configuration); });
+        const platform::ScopeGuard publication([&] { XMLConfigData::publish(configuration); });
         configuration->parseConfigFile();
     }
     return configuration;

@@ -3,7 +3,7 @@
 #include "platform/agent/Logging.h"
 #include "platform/portable/Guard.h"
 #include "platform/portable/Lock.h"
-#include "platform/portable/ScopeEnd.h"
+#include "platform/portable/ScopeGuard.h"
 
 #include <atomic>
 #include <new>
@@ -53,7 +53,7 @@ PollingThread::Creation PollingThread::createThread(KRXThreadEntry entry, void* 
     Held ended;
     {
         // Given back also when this thread is unwound in one of the calls; not when it is ended without.
-        const platform::ScopeEnd release([&] { released = threadMutex_.release(); });
+        const platform::ScopeGuard release([&] { released = threadMutex_.release(); });
         releaseFinished();  // it may have ended since the caller looked
         result = generateThread(entry, argument, ended);
     }
@@ -87,7 +87,7 @@ PollingThread::Creation PollingThread::generateThread(KRXThreadEntry entry, void
         starting_ = true;
     }
     bool started = false;
-    const platform::ScopeEnd over([&] {  // however the start is left
+    const platform::ScopeGuard over([&] {  // however the start is left
         if (!started) {
             forgetStart();
         }

@@ -5,7 +5,7 @@
 #include "platform/agent/Logging.h"
 #include "platform/agent/ServiceAgent.h"
 #include "platform/portable/Guard.h"
-#include "platform/portable/ScopeEnd.h"
+#include "platform/portable/ScopeGuard.h"
 #include "records/GmtClock.h"
 
 #include <array>
@@ -141,7 +141,7 @@ bool ProfileReport::update(Client& client, const RsmState& state) {
         platform::echo(text.data());
     }
     // They are not the record's own, which otherwise releases them.
-    const platform::ScopeEnd withdrawal([&] {
+    const platform::ScopeGuard withdrawal([&] {
         for (Property& property : profile.properties) {
             list->RemoveEntry(&property);
         }

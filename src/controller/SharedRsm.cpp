@@ -1,6 +1,6 @@
 #include "controller/SharedRsm.h"
 
-#include "platform/portable/ScopeEnd.h"
+#include "platform/portable/ScopeGuard.h"
 
 int SharedRsm::creationError() const noexcept {
     const int error = lock_.creationError() != 0 ? lock_.creationError() : reporter_.creationError();
@@ -9,7 +9,7 @@ int SharedRsm::creationError() const noexcept {
 
 void SharedRsm::report(PollingThread::Number number) {
     std::optional<RsmState> telling;
-    const platform::ScopeEnd unwound([&] {
+    const platform::ScopeGuard unwound([&] {
         if (telling) {
             reporter_.giveBack();
         }

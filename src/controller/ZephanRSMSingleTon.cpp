@@ -3,9 +3,9 @@
 #include "logging/ConfigHandler.h"
 #include "platform/ThreadEnd.h"
 #include "platform/agent/Logging.h"
-#include "platform/portable/Immortal.h"
+#include "platform/portable/NoDestructor.h"
 #include "platform/portable/Published.h"
-#include "platform/portable/ScopeEnd.h"
+#include "platform/portable/ScopeGuard.h"
 
 #include <exception>
 #include <new>
@@ -13,11 +13,11 @@
 
 namespace {
 
-platform::Immortal<platform::Published<ZephanRSMSingleTon>> published;
+platform::NoDestructor<platform::Published<ZephanRSMSingleTon>> published;
 
 /// A message that comes after the last stop makes a controller once more; it goes with the library,
 /// if it can.
-const platform::ScopeEnd atUnload([] {
+const platform::ScopeGuard atUnload([] {
     const auto present = platform::mayWaitAtUnload() ? published->get() : nullptr;
     // One that has to do with the agent belongs to a host that ends without a stop, or is wrong to unload. What
     // the agent needs for its calls may be gone by now.
@@ -33,7 +33,7 @@ void logCreationError(int error) {
     if (logging.exchange(true)) {
         return;
     }
-    const platform::ScopeEnd over([] { logging = false; });
+    const platform::ScopeGuard over([] { logging = false; });
     KRXLog(level::kForce, "CreateMutex error: %d\n", error);
 }
 
@@ -72,7 +72,7 @@ void ZephanRSMSingleTon::destroyInstance() {
         return;
     }
     // Also when the stopping thread is unwound while it waits or logs: one that starts nothing must not stay.
-    const platform::ScopeEnd removal([&present] {
+    const platform::ScopeGuard removal([&present] {
         published->withdraw(present);
         if (ScheduleRSMHandler* const handler = present->getScheduleHandler()) {
             present->closeSchedule_.load()(*handler);

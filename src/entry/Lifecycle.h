@@ -5,7 +5,7 @@
 #include "platform/agent/Logging.h"
 #include "platform/portable/EchoWithoutWait.h"
 #include "platform/portable/Guard.h"
-#include "platform/portable/Immortal.h"
+#include "platform/portable/NoDestructor.h"
 
 #include <chrono>
 #include <optional>
@@ -57,7 +57,7 @@ class Lifecycle final {
 
   private:
     static platform::Mutex& mutex() noexcept {
-        static platform::Immortal<platform::Mutex> mutex;
+        static platform::NoDestructor<platform::Mutex> mutex;
         return *mutex;
     }
 

@@ -7,7 +7,7 @@
 #include "platform/Console.h"
 #include "platform/agent/Logging.h"
 #include "platform/portable/Guard.h"
-#include "platform/portable/ScopeEnd.h"
+#include "platform/portable/ScopeGuard.h"
 
 namespace {
 
@@ -35,7 +35,7 @@ std::int8_t startUp(const char* initParam) {
     }
     // One that fails, in its last line perhaps, does not count.
     bool started = handler->isLoggerStarted();
-    const platform::ScopeEnd outcome([&] { handler->setLoggerStarted(started); });
+    const platform::ScopeGuard outcome([&] { handler->setLoggerStarted(started); });
     handler->setLoggerStarted(true);
     handler->getLogManager().initialize();
     KRXLog(level::kForce, "Custom HVK Extension: %s startup complete.\n", kExtension);

@@ -6,11 +6,11 @@
 #include "platform/Console.h"
 #include "platform/ThreadEnd.h"
 #include "platform/agent/Logging.h"
-#include "platform/portable/Immortal.h"
 #include "platform/portable/Lock.h"
+#include "platform/portable/NoDestructor.h"
 #include "platform/portable/Number.h"
 #include "platform/portable/Role.h"
-#include "platform/portable/ScopeEnd.h"
+#include "platform/portable/ScopeGuard.h"
 
 #include <cstdio>
 #include <cstring>
@@ -25,12 +25,12 @@ constexpr char kRenameFailed[] = "\n Error renaming file";
 constexpr int kMostCounters = 10'000;  // tried for one archive
 constexpr std::size_t kConsoleLineSize = 64;
 
-platform::Immortal<platform::Mutex> instanceLock;
-platform::Immortal<std::weak_ptr<LogFileWriter>> theInstance;  // under the lock
+platform::NoDestructor<platform::Mutex> instanceLock;
+platform::NoDestructor<std::weak_ptr<LogFileWriter>> theInstance;  // under the lock
 
 /// Of the thread that reports a failed rotation. Of several one has it; what the others report is told once a
 /// second at the most.
-platform::Immortal<platform::Role> reporter;
+platform::NoDestructor<platform::Role> reporter;
 
 }  // namespace
 
@@ -101,7 +101,7 @@ void LogFileWriter::report(const Notices& notices) {
     }
     for (std::uint32_t i = 0; i < notices.failedRenames; ++i) {
         const bool takes = reporter->tryTake();
-        const platform::ScopeEnd over([takes] { takes ? reporter->giveBack() : void(); });
+        const platform::ScopeGuard over([takes] { takes ? reporter->giveBack() : void(); });
         KRXLog(level::kForce, "%s", kRenameFailed);
     }
     for (std::uint32_t i = 0; i < notices.failedReleases; ++i) {

@@ -9,7 +9,7 @@
 #include "logging/RDMessageHandler.h"
 #include "platform/agent/Logging.h"
 #include "platform/portable/Lock.h"
-#include "platform/portable/ScopeEnd.h"
+#include "platform/portable/ScopeGuard.h"
 
 #include <exception>
 #include <new>
@@ -50,7 +50,7 @@ void LogManager::initialize() {
     if (attaching_.exchange(true)) {
         return;
     }
-    const platform::ScopeEnd attached([this] { attaching_ = false; });
+    const platform::ScopeGuard attached([this] { attaching_ = false; });
     if (configuration->getRDListner() && !attachListener(remoteDetection_, rdMessageHandler_.get())) {
         return;
     }
@@ -146,7 +146,7 @@ void LogManager::tellChanges() {
         if (!teller_.tryTake()) {
             return;  // also when this message was caused by the telling; the change is told in its turn
         }
-        const platform::ScopeEnd role([this] { teller_.giveBack(); });
+        const platform::ScopeGuard role([this] { teller_.giveBack(); });
         for (Change change{}; takeChange(change);) {
             if (!closed_) {
                 (*rdMessageHandler_.*change.set)(change.active);

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/portable/Immortal.h"
 #include "platform/portable/KeptTexts.h"
+#include "platform/portable/NoDestructor.h"
 
 #include <atomic>
 
@@ -17,7 +17,7 @@ struct Output {
 
 /// Never destroyed: threads of the host may still be here while the process ends.
 inline Output& output() noexcept {
-    static Immortal<Output> object;
+    static NoDestructor<Output> object;
     return *object;
 }
 

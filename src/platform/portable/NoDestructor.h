@@ -7,11 +7,11 @@ namespace platform {
 
 /// Storage for a value that is never destroyed: threads may still use it while the process ends.
 template <typename T>
-class Immortal final {
+class NoDestructor final {
   public:
-    Immortal() noexcept { ::new (static_cast<void*>(storage_)) T; }
-    Immortal(const Immortal&) = delete;
-    Immortal& operator=(const Immortal&) = delete;
+    NoDestructor() noexcept { ::new (static_cast<void*>(storage_)) T; }
+    NoDestructor(const NoDestructor&) = delete;
+    NoDestructor& operator=(const NoDestructor&) = delete;
 
     T& operator*() noexcept { return *std::launder(reinterpret_cast<T*>(storage_)); }
     T* operator->() noexcept { return &**this; }
