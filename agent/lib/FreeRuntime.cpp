@@ -45,7 +45,7 @@ void FreeRuntime::end(Thread& thread, ThreadDestroy how) {
     if (!mayRun(thread)) {
         return;
     }
-    thread.halt(how);
+    thread.cancel(how);
     changed_.notify_all();
     if (thread.leavesNow()) {
         changed_.wait_for(lock, kMoment, [&thread] { return !thread.isActive(); });
@@ -64,7 +64,7 @@ bool FreeRuntime::endAll() {
     std::unique_lock lock(mutex_);
     for (const auto& thread : threads()) {
         if (mayRun(*thread)) {
-            thread->halt(ThreadDestroy::anywhere);
+            thread->cancel(ThreadDestroy::anywhere);
         }
     }
     changed_.notify_all();

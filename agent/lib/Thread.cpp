@@ -41,7 +41,7 @@ bool Thread::block(std::chrono::milliseconds time, const std::function<bool()>& 
     const auto condition = [&] { return self->mustLeave(asleep) || (met = until()); };
     self->blocked_ = asleep ? Blocked::asleep : Blocked::inAgent;
     runtime().wait(time, std::ref(condition));
-    self->leaveIfHalted(asleep);
+    self->leaveIfCancelled(asleep);
     self->blocked_ = Blocked::no;
     return met;
 }
@@ -71,7 +71,7 @@ bool Thread::launch(std::function<void()> body) {
 }
 
 void Thread::run() {
-    if (halted_ != ThreadDestroy::leave) {
+    if (cancelled_ != ThreadDestroy::leave) {
         return;
     }
     begun_ = true;
@@ -96,11 +96,11 @@ void Thread::run() {
     system::admitUnwinding(false);
 }
 
-void Thread::halt(ThreadDestroy how) {
+void Thread::cancel(ThreadDestroy how) {
     if (how == ThreadDestroy::unwind) {
         system::unwind(handle_);
     }
-    halted_ = how;
+    cancelled_ = how;
 }
 
 bool Thread::leavesNow() const {
@@ -109,7 +109,7 @@ bool Thread::leavesNow() const {
 }
 
 bool Thread::mustLeave(bool asleep) const {
-    switch (halted_) {
+    switch (cancelled_) {
         case ThreadDestroy::sleep:
             return asleep;
         case ThreadDestroy::anywhere:
@@ -122,12 +122,12 @@ bool Thread::mustLeave(bool asleep) const {
     return false;
 }
 
-void Thread::leaveIfHalted(bool asleep) {
+void Thread::leaveIfCancelled(bool asleep) {
     if (!mustLeave(asleep)) {
         return;
     }
-    if (halted_ == ThreadDestroy::unwind) {
-        halted_ = ThreadDestroy::leave;  // Calls made while the frames are unwound are not stopped.
+    if (cancelled_ == ThreadDestroy::unwind) {
+        cancelled_ = ThreadDestroy::leave;  // Calls made while the frames are unwound are not stopped.
         system::beUnwound(bottom_);
         return;  // The system unwinds already.
     }
@@ -142,7 +142,7 @@ AgentCall::AgentCall(const char* function, bool asleep)
     if (self_ != nullptr) {
         unwindingAdmitted_ = system::admitUnwinding(false);
         cancellable_ = self_->cancellable_.exchange(unwindingAdmitted_);
-        self_->leaveIfHalted(asleep);
+        self_->leaveIfCancelled(asleep);
     }
 }
 

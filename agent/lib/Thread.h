@@ -66,8 +66,8 @@ class KRX_API Thread {
     void join();
     void setEnded() { active_ = false; }
     /// Ends the thread where it may be ended; not for the calling thread.
-    void halt(ThreadDestroy how);
-    /// Whether a halted thread runs nothing of its work any more, and ends as soon as it is woken.
+    void cancel(ThreadDestroy how);
+    /// Whether a cancelled thread runs nothing of its work any more, and ends as soon as it is woken.
     bool leavesNow() const;
     /// It is not used from outside any more.
     void disown() { owned_ = false; }
@@ -81,7 +81,7 @@ class KRX_API Thread {
     enum class Blocked : std::uint8_t { no, inAgent, asleep };
 
     bool mustLeave(bool asleep) const;
-    void leaveIfHalted(bool asleep);
+    void leaveIfCancelled(bool asleep);
 
     const Kind kind_;
     std::atomic<bool> owned_ = true;
@@ -93,7 +93,7 @@ class KRX_API Thread {
     std::atomic<bool> begun_ = false;
     std::atomic<bool> completed_ = false;
     int result_ = 0;
-    std::atomic<ThreadDestroy> halted_ = ThreadDestroy::leave;
+    std::atomic<ThreadDestroy> cancelled_ = ThreadDestroy::leave;
     std::atomic<Blocked> blocked_ = Blocked::no;
     std::atomic<bool> cancellable_ = true;  ///< the module has not disabled cancellation
     std::jmp_buf wayOut_ = {};

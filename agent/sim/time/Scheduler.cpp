@@ -57,7 +57,7 @@ bool Scheduler::start(agent::Thread& thread) {
 
 void Scheduler::end(agent::Thread& thread, agent::ThreadDestroy how) {
     if (&thread != agent::Thread::current()) {
-        thread.halt(how);
+        thread.cancel(how);
         end(static_cast<TakingTurns&>(thread));
     }
 }
@@ -123,7 +123,7 @@ std::vector<std::string> Scheduler::stopAll() {
     for (const auto& thread : threads()) {
         if (thread->isActive()) {
             // None of them may run while another one is being ended.
-            thread->halt(agent::ThreadDestroy::anywhere);
+            thread->cancel(agent::ThreadDestroy::anywhere);
             if (thread->kind() == agent::Thread::Kind::module) {
                 names.push_back(thread->name());
             }
@@ -166,7 +166,7 @@ void Scheduler::body(TakingTurns& thread) {
     thread.run();
 }
 
-/// Lets a halted thread end at once, if it can.
+/// Lets a cancelled thread end at once, if it can.
 void Scheduler::end(TakingTurns& thread) {
     if (!thread.leavesNow()) {
         return;
