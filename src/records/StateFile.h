@@ -8,22 +8,22 @@
 
 namespace records {
 
-/// One of the module's small files of state: one record, which begins with its root tag, or nothing. What
-/// stands at its path and is neither is somebody else's, or damaged: it is never written to nor deleted, but
-/// moved aside when a record is stored. Not for use by two threads at once.
+/// One of the module's small files of state: it holds one record, which begins with its root tag, or nothing.
+/// Anything else that is found at its path belongs to somebody else or is damaged: it is neither written to
+/// nor deleted, but moved aside when a record is stored. Not for use by two threads at once.
 class StateFile final {
   public:
     /// `rootTag` has to stay.
     explicit StateFile(std::string_view rootTag) noexcept : rootTag_(rootTag) {}
 
-    /// Where the path leads is taken when it is set first, wherever the host goes later. Throws, and changes
-    /// nothing, only when memory runs out.
+    /// A relative path is resolved when it is first given, whatever the working directory is later. Throws, and
+    /// changes nothing, only when memory runs out.
     void setPath(const std::string& path);
     const std::string& path() const noexcept { return path_; }    ///< as given
     const std::string& place() const noexcept { return place_; }  ///< where that leads
 
-    /// Opens what stands there now, made when missing, and holds that open; when it cannot be opened, what was
-    /// held open stays. False when nothing is.
+    /// Opens what stands there now, made when missing, and holds that open; when it cannot be opened, what
+    /// was held open stays. False when nothing is.
     bool open() noexcept;
     bool isOpen() const noexcept { return file_.isOpen(); }
     const platform::File& file() const noexcept { return file_; }
@@ -52,7 +52,8 @@ class StateFile final {
     /// For the log, when something else is found at a start: a format of the path.
     static constexpr char kForeign[] =
         "\n What is in file = %s is no record that can be read. It is left alone, and moved aside when a record is stored.";
-    /// For the log, when a record is found with a value of no use: formats of the path and the value's element.
+    /// For the log, when a record is found with a value of no use: formats of the path and the value's
+    /// element.
     static constexpr char kFollowed[] =
         "\n The record in file = %s is damaged: its %s is of no use. It is followed as far as it goes.";
     static constexpr char kUseless[] =

@@ -8,10 +8,11 @@
 
 namespace platform {
 
-/// While one lives, its thread does not wait for who reads standard output: what it echoes and nobody takes
-/// at once is left to the next thread that writes, or to its own next text that is taken. For one polling
-/// thread and a few stops at a time, and always for the latest, since a thread may end without giving its
-/// place back. Not a thread-local flag: for that the system ends the process when it has no memory.
+/// While one lives, its thread does not wait for a reader of standard output: an echo that is not taken at
+/// once is left to the next thread that writes, or to its own next text that is taken. There is room for one
+/// polling thread and a few stops at a time, and always for the latest, since a thread may end without giving
+/// its place back. It is not a thread-local flag, because the system ends the process when it has no memory
+/// for one.
 class EchoWithoutWait final {
   public:
     enum class Kind { PollingThread, Stop };

@@ -10,8 +10,8 @@ namespace platform {
 constexpr std::int8_t kSuccess = 0;
 constexpr std::int8_t kFailure = -1;
 
-/// Runs the body and answers its result; whatever is thrown in it, by the agent too, becomes `failure`. A
-/// thread that is being unwound goes on to its end.
+/// Runs the body and answers its result; an exception, of the agent too, becomes `failure`. A thread that is
+/// being unwound goes on to its end.
 template <typename Result, typename Body>
 Result guarded(Result failure, Body&& body) {
     try {
@@ -23,7 +23,7 @@ Result guarded(Result failure, Body&& body) {
     }
 }
 
-/// Runs the body; exceptions from it are dropped, as above.
+/// Runs the body; its exceptions are dropped, as above.
 template <typename Body>
 void attempt(Body&& body) {
     guarded(kSuccess, [&] {
@@ -32,7 +32,7 @@ void attempt(Body&& body) {
     });
 }
 
-/// Runs the body, and answers `result` whatever becomes of that.
+/// Runs the body, and answers `result` in any case.
 template <typename Result, typename Body>
 Result answerAfter(Result result, Body&& body) {
     attempt(body);

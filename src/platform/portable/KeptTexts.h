@@ -10,8 +10,8 @@
 
 namespace platform {
 
-/// What of standard output was left to the thread that writes to it. There is one of these in the module. Any
-/// thread keeps, one at a time takes.
+/// The texts that were left to the thread which is writing to standard output. The module has one of these.
+/// Any thread adds texts; one at a time takes them.
 class KeptTexts final {
   public:
     static constexpr std::size_t kKeptAtMost =
@@ -21,8 +21,8 @@ class KeptTexts final {
     void keep(std::string_view text) noexcept;
     std::size_t size() const noexcept { return static_cast<std::size_t>(kept_ - taken_); }
     bool isAny() const noexcept { return size() != 0; }
-    /// Not a mere look: of two threads, one that keeps and then tries for the writer's role and one that
-    /// gives it back and then comes here, at least one finds what it looks for.
+    /// Does more than look: one thread keeps a text and then tries for the writer's role, another gives the
+    /// role back and then calls this. At least one of the two finds what it looks for.
     bool isAnyAfterAll() noexcept { return kept_.fetch_add(0) != taken_; }
     /// Moves the next piece into `buffer`. When the thread ends before it has written it, the piece is lost,
     /// and no more.
@@ -32,7 +32,7 @@ class KeptTexts final {
     static std::array<char, kKeptAtMost> ring_;  // memory of the system's only where something was kept
 
     Mutex mutex_;
-    std::atomic<std::uint64_t> kept_{0};  ///< bytes since ever, as the next
+    std::atomic<std::uint64_t> kept_{0};  ///< bytes in all, like the next one
     std::atomic<std::uint64_t> taken_{0};
 };
 

@@ -11,7 +11,7 @@ namespace platform {
 /// for a reader; nobody waits for the role.
 struct Output {
     Mutex role;
-    std::atomic<bool> writerDied{false};  ///< in a write perhaps, which leaves the stream locked for ever
+    std::atomic<bool> writerDied{false};  ///< perhaps in a write, which leaves the stream locked for ever
     KeptTexts texts;
 };
 
@@ -40,7 +40,7 @@ class OutputRole final {
         }
     }
 
-    /// Also when no mutex could be made: then all write.
+    /// True for all threads when no mutex could be made.
     bool mayWrite() const noexcept { return hasRole_ || output_.role.creationError() != 0; }
 
   private:

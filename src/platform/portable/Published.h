@@ -6,9 +6,9 @@
 
 namespace platform {
 
-/// The one object of its kind that all threads use while others may replace it. It is handed out counted: who
-/// has it keeps it, a replaced object goes with its last user, and nobody waits for anybody. Any thread. One
-/// for the whole process is best a `NoDestructor`.
+/// The one object of its kind that all threads use while others may replace it. It is handed out by counted
+/// reference: its users keep it, a replaced object goes with the last of them, and no thread waits for
+/// another. Any thread. One for the whole process is best a `NoDestructor`.
 template <typename T>
 class Published final {
   public:

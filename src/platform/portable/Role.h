@@ -7,8 +7,8 @@
 
 namespace platform {
 
-/// What one thread at a time does and nobody waits for: it is only tried for. Who has it is refused like all
-/// others. One whose holder ended is free.
+/// Something that one thread at a time does and no thread waits for: it is taken if it is free. The thread
+/// that has it is refused like the others. It is free again when that thread has ended.
 class Role final {
   public:
     Role() = default;
@@ -22,8 +22,8 @@ class Role final {
         std::thread::id before = holder_;
         Mutex::Wait outcome = mutex_.tryWait();
         if (outcome == Mutex::Wait::Abandoned) {
-            holder_.compare_exchange_strong(before,
-                                            std::thread::id());  // it has ended, and its id may come again
+            // It has ended, and a new thread may get its id.
+            holder_.compare_exchange_strong(before, std::thread::id());
             outcome = mutex_.tryWait();
         }
         if (outcome != Mutex::Wait::Obtained) {
@@ -36,7 +36,7 @@ class Role final {
         holder_ = std::this_thread::get_id();
         return true;
     }
-    /// The calling thread has it, and not one that ended and whose id has come again.
+    /// Whether the calling thread has it; an ended thread of the same id does not count.
     bool isMine() noexcept {
         if (holder_ != std::this_thread::get_id()) {
             return false;
