@@ -6,7 +6,9 @@ install(DIRECTORY examples/ DESTINATION ${share} COMPONENT simulator FILES_MATCH
     REGEX "/(console|own-agent)$" EXCLUDE)
 install(FILES examples/zephan-config.xml DESTINATION ${share} COMPONENT tools)
 install(DIRECTORY examples/ DESTINATION ${documents}/examples COMPONENT dev
-    REGEX "/examples/CMakeLists.txt$" EXCLUDE PATTERN .clang-format EXCLUDE)
+    REGEX "/examples/CMakeLists.txt$" EXCLUDE PATTERN .clang-format EXCLUDE REGEX "/fleet$" EXCLUDE)
+# For those who have devices, and do not build for them.
+install(DIRECTORY examples/fleet DESTINATION ${documents}/examples COMPONENT tools PATTERN *.scenario EXCLUDE)
 install(DIRECTORY docs/ DESTINATION ${documents}/docs COMPONENT dev)
 install(FILES README.md CHANGELOG.md SECURITY.md DESTINATION ${documents} COMPONENT dev OPTIONAL)
 configure_file(cmake/package/links.cmake.in package/links.cmake @ONLY)

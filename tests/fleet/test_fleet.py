@@ -216,7 +216,7 @@ class Load(Place):
 
 
 class Ship(Place):
-    needed = ("rsyslogd", "zephan-log", "psql")
+    needed = ("rsyslogd", "zephan-log", "psql", "openssl")
     postgres = next((path for root in (UNPACKED, pathlib.Path("/")) for path in root.glob("usr/lib/postgresql/*/bin")), None)
     as_other = ["--reuid=nobody", "--regid=nogroup", "--clear-groups"] if os.getuid() == 0 else []  # the database refuses root
 
@@ -276,10 +276,9 @@ class Ship(Place):
         return [json.loads(line)["id"] for line in said.splitlines()]
 
     def greet(self, certificate):
-        """What the collector says to whoever knows its authority, and has this certificate."""
+        """What the collector says to whoever has this certificate."""
         context = ssl.create_default_context(cafile=self.path / "tls/ca.pem")
-        if certificate:
-            context.load_cert_chain(certificate / "own.pem", certificate / "own.key")
+        context.load_cert_chain(certificate / "own.pem", certificate / "own.key")
         with socket.create_connection(("127.0.0.1", self.relp), 20) as plain, \
                 context.wrap_socket(plain, server_hostname="collector.example") as connection:
             try:
@@ -294,6 +293,9 @@ class Ship(Place):
         (self.path / "tls").mkdir()
         certificates = re.search("(?ms)^    openssl .*?^    done$", (ROOT / "docs/fleet.md").read_text())[0]
         run("sh", "-ec", certificates, cwd=self.path / "tls")
+        (self.path / "tls/stranger").mkdir()
+        run("openssl", "req", "-x509", "-newkey", "ec", "-pkeyopt", "ec_paramgen_curve:P-256", "-nodes", "-subj", "/CN=device-1",
+            "-keyout", "own.key", "-out", "own.pem", cwd=self.path / "tls/stranger")
         (self.path / "data").mkdir()
         if self.as_other:
             shutil.chown(self.path / "data", "nobody")
@@ -312,7 +314,8 @@ class Ship(Place):
         collector = self.collector()
         wait_for(lambda: len(self.stored(1)) > 20 and len(self.stored(2)) > 20)
         self.assertIn(b"200 OK", self.greet(self.path / "tls/device-1"))
-        self.assertEqual(self.greet(None), b"")
+        for stranger in ("stranger", "collector.example"):
+            self.assertEqual(self.greet(self.path / "tls" / stranger), b"", stranger)
         self.end(devices[1][0])
         self.end(devices[2][1])
         self.end(collector)

@@ -101,8 +101,18 @@ class Packages(unittest.TestCase):
 
     def test_links_of_the_documents_lead_somewhere(self):
         for page in self.examples.parent.rglob("*.md"):
-            for target in re.findall(r"\]\(([\w./-]+)[)#]", page.read_text()):
+            for target in re.findall(r"\]\(([\w./@-]+)[)#]", page.read_text()):
                 self.assertTrue((page.parent / target).exists(), f"{page.name}: {target}")
+
+    def test_units_are_sound(self):
+        if shutil.which("systemd-analyze") is None:
+            self.skipTest("no systemd-analyze")
+        units = sorted((self.examples / "fleet").glob("zephan-*@.*"))
+        self.assertEqual([unit.name for unit in units], ["zephan-log-ship@.service", "zephan-metrics@.service", "zephan-metrics@.timer"])
+        for unit in units:
+            self.assertEqual(run("systemd-analyze", "verify", unit, cwd=self.scratch), "")
+            if unit.suffix == ".service":
+                run("systemd-analyze", "security", "--offline=true", "--threshold=20", unit, cwd=self.scratch)
 
     def test_debug_symbols_are_those_of_the_library(self):
         symbols, = self.root.glob("usr/lib/debug/.build-id/*/*.debug")
