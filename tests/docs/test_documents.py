@@ -18,7 +18,7 @@ ROOT = pathlib.Path(__file__).resolve().parents[2]
 PROGRAMS = pathlib.Path(os.environ["KRX_AGENT_SIM"]).parent
 DOCUMENTS = sorted(path.relative_to(ROOT) for pattern in ("*.md", "docs/*.md", "tests/**/*.md") for path in ROOT.glob(pattern))
 COMMAND = re.compile(r"(\$ |(scripts|bench|tests|build)/\S|\.\./release/|krx-agent-sim |zephan-(log|session|status|config-check) |cmake |ctest |xmllint |curl |lnav |"
-                     r"git |for |cd |mkdir |cp |rm |[A-Z_]+=\S+ )")
+                     r"git |for |cd |mkdir |cp |rm |sed |[A-Z_]+=\S+ )")
 
 # What is not run here, and why.
 SKIPPED = [
@@ -37,11 +37,11 @@ SKIPPED = [
 ]
 
 # What a reader has at this point of a document: a directory below the tree, and what was done there before.
-VISIT = ("build/demo/service-visit", "krx-agent-sim replay ../../../examples/service-visit.scenario")
+VISIT = ("build/demo/service-visit", "krx-agent-sim replay ../../../examples/service-visit.scenario --trace trace.jsonl")
 READER = {
     "docs/zephan-log.md": VISIT,
-    "docs/session-page.md": (".", "krx-agent-sim replay examples/service-visit.scenario --trace trace.jsonl"),
-    "docs/status.md": (".", "sed '/^240.*unload/q' examples/kill-and-resume.scenario > s && krx-agent-sim replay s"),
+    "docs/session-page.md": VISIT,
+    "docs/status.md": ("build/demo/kill-and-resume", "true"),
     "README.md": (".", f"cd {VISIT[0]} && {VISIT[1]}"),
     "tests/golden/README.md": (".", "cp tests/golden/entry.scenario tests/golden/*.xml ."),
 }
