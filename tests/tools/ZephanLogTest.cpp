@@ -14,6 +14,7 @@
 #include <vector>
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 
 namespace {
@@ -96,9 +97,13 @@ const std::string kFirst = "2026-03-01T09:00:00Z first\n";
 const std::string kSecond = "2026-03-01T09:00:01Z second\n      line\n";
 const std::string kThird = "2026-03-01T09:00:02Z \\x1b[1mthird\\xff\n";
 
+/// The first one cannot be read.
+const std::string kOldArchives =
+    "$(mkdir log/k2026_2_1_9_0_0.xml && echo 'Date:2026-2-1 Time:9:0:0 :: x' >log/k2026_2_2_9_0_0.xml) ";
+
 struct OptionsRow {
     support::RowName name;
-    const char* arguments;
+    std::string arguments;
     std::string expected;
 };
 
@@ -181,6 +186,10 @@ const support::Rows<OptionsRow> optionsRows(
          "status 2 zephan-log: unknown option --colour\nTry zephan-log --help.\n"},
         {"standard input", "-g first <log/k.xml", kFirst},
         {"empty standard input", "-", "status 1 "},
+        {"standard input that cannot be read", "-o cat log/k.xml - <log -g first",
+         "first\nstatus 2 zephan-log: standard input: Is a directory\n"},
+        {"old archives are not opened for the end", kOldArchives + "-n 1 log/k.xml", kThird},
+        {"nor for what is new", kOldArchives + "-S 2026-03-01T09:00:02 log/k.xml", kThird},
         {"full device", "log/k.xml >/dev/full",
          "status 2 zephan-log: standard output: No space left on device\n"},
         {"files to a full device", "--files log/k.xml >/dev/full",
@@ -277,6 +286,18 @@ TEST_F(ZephanLogTest, CompressedFiles) {
               "a\nstatus 2 zephan-log: log/more.xml.gz: not what gzip has written\n");
     EXPECT_EQ(run("-o cat log/cut.xml.gz log/k.xml"),
               "a\nb\nstatus 2 zephan-log: log/cut.xml.gz: the compressed file ends in its middle\n");
+}
+
+TEST_F(ZephanLogTest, SaysThatArchivesCannotBeListed) {
+    workspace.write("log/k.xml", "Date:2026-3-1 Time:9:0:0 :: a");
+    ASSERT_EQ(::chmod(workspace.path("log/k.xml").c_str(), 0644), 0);
+    ASSERT_EQ(::chmod(workspace.path("log").c_str(), 0111), 0);
+    ASSERT_EQ(::chmod(workspace.path("").c_str(), 0755), 0);
+    // The super-user may list everything.
+    const std::string user = ::geteuid() == 0 ? "setpriv --reuid=65534 --regid=65534 --clear-groups " : "";
+    EXPECT_EQ(output(user + "'" ZEPHAN_LOG "' -o cat log/k.xml 2>said"),
+              "a\nstatus 2 zephan-log: log/: Permission denied\n");
+    ::chmod(workspace.path("log").c_str(), 0755);
 }
 
 TEST_F(ZephanLogTest, FollowBeginsWithTheLastTenEntries) {

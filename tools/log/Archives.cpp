@@ -1,8 +1,11 @@
 #include "Archives.h"
 
+#include "Messages.h"
 #include "OpenLog.h"
 
 #include <algorithm>
+#include <cerrno>
+#include <cstring>
 #include <memory>
 #include <tuple>
 #include <utility>
@@ -29,32 +32,12 @@ std::string_view nameIn(const std::string& path) {
     return std::string_view(path).substr(platform::lastSeparator(path) + 1);
 }
 
-/// Calls `take(name, number)` for each archive. (`platform::Directory` would hold and sort all names.)
-template <typename Take>
-void forEachName(const std::string& folder, std::string_view base, Take&& take) {
-    const auto close = [](DIR* stream) { ::closedir(stream); };
-    const std::unique_ptr<DIR, decltype(close)> stream(::opendir(folder.empty() ? "." : folder.c_str()),
-                                                       close);
-    if (stream == nullptr) {
-        return;
-    }
-    while (const dirent* entry = ::readdir(stream.get())) {
-        const std::string_view name = entry->d_name;
-        if (name.starts_with(base)) {
-            const auto read = readArchiveName(name);
-            if (read && read->base == base) {
-                take(name, *read, static_cast<std::uint64_t>(entry->d_ino));
-            }
-        }
-    }
-}
-
 std::string baseOf(const std::string& logPath) {
     return logPath.substr(0, logPath.rfind('.'));
 }
 
 ArchiveIdentity identityOf(std::string_view name, const ArchiveName& read, std::uint64_t number) {
-    return {std::hash<std::string_view>()(read.stem), number, read.stem.size() != name.size()};
+    return {std::hash<std::string_view>()(read.stem), read.stem.size() == name.size() ? number : 0};
 }
 
 }  // namespace
@@ -63,42 +46,50 @@ std::string Archives::folderFor(const std::string& logPath) {
     return folderOf(baseOf(logPath));
 }
 
-void Archives::forEachOf(const std::string& logPath,
+bool Archives::forEachOf(const std::string& logPath,
                          const std::function<void(std::string_view, const ArchiveIdentity&)>& take) {
-    const std::string base = baseOf(logPath);
-    const std::string folder = folderOf(base);
-    forEachName(folder, nameIn(base),
-                [&](std::string_view name, const ArchiveName& read, std::uint64_t number) {
-                    take(name, logreader::identityOf(name, read, number));
-                });
+    const std::string path = baseOf(logPath);
+    const std::string folder = folderOf(path).empty() ? "." : folderOf(path);
+    const std::string_view base = nameIn(path);
+    // `platform::Directory` would hold and sort all names.
+    const auto close = [](DIR* stream) { ::closedir(stream); };
+    const std::unique_ptr<DIR, decltype(close)> stream(::opendir(folder.c_str()), close);
+    if (stream == nullptr && (errno == ENOENT || errno == ENOTDIR)) {
+        return true;
+    }
+    // The end leaves `errno` alone, a failure does not.
+    for (const dirent* entry = nullptr; stream && (errno = 0, entry = ::readdir(stream.get())) != nullptr;) {
+        const std::string_view name = entry->d_name;
+        const auto read = name.starts_with(base) ? readArchiveName(name) : std::nullopt;
+        if (read && read->base == base) {
+            take(name, identityOf(name, *read, entry->d_ino));
+        }
+    }
+    const int error = errno;
+    if (error != 0) {
+        complain(folder + ": " + std::strerror(error));
+    }
+    return error == 0;
 }
 
 std::vector<ArchiveIdentity> Archives::identities() const {
     std::vector<ArchiveIdentity> identities;
     identities.reserve(items_.size());
     for (const Item& item : items_) {
-        identities.push_back(identityOf(item));
+        identities.push_back(identityOf(nameOf(item), *readArchiveName(nameOf(item)), item.number));
     }
     return identities;
 }
 
-ArchiveIdentity Archives::identityOf(const Item& item) const {
-    const std::string_view name = nameOf(item);
-    return logreader::identityOf(name, *readArchiveName(name), item.number);
-}
-
-void Archives::addOf(const std::string& logPath) {
-    const std::string base = baseOf(logPath);
-    const std::string folder = folderOf(base);
-    const std::uint16_t at = folderAt(folder);
-    forEachName(folder, nameIn(base),
-                [&](std::string_view name, const ArchiveName& read, std::uint64_t number) {
-                    addTo(at, name, read, number);
-                });
+bool Archives::addOf(const std::string& logPath) {
+    const std::uint16_t folder = folderAt(folderFor(logPath));
+    return forEachOf(logPath, [&](std::string_view name, const ArchiveIdentity& archive) {
+        addTo(folder, name, archive.number);
+    });
 }
 
 void Archives::add(const std::string& path, std::uint64_t number) {
-    addTo(folderAt(folderOf(path)), nameIn(path), *readArchiveName(nameIn(path)), number);
+    addTo(folderAt(folderOf(path)), nameIn(path), number);
 }
 
 bool Archives::isArchive(const std::string& path) {
@@ -114,8 +105,8 @@ std::uint16_t Archives::folderAt(const std::string& path) {
     return static_cast<std::uint16_t>(found - folders_.begin());
 }
 
-void Archives::addTo(std::uint16_t folder, std::string_view name, const ArchiveName& read,
-                     std::uint64_t number) {
+void Archives::addTo(std::uint16_t folder, std::string_view name, std::uint64_t number) {
+    const ArchiveName read = *readArchiveName(name);
     if (items_.empty()) {
         base_ = read.base;
     }
@@ -139,13 +130,19 @@ void Archives::addTo(std::uint16_t folder, std::string_view name, const ArchiveN
 
 void Archives::sort() {
     if (!std::exchange(sorted_, true)) {
-        std::stable_sort(items_.begin(), items_.end(),
-                         [](const Item& left, const Item& right) { return left.minute < right.minute; });
+        std::sort(items_.begin(), items_.end(),
+                  [](const Item& left, const Item& right) { return left.minute < right.minute; });
         end_ = items_.size();
     }
 }
 
 void Archives::beginBefore(std::optional<local_seconds> clock) {
+    for (Item& item : items_) {
+        item.taken = false;
+        item.second = kUnknown;
+    }
+    end_ = items_.size();
+    partial_ = setBack_ = unsure_ = false;
     before_ = clock ? std::optional(momentOf(*clock, sys_seconds::max())) : std::nullopt;
 }
 
@@ -283,10 +280,10 @@ const Beginning& Archives::beginningOf(const Item& item) {
 }
 
 std::optional<LogFile> Archives::older(const std::function<bool(const platform::File&)>& leftOut) {
-    while (const auto at = pick()) {
-        Item& item = items_[*at];
+    while (const auto place = pick()) {
+        Item& item = items_[*place];
         item.taken = true;
-        LogFile found{pathOf(item), nullptr, {}, item.full(), identityOf(item)};
+        LogFile found = at(static_cast<std::uint32_t>(*place));
         const platform::File file = openArchive(found.path);
         if (file.isOpen() && leftOut(file)) {
             continue;
@@ -300,6 +297,13 @@ std::optional<LogFile> Archives::older(const std::function<bool(const platform::
     return std::nullopt;
 }
 
+LogFile Archives::at(std::uint32_t place) const {
+    const Item& item = items_[place];
+    const std::string_view name = nameOf(item);
+    return {pathOf(item), nullptr, {}, item.full(), identityOf(name, *readArchiveName(name), item.number),
+            place};
+}
+
 void Archives::leaveOutFrom(sys_seconds moment) {
     sort();
     const auto after = [this](sys_seconds limit) {
@@ -310,7 +314,6 @@ void Archives::leaveOutFrom(sys_seconds moment) {
     const auto first = after(moment);
     if (first != items_.end()) {
         end_ = static_cast<std::size_t>(after(first->minute) - items_.begin());
-        items_.resize(end_);
         before_.reset();
         partial_ = true;
     }

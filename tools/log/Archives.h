@@ -21,9 +21,8 @@ namespace logreader {
 
 /// By what an archive is known again: its name, compressed or not, and the number of its file.
 struct ArchiveIdentity {
-    std::size_t stem = 0;  ///< a hash of the name
-    std::uint64_t number = 0;
-    bool compressed = false;
+    std::size_t stem = 0;      ///< a hash of the name
+    std::uint64_t number = 0;  ///< 0 for a compressed one, which has a number of its own
     friend auto operator<=>(const ArchiveIdentity&, const ArchiveIdentity&) = default;
 };
 
@@ -35,6 +34,7 @@ struct LogFile {
     /// When it was full, as its name tells; the end of time for a log file.
     std::chrono::sys_seconds full = std::chrono::sys_seconds::max();
     ArchiveIdentity identity;
+    std::uint32_t place = 0;  ///< for `at`
 
     bool isArchive() const { return full != std::chrono::sys_seconds::max(); }
 };
@@ -48,18 +48,21 @@ class Archives final {
   public:
     explicit Archives(TimeZone zone) : zone_(std::move(zone)) {}
 
-    /// All archives of a log file. They lie where its path up to its last "." leads, wherever that is.
-    void addOf(const std::string& logPath);
+    /// All archives of a log file. They lie where its path up to its last "." leads, wherever that is. False, after a
+    /// word about it, when the folder there cannot be listed.
+    bool addOf(const std::string& logPath);
     /// A single one.
     void add(const std::string& path, std::uint64_t number = 0);
     static bool isArchive(const std::string& path);
-    /// Begins with those that were full before this moment, that of the log file's first entry.
+    /// Begins, or begins anew, with those that were full before this moment, that of the log file's first entry.
     void beginBefore(std::optional<std::chrono::local_seconds> clock);
     /// The names alone tell the order, as they do for the archives of several logs.
     void trustNames() { namesOnly_ = true; }
 
     /// The next older one; none that `leftOut` tells. Nothing when there is no more.
     std::optional<LogFile> older(const std::function<bool(const platform::File&)>& leftOut);
+    /// One that was handed out, by its `place`.
+    LogFile at(std::uint32_t place) const;
     /// False when all that are left were full before this moment, and no step of the clock has been seen that could
     /// have let them begin behind it.
     bool mayHoldFrom(std::chrono::sys_seconds moment);
@@ -71,8 +74,9 @@ class Archives final {
     bool orderIsUnsure() const { return unsure_; }
 
     std::vector<ArchiveIdentity> identities() const;
-    /// Calls `take(name, identity)` for each archive of a log file, in any order; they lie in `folderFor` it.
-    static void forEachOf(const std::string& logPath,
+    /// Calls `take(name, identity)` for each archive of a log file, in any order; they lie in `folderFor` it. False as
+    /// `addOf`.
+    static bool forEachOf(const std::string& logPath,
                           const std::function<void(std::string_view, const ArchiveIdentity&)>& take);
     static std::string folderFor(const std::string& logPath);
 
@@ -91,10 +95,9 @@ class Archives final {
     };
     static constexpr std::int8_t kUnknown = -1;
 
-    void addTo(std::uint16_t folder, std::string_view name, const ArchiveName& read, std::uint64_t number);
+    void addTo(std::uint16_t folder, std::string_view name, std::uint64_t number);
     std::uint16_t folderAt(const std::string& path);
     const char* nameOf(const Item& item) const { return names_.data() + item.nameAt; }
-    ArchiveIdentity identityOf(const Item& item) const;
     std::string pathOf(const Item& item) const { return folders_[item.folder] + nameOf(item); }
     void sort();
     std::optional<std::size_t> newest();

@@ -47,9 +47,9 @@ std::string line(const std::string& path, const Contents& contents, std::int64_t
 }  // namespace
 
 bool printFiles(LogFiles& files, const TimeZone& logZone, EntryWriter& times, Form form, std::FILE* output) {
-    bool complete = true;
+    bool complete = files.isWhole();
     std::optional<sys_seconds> moment;
-    for (const LogFile& file : files.all()) {
+    files.forAll([&](const LogFile& file) {
         std::optional<OpenLog> log;
         Contents contents;
         try {
@@ -69,15 +69,15 @@ bool printFiles(LogFiles& files, const TimeZone& logZone, EntryWriter& times, Fo
         if (log) {
             writeOut(line(log->path(), contents, log->file().size(), times, form), output);
         }
-    }
+    });
     return complete;
 }
 
 bool printDiskUsage(LogFiles& files, Form form, std::FILE* output) {
-    bool complete = true;
+    bool complete = files.isWhole();
     std::int64_t bytes = 0;
     std::size_t count = 0;
-    for (const LogFile& file : files.all()) {
+    files.forAll([&](const LogFile& file) {
         try {
             bytes += OpenLog(file.path, file.file).file().size();
             ++count;
@@ -85,7 +85,7 @@ bool printDiskUsage(LogFiles& files, Form form, std::FILE* output) {
             complain(error.what());
             complete = false;
         }
-    }
+    });
     const std::string total = std::to_string(bytes);
     const std::string number = std::to_string(count);
     writeOut(form == Form::json ? "{\"bytes\":" + total + ",\"files\":" + number + "}\n"

@@ -144,9 +144,9 @@ std::vector<LogFile> Follower::inOrder(Archives& archives, const platform::File&
 
 /// A name that is known and stands for the same file, or for what it was compressed to.
 bool Follower::isKnown(const ArchiveIdentity& archive) const {
-    for (auto known = std::lower_bound(known_.begin(), known_.end(), ArchiveIdentity{archive.stem, 0, false});
+    for (auto known = std::lower_bound(known_.begin(), known_.end(), ArchiveIdentity{archive.stem, 0});
          known != known_.end() && known->stem == archive.stem; ++known) {
-        if (archive.compressed || archive.number == known->number) {
+        if (archive.number == 0 || archive.number == known->number) {
             return true;
         }
     }
@@ -171,14 +171,18 @@ void Follower::note(const std::string& text) const {
 bool printAll(const LogFile& file, Listing& listing) {
     try {
         OpenLog log(file.path, file.file);
-        listing.beginFile(log.path());
-        for (Entry entry; log.entries().next(entry) || log.entries().rest(entry);) {
-            listing.take(entry);
-        }
+        printAll(log.path(), log.entries(), listing);
         return true;
     } catch (const std::runtime_error& error) {
         complain(error.what());
         return false;
+    }
+}
+
+void printAll(const std::string& path, EntryReader& entries, Listing& listing) {
+    listing.beginFile(path);
+    for (Entry entry; entries.next(entry) || entries.rest(entry);) {
+        listing.take(entry);
     }
 }
 

@@ -44,5 +44,7 @@ class Follower final {
 
 /// Prints all entries of a file. False, after a word about it, when it could not be read.
 bool printAll(const LogFile& file, Listing& listing);
+/// The same of what a reader reads; throws what that throws.
+void printAll(const std::string& path, EntryReader& entries, Listing& listing);
 
 }  // namespace logreader

@@ -45,7 +45,7 @@ class Listing final {
     bool isFull() const { return printing_.last == 0; }
     /// Ends the holding back; what follows is newer.
     void release();
-    /// Hands all on to the reader of the output. Throws std::runtime_error when it cannot be written.
+    /// Hands all on to the reader of the output. Throws OutputError when it cannot be written.
     void flush();
 
     bool printedAny() const { return printedAny_; }

@@ -48,18 +48,26 @@ LogFiles::LogFiles(const std::vector<std::string>& named, const TimeZone& zone, 
                 continue;
             }
             logs_.push_back(openedLog(path));
-            Archives::forEachOf(path, [&](std::string_view name, const ArchiveIdentity&) {
+            const auto addNew = [&](std::string_view name, const ArchiveIdentity&) {
                 const std::string archive = Archives::folderFor(path) + std::string(name);
                 if (isNew(archive)) {
                     archives_.add(archive);
                 }
-            });
+            };
+            isWhole_ = Archives::forEachOf(path, addNew) && isWhole_;
         }
     }
-    logsLeft_ = logs_.size();
-    if (logs_.size() == 1) {
-        archives_.beginBefore(logs_.front().beginning.clock);
+    for (LogFile& log : logs_) {
+        log.place = static_cast<std::uint32_t>(&log - logs_.data());
     }
+    restart();
+}
+
+void LogFiles::restart() {
+    logsLeft_ = logs_.size();
+    archives_.beginBefore(logs_.size() == 1 ? logs_.front().beginning.clock : std::nullopt);
+    ahead_.reset();
+    begun_ = false;
 }
 
 /// While the archives are listed, the log file may be rotated; then they are listed anew. Who rotates all the time is not
@@ -69,7 +77,7 @@ void LogFiles::openWithArchives(const std::string& path, bool followed) {
     LogFile before = openedLog(path);
     for (int count = 0; count < kTries; ++count) {
         archives_ = Archives(zone_);
-        archives_.addOf(path);
+        isWhole_ = archives_.addOf(path);
         LogFile behind = openedLog(path);
         const bool same =
             before.file && behind.file ? before.file->isSameFile(*behind.file) : before.file == behind.file;
@@ -86,10 +94,14 @@ std::optional<LogFile> LogFiles::next() {
         return logs_[--logsLeft_];
     }
     // A log file that was renamed before the archives were listed is read as the log file.
-    return archives_.older([this](const platform::File& file) {
+    auto archive = archives_.older([this](const platform::File& file) {
         return std::any_of(logs_.begin(), logs_.end(),
                            [&](const LogFile& log) { return log.file && log.file->isSameFile(file); });
     });
+    if (archive) {
+        archive->place += static_cast<std::uint32_t>(logs_.size());
+    }
+    return archive;
 }
 
 std::vector<LogFile> LogFiles::older() {
@@ -111,13 +123,17 @@ std::vector<LogFile> LogFiles::older() {
     return files;
 }
 
-std::vector<LogFile> LogFiles::all() {
-    std::vector<LogFile> files;
+LogFile LogFiles::at(std::uint32_t place) const {
+    const auto logs = static_cast<std::uint32_t>(logs_.size());
+    return place < logs ? logs_[place] : archives_.at(place - logs);
+}
+
+void LogFiles::forAll(const std::function<void(const LogFile&)>& read) {
+    std::vector<std::uint32_t> places;
     for (std::vector<LogFile> part; !(part = older()).empty();) {
-        std::move(part.rbegin(), part.rend(), std::back_inserter(files));
+        std::transform(part.rbegin(), part.rend(), std::back_inserter(places), std::mem_fn(&LogFile::place));
     }
-    std::reverse(files.begin(), files.end());
-    return files;
+    std::for_each(places.rbegin(), places.rend(), [&](std::uint32_t place) { read(at(place)); });
 }
 
 bool LogFiles::mayHoldFrom(sys_seconds moment) {

@@ -4,6 +4,8 @@
 #include "TimeZone.h"
 
 #include <chrono>
+#include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -21,8 +23,14 @@ class LogFiles final {
     /// The files before those handed out, in their order; none when there are no more. They can be read without those
     /// before them: they begin with an entry whose moment is certain, and in another second than the file before.
     std::vector<LogFile> older();
-    /// All that are left, in their order.
-    std::vector<LogFile> all();
+    /// One that was handed out, by its `place`: of a hundred thousand only those are kept, which takes little room.
+    LogFile at(std::uint32_t place) const;
+    /// Calls `read` for all that are left, in their order.
+    void forAll(const std::function<void(const LogFile&)>& read);
+    /// Hands all out anew.
+    void restart();
+    /// False when a folder could not be listed.
+    bool isWhole() const { return isWhole_; }
     /// False when none of the files that are left can hold an entry of this moment or a later one.
     bool mayHoldFrom(std::chrono::sys_seconds moment);
     /// See `Archives`. Before the first `older`.
@@ -41,6 +49,7 @@ class LogFiles final {
     std::size_t logsLeft_ = 0;
     std::optional<LogFile> ahead_;  ///< the one before those handed out
     bool begun_ = false;
+    bool isWhole_ = true;
 };
 
 }  // namespace logreader

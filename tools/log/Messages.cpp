@@ -5,7 +5,6 @@
 
 #include <cerrno>
 #include <cstring>
-#include <stdexcept>
 
 namespace logreader {
 
@@ -15,7 +14,7 @@ void complain(std::string_view text) {
 
 void writeOut(std::string_view text, std::FILE* output) {
     if (std::fwrite(text.data(), 1, text.size(), output) != text.size() || std::fflush(output) != 0) {
-        throw std::runtime_error(std::string("standard output: ") + std::strerror(errno));
+        throw OutputError(std::string("standard output: ") + std::strerror(errno));
     }
 }
 

@@ -1,6 +1,7 @@
 #include "Reading.h"
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
 namespace logreader {
@@ -13,6 +14,8 @@ using std::chrono::sys_seconds;
 struct Part {
     std::vector<LogFile> files;
     std::size_t passedOver = 0;
+
+    auto firstRead() const { return files.begin() + static_cast<std::ptrdiff_t>(passedOver); }
 };
 
 std::optional<std::size_t> indexOf(const std::string& mark, const std::vector<LogFile>& files) {
@@ -82,45 +85,45 @@ class Reader final {
 ReadResult readFor(Listing& listing, LogFiles& files, const TimeZone& logZone, const Reading& reading,
                    const std::function<bool(const LogFile&)>& read) {
     ReadResult result;
-    const auto readPart = [&](const Part& part) {
-        for (std::size_t index = 0; index < part.files.size(); ++index) {
-            if (index < part.passedOver) {
-                listing.passOver(part.files[index].beginning);
-            } else {
-                result.complete = read(part.files[index]) && result.complete;
-            }
-        }
+    result.complete = files.isWhole();
+    const auto readOne = [&](const LogFile& file) { result.complete = read(file) && result.complete; };
+    const auto passOver = [&](const Part& part) {
+        std::for_each(part.files.begin(), part.firstRead(),
+                      [&](const LogFile& file) { listing.passOver(file.beginning); });
     };
     if (reading.stepwise) {
         Reader reader(files, logZone, reading);
         // The first part has all log files that were named: one that cannot be read is told in any case.
         for (auto part = reader.older(); part; part = listing.isFull() ? std::nullopt : reader.older()) {
-            readPart(*part);
+            passOver(*part);
+            std::for_each(part->firstRead(), part->files.cend(), readOne);
             listing.goBack();
         }
         result.found = reader.found();
         return result;
     }
-    std::vector<Part> parts;
-    const auto collect = [&](LogFiles& from) {
-        Reader reader(from, logZone, reading);
-        parts.clear();
+    std::vector<std::uint32_t> places;  // from the newest on; the files themselves would take too much room
+    Part oldest;
+    const auto collect = [&] {
+        Reader reader(files, logZone, reading);
+        places.clear();
         while (auto part = reader.older()) {
-            parts.push_back(std::move(*part));
+            oldest = std::move(*part);
+            std::transform(oldest.files.crbegin(), std::make_reverse_iterator(oldest.firstRead()),
+                           std::back_inserter(places), std::mem_fn(&LogFile::place));
         }
         result.found = reader.found();
     };
     if (reading.span.until) {
-        LogFiles early = files;
-        early.leaveOutFrom(*reading.span.until);
-        collect(early);
-        if (early.clockWasSetBack()) {
-            collect(files);
-        }
-    } else {
-        collect(files);
+        files.leaveOutFrom(*reading.span.until);
     }
-    std::for_each(parts.rbegin(), parts.rend(), readPart);
+    collect();
+    if (reading.span.until && files.clockWasSetBack()) {
+        files.restart();
+        collect();
+    }
+    passOver(oldest);
+    std::for_each(places.rbegin(), places.rend(), [&](std::uint32_t place) { readOne(files.at(place)); });
     return result;
 }
 

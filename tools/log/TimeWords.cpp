@@ -3,11 +3,8 @@
 #include "Options.h"
 #include "platform/Clock.h"
 
-#include <algorithm>
 #include <re2/re2.h>
 #include <string_view>
-#include <utility>
-#include <vector>
 
 namespace logreader {
 
@@ -23,24 +20,9 @@ using std::chrono::sys_seconds;
     throw UsageError("not a time: " + text + " (try 2026-03-01T10:00, 10:00, yesterday, -2h, '1 hour ago')");
 }
 
-std::optional<seconds> unitOf(const std::string& word) {
-    static const std::pair<seconds, std::vector<std::string_view>> units[] = {
-        {std::chrono::weeks(1), {"w", "week", "weeks"}},
-        {days(1), {"d", "day", "days"}},
-        {std::chrono::hours(1), {"h", "hr", "hour", "hours"}},
-        {std::chrono::minutes(1), {"m", "min", "mins", "minute", "minutes"}},
-        {seconds(1), {"s", "sec", "secs", "second", "seconds"}}};
-    for (const auto& [length, words] : units) {
-        if (std::find(words.begin(), words.end(), word) != words.end()) {
-            return length;
-        }
-    }
-    return std::nullopt;
-}
-
 /// The length of "-1h30m" or "1 hour 30 minutes ago", nothing when the text has another form.
 std::optional<seconds> readSpanBack(re2::StringPiece text) {
-    static const RE2 part(R"( ?(\d{1,6}) ?([a-z]+))");
+    static const RE2 part(R"( ?(\d{1,6}) ?(weeks?|w|days?|d|hours?|hr|h|minutes?|mins?|m|seconds?|secs?|s))");
     if (text.starts_with("-")) {
         text.remove_prefix(1);
     } else if (text.ends_with(" ago")) {
@@ -51,15 +33,14 @@ std::optional<seconds> readSpanBack(re2::StringPiece text) {
     seconds length(0);
     do {
         int number = 0;
-        std::string word;
-        if (!RE2::Consume(&text, part, &number, &word)) {
+        std::string unit;
+        if (!RE2::Consume(&text, part, &number, &unit)) {
             return std::nullopt;
         }
-        const auto unit = unitOf(word);
-        if (!unit) {
-            return std::nullopt;
-        }
-        length += number * *unit;
+        constexpr std::string_view kUnits = "wdhms";
+        constexpr seconds kLengths[] = {std::chrono::weeks(1), days(1), std::chrono::hours(1),
+                                        std::chrono::minutes(1), seconds(1)};
+        length += number * kLengths[kUnits.find(unit.front())];
     } while (!text.empty());
     return length;
 }

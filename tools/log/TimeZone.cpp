@@ -2,6 +2,7 @@
 
 #include "Options.h"
 #include "platform/Clock.h"
+#include "platform/File.h"
 
 #include <algorithm>
 #include <array>
@@ -11,6 +12,7 @@
 #include <filesystem>
 #include <optional>
 #include <re2/re2.h>
+#include <string_view>
 
 namespace logreader {
 
@@ -23,7 +25,8 @@ using std::chrono::sys_seconds;
 
 constexpr sys_seconds kBegin = sys_days(std::chrono::year(1970) / 1 / 1);
 constexpr sys_seconds kEnd = sys_days(std::chrono::year(2100) / 1 / 1);
-constexpr std::chrono::weeks kStep(1);  // nowhere are clocks changed twice in a week
+constexpr std::string_view kZoneFile = "TZif";  // other files lie among them
+constexpr std::chrono::weeks kStep(1);          // nowhere are clocks changed twice in a week
 
 seconds libraryOffset(sys_seconds moment) {
     const std::int64_t value = moment.time_since_epoch().count();
@@ -75,8 +78,10 @@ std::string libraryName(const std::string& name) {
     }
     const char* const directory = std::getenv("TZDIR");
     const std::filesystem::path folder = directory == nullptr ? "/usr/share/zoneinfo" : directory;
-    std::error_code error;
-    if (name.empty() || name.front() == '.' || !std::filesystem::is_regular_file(folder / name, error)) {
+    std::array<char, kZoneFile.size()> begin{};
+    const auto file = platform::File::open((folder / name).string(), platform::OpenMode::Read);
+    if (name.empty() || name.front() == '.' || file.readStart(begin.data(), begin.size()) != begin.size() ||
+        std::string_view(begin.data(), begin.size()) != kZoneFile) {
         throw UsageError("unknown time zone " + name);
     }
     return name;

@@ -11,12 +11,15 @@
 #include "Reading.h"
 #include "platform/Clock.h"
 
+#include <cerrno>
 #include <chrono>
 #include <cstdio>
+#include <cstring>
 #include <exception>
 #include <filesystem>
 #include <iostream>
 #include <optional>
+#include <stdexcept>
 #include <thread>
 
 #include <unistd.h>
@@ -31,15 +34,21 @@ constexpr std::chrono::milliseconds kLookInterval(100);
 constexpr std::size_t kLastWhenFollowing = 10;
 
 /// Prints each entry as soon as the next one begins, for what comes through a pipe.
-void printStandardInput(Listing& listing) {
+bool printStandardInput(Listing& listing) {
     EntryReader entries([&listing](char* buffer, std::size_t size) {
         listing.flush();
         const ssize_t length = ::read(STDIN_FILENO, buffer, size);
-        return length < 0 ? 0 : static_cast<std::size_t>(length);
+        if (length < 0) {
+            throw std::runtime_error(std::string("standard input: ") + std::strerror(errno));
+        }
+        return static_cast<std::size_t>(length);
     });
-    listing.beginFile("-");
-    for (Entry entry; entries.next(entry) || entries.rest(entry);) {
-        listing.take(entry);
+    try {
+        printAll("-", entries, listing);
+        return true;
+    } catch (const std::runtime_error& error) {
+        complain(error.what());
+        return false;
     }
 }
 
@@ -90,16 +99,13 @@ class Run final {
         }
         std::optional<Follower> follower;
         const ReadResult result = readFor(listing, files_, logZone_, reading_, [&](const LogFile& file) {
-            if (file.path == "-") {
-                printStandardInput(listing);
-            } else if (options_.follow && !file.isArchive()) {
+            if (options_.follow && !file.isArchive()) {
                 follower.emplace(file, files_.archives(), logZone_, listing, options_.quiet);
                 follower->look();
                 follower->look();  // what stands at the end of the file is one of the last entries, too
-            } else {
-                return printAll(file, listing);
+                return true;
             }
-            return true;
+            return file.path == "-" ? printStandardInput(listing) : printAll(file, listing);
         });
         listing.release();
         if (!result.found) {

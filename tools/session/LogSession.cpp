@@ -136,12 +136,12 @@ void readLog(const std::string& file, SessionRecord& record) {
         "refused report said, and a kill of the agent are not in it.");
     LogReader reader(record);
     logreader::LogFiles found({file}, logreader::TimeZone::local());
-    for (const logreader::LogFile& part : found.all()) {
+    found.forAll([&](const logreader::LogFile& part) {
         logreader::OpenLog log(part.path, part.file);
         for (logreader::Entry entry; log.entries().next(entry) || log.entries().rest(entry);) {
             reader.take(entry);
         }
-    }
+    });
     reader.finish();
     if (!reader.knowsTheTime()) {
         throw std::runtime_error(file + ": is neither a log nor a trace");
