@@ -9,6 +9,7 @@ fresh directory below DIR (build) and removes it at the end. Each command runs t
 """
 import argparse
 import datetime
+import itertools
 import os
 import platform
 import shutil
@@ -57,6 +58,25 @@ def write_archives(directory, number):
         os.utime(name, (start.timestamp(), start.timestamp()))
 
 
+def follow(program, path):
+    """How many of 200 entries come that are written while the program follows the log, over 19 rotations; its peak memory."""
+    child = subprocess.Popen([program, "--follow", "--last", "1", path], stdout=subprocess.PIPE, text=True)
+    child.stdout.readline()  # it has listed the archives
+    for number in range(200):
+        now = datetime.datetime.now().timetuple()[:6]
+        if number % 10 == 0 and number:
+            names = (path[:-4] + "%d_%d_%d_%d_%d_%d" % now + f"{counter or ''}.xml" for counter in itertools.count())
+            os.rename(path, next(name for name in names if not os.path.exists(name)))
+        with open(path, "a") as file:
+            file.write("Date:%d-%d-%d Time:%d:%d:%d :: " % now + f"entry {number}")
+        time.sleep(0.02)
+    time.sleep(5)
+    memory = peak_memory(child.pid)
+    child.terminate()
+    came = [line.rsplit(" ", 1)[1] for line in child.stdout]
+    return sum(entry == f"{number}\n" for number, entry in enumerate(came)), memory
+
+
 def peak_memory(pid):
     """KiB so far. (The one in the kernel's final account counts what the child had before it became the command.)"""
     try:
@@ -97,9 +117,11 @@ def main():
         try:
             write_archives(directory, options.archives)
             print(f"\n{options.archives} archives\n{'':32}{'elapsed':>9}{'processor':>11}{'memory':>10}")
-            for words in (["--last", "1"], ["--since", "-1m"], ["--last", "100"]):
+            for words in (["--last", "1"], ["--since", "-1m"], ["--last", "100"], []):
                 elapsed, processor, memory = measure([options.program, os.path.join(directory, "kelp-logs.xml"), *words])
                 print(f"{'zephan-log ' + ' '.join(words):32}{elapsed:7.2f} s{processor:9.2f} s{memory:6} KiB")
+            came, memory = follow(options.program, os.path.join(directory, "kelp-logs.xml"))
+            print(f"{'zephan-log --follow':32}{came:5} of 200 entries{memory:10} KiB")
         finally:
             shutil.rmtree(directory)
         return

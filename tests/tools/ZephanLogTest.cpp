@@ -236,8 +236,11 @@ TEST_F(ZephanLogTest, ACursorGoesOnBehindTheLastEntryPrinted) {
         return "Date:2026-3-1 Time:9:0:" + std::to_string(second) + " :: " + std::to_string(second);
     };
     workspace.write("log/k.xml", entry(1) + entry(2));
+    workspace.write("mine", "");
+    std::filesystem::create_symlink("mine", workspace.path("cursor.new"));
     EXPECT_EQ(run(command + " -n 1"), "2\n");
     EXPECT_EQ(run(command), "status 1 ");
+    EXPECT_EQ(workspace.read("mine"), "");
     workspace.write("log/k.xml", entry(1) + entry(2) + entry(3));
     EXPECT_EQ(output("mv log/k.xml log/k2026_3_1_9_0_4.xml && gzip log/k2026_3_1_9_0_4.xml"), "");
     workspace.write("log/k2026_3_1_9_0_5.xml", entry(4));

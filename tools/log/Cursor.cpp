@@ -8,6 +8,8 @@
 #include <re2/re2.h>
 #include <stdexcept>
 
+#include <unistd.h>
+
 namespace logreader {
 
 std::optional<Cursor::Place> Cursor::read() const {
@@ -31,11 +33,18 @@ bool Cursor::write(const std::string& id) {
     if (id == written_) {
         return true;
     }
-    const std::string fresh = path_ + ".new";
+    // "x": whatever has that name, or is led to by it, is somebody else's.
+    const std::string fresh = path_ + ".new" + std::to_string(::getpid());
     const auto close = [](std::FILE* file) { std::fclose(file); };
-    std::unique_ptr<std::FILE, decltype(close)> file(std::fopen(fresh.c_str(), "we"), close);
-    if (!file || std::fputs((id + "\n").c_str(), file.get()) < 0 || std::fclose(file.release()) != 0 ||
+    std::unique_ptr<std::FILE, decltype(close)> file(std::fopen(fresh.c_str(), "wxe"), close);
+    if (!file) {
+        return false;
+    }
+    if (std::fputs((id + "\n").c_str(), file.get()) < 0 || std::fclose(file.release()) != 0 ||
         std::rename(fresh.c_str(), path_.c_str()) != 0) {
+        const int error = errno;
+        std::remove(fresh.c_str());
+        errno = error;
         return false;
     }
     written_ = id;
