@@ -189,7 +189,7 @@ const support::Rows<OptionsRow> optionsRows(
         {"standard input that cannot be read", "-o cat log/k.xml - <log -g first",
          "first\nstatus 2 zephan-log: standard input: Is a directory\n"},
         {"old archives are not opened for the end", kOldArchives + "-n 1 log/k.xml", kThird},
-        {"nor for what is new", kOldArchives + "-S 2026-03-01T09:00:02 log/k.xml", kThird},
+        {"nor for what is new", kOldArchives + "--since 2026-03-01T09:00:02 log/k.xml", kThird},
         {"full device", "log/k.xml >/dev/full",
          "status 2 zephan-log: standard output: No space left on device\n"},
         {"files to a full device", "--files log/k.xml >/dev/full",
