@@ -109,7 +109,7 @@ PACKAGE_PACKAGES=(dpkg-dev file help2man lintian python3)
 TEST_PACKAGES=(libgtest-dev libxml2-utils curl "${PACKAGE_PACKAGES[@]}" bash-completion)
 BROWSER_PACKAGES=(chromium chromium-driver python3-selenium)
 SERVER_PACKAGES=(prometheus prometheus-node-exporter rsyslog rsyslog-relp rsyslog-pgsql postgresql parallel gnuplot-nox
-    openssh-server openssl)
+    openssh-server)
 WINDOWS_PACKAGES=(libgtest-dev python3 dpkg-dev g++-mingw-w64-x86-64-posix g++-mingw-w64-i686-posix wine64)
 PROCESSOR_PACKAGES=(mmdebstrap debian-archive-keyring qemu-user g++-aarch64-linux-gnu g++-arm-linux-gnueabihf g++-i686-linux-gnu
     g++-s390x-linux-gnu)
