@@ -120,6 +120,15 @@ class Packages(unittest.TestCase):
         self.assertIn(f"Build ID: {symbols.parent.name}{symbols.stem}\n", notes)
         self.assertIn("ForcePollingTask", run("nm", "--demangle", symbols, cwd=self.scratch))
 
+    def test_nothing_tells_where_it_was_built(self):
+        """So two trees give the same packages. What compilers write of it would be in the debug symbols, and so in each build ID."""
+        symbols, = self.root.glob("usr/lib/debug/.build-id/*/*.debug")
+        run("objcopy", "--decompress-debug-sections", symbols, "symbols", cwd=self.scratch)
+        for path in [self.scratch / "symbols", *self.root.rglob("*")]:
+            if path.is_file():
+                for place in (str(SOURCE), os.environ["BUILD"]):
+                    self.assertNotIn(os.fsencode(place), path.read_bytes(), path)
+
     def test_what_is_shipped_is_hardened(self):
         files = [path for folder in ("usr/bin", self.libraries) for path in (self.root / folder).rglob("*")
                  if path.is_file() and not path.is_symlink() and path.read_bytes()[:4] == b"\x7fELF"]
