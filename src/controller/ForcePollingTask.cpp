@@ -1,6 +1,7 @@
 #include "controller/ForcePollingTask.h"
 
 #include "controller/ZephanRSMSingleTon.h"
+#include "logging/FollowedLines.h"
 #include "platform/agent/Logging.h"
 #include "platform/agent/ServiceAgent.h"
 #include "platform/agent/Threads.h"
@@ -137,7 +138,7 @@ bool ForcePollingTask::pollOnce(KRX::ServiceAgentNS::VirtualAsset& asset) {
     if (rsm() == nullptr) {
         return false;
     }
-    KRXLog(level::kForce, "\nZephan Agent is Force Polling  ...");
+    KRXLog(level::kForce, lines::kPoll);
     // Looked at again: the line may have taken its time, and the asset may be gone.
     if (const auto rsm = this->rsm()) {
         rsm->profile().introduce(asset);

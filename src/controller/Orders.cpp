@@ -1,6 +1,7 @@
 // What the rest of the system orders of the controller: start, end and schedule RSM, and remote activity.
 #include "controller/ForcePollingTask.h"
 #include "controller/ZephanRSMSingleTon.h"
+#include "logging/FollowedLines.h"
 #include "platform/agent/Logging.h"
 #include "platform/agent/Registration.h"
 #include "platform/agent/ServiceAgent.h"
@@ -30,7 +31,7 @@ void ZephanRSMSingleTon::take(const RsmOrder& order) {
 std::int8_t ZephanRSMSingleTon::carryOut(const RsmOrder& order) {
     PollingThread& thread = rsm_->thread();
     if (order.start != 0) {
-        KRXLog(level::kWarn, "\n SCHEDULING RSM FOR %s", records::calendarText(order.start).data());
+        KRXLog(level::kWarn, lines::kScheduling, records::calendarText(order.start).data());
         thread.releaseFinished();
         if (!thread.seesOrders()) {
             const std::int8_t result = createThread();
@@ -44,8 +45,8 @@ std::int8_t ZephanRSMSingleTon::carryOut(const RsmOrder& order) {
         return 0;
     }
     KRXLog(level::kWarn, " Web Service Extension is going to force poll.\n");
-    KRXLog(level::kWarn, " Polling Rate = %d seconds \n", order.pollingRate);
-    KRXLog(level::kWarn, " Polling Duration = %d min \n", order.minutes);
+    KRXLog(level::kWarn, lines::kPollingRate, order.pollingRate);
+    KRXLog(level::kWarn, lines::kPollingDuration, order.minutes);
     KRXLog(level::kForce, "\n ZephanServices....ForcePoll called");
     const std::int8_t result = createThread();
     KRXLog(level::kForce, "\nZephanServices....Thread started 1");
@@ -79,7 +80,7 @@ std::int8_t ZephanRSMSingleTon::Disconnect(const char* /*memberName*/,
     } kOutcomes[] = {
         {"Disconnect : There is no active thread. ", "There is no active thread."},
         {"Disconnect : Agent is not in force poll mode. \n", "Agent is not in force poll mode."},
-        {"Disconnect : Going to exit force polling after next poll. \n", "Thread exited successfully."},
+        {lines::kDisconnecting, "Thread exited successfully."},
         {"Disconnect : Can not disconnect as agent is in activity mode. \n", "Agent is in activity mode."},
     };
     const auto& outcome = kOutcomes[rsm_->look([&](RsmState& state, std::int64_t now) {

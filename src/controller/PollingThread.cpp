@@ -115,8 +115,7 @@ PollingThread::Creation PollingThread::generateThread(KRXThreadEntry entry, void
             "\n generateThread --- A Force Polling thread that was started before has yet to begin, none is started.");
         return Creation::Failed;
     }
-    if (KRXThreadStart(&object->thread, "Data Polling", priority, 0, kThreadStackSize, entry, argument) !=
-        0) {
+    if (KRXThreadStart(&object->thread, kName, priority, 0, kThreadStackSize, entry, argument) != 0) {
         KRXLog(level::kForce, "\n generateThread --- Failed to start Force Polling thread.");
         return Creation::Failed;
     }

@@ -21,6 +21,7 @@ class PollingThread final {
   public:
     /// A thread's number; 0 is none. Numbers are never used again in this process.
     using Number = std::uint64_t;
+    static constexpr char kName[] = "Data Polling";
     enum class Creation { Failed, Stopping, Started, AlreadyThere };
 
     /// `lock` guards what the threads share of RSM, this object's fields among it; it may be held by the

@@ -1,6 +1,7 @@
 #include "controller/ProfileReport.h"
 
 #include "controller/RsmState.h"
+#include "logging/FollowedLines.h"
 #include "platform/Console.h"
 #include "platform/agent/Logging.h"
 #include "platform/agent/ServiceAgent.h"
@@ -118,7 +119,7 @@ void ProfileReport::send(const RsmState& state) {
         }
         const auto client = clientOf(*asset);
         if (client == nullptr || !platform::guarded(false, [&] { return update(*client, state); })) {
-            KRXLog(level::kWarn, "\n Failed to Update Properties...... \n");
+            KRXLog(level::kWarn, lines::kReportFailed);
         }
     });
 }
@@ -159,13 +160,9 @@ bool ProfileReport::update(Client& client, const RsmState& state) {
 
 void ProfileReport::LogRSMProfile(const RsmState& state) {
     const auto logDate = [](std::int64_t time, const char* line, const char* lineWithoutTime) {
-        if (time == 0) {
-            KRXLog(level::kForce, "%s", lineWithoutTime);
-        } else {
-            KRXLog(level::kForce, line, dateText(time).data());
-        }
+        KRXLog(level::kForce, time == 0 ? lineWithoutTime : line, dateText(time).data());
     };
-    KRXLog(level::kForce, " RSM_MODE = %s \n", rsm::nameOf(state.rsmMode));
+    KRXLog(level::kForce, lines::kReportBegins, rsm::nameOf(state.rsmMode));
     logDate(state.rsmStartTime, " RSM_START_TIME = %s \n", " RSM_START_TIME = 0 \n");
     logDate(state.modeStartTime, " RSM_MODE_START_TIME = %s \n", " RSM_MODE_START_TIME = 0\n");
     KRXLog(level::kForce, " RSM_GRACE_PERIOD = %s \n", numberText(state.gracePeriod).data());
@@ -174,6 +171,5 @@ void ProfileReport::LogRSMProfile(const RsmState& state) {
             " RSM_DELAY_PROFILE_START_TIME = 0\n");
     KRXLog(level::kForce, " RSM_DELAY_PROFILE_FORCED_POLLING_RATE = %s \n",
            numberText(state.delayedPollingRate).data());
-    KRXLog(level::kForce, " RSM_DELAY_PROFILE_GRACE_PERIOD = %s \n",
-           numberText(state.delayedGracePeriod).data());
+    KRXLog(level::kForce, lines::kReportEnds, numberText(state.delayedGracePeriod).data());
 }

@@ -15,7 +15,6 @@
 
 namespace {
 
-constexpr char kExtension[] = "RSM DataSource Extension";
 constexpr std::int32_t kDone = 0;
 constexpr std::int32_t kFailed = 1;
 constexpr std::int32_t kNotRecognised = 2;
@@ -91,7 +90,7 @@ std::int8_t ZPXRSMDSStartup(void** handle, const char* scheduleFilePath) {
         if (handle != nullptr) {
             *handle = controller->getScheduleHandler();
         }
-        KRXLog(level::kForce, "Custom HVK Extension: %s startup complete.\n", kExtension);
+        KRXLog(level::kForce, lines::kStarted, lines::kDataSource);
         return platform::kSuccess;
     });
 }
@@ -99,7 +98,7 @@ std::int8_t ZPXRSMDSStartup(void** handle, const char* scheduleFilePath) {
 std::int8_t ZPXRSMDSShutdown(void) {
     return platform::answerAfter(platform::kSuccess, [] {
         const platform::EchoWithoutWait echo(platform::EchoWithoutWait::Kind::Stop);
-        KRXLog(level::kForce, "Custom HVK Extension: %s shutdown complete.\n", kExtension);
+        KRXLog(level::kForce, lines::kStopped, lines::kDataSource);
     });
 }
 

@@ -2,6 +2,7 @@
 
 #include "config/XMLConfigData.h"
 #include "controller/ZephanRSMSingleTon.h"
+#include "logging/FollowedLines.h"
 #include "platform/agent/Logging.h"
 #include "platform/portable/EchoWithoutWait.h"
 #include "platform/portable/Guard.h"

@@ -11,8 +11,6 @@
 
 namespace {
 
-constexpr char kExtension[] = "RSM Logger Extension";
-
 // The host's names of the levels are the agent's.
 static_assert(ZP_LEVEL_TRACE == level::kTrace && ZP_LEVEL_INFO == level::kInfo &&
               ZP_LEVEL_WARN == level::kWarn && ZP_LEVEL_ERROR == level::kError &&
@@ -30,7 +28,8 @@ std::int8_t startUp(const char* initParam) {
     const auto controller = lifecycle.controllerForStart();
     ConfigHandler* const handler = controller == nullptr ? nullptr : controller->getConfigHandler();
     if (handler == nullptr) {
-        KRXLog(level::kError, "Error in getting ConfigHandler pointer. %s startup aborted.\n", kExtension);
+        KRXLog(level::kError, "Error in getting ConfigHandler pointer. %s startup aborted.\n",
+               lines::kLogger);
         return platform::kFailure;
     }
     // One that fails, in its last line perhaps, does not count.
@@ -38,7 +37,7 @@ std::int8_t startUp(const char* initParam) {
     const platform::ScopeGuard outcome([&] { handler->setLoggerStarted(started); });
     handler->setLoggerStarted(true);
     handler->getLogManager().initialize();
-    KRXLog(level::kForce, "Custom HVK Extension: %s startup complete.\n", kExtension);
+    KRXLog(level::kForce, lines::kStarted, lines::kLogger);
     started = true;
     return platform::kSuccess;
 }
@@ -79,7 +78,7 @@ std::int8_t ZPXRSMLoggerShutdown(void) {
         // A hook that stays would lead into a library that is gone.
         KRXLogSetFunc(nullptr);
         KRXLogSetAuditFunc(nullptr);
-        KRXLog(level::kForce, "Custom HVK Extension: %s shutdown complete.\n", kExtension);
+        KRXLog(level::kForce, lines::kStopped, lines::kLogger);
     });
 }
 

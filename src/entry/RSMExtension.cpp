@@ -13,8 +13,6 @@
 
 namespace {
 
-constexpr char kExtension[] = "RSM Extension";
-
 /// Loads the configuration unless there is one. False, with a log line, when it cannot be loaded.
 bool ensureConfiguration(const char* initParam) {
     if (XMLConfigData::instance() != nullptr) {
@@ -56,7 +54,7 @@ std::int8_t startUp(void** handle, ZPServiceAgent* serviceAgent, const char* ini
     } else if (handler->isScheduleCurrent()) {
         handler->scheduleRSM(*controller);
     }
-    KRXLog(level::kForce, "Custom HVK Extension: %s startup complete.\n", kExtension);
+    KRXLog(level::kForce, lines::kStarted, lines::kRsm);
     return platform::kSuccess;
 }
 
@@ -72,15 +70,14 @@ std::int8_t shutDown(const void* handle) {
     }
     if (controller == nullptr || controller->getConfigHandler() == nullptr) {
         KRXLog(level::kError, "Error in getting ConfigHandler pointer. %s startup aborted.\n",
-               "RSM Logger Extension");
+               lines::kLogger);
         return platform::kFailure;
     }
     if (!controller->getConfigHandler()->isLoggerStarted()) {
         entry::endAll();
     }
-    return platform::answerAfter(platform::kSuccess, [] {
-        KRXLog(level::kForce, "Custom HVK Extension: %s shutdown complete.\n", kExtension);
-    });
+    return platform::answerAfter(platform::kSuccess,
+                                 [] { KRXLog(level::kForce, lines::kStopped, lines::kRsm); });
 }
 
 }  // namespace

@@ -7,11 +7,7 @@
 #include "platform/portable/Guard.h"
 #include "webservice/ZephanServicesServiceImpl.h"
 
-namespace {
-
-constexpr char kExtension[] = "RSM WebService Extension";
-
-}  // namespace
+namespace {}  // namespace
 
 extern "C" {
 
@@ -29,9 +25,9 @@ std::int8_t ZPXRSMWSStartup(void** handle, ZPServiceAgent* serviceAgent) {
             controller->setServiceAgent(serviceAgent);
             *handle = controller.get();
         } else {
-            KRXLog(level::kError, "\n Error in getting ZephanRSMSingleTon pointer in %s", kExtension);
+            KRXLog(level::kError, "\n Error in getting ZephanRSMSingleTon pointer in %s", lines::kWebService);
         }
-        KRXLog(level::kForce, "Custom HVK Extension: %s startup complete.\n", kExtension);
+        KRXLog(level::kForce, lines::kStarted, lines::kWebService);
         return platform::kSuccess;
     });
 }
@@ -42,7 +38,7 @@ std::int8_t ZPXRSMWSShutdown(void* handle) {
         if (handle == nullptr) {
             KRXLog(level::kError, "RSMWSExtnShutdown: null ph\n");
         } else {
-            KRXLog(level::kForce, "Custom HVK Extension: %s shutdown complete.\n", kExtension);
+            KRXLog(level::kForce, lines::kStopped, lines::kWebService);
         }
     });
 }
@@ -62,14 +58,14 @@ std::int8_t ZPXRSMWSCreateService(void* handle, ZPService** service) {
     using KRX::Services::ZephanServicesNS::ZephanServicesServiceImpl;
     *service = platform::guarded<ZPService*>(nullptr, [] { return new ZephanServicesServiceImpl; });
     return platform::answerAfter(platform::kSuccess, [] {
-        KRXLog(level::kForce, "Custom HVK Extension: %s CreateService complete.\n", kExtension);
+        KRXLog(level::kForce, "Custom HVK Extension: %s CreateService complete.\n", lines::kWebService);
     });
 }
 
 std::int8_t ZPXRSMWSDestroyService(void* /*handle*/, ZPService* service) {
     delete service;
     return platform::answerAfter(platform::kSuccess, [] {
-        KRXLog(level::kForce, "Custom HVK Extension: %s DestroyService complete.\n", kExtension);
+        KRXLog(level::kForce, "Custom HVK Extension: %s DestroyService complete.\n", lines::kWebService);
     });
 }
 }

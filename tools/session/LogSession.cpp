@@ -3,6 +3,7 @@
 #include "LogFiles.h"
 #include "OpenLog.h"
 #include "common/ShownText.h"
+#include "logging/FollowedLines.h"
 #include "session/SessionRecord.h"
 
 #include <chrono>
@@ -19,18 +20,32 @@ namespace {
 using logreader::jsonText;
 using std::chrono::sys_seconds;
 
-// What the module writes.
-constexpr std::string_view kPoll = "Zephan Agent is Force Polling  ...";
-constexpr std::string_view kRefused = "Failed to Update Properties......";
+constexpr std::string_view kAround = " \n";  // what an entry does not have of its line
+constexpr std::string_view kText = "%s";
 constexpr std::string_view kProperty = "RSM_";
-constexpr std::string_view kFirstProperty = "RSM_MODE";
-constexpr std::string_view kLastProperty = "RSM_DELAY_PROFILE_GRACE_PERIOD";
-constexpr std::string_view kExtension = "Custom HVK Extension: ";
-constexpr std::pair<std::string_view, const char*> kFamilies[] = {
-    {"RSM Extension", "rsm"},
-    {"RSM DataSource Extension", "data-source"},
-    {"RSM Logger Extension", "logger"},
-    {"RSM WebService Extension", "web-service"}};
+constexpr std::pair<std::string_view, const char*> kFamilies[] = {{lines::kRsm, "rsm"},
+                                                                  {lines::kDataSource, "data-source"},
+                                                                  {lines::kLogger, "logger"},
+                                                                  {lines::kWebService, "web-service"}};
+
+/// The part of a line of the module before its text.
+constexpr std::string_view beginningOf(std::string_view line) {
+    line.remove_prefix(line.find_first_not_of(kAround));
+    return line.substr(0, line.find(kText));
+}
+
+/// The text in an entry that is this line of the module; an empty one of a line without.
+std::optional<std::string_view> textIn(std::string_view entry, std::string_view line) {
+    line = line.substr(0, line.find_last_not_of(kAround) + 1);
+    const std::string_view beginning = beginningOf(line);
+    const std::size_t text = line.find(kText);
+    const std::string_view end = text == std::string_view::npos ? "" : line.substr(text + kText.size());
+    if (!entry.starts_with(beginning) || !entry.substr(beginning.size()).ends_with(end)) {
+        return std::nullopt;
+    }
+    entry = entry.substr(beginning.size(), entry.size() - beginning.size() - end.size());
+    return text == std::string_view::npos && !entry.empty() ? std::nullopt : std::optional(entry);
+}
 
 /// Makes of entries the lines that a trace would have.
 class LogReader final {
@@ -43,15 +58,17 @@ class LogReader final {
         }
         const std::string_view text = entry.text;
         add(R"("event":"log","text":)" + jsonText(text));
-        if (text == kPoll) {
+        if (textIn(text, lines::kPoll)) {
             add(R"("event":"force-poll")");
-        } else if (text == kRefused) {
+        } else if (textIn(text, lines::kReportFailed)) {
             add(R"("event":"update-asset","result":-1,"properties":null)");
-        } else if (text.starts_with(kExtension)) {
-            noteExtension(text.substr(kExtension.size()));
+        } else if (const auto started = textIn(text, lines::kStarted)) {
+            noteFamily("start ", *started);
+        } else if (const auto stopped = textIn(text, lines::kStopped)) {
+            noteFamily("stop ", *stopped);
         } else if (text.starts_with(kProperty)) {
             noteProperty(text);
-        } else if (record_.isAudit(std::string(text))) {
+        } else if (!isModuleLine(text) && record_.isAudit(std::string(text))) {
             addCall("audit " + std::string(text));
         }
     }
@@ -82,14 +99,10 @@ class LogReader final {
         add(R"("event":"call","verb":)" + jsonText(verb) + R"(,"result":0)");
     }
 
-    void noteExtension(std::string_view text) {
-        for (const auto& [name, family] : kFamilies) {
-            if (text.starts_with(name)) {
-                text.remove_prefix(name.size());
-                if (text == " startup complete." || text == " shutdown complete.") {
-                    addCall((text == " startup complete." ? "start " : "stop ") + std::string(family));
-                }
-                return;
+    void noteFamily(const char* verb, std::string_view name) {
+        for (const auto& [known, family] : kFamilies) {
+            if (name == known) {
+                addCall(std::string(verb) + family);
             }
         }
     }
@@ -97,16 +110,16 @@ class LogReader final {
     /// A report that was accepted is told by a line for each of its properties.
     void noteProperty(std::string_view text) {
         const std::size_t sign = text.find(" = ");
-        const std::string_view name = text.substr(0, sign);
-        if (sign == std::string_view::npos || (properties_.empty() && name != kFirstProperty)) {
+        const bool isFirst = textIn(text, lines::kReportBegins).has_value();
+        if (sign == std::string_view::npos || (properties_.empty() && !isFirst)) {
             return;
         }
-        if (name == kFirstProperty) {
+        if (isFirst) {
             finish();
         }
-        properties_ +=
-            (properties_.empty() ? "[" : ",[") + jsonText(name) + "," + jsonText(text.substr(sign + 3)) + "]";
-        if (name == kLastProperty) {
+        properties_ += (properties_.empty() ? "[" : ",[") + jsonText(text.substr(0, sign)) + "," +
+                       jsonText(text.substr(sign + 3)) + "]";
+        if (textIn(text, lines::kReportEnds)) {
             finish();
         }
     }
@@ -121,7 +134,8 @@ class LogReader final {
 }  // namespace
 
 bool isModuleLine(std::string_view text) {
-    return text == kPoll || text == kRefused || text.starts_with(kExtension) || text.starts_with(kProperty);
+    return textIn(text, lines::kPoll) || textIn(text, lines::kReportFailed) ||
+           text.starts_with(beginningOf(lines::kStarted)) || text.starts_with(kProperty);
 }
 
 bool isLog(const std::string& path) {

@@ -1,5 +1,7 @@
 #include "sim/status/RsmFollower.h"
 
+#include "controller/PollingThread.h"
+#include "logging/FollowedLines.h"
 #include "platform/portable/Number.h"
 #include "records/GmtClock.h"
 #include "sim/trace/EventFields.h"
@@ -15,7 +17,7 @@ namespace sim {
 
 namespace {
 
-constexpr std::string_view kPollingThread = "Data Polling";
+constexpr std::string_view kPollingThread = PollingThread::kName;
 constexpr int kMostSteps = 1000;  // of looking ahead; far more than there are changes to come
 
 /// What the thread does before its first sleep in a period; false when no poll comes.
@@ -93,14 +95,15 @@ void RsmFollower::onEvent(const Event& event) {
 }
 
 void RsmFollower::noteLine(const std::string& line, std::int64_t now) {
-    constexpr std::string_view schedule = "\n SCHEDULING RSM FOR ";
+    constexpr std::string_view kSchedule = lines::kScheduling;
+    constexpr std::string_view schedule = kSchedule.substr(0, kSchedule.find('%'));
     int number = 0;
-    if (std::sscanf(line.c_str(), " Polling Rate = %d seconds", &number) == 1) {
+    if (std::sscanf(line.c_str(), lines::kPollingRate, &number) == 1) {
         rate_ = number;
-    } else if (std::sscanf(line.c_str(), " Polling Duration = %d min", &number) == 1) {
+    } else if (std::sscanf(line.c_str(), lines::kPollingDuration, &number) == 1) {
         rsm_.forcePoll(number, rate_, now);
         polls_ = 0;
-    } else if (line.starts_with("Disconnect : Going to exit")) {
+    } else if (line == lines::kDisconnecting) {
         rsm_.disconnect(now);
     } else if (line.starts_with(schedule)) {
         const status::StateFiles::Schedule file = status::readStateFiles("", schedulePath_, now).schedule;
