@@ -71,6 +71,7 @@ class KRX_API Thread {
     bool leavesNow() const;
     /// It is not used from outside any more.
     void disown() { owned_ = false; }
+    bool isOwned() const { return owned_; }
     /// Whether nobody needs this object any more.
     bool isOver() const { return !active_ && !owned_; }
 

@@ -78,7 +78,7 @@ void RsmFollower::onEvent(const Event& event) {
     latest_ = event.time;
     wallOffset_ = event.wall - event.time;
     const std::int64_t now = wallAt(latest_);
-    if (event.thread == kPollingThread) {
+    if (event.thread == kPollingThread && !event.isLeftBehind) {
         notePollingThread(event, now);
     }
     if (event.name == "log") {

@@ -23,7 +23,8 @@ struct Event {
     std::string thread;
     std::string_view name;
     std::vector<std::pair<std::string_view, Value>> fields;
-    std::string remark;  ///< for people only
+    std::string remark;         ///< for people only
+    bool isLeftBehind = false;  ///< of a thread that the module has let go of, and that runs on by itself
 };
 
 /// As one line of JSON.

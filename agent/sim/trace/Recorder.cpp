@@ -83,7 +83,14 @@ void Recorder::recordOf(const std::string& thread, std::string_view name, Fields
 
 Event Recorder::eventOf(const std::string& thread, std::string_view name, Fields fields,
                         const std::string& remark) const {
-    return {clock_.now(), clock_.wall(), thread, name, std::move(fields), remark};
+    const agent::Thread* const self = agent::Thread::current();
+    return {clock_.now(),
+            clock_.wall(),
+            thread,
+            name,
+            std::move(fields),
+            remark,
+            self != nullptr && !self->isOwned()};
 }
 
 void Recorder::tellListeners(const Event& event) {
