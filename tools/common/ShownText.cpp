@@ -1,5 +1,7 @@
 #include "common/ShownText.h"
 
+#include "config/Encoding.h"
+
 #include <array>
 #include <cstdint>
 #include <cstdio>
@@ -17,25 +19,19 @@ struct Character {
 };
 
 Character characterAt(std::string_view text) {
-    const auto byteAt = [&](std::size_t index) {
-        return index < text.size() ? static_cast<unsigned char>(text[index]) : 0U;
-    };
-    const unsigned first = byteAt(0);
-    if (first < 0x80) {
-        return {first, 1, true};
+    const auto byteAt = [&](std::size_t index) { return static_cast<unsigned char>(text[index]); };
+    if (byteAt(0) < 0x80) {
+        return {byteAt(0), 1, true};
     }
-    const std::size_t length = first >= 0xF0 ? 4 : first >= 0xE0 ? 3 : 2;
-    char32_t code = first & (0xFFU >> (length + 1));
+    const std::size_t length = config::characterLength(text);
+    char32_t code = byteAt(0) & (0xFFU >> (length + 1));
     for (std::size_t index = 1; index < length; ++index) {
-        if ((byteAt(index) & 0xC0U) != 0x80) {
-            return {first};
-        }
         code = code << 6U | (byteAt(index) & 0x3FU);
     }
     constexpr std::array<char32_t, 5> kSmallest = {0, 0, 0x80, 0x800, 0x10000};
     const bool surrogate = code >= 0xD800 && code < 0xE000;
-    if (first < 0xC0 || first > 0xF4 || code < kSmallest[length] || code > 0x10FFFF || surrogate) {
-        return {first};
+    if (length == 0 || code < kSmallest[length] || code > 0x10FFFF || surrogate) {
+        return {byteAt(0)};
     }
     return {code, length, true};
 }
@@ -154,4 +150,24 @@ std::string jsonText(std::string_view text) {
     return target + '"';
 }
 
+std::string scriptSafe(std::string_view json) {
+    std::string target;
+    target.reserve(json.size());
+    for (const char c : json) {
+        if (c == '<') {
+            target += "\\u003c";
+        } else {
+            target += c;
+        }
+    }
+    return target;
+}
+
 }  // namespace logreader
+
+std::string tools::secondsText(std::int64_t milliseconds) {
+    std::array<char, 32> text = {};
+    std::snprintf(text.data(), text.size(), "%lld.%03lld", static_cast<long long>(milliseconds / 1000),
+                  static_cast<long long>(milliseconds % 1000));
+    return text.data();
+}

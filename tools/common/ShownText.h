@@ -2,6 +2,7 @@
 // gets nothing that it would act upon.
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -15,5 +16,20 @@ void appendShown(std::string& target, std::string_view text, std::string_view in
 void appendJson(std::string& target, std::string_view text);
 /// The same with everything that JSON lets stand as it is, as in a trace.
 std::string jsonText(std::string_view text);
+/// JSON for a script element of a page: without any "<", which can only stand in its strings, so whatever these hold,
+/// they end no element.
+std::string scriptSafe(std::string_view json);
+
+/// Whether the byte is none that begins a character of UTF-8.
+constexpr bool continuesCharacter(char byte) {
+    return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U;
+}
 
 }  // namespace logreader
+
+namespace tools {
+
+/// Milliseconds as seconds with three decimals.
+std::string secondsText(std::int64_t milliseconds);
+
+}  // namespace tools

@@ -1,4 +1,5 @@
 #include "Rules.h"
+#include "common/ShownText.h"
 
 #include <algorithm>
 #include <array>
@@ -6,14 +7,12 @@
 namespace check {
 namespace {
 
+using logreader::continuesCharacter;
+
 constexpr std::size_t kNumberWidth = 5;  // of a line's number
 constexpr std::size_t kValueWidth = 44;
 constexpr std::size_t kExcerptWidth = 100;
 constexpr std::size_t kMostBefore = 50;  // of that, characters before the place
-
-bool continuesCharacter(char byte) {
-    return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U;
-}
 
 std::size_t widthOf(const std::string& text) {
     return text.size() -

@@ -1,9 +1,8 @@
 // zephan-config-check: the faults of a configuration, and the settings in force.
 #include "Rules.h"
-#include "common/CommandLine.h"
+#include "common/Program.h"
 
 #include <algorithm>
-#include <exception>
 #include <iostream>
 
 namespace {
@@ -38,53 +37,32 @@ Examples:
 
 enum ExitStatus : int { nothingFound = 0, somethingFound = 1, failed = 2 };
 
-struct Options {
-    bool quiet = false;
-    bool json = false;
-    std::optional<std::string> schedule;
-    std::vector<std::string> files;
-};
-
-void complain(const std::string& text) {
-    std::cerr << "zephan-config-check: " << check::visible(text) << "\n";
-}
-
-/// Nothing when the command line asks for a text, which is printed. Throws UsageError when it means nothing.
-std::optional<Options> parseOptions(int count, char** words) {
-    const tools::CommandLine given(count, words, {{"quiet", 'q', ""}, {"json", 'j', ""}, {"schedule", 's'}});
-    if (given.has('h') || given.has('V')) {
-        std::cout << (given.has('h') ? kHelp : "zephan-config-check " CHECK_VERSION "\n");
-        return std::nullopt;
-    }
-    Options options{given.has('q'), given.has('j'), given.value('s'), given.words};
-    if (options.files.empty()) {
+int run(const tools::CommandLine& given) {
+    const std::optional<std::string> schedule = given.value('s');
+    if (given.words.empty()) {
         throw tools::UsageError("no FILE to check");
     }
-    if (options.schedule && options.schedule->empty()) {
+    if (schedule && schedule->empty()) {
         throw tools::UsageError("the path of the schedule file is empty");
     }
-    return options;
-}
-
-ExitStatus run(const Options& options) {
     ExitStatus status = nothingFound;
     std::vector<check::Result> results;
-    for (const std::string& file : options.files) {
-        check::Result result = check::checkFile(file, options.schedule);
+    for (const std::string& file : given.words) {
+        check::Result result = check::checkFile(file, schedule);
         if (!result.unreadable.empty()) {
-            complain(file + ": " + result.unreadable);
+            std::cerr << "zephan-config-check: " << check::visible(file + ": " + result.unreadable) << "\n";
             status = failed;
         } else if (!result.findings.all().empty()) {
             status = std::max(status, somethingFound);
         }
-        if (options.json) {
+        if (given.has('j')) {
             results.push_back(std::move(result));
         } else if (result.unreadable.empty()) {
-            check::printText(std::cout, result, options.quiet);
+            check::printText(std::cout, result, given.has('q'));
         }
     }
-    if (options.json) {
-        check::printJson(std::cout, results, options.quiet);
+    if (given.has('j')) {
+        check::printJson(std::cout, results, given.has('q'));
     }
     return status;
 }
@@ -92,19 +70,10 @@ ExitStatus run(const Options& options) {
 }  // namespace
 
 int main(int count, char** words) {
-    ExitStatus status = failed;
-    try {
-        const std::optional<Options> options = parseOptions(count, words);
-        status = options ? run(*options) : nothingFound;
-    } catch (const tools::UsageError& error) {
-        complain(error.what());
-        std::cerr << "Try zephan-config-check --help.\n";
-    } catch (const std::exception& error) {
-        complain(error.what());
-    }
-    if (!std::cout.flush()) {
-        complain("the output could not be written");
-        return failed;
-    }
-    return status;
+    return tools::runProgram({.name = "zephan-config-check",
+                              .version = CHECK_VERSION,
+                              .help = kHelp,
+                              .failed = failed,
+                              .options = {{"quiet", 'q', ""}, {"json", 'j', ""}, {"schedule", 's'}}},
+                             count, words, run);
 }

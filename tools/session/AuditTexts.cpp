@@ -1,8 +1,8 @@
 #include "session/AuditTexts.h"
 
 #include "common/FileText.h"
+#include "common/ShownText.h"
 #include "config/Document.h"
-#include "session/ScriptText.h"
 
 #include <nlohmann/json.hpp>
 #include <regex>
@@ -58,7 +58,7 @@ std::string asJson(const AuditTexts& texts) {
                                          {"tunnelClose", list(settings.tunnelCloseMessages)},
                                          {"fileOpen", list(settings.fileOpenMessages)},
                                          {"fileClose", list(settings.fileCloseMessages)}};
-    return scriptSafe(json.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace));
+    return logreader::scriptSafe(json.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace));
 }
 
 }  // namespace session

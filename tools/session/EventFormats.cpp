@@ -1,12 +1,14 @@
 #include "session/EventFormats.h"
 
+#include "common/ShownText.h"
+#include "platform/Clock.h"
 #include "session/SessionRecord.h"
 
 #include <algorithm>
 #include <array>
 #include <chrono>
 #include <cstdint>
-#include <cstdio>
+#include <ctime>
 #include <nlohmann/json.hpp>
 #include <optional>
 #include <string>
@@ -28,16 +30,11 @@ std::string dump(const ordered_json& json) {
 
 /// As in "2026-03-01T10:00:00.000Z".
 std::string momentText(std::chrono::milliseconds moment) {
-    const auto day = std::chrono::floor<std::chrono::days>(moment);
-    const std::chrono::year_month_day date{std::chrono::sys_days(day)};
-    const std::chrono::hh_mm_ss time(moment - day);
+    const auto second = std::chrono::floor<std::chrono::seconds>(moment);
+    const std::tm fields = platform::utcFields(second.count());
     std::array<char, 40> text = {};
-    std::snprintf(text.data(), text.size(), "%04d-%02u-%02uT%02d:%02d:%02d.%03dZ",
-                  static_cast<int>(date.year()), static_cast<unsigned>(date.month()),
-                  static_cast<unsigned>(date.day()), static_cast<int>(time.hours().count()),
-                  static_cast<int>(time.minutes().count()), static_cast<int>(time.seconds().count()),
-                  static_cast<int>(time.subseconds().count()));
-    return text.data();
+    std::strftime(text.data(), text.size(), "%Y-%m-%dT%H:%M:%S", &fields);
+    return text.data() + tools::secondsText((moment - second).count()).substr(1) + "Z";
 }
 
 /// A member's text, and the member is gone.
@@ -193,14 +190,12 @@ void writeCsv(const SessionRecord& session, std::ostream& target) {
     std::unordered_map<const std::string*, std::string> rows;  // polls are many, and the same
     session.data().forEach([&](std::int64_t time, const std::string& body) {
         const std::optional<std::int64_t> wall = session.wallAt(time);
-        std::array<char, 32> seconds = {};
-        std::snprintf(seconds.data(), seconds.size(), ",%lld.%03lld", static_cast<long long>(time / 1000),
-                      static_cast<long long>(time % 1000));
         std::string& row = rows[&body];
         if (row.empty()) {
             row = rowOf(body);
         }
-        target << (wall ? momentText(std::chrono::milliseconds(*wall)) : "") << seconds.data() << row;
+        target << (wall ? momentText(std::chrono::milliseconds(*wall)) : "") << ","
+               << tools::secondsText(time) << row;
     });
 }
 

@@ -1,10 +1,8 @@
 #include "session/SessionData.h"
 
-#include "session/ScriptText.h"
+#include "common/ShownText.h"
 
 #include <algorithm>
-#include <array>
-#include <cstdio>
 
 namespace session {
 
@@ -15,10 +13,7 @@ constexpr std::size_t kRounds = 3;         // from which on steps count as repea
 constexpr std::size_t kLongestSingle = 4096;
 
 std::string line(std::int64_t time, std::string_view body) {
-    std::array<char, 48> start = {};
-    std::snprintf(start.data(), start.size(), "{\"t\":%lld.%03lld,", static_cast<long long>(time / 1000),
-                  static_cast<long long>(time % 1000));
-    return start.data() + std::string(body.substr(1));
+    return "{\"t\":" + tools::secondsText(time) + "," + std::string(body.substr(1));
 }
 
 /// The length of the cycle that the last steps went through often enough; 0 when there is none.
@@ -112,7 +107,7 @@ void SessionData::appendJson(std::string& target) const {
     target += ",\n\"bodies\":[";
     const char* separator = "\n";
     for (const std::string* body : bodies_) {
-        target.append(separator).append(scriptSafe(*body));
+        target.append(separator).append(logreader::scriptSafe(*body));
         separator = ",\n";
     }
     target += "],\n\"runs\":[";

@@ -1,6 +1,6 @@
 #include "session/SessionRecord.h"
 
-#include "session/ScriptText.h"
+#include "common/ShownText.h"
 
 #include <algorithm>
 #include <charconv>
@@ -139,8 +139,11 @@ std::optional<std::int64_t> SessionRecord::wallAt(std::int64_t time) const {
 }
 
 std::string SessionRecord::json() const {
-    std::string target = "{\"title\":" + asScriptText(title_) + ",\"note\":" + asScriptText(note_) +
-                         ",\"texts\":" + asJson(texts_);
+    const auto text = [](const std::string& shown) {
+        return logreader::scriptSafe(logreader::jsonText(shown));
+    };
+    std::string target =
+        "{\"title\":" + text(title_) + ",\"note\":" + text(note_) + ",\"texts\":" + asJson(texts_);
     target += ",\"start\":" + (clock_ ? std::to_string(clock_->count()) : "null") +
               ",\"log\":" + (isLog_ ? "true" : "false") + ",\n";
     data_.appendJson(target);

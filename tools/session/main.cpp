@@ -1,20 +1,17 @@
 // zephan-session: the page of a session.
 #include "ConfiguredPath.h"
 #include "TimeWords.h"
-#include "common/CommandLine.h"
+#include "common/Program.h"
 #include "session/EventFormats.h"
 #include "session/LogSession.h"
 #include "session/PageFile.h"
 #include "session/Redaction.h"
 #include "session/SessionPage.h"
 #include "session/SessionRecord.h"
-#include "session/TraceReader.h"
 
 #include <cerrno>
 #include <chrono>
-#include <cstdint>
 #include <cstring>
-#include <exception>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
@@ -61,109 +58,98 @@ Examples:
   $ zephan-session --csv log/kelp-logs.xml | grep force-poll
 )";
 
-enum ExitStatus : int { written = 0, failed = 1, wrongUsage = 2 };
+enum Option : int { csv = tools::kLong, perfetto, redact, configuration, moment };
 
-struct Options {
-    enum class Format : std::uint8_t { page, csv, traceEvents };
-
-    std::vector<std::string> files;
-    std::optional<std::string> output;
-    Format format = Format::page;
-    bool redact = false;
-    std::optional<std::string> configuration;
-    std::optional<std::chrono::seconds> clock;
-};
-
-/// Nothing when the command line asks for a text, which is printed.
-std::optional<Options> parseOptions(int count, char** words) {
-    enum Option : int { csv = tools::kLong, perfetto, redact, config, clock };
-    const tools::CommandLine given(count, words,
-                                   {{"output", 'o'},
-                                    {"csv", csv, ""},
-                                    {"perfetto", perfetto, ""},
-                                    {"redact", redact, ""},
-                                    {"config", config},
-                                    {"clock", clock}});
-    if (given.has('h') || given.has('V')) {
-        std::cout << (given.has('h') ? kHelp : "zephan-session " TOOL_VERSION "\n");
-        return std::nullopt;
-    }
-    Options options;
-    options.files = given.words;
-    options.output = given.value('o');
-    options.format = given.has(csv)        ? Options::Format::csv
-                     : given.has(perfetto) ? Options::Format::traceEvents
-                                           : Options::Format::page;
-    options.redact = given.has(redact);
-    options.configuration = given.value(config);
-    if (given.has(clock)) {
-        options.clock = logreader::readMoment(*given.value(clock)).time_since_epoch();
-    }
+/// Throws UsageError for what does not go together.
+void check(const tools::CommandLine& given) {
+    const bool isPage = !given.has(csv) && !given.has(perfetto);
     if (given.has(csv) && given.has(perfetto)) {
         throw UsageError("--csv and --perfetto are two");
     }
-    if (options.files.empty() && !options.configuration) {
+    if (given.words.empty() && !given.has(configuration)) {
         throw UsageError("no FILE to draw");
     }
-    if (options.files.size() > (options.format == Options::Format::csv ? 1 : 2)) {
-        throw UsageError("more files than are shown at once: " + options.files.back());
+    if (given.words.size() > (given.has(csv) ? 1 : 2)) {
+        throw UsageError("more files than are shown at once: " + given.words.back());
     }
-    if (!options.output && options.format == Options::Format::page) {
+    if (isPage && !given.has('o')) {
         throw UsageError("no file for the page (-o FILE)");
     }
-    return options;
 }
 
-std::unique_ptr<session::SessionRecord> readSession(const std::string& file, const Options& options) {
-    const std::string name = std::filesystem::path(file).filename().string();
-    auto record = std::make_unique<session::SessionRecord>(options.files.size() > 1 ? file : name);
-    if (options.configuration) {
-        record->useConfiguration(*options.configuration);
+/// Adds all lines of a kept trace. A last line without its end, as a killed program leaves it, is left out.
+void readTrace(const std::string& file, session::SessionRecord& record) {
+    std::ifstream trace(file, std::ios::binary);
+    if (!trace) {
+        throw std::runtime_error(file + ": " + std::strerror(errno));
     }
-    if (options.clock) {
-        record->setClock(*options.clock);
+    std::string line;
+    for (int number = 1; std::getline(trace, line); ++number) {
+        try {
+            if (!line.empty()) {
+                record.addLine(line);
+            }
+        } catch (const std::runtime_error& error) {
+            if (!trace.eof()) {
+                throw std::runtime_error(file + ":" + std::to_string(number) + ": " + error.what());
+            }
+            std::cerr << file << ": the last line is cut off and left out\n";
+        }
+    }
+    if (trace.bad()) {
+        throw std::runtime_error(file + ": cannot be read");
+    }
+}
+
+std::unique_ptr<session::SessionRecord> readSession(const std::string& file, const std::string& title,
+                                                    std::optional<std::chrono::seconds> start,
+                                                    const tools::CommandLine& given) {
+    auto record = std::make_unique<session::SessionRecord>(title);
+    if (given.has(configuration)) {
+        record->useConfiguration(*given.value(configuration));
+    }
+    if (start) {
+        record->setClock(*start);
     }
     if (session::isLog(file)) {
         session::readLog(file, *record);
     } else {
-        std::ifstream trace(file, std::ios::binary);
-        if (!trace) {
-            throw std::runtime_error(file + ": " + std::strerror(errno));
-        }
-        if (!session::readTrace(trace, file, *record)) {
-            std::cerr << file << ": the last line is cut off and left out\n";
-        }
+        readTrace(file, *record);
     }
-    if (options.redact) {
+    if (given.has(redact)) {
         session::leaveNamesOut(*record);
     }
     return record;
 }
 
-void run(Options options) {
-    std::optional<session::PageFile> output;
-    if (options.output) {
-        output.emplace(*options.output);
+int run(const tools::CommandLine& given) {
+    check(given);
+    std::optional<std::chrono::seconds> start;
+    if (given.has(moment)) {
+        start = logreader::readMoment(*given.value(moment)).time_since_epoch();
     }
-    if (options.files.empty()) {
-        options.files.push_back(logreader::configuredPath(*options.configuration));
+    std::optional<session::PageFile> output;
+    if (given.has('o')) {
+        output.emplace(*given.value('o'));
+    }
+    std::vector<std::string> files = given.words;
+    if (files.empty()) {
+        files.push_back(logreader::configuredPath(*given.value(configuration)));
     }
     std::vector<std::unique_ptr<session::SessionRecord>> records;
     std::vector<const session::SessionRecord*> sessions;
-    for (const std::string& file : options.files) {
-        sessions.push_back(records.emplace_back(readSession(file, options)).get());
+    for (const std::string& file : files) {
+        const std::string title = files.size() > 1 ? file : std::filesystem::path(file).filename().string();
+        sessions.push_back(records.emplace_back(readSession(file, title, start, given)).get());
     }
     const auto write = [&](std::ostream& target) {
-        switch (options.format) {
-            case Options::Format::csv:
-                session::writeCsv(*sessions.front(), target);
-                break;
-            case Options::Format::traceEvents:
-                session::writeTraceEvents(sessions, target);
-                break;
-            case Options::Format::page:
-                target << session::sessionPage(*sessions.front(), false,
-                                               sessions.size() > 1 ? sessions.back() : nullptr);
+        if (given.has(csv)) {
+            session::writeCsv(*sessions.front(), target);
+        } else if (given.has(perfetto)) {
+            session::writeTraceEvents(sessions, target);
+        } else {
+            target << session::sessionPage(*sessions.front(), false,
+                                           sessions.size() > 1 ? sessions.back() : nullptr);
         }
     };
     if (output) {
@@ -171,24 +157,21 @@ void run(Options options) {
     } else {
         write(std::cout);
     }
+    return 0;
 }
 
 }  // namespace
 
 int main(int count, char** words) {
-    try {
-        if (std::optional<Options> options = parseOptions(count, words)) {
-            run(std::move(*options));
-        }
-        if (!std::cout.flush()) {
-            throw std::runtime_error("zephan-session: the output could not be written");
-        }
-        return written;
-    } catch (const UsageError& error) {
-        std::cerr << "zephan-session: " << error.what() << "\nTry zephan-session --help.\n";
-        return wrongUsage;
-    } catch (const std::exception& error) {
-        std::cerr << error.what() << "\n";
-    }
-    return failed;
+    return tools::runProgram({.name = "zephan-session",
+                              .version = TOOL_VERSION,
+                              .help = kHelp,
+                              .signs = false,
+                              .options = {{"output", 'o'},
+                                          {"csv", csv, ""},
+                                          {"perfetto", perfetto, ""},
+                                          {"redact", redact, ""},
+                                          {"config", configuration},
+                                          {"clock", moment}}},
+                             count, words, run);
 }

@@ -1,13 +1,14 @@
 // zephan-status: what an agent that does not run left behind, and what a start would do.
 #include "TimeWords.h"
-#include "common/CommandLine.h"
+#include "common/Program.h"
+#include "common/ShownText.h"
 #include "platform/Clock.h"
-#include "status/FileStatus.h"
 #include "status/Metrics.h"
+#include "status/Moment.h"
 #include "status/StateFiles.h"
+#include "status/StatusJson.h"
 
 #include <chrono>
-#include <exception>
 #include <iostream>
 #include <optional>
 #include <string>
@@ -49,55 +50,26 @@ Examples:
   $ zephan-status --config zephan-config.xml --json | jq -r .sentence
 )";
 
-enum ExitStatus : int { notOn = 0, faulty = 1, wrongUsage = 2, waits = 3, resumes = 4 };
+enum ExitStatus : int { notOn = 0, faulty = 1, waits = 3, resumes = 4 };
 
 constexpr std::chrono::milliseconds kLookInterval(200);
 
-struct Options {
-    std::string configuration;
-    std::string schedule;
-    std::optional<std::int64_t> clock;
-    bool json = false;
-    bool metrics = false;
-    bool watch = false;
-};
+enum Option : int { configuration = tools::kLong, schedule, moment, json, metrics, watch };
 
-/// Nothing when the command line asks for a text, which is printed.
-std::optional<Options> parseOptions(int count, char** words) {
-    enum Option : int { config = tools::kLong, schedule, clock, json, metrics, watch };
-    const tools::CommandLine given(count, words,
-                                   {{"config", config},
-                                    {"schedule", schedule},
-                                    {"clock", clock},
-                                    {"json", json, ""},
-                                    {"metrics", metrics, ""},
-                                    {"watch", watch, ""}});
-    if (given.has('h') || given.has('V')) {
-        std::cout << (given.has('h') ? kHelp : "zephan-status " TOOL_VERSION "\n");
-        return std::nullopt;
-    }
-    Options options{given.value(config).value_or(""),
-                    given.value(schedule).value_or(""),
-                    std::nullopt,
-                    given.has(json),
-                    given.has(metrics),
-                    given.has(watch)};
-    if (given.has(clock)) {
-        options.clock = logreader::readMoment(*given.value(clock)).time_since_epoch().count();
-    }
+/// Throws UsageError for what does not go together.
+void check(const tools::CommandLine& given) {
     if (!given.words.empty()) {
         throw UsageError("unexpected argument " + given.words.front());
     }
-    if (options.configuration.empty() && options.schedule.empty()) {
+    if (given.value(configuration).value_or("").empty() && given.value(schedule).value_or("").empty()) {
         throw UsageError("no file to tell the status from (--config FILE, --schedule FILE)");
     }
-    if (options.metrics && (options.json || options.watch)) {
+    if (given.has(metrics) && (given.has(json) || given.has(watch))) {
         throw UsageError("--metrics is a form of its own, and printed once");
     }
-    if (options.watch && options.clock) {
+    if (given.has(watch) && given.has(moment)) {
         throw UsageError("--watch is about the present, so there is no --clock");
     }
-    return options;
 }
 
 ExitStatus exitStatus(const status::StateFiles& files, std::int64_t now) {
@@ -118,23 +90,48 @@ ExitStatus exitStatus(const status::StateFiles& files, std::int64_t now) {
     return notOn;
 }
 
-ExitStatus run(const Options& options) {
+/// A line in which a terminal finds nothing to act upon, whatever a path holds.
+std::string line(const std::string& label, const std::string& text) {
+    std::string shown = label;
+    logreader::appendShown(shown, text, "  ");
+    return shown + "\n";
+}
+
+std::string jsonOf(const status::StateFiles& files, std::int64_t now) {
+    nlohmann::ordered_json json = {{"sentence", files.startText(now)}, {"now", status::momentJson(now)}};
+    json.update(status::stateFilesJson(files, now));
+    json["configuration"] = status::foundJson(files.configuration);
+    return status::dumped(json);
+}
+
+int run(const tools::CommandLine& given) {
+    const auto asked =
+        given.has(moment)
+            ? std::optional(logreader::readMoment(*given.value(moment)).time_since_epoch().count())
+            : std::nullopt;
+    check(given);
     for (std::string told;; std::this_thread::sleep_for(kLookInterval)) {
-        const std::int64_t now = options.clock.value_or(platform::now());
-        const status::StateFiles files =
-            status::readConfiguredFiles(options.configuration, options.schedule, now);
-        if (options.metrics) {
+        const std::int64_t now = asked.value_or(platform::now());
+        const status::StateFiles files = status::readConfiguredFiles(given.value(configuration).value_or(""),
+                                                                     given.value(schedule).value_or(""), now);
+        if (given.has(metrics)) {
             std::cout << status::metricsText(status::fileMetrics(files, now));
             return notOn;
         }
-        const std::string details = files.startText(now) + status::detailsText(files, now);
-        if (details != told) {
-            std::cout << (options.json ? status::fileStatusJson(files, now)
-                                       : status::fileStatusText(files, now))
+        // Both change with the files, or with a minute that is over.
+        const std::string sentence = line("", files.startText(now));
+        const std::string details =
+            (files.isConfigured() ? "" : line("  configuration  ", files.configuration.problem())) +
+            line("  last known     ", files.resumeText()) +
+            line("  next schedule  ", files.scheduleText(now));
+        if (sentence + details != told) {
+            std::cout << (given.has(json)
+                              ? jsonOf(files, now)
+                              : sentence + line("  now            ", status::momentText(now)) + details)
                       << std::flush;
-            told = details;
+            told = sentence + details;
         }
-        if (!options.watch || !std::cout) {
+        if (!given.has(watch) || !std::cout) {
             return exitStatus(files, now);
         }
     }
@@ -143,19 +140,14 @@ ExitStatus run(const Options& options) {
 }  // namespace
 
 int main(int count, char** words) {
-    ExitStatus status = faulty;
-    try {
-        const std::optional<Options> options = parseOptions(count, words);
-        status = options ? run(*options) : notOn;
-    } catch (const UsageError& error) {
-        std::cerr << "zephan-status: " << error.what() << "\nTry zephan-status --help.\n";
-        return wrongUsage;
-    } catch (const std::exception& error) {
-        std::cerr << "zephan-status: " << error.what() << "\n";
-    }
-    if (!std::cout.flush()) {
-        std::cerr << "zephan-status: the output could not be written\n";
-        return faulty;
-    }
-    return status;
+    return tools::runProgram({.name = "zephan-status",
+                              .version = TOOL_VERSION,
+                              .help = kHelp,
+                              .options = {{"config", configuration},
+                                          {"schedule", schedule},
+                                          {"clock", moment},
+                                          {"json", json, ""},
+                                          {"metrics", metrics, ""},
+                                          {"watch", watch, ""}}},
+                             count, words, run);
 }
