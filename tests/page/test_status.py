@@ -129,6 +129,13 @@ class StatusTest(unittest.TestCase):
                 self.assertEqual(ended, status)
                 self.assertEqual(told[{"zephan-config.xml": "configuration"}.get(file, os.path.basename(file).removesuffix(".xml"))]["state"], state)
                 self.assertEqual("cannot be told" in told["sentence"], file == "zephan-config.xml" or state == "unreadable")
+                metrics, ended = self.ask(workspace, "2026-03-01T10:04:00Z", "--metrics")
+                self.assertEqual((ended, f'state="{state}"}} 1\n' in metrics), (0, True))
+                with subprocess.Popen([beside_it("zephan-status"), "--watch", "--config", "zephan-config.xml", "--schedule", "state/schedule.xml"],
+                                      cwd=workspace.path, stdout=subprocess.PIPE, text=True) as watching:
+                    shown = [watching.stdout.readline() for _ in range(4 + (file == "zephan-config.xml"))]
+                    watching.terminate()
+                self.assertIn(f"{file} {said}", "".join(shown))
 
     def test_metrics_of_the_log(self):
         with Workspace() as workspace:
@@ -184,7 +191,7 @@ class SentencesTest(unittest.TestCase):
                 f"GracePeriod={chance.choice([1, 4, 12])}",
                 'audit "Remote tunnel opened"', 'audit "Remote tunnel opened"', 'audit "File transfer started"', 'audit "Remote tunnel closed"',
                 'audit "File transfer finished"', 'audit "All tunnels aborted"', "enterprise delay 2.13", "enterprise refuse", "clock-step", "unload", "stop",
-                "fail thread-start"])
+                "fail thread-start", "thread-destroy leave"])
             if order == "clock-step":
                 stepped += (step := chance.choice([-3600, -40, 25, 900]))
                 order += f" {step}"
@@ -225,6 +232,8 @@ class SentencesTest(unittest.TestCase):
             ("1 schedule 10:10:00 20 4\n6 connect 0 30\n8 status\n", "RSM is off and waits for its schedule of 2026-03-01 10:10:00 GMT: 4 minutes"),
             ("1 connect 10 30\n2 asset absent\n3 stop rsm\n4 schedule 10:01:00 20 4\n5 status\n",
              "RSM runs until about 2026-03-01 10:01:01 GMT, when its schedule of 2026-03-01 10:01:00 GMT: 4 minutes"),
+            ("1 thread-destroy leave\n1 connect 10 30\n5 stop rsm\n5 stop logger\n" + "".join(f"9 {line}\n" for line in START) + "10 connect 10 20\n33 status\n",
+             "RSM runs until about 2026-03-01 10:10:10 GMT, one poll every 20 s: 1 poll made, 29 to come."),
             ("1 audit opened\n2 connect 10 20\n12 connect 5 0\n16 status\n", "RSM runs until about 2026-03-01 10:00:22 GMT, one poll every 0 s: 0 polls made, 1"),
         ]
         for lines, sentence in rows:
