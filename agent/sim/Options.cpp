@@ -10,6 +10,10 @@ namespace sim {
 
 namespace {
 
+using tools::UsageError;
+
+enum Option : int { module = tools::kLong, trace, patience, brief, strict, http, config };
+
 std::chrono::milliseconds parsePatience(const std::string& text) {
     const auto microseconds = parseDecimal(text);
     if (!microseconds || *microseconds < 1000) {
@@ -50,27 +54,13 @@ Examples:
   $ krx-agent-sim replay --trace trace.jsonl service-visit.scenario
 )";
 
-Options parseOptions(int count, char** words) {
-    const std::string_view first = count > 1 ? words[1] : "";
-    if (first == "report" || first == "status") {
-        throw UsageError(std::string(first) + " is a program of its own now: zephan-" +
-                         (first == "report" ? "session" : "status"));
-    }
-    enum Option : int { module = tools::kLong, trace, patience, brief, strict, http, config };
-    const tools::CommandLine given(count, words,
-                                   {{"module", module},
-                                    {"trace", trace},
-                                    {"patience", patience},
-                                    {"report", 'o'},
-                                    {"config", config},
-                                    {"brief", brief, ""},
-                                    {"strict", strict, ""},
-                                    {"http", http}});
+std::vector<tools::OptionRow> optionRows() {
+    return {{"module", module}, {"trace", trace},     {"patience", patience}, {"report", 'o'},
+            {"config", config}, {"brief", brief, ""}, {"strict", strict, ""}, {"http", http}};
+}
+
+Options readOptions(const tools::CommandLine& given) {
     Options options;
-    if (given.has('h') || given.has('V')) {
-        options.mode = given.has('h') ? Options::Mode::help : Options::Mode::version;
-        return options;
-    }
     const std::string command = given.words.empty() ? "" : given.words.front();
     if (command != "replay" && command != "run") {
         throw UsageError(command.empty() ? "no command" : "unknown command " + command);
@@ -78,7 +68,7 @@ Options parseOptions(int count, char** words) {
     if (given.words.size() > 2) {
         throw UsageError("unexpected argument " + given.words[2]);
     }
-    options.mode = command == "run" ? Options::Mode::run : Options::Mode::replay;
+    options.real = command == "run";
     if (given.words.size() > 1) {
         options.scenario = given.words[1];
     }

@@ -4,18 +4,14 @@
 #include "common/CommandLine.h"
 
 #include <chrono>
-#include <cstdint>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace sim {
 
-using tools::UsageError;
-
 struct Options {
-    enum class Mode : std::uint8_t { replay, run, help, version };
-
-    Mode mode = Mode::help;
+    bool real = false;  ///< on the real clock
     std::optional<std::string> scenario;
     std::string module;
     std::optional<std::string> trace;  ///< "-" stands for standard output
@@ -29,8 +25,10 @@ struct Options {
     std::optional<std::string> configuration;
 };
 
+/// The options of the command line.
+std::vector<tools::OptionRow> optionRows();
 /// Throws UsageError.
-Options parseOptions(int count, char** words);
+Options readOptions(const tools::CommandLine& given);
 
 extern const char* const kHelp;
 

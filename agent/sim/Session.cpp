@@ -38,7 +38,7 @@ TraceFile::Form formOf(const Options& options) {
 
 // The page's file is opened before anything runs, so that a wrong path is told.
 Session::Session(const Options& options)
-    : real_(options.mode == Options::Mode::run),
+    : real_(options.real),
       scenario_(options.scenario ? readScenarioFile(*options.scenario) : Scenario()),
       page_(options.report ? std::optional<session::PageFile>(std::in_place, *options.report) : std::nullopt),
       terminal_(real_ ? Terminal::open() : nullptr),
@@ -62,12 +62,12 @@ Session::Session(const Options& options)
     if (options.configuration) {
         record_.useConfiguration(*options.configuration);
     }
-    recorder_.tell(status_);
+    recorder_.tell([this](const Event& event) { status_.onEvent(event); });
     agent_.onStatus([this] { trace_.tell(status_.text(now())); });
     if (options.http) {
         serve(*options.http);
     } else if (page_) {
-        recorder_.tell(recording_);
+        recorder_.tell([this](const Event& event) { LiveSession::take(record_, event); });
     }
 }
 
@@ -94,8 +94,10 @@ std::unique_ptr<Clock> Session::makeClock() {
 }
 
 void Session::serve(const std::string& place) {
-    recorder_.tell(live_);
-    recorder_.tell(orders_);
+    recorder_.tell([this](const Event& event) {
+        live_.onEvent(event);
+        orders_.onEvent(event);
+    });
     input_->alsoHear(orders_.bell());
     simulation_.takeOrdersFrom(orders_);
     console_ = openConsole(place, live_, orders_, [this](bool metrics) {

@@ -15,7 +15,6 @@
 #include "sim/time/ProcessTime.h"
 #include "sim/time/Scheduler.h"
 #include "sim/trace/Recorder.h"
-#include "sim/trace/RecordingListener.h"
 #include "sim/trace/StdoutCapture.h"
 #include "sim/trace/TraceFile.h"
 
@@ -68,7 +67,6 @@ class Session final {
     const std::unique_ptr<Clock> clock_;
     Recorder recorder_;
     session::SessionRecord record_;
-    RecordingListener recording_{record_};
     LiveSession live_;
     OrderQueue orders_;
     SessionStatus status_;

@@ -45,16 +45,14 @@ bool Simulation::run() {
     const auto end = scenario_.actions.end();
     Instant limit = kAftermath;
     while (input_ == nullptr || !input_->stopRequested()) {
-        if (input_ != nullptr && input_->hasLine()) {
-            if (!performTyped(input_->takeLine())) {
+        const bool isTyped = input_ != nullptr && input_->hasLine();
+        if (isTyped || (orders_ != nullptr && orders_->hasOrder())) {
+            if (!isTyped) {
+                orders_->perform(
+                    [this](const std::string& line) { agent_.perform(parseAction(splitWords(line))); });
+            } else if (!performTyped(input_->takeLine())) {
                 break;
             }
-            scheduler_.idle(clock_.now(), false);
-            limit = clock_.now() + kAftermath;
-            continue;
-        }
-        if (orders_ != nullptr && orders_->hasOrder()) {
-            orders_->perform([this](const std::string& line) { performOrdered(line); });
             scheduler_.idle(clock_.now(), false);
             limit = clock_.now() + kAftermath;
             continue;
@@ -110,10 +108,6 @@ void Simulation::perform(const Action& action) {
     } catch (const std::runtime_error& error) {
         throw std::runtime_error(located(action.source, action.line, error.what()));
     }
-}
-
-void Simulation::performOrdered(const std::string& text) {
-    agent_.perform(parseAction(splitWords(text)));
 }
 
 bool Simulation::inputIsOpen() const {

@@ -36,8 +36,6 @@ class Simulation final {
     /// False when the simulation ends with this action.
     bool performTyped(const std::string& text);
     void perform(const Action& action);
-    /// Throws std::runtime_error with the reason when the line cannot be used.
-    void performOrdered(const std::string& text);
     bool inputIsOpen() const;
 
     const Scenario& scenario_;

@@ -1,17 +1,17 @@
 // krx-agent-sim: loads the module as an agent does and drives it with a scenario.
+#include "common/Program.h"
 #include "sim/Options.h"
 #include "sim/Session.h"
 
-#include <exception>
 #include <iostream>
+#include <string_view>
 
 namespace {
 
-using sim::Options;
-
 enum ExitStatus : int { ranToEnd = 0, unusable = 1, wrongUsage = 2, startFailed = 3 };
 
-ExitStatus simulate(const Options& options) {
+int simulate(const tools::CommandLine& given) {
+    const sim::Options options = sim::readOptions(given);
     sim::Session session(options);
     if (!session.run()) {
         return unusable;
@@ -27,24 +27,16 @@ ExitStatus simulate(const Options& options) {
 }  // namespace
 
 int main(int count, char** words) {
-    try {
-        const Options options = sim::parseOptions(count, words);
-        switch (options.mode) {
-            case Options::Mode::help:
-                std::cout << sim::kHelp;
-                return ranToEnd;
-            case Options::Mode::version:
-                std::cout << "krx-agent-sim " SIM_VERSION "\n";
-                return ranToEnd;
-            case Options::Mode::replay:
-            case Options::Mode::run:
-                return simulate(options);
-        }
-    } catch (const sim::UsageError& error) {
-        std::cerr << "krx-agent-sim: " << error.what() << "\nTry krx-agent-sim --help.\n";
+    const std::string_view first = count > 1 ? words[1] : "";
+    if (first == "report" || first == "status") {
+        std::cerr << "krx-agent-sim: " << first << " is a program of its own now: zephan-"
+                  << (first == "report" ? "session" : "status") << "\nTry krx-agent-sim --help.\n";
         return wrongUsage;
-    } catch (const std::exception& error) {
-        std::cerr << error.what() << std::endl;
     }
-    return unusable;
+    return tools::runProgram({.name = "krx-agent-sim",
+                              .version = SIM_VERSION,
+                              .help = sim::kHelp,
+                              .signs = false,
+                              .options = sim::optionRows()},
+                             count, words, simulate);
 }

@@ -34,7 +34,4 @@ std::string placeOf(Tag tag);
 /// What a section may hold, for the end of a sentence; empty without one.
 std::string namesIn(std::optional<Tag> section);
 
-/// Letters changed, left out, added or swapped between two texts, letter case aside.
-std::size_t difference(std::string_view one, std::string_view other);
-
 }  // namespace check

@@ -82,8 +82,6 @@ std::string visible(std::string_view text);
 std::string shown(std::string_view text);
 /// True when a word is among those of a list, which has a blank before and behind each.
 bool isOneOf(std::string_view list, std::string_view word);
-/// In small letters.
-std::string lowered(std::string_view given);
 
 /// The name of a level of the log, empty for the default.
 std::string_view nameOfLevel(std::int32_t number);

@@ -1,4 +1,5 @@
 #include "Rules.h"
+#include "common/Difference.h"
 #include "platform/portable/Number.h"
 
 #include <algorithm>
@@ -7,6 +8,8 @@
 namespace check {
 namespace {
 
+using tools::difference;
+using tools::lowered;
 using First = Element::First;
 using Row = config::SettingRow;
 

@@ -89,15 +89,15 @@ StateFiles::Schedule readSchedule(const std::string& path, std::int64_t now) {
     return schedule;
 }
 
-std::string minutesText(int minutes) {
+std::string minutesText(std::int64_t minutes) {
     return std::to_string(minutes) + (minutes == 1 ? " minute" : " minutes");
 }
 
-std::string paceText(int minutes, int rate) {
+}  // namespace
+
+std::string paceText(std::int64_t minutes, std::int64_t rate) {
     return minutesText(minutes) + " at one poll every " + std::to_string(rate) + " s";
 }
-
-}  // namespace
 
 StateFiles readStateFiles(const std::string& resumePath, const std::string& schedulePath, std::int64_t now) {
     return {readResume(resumePath, now), readSchedule(schedulePath, now), {}, {}};

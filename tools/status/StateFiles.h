@@ -70,6 +70,9 @@ struct StateFiles {
     std::string scheduleText(std::int64_t now) const;
 };
 
+/// As in "5 minutes at one poll every 30 s".
+std::string paceText(std::int64_t minutes, std::int64_t rate);
+
 /// Reads both without changing them; either path may be empty for a file that is not known.
 StateFiles readStateFiles(const std::string& resumePath, const std::string& schedulePath, std::int64_t now);
 /// The same with the resume state file that a configuration names.

@@ -8,7 +8,7 @@
 #include "sim/console/ServiceText.h"
 #include "sim/input/OrderQueue.h"
 #include "sim/scenario/Verbs.h"
-#include "sim/trace/Event.h"
+#include "sim/trace/EventFields.h"
 
 #include <set>
 #include <stdexcept>
@@ -29,19 +29,20 @@ Answer answerOfService(const OrderQueue::Outcome& outcome) {
         return refusal(MHD_HTTP_INTERNAL_SERVER_ERROR,
                        outcome.error.empty() ? "the call was not made" : outcome.error);
     }
-    const OrderQueue::Call& call = outcome.calls.front();
-    if (call.stage == "service") {
+    const Event& call = outcome.calls.front();
+    const auto stage = textOf(call, "stage");
+    const auto response = textOf(call, "response");
+    if (stage == "service") {
         return refusal(MHD_HTTP_SERVICE_UNAVAILABLE, "the module's web service is not started");
     }
-    if (call.stage == "create") {
+    if (stage == "create") {
         return refusal(MHD_HTTP_BAD_REQUEST, call.remark);
     }
-    if (call.result != 0 || !call.response) {
-        return refusal(
-            MHD_HTTP_INTERNAL_SERVER_ERROR,
-            "the operation answers " + std::to_string(call.result) + ": the device could not do it");
+    if (const std::int64_t result = numberOf(call, "result"); result != 0 || !response) {
+        return refusal(MHD_HTTP_INTERNAL_SERVER_ERROR,
+                       "the operation answers " + std::to_string(result) + ": the device could not do it");
     }
-    return {MHD_HTTP_OK, "application/xml", *call.response + "\n"};
+    return {MHD_HTTP_OK, "application/xml", *response + "\n"};
 }
 
 Answer answerOfForm(const OrderQueue::Outcome& outcome) {
@@ -49,8 +50,9 @@ Answer answerOfForm(const OrderQueue::Outcome& outcome) {
         return refusal(MHD_HTTP_BAD_REQUEST, outcome.error);
     }
     std::string json = "{\"calls\":[";
-    for (const OrderQueue::Call& call : outcome.calls) {
-        json += (json.back() == '[' ? "" : ",") + call.json;
+    for (const Event& call : outcome.calls) {
+        json += (json.back() == '[' ? "" : ",") + asJson(call);
+        json.pop_back();  // the end of its line in the trace
     }
     return {MHD_HTTP_OK, "application/json", json + "]}\n"};
 }

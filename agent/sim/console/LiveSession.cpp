@@ -3,7 +3,6 @@
 #include "session/SessionPage.h"
 #include "sim/scenario/Words.h"
 #include "sim/trace/EventFields.h"
-#include "sim/trace/RecordingListener.h"
 
 #include <algorithm>
 
@@ -12,7 +11,7 @@ namespace sim {
 void LiveSession::onEvent(const Event& event) noexcept {
     {
         const std::lock_guard lock(mutex_);
-        RecordingListener(record_).onEvent(event);
+        take(record_, event);
         const bool succeeded = numberOf(event, "result") == 0;
         if (event.name == "credentials") {
             member_ = textOf(event, "member").value_or("");
@@ -24,6 +23,23 @@ void LiveSession::onEvent(const Event& event) noexcept {
         }
     }
     bell_.ring();
+}
+
+void LiveSession::take(session::SessionRecord& record, const Event& event) noexcept {
+    const auto milliseconds = [](std::chrono::microseconds time) {
+        return std::chrono::floor<std::chrono::milliseconds>(time).count();
+    };
+    const std::int64_t time = milliseconds(event.time);
+    if (event.name == "clock-step" || !record.data().hasClock()) {
+        record.data().setClock(time, milliseconds(event.wall));
+    }
+    if (event.name == "unload") {
+        record.data().addKill(time);
+    } else if (event.name != "clock-step" && event.name != "audit") {
+        std::string line = asJson(event);
+        line.pop_back();
+        record.addLine(line);
+    }
 }
 
 void LiveSession::noteStart(const std::string& verb) {

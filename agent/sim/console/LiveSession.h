@@ -5,7 +5,7 @@
 #include "session/SessionRecord.h"
 #include "sim/input/Bell.h"
 #include "sim/time/Clock.h"
-#include "sim/trace/EventListener.h"
+#include "sim/trace/Event.h"
 
 #include <cstdint>
 #include <functional>
@@ -19,7 +19,7 @@
 namespace sim {
 
 /// Collects events on the thread that has the turn and shows them to any thread.
-class LiveSession final : public EventListener {
+class LiveSession final {
   public:
     /// A profile that the enterprise has accepted.
     struct Profile {
@@ -36,7 +36,9 @@ class LiveSession final : public EventListener {
     LiveSession(session::SessionRecord& record, std::function<Instant()> now)
         : record_(record), now_(std::move(now)) {}
 
-    void onEvent(const Event& event) noexcept override;
+    void onEvent(const Event& event) noexcept;
+    /// Adds what happens to a record, as a line of a trace where it is one.
+    static void take(session::SessionRecord& record, const Event& event) noexcept;
     /// No more events will come.
     void close();
 

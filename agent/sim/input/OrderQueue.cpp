@@ -1,7 +1,5 @@
 #include "sim/input/OrderQueue.h"
 
-#include "sim/trace/EventFields.h"
-
 #include <stdexcept>
 #include <utility>
 
@@ -68,17 +66,9 @@ void OrderQueue::perform(const std::function<void(const std::string&)>& performL
 }
 
 void OrderQueue::onEvent(const Event& event) noexcept {
-    if (event.name != "call") {
-        return;
+    if (event.name == "call") {
+        calls_.push_back(event);
     }
-    Call call;
-    call.result = numberOf(event, "result");
-    call.stage = textOf(event, "stage").value_or("");
-    call.response = textOf(event, "response");
-    call.remark = event.remark;
-    call.json = asJson(event);
-    call.json.pop_back();
-    calls_.push_back(std::move(call));
 }
 
 }  // namespace sim

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "sim/input/Bell.h"
-#include "sim/trace/EventListener.h"
+#include "sim/trace/Event.h"
 
 #include <cstdint>
 #include <deque>
@@ -17,20 +17,12 @@ namespace sim {
 
 /// Lines as they could be typed. Any thread hands them in; the host's thread performs them, so that an order
 /// from a client is no different from a typed one.
-class OrderQueue final : public EventListener {
+class OrderQueue final {
   public:
-    /// A call of the module that a line made.
-    struct Call {
-        std::int64_t result = 0;
-        std::string stage;                    ///< of a web service call: the last step reached
-        std::optional<std::string> response;  ///< its XML
-        std::string remark;                   ///< why a request was refused
-        std::string json;                     ///< its line in the trace, without its end
-    };
     struct Outcome {
-        std::string error;  ///< why a line could not be performed; those behind it were not tried
-        std::vector<Call> calls;
-        bool isOver = false;  ///< the session has ended, nothing was performed
+        std::string error;         ///< why a line could not be performed; those behind it were not tried
+        std::vector<Event> calls;  ///< of the module, that the lines made
+        bool isOver = false;       ///< the session has ended, nothing was performed
     };
 
     OrderQueue() = default;
@@ -50,7 +42,7 @@ class OrderQueue final : public EventListener {
     bool hasOrder() const;
     /// Performs the order that waits longest; `performLine` throws std::runtime_error when it cannot.
     void perform(const std::function<void(const std::string&)>& performLine);
-    void onEvent(const Event& event) noexcept override;
+    void onEvent(const Event& event) noexcept;
 
   private:
     struct Order {
@@ -65,7 +57,7 @@ class OrderQueue final : public EventListener {
     mutable std::mutex mutex_;  ///< guards the two below
     std::deque<Order> orders_;
     bool closed_ = false;
-    std::vector<Call> calls_;  ///< of the order that is being performed
+    std::vector<Event> calls_;  ///< of the order that is being performed
 };
 
 }  // namespace sim

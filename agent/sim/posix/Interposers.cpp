@@ -46,6 +46,15 @@ void stamp(int descriptor) {
     errno = saved;
 }
 
+/// What a call answered that may have written for `caller`.
+template <typename Result>
+Result stamped(Result result, int descriptor, const void* caller) {
+    if (result >= 0 && sim::isModuleCall(caller)) {
+        stamp(descriptor);
+    }
+    return result;
+}
+
 bool exists(int directory, const char* path) {
     struct stat state = {};
     return ::fstatat(directory, path, &state, 0) == 0;
@@ -103,29 +112,18 @@ INTERPOSED int openat(int directory, const char* path, int flags, ...) {
 
 INTERPOSED ssize_t write(int descriptor, const void* data, size_t size) {
     static std::atomic<ssize_t (*)(int, const void*, size_t)> known = nullptr;
-    const ssize_t written = next(known, ::write)(descriptor, data, size);
-    if (written >= 0 && sim::isModuleCall(__builtin_return_address(0))) {
-        stamp(descriptor);
-    }
-    return written;
+    return stamped(next(known, ::write)(descriptor, data, size), descriptor, __builtin_return_address(0));
 }
 
 INTERPOSED ssize_t pwrite(int descriptor, const void* data, size_t size, off_t offset) {
     static std::atomic<ssize_t (*)(int, const void*, size_t, off_t)> known = nullptr;
-    const ssize_t written = next(known, ::pwrite)(descriptor, data, size, offset);
-    if (written >= 0 && sim::isModuleCall(__builtin_return_address(0))) {
-        stamp(descriptor);
-    }
-    return written;
+    return stamped(next(known, ::pwrite)(descriptor, data, size, offset), descriptor,
+                   __builtin_return_address(0));
 }
 
 INTERPOSED int ftruncate(int descriptor, off_t size) noexcept {
     static std::atomic<int (*)(int, off_t)> known = nullptr;
-    const int result = next(known, ::ftruncate)(descriptor, size);
-    if (result == 0 && sim::isModuleCall(__builtin_return_address(0))) {
-        stamp(descriptor);
-    }
-    return result;
+    return stamped(next(known, ::ftruncate)(descriptor, size), descriptor, __builtin_return_address(0));
 }
 
 }  // extern "C"

@@ -1,10 +1,12 @@
 #include "sim/scenario/Verbs.h"
 
+#include "common/Difference.h"
 #include "platform/agent/Logging.h"
 
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <cmath>
 #include <limits>
 #include <numeric>
 #include <stdexcept>
@@ -108,37 +110,6 @@ bool isDigits(std::string_view text) {
     return !text.empty() && text.find_first_not_of("0123456789") == std::string_view::npos;
 }
 
-struct Decimal {
-    bool negative;
-    std::string_view whole;
-    std::string_view fraction;
-};
-
-/// The parts of a number like -12.5, whatever its size.
-std::optional<Decimal> splitDecimal(std::string_view text) {
-    const bool negative = text.starts_with('-');
-    if (negative || text.starts_with('+')) {
-        text.remove_prefix(1);
-    }
-    const std::size_t point = std::min(text.find('.'), text.size());
-    const Decimal parts{negative, text.substr(0, point), point < text.size() ? text.substr(point + 1) : "0"};
-    return isDigits(parts.whole) && isDigits(parts.fraction) ? std::optional(parts) : std::nullopt;
-}
-
-/// How many letters must be put in, left out or changed to make one text of the other.
-std::size_t distance(std::string_view from, std::string_view to) {
-    std::vector<std::size_t> row(to.size() + 1);
-    std::iota(row.begin(), row.end(), std::size_t{0});
-    for (std::size_t i = 1; i <= from.size(); ++i) {
-        std::size_t diagonal = std::exchange(row[0], i);
-        for (std::size_t j = 1; j <= to.size(); ++j) {
-            const std::size_t changed = diagonal + (from[i - 1] == to[j - 1] ? 0 : 1);
-            diagonal = std::exchange(row[j], std::min({changed, row[j] + 1, row[j - 1] + 1}));
-        }
-    }
-    return row.back();
-}
-
 /// The verb that an unknown word was meant to be, if that can be guessed.
 std::string suggestion(const std::string& first, const std::string& firstTwo) {
     constexpr std::size_t kFurthest = 2;
@@ -146,7 +117,7 @@ std::string suggestion(const std::string& first, const std::string& firstTwo) {
     std::size_t least = kFurthest + 1;
     for (const Verb& verb : verbs()) {
         const bool isTwo = verb.words.find(' ') != std::string_view::npos;
-        const std::size_t away = distance(isTwo ? firstTwo : first, verb.words);
+        const std::size_t away = tools::difference(isTwo ? firstTwo : first, verb.words);
         // Of a short word little is left when two letters are wrong.
         if (away < least && away * 2 < verb.words.size()) {
             nearest = &verb;
@@ -185,19 +156,15 @@ Action parseAction(const std::vector<Word>& words) {
 }
 
 std::optional<std::int64_t> parseDecimal(const std::string& text) {
-    constexpr std::int64_t unit = 1'000'000;
-    constexpr std::int64_t maximum = 1'000'000'000'000;
-    const auto parts = splitDecimal(text);
-    if (!parts || parts->whole.size() > 12) {
+    constexpr double kUnit = 1'000'000;
+    constexpr double kMaximum = 1'000'000'000'000;
+    double value = 0;
+    const char* const begin = text.data() + (text.starts_with('+') ? 1 : 0);
+    if (!isTooLarge(text) || std::from_chars(begin, text.data() + text.size(), value).ec != std::errc() ||
+        std::abs(value) > kMaximum) {
         return std::nullopt;
     }
-    const std::int64_t value = std::stoll(std::string(parts->whole));
-    if (value > maximum) {
-        return std::nullopt;
-    }
-    const std::int64_t millionths =
-        value * unit + std::stoll((std::string(parts->fraction) + "000000").substr(0, 6));
-    return parts->negative ? -millionths : millionths;
+    return std::llround(value * kUnit);
 }
 
 std::optional<unsigned int> parseCount(const std::string& text, unsigned int maximum) {
@@ -211,7 +178,11 @@ std::optional<unsigned int> parseCount(const std::string& text, unsigned int max
 }
 
 bool isTooLarge(const std::string& text) {
-    return splitDecimal(text).has_value();
+    std::string_view digits = text;
+    digits.remove_prefix(digits.starts_with('-') || digits.starts_with('+') ? 1 : 0);
+    const std::size_t point = std::min(digits.find('.'), digits.size());
+    return isDigits(digits.substr(0, point)) &&
+           (point == digits.size() || isDigits(digits.substr(point + 1)));
 }
 
 std::optional<std::uint8_t> parseLevel(const std::string& text) {

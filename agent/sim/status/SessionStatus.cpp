@@ -125,8 +125,8 @@ std::string SessionStatus::sentence(const std::optional<RsmFollower::Outlook>& o
 std::string SessionStatus::scheduleText() const {
     const RsmState& rsm = rsm_.state();
     return momentText(rsm.delayedStartTime) + ": " +
-           counted(static_cast<std::int64_t>(rsm.delayedGracePeriod), "minute") + " at one poll every " +
-           std::to_string(static_cast<std::int64_t>(rsm.delayedPollingRate)) + " s";
+           paceText(static_cast<std::int64_t>(rsm.delayedGracePeriod),
+                    static_cast<std::int64_t>(rsm.delayedPollingRate));
 }
 
 std::string SessionStatus::text(std::int64_t now) const {

@@ -2,7 +2,6 @@
 #pragma once
 
 #include "sim/status/RsmFollower.h"
-#include "sim/trace/EventListener.h"
 
 #include <cstdint>
 #include <mutex>
@@ -13,9 +12,9 @@
 namespace sim {
 
 /// Follows a session's events. Any thread may ask.
-class SessionStatus final : public EventListener {
+class SessionStatus final {
   public:
-    void onEvent(const Event& event) noexcept override;
+    void onEvent(const Event& event) noexcept;
 
     /// One sentence, and details below it; `now` in seconds since 1970.
     std::string text(std::int64_t now) const;

@@ -2,9 +2,6 @@
 
 #include "common/ShownText.h"
 
-#include <array>
-#include <cstdio>
-
 namespace sim {
 
 namespace {
@@ -39,10 +36,7 @@ void appendValue(std::string& target, const Value& value) {
 }  // namespace
 
 std::string secondsText(Instant instant) {
-    std::array<char, 32> text = {};
-    const long long milliseconds = std::chrono::duration_cast<std::chrono::milliseconds>(instant).count();
-    std::snprintf(text.data(), text.size(), "%lld.%03lld", milliseconds / 1000, milliseconds % 1000);
-    return text.data();
+    return tools::secondsText(std::chrono::duration_cast<std::chrono::milliseconds>(instant).count());
 }
 
 std::string asJson(const Event& event) {

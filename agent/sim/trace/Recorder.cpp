@@ -94,8 +94,8 @@ Event Recorder::eventOf(const std::string& thread, std::string_view name, Fields
 }
 
 void Recorder::tellListeners(const Event& event) {
-    for (EventListener* listener : listeners_) {
-        listener->onEvent(event);
+    for (const Listener& listener : listeners_) {
+        listener(event);
     }
 }
 

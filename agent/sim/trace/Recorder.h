@@ -3,8 +3,8 @@
 
 #include "lib/Observer.h"
 #include "sim/trace/Event.h"
-#include "sim/trace/EventListener.h"
 
+#include <functional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -24,8 +24,10 @@ class Recorder final : public agent::Observer {
     Recorder(const Clock& clock, StdoutCapture& capture, TraceFile& trace)
         : clock_(clock), capture_(capture), trace_(trace) {}
 
-    /// Tells `listener` of every event from now on; it must outlive the recorder.
-    void tell(EventListener& listener) { listeners_.push_back(&listener); }
+    /// Is told of an event right after it happened, by the thread that has the turn. Must not throw: it stands
+    /// between module frames.
+    using Listener = std::function<void(const Event& event)>;
+    void tell(Listener listener) { listeners_.push_back(std::move(listener)); }
 
     /// The module was called and came back.
     void recordCall(Fields fields, const std::string& remark);
@@ -59,7 +61,7 @@ class Recorder final : public agent::Observer {
     const Clock& clock_;
     StdoutCapture& capture_;
     TraceFile& trace_;
-    std::vector<EventListener*> listeners_;
+    std::vector<Listener> listeners_;
 };
 
 }  // namespace sim
