@@ -16,7 +16,23 @@ struct Sample {
 };
 
 std::string body(int number) {
-    return R"({"thread":"host","event":"file","path":")" + std::to_string(number) + R"(","text":"<x>"})";
+    return R"({"thread":"host","event":"file","path":")" + std::to_string(number) +
+           (number % 5 == 3 ? R"(","text":"ä\u00e4<x>"})" : R"(","text":"<x>"})");
+}
+
+/// Those of a page, some of which tell only how they differ from another one.
+std::vector<std::string> bodiesIn(const nlohmann::json& page) {
+    std::vector<std::string> bodies;
+    for (const auto& one : page["bodies"]) {
+        if (one.is_string()) {
+            bodies.push_back(one);
+            continue;
+        }
+        const std::string other = bodies.at(bodies.size() - one[0].get<std::size_t>());
+        bodies.push_back(other.substr(0, one[1]) + one[2].get<std::string>() +
+                         other.substr(other.size() - one[3].get<std::size_t>()));
+    }
+    return bodies;
 }
 
 std::vector<std::string> linesOf(const std::vector<Sample>& samples) {
@@ -112,13 +128,14 @@ const support::Rows<Row> jsonRows("SessionData/JsonHoldsTheSameEvents", kRows, [
     data.appendJson(text);
     const auto json = nlohmann::json::parse(text + "}");
     EXPECT_EQ(text.find('<'), std::string::npos);
+    const std::vector<std::string> bodies = bodiesIn(json);
     std::vector<Sample> events;
     std::int64_t time = 0;
     for (const auto& run : json["runs"]) {
         for (std::size_t round = 0; round < run[0]; ++round) {
             for (std::size_t i = 1; i < run.size(); i += 2) {
                 time += run[i].get<std::int64_t>();
-                events.push_back({time, json["bodies"][run[i + 1].get<std::size_t>()].dump()});
+                events.push_back({time, bodies.at(run[i + 1])});
             }
         }
     }
@@ -126,7 +143,7 @@ const support::Rows<Row> jsonRows("SessionData/JsonHoldsTheSameEvents", kRows, [
     EXPECT_EQ(json["events"], events.size());
     for (std::size_t i = 0; i < events.size(); ++i) {
         ASSERT_EQ(events[i].time, samples[i].time);
-        ASSERT_EQ(events[i].body, nlohmann::json::parse(samples[i].body).dump());
+        ASSERT_EQ(events[i].body, samples[i].body);
     }
 });
 

@@ -44,7 +44,7 @@ class Workspace:
 
     def run_program(self, *arguments):
         done = subprocess.run([*map(str, arguments)], cwd=self.path, stdout=subprocess.DEVNULL,
-                              stderr=subprocess.PIPE, text=True, timeout=60, env={**os.environ, "TZ": "UTC"})
+                              stderr=subprocess.PIPE, text=True, timeout=600, env={**os.environ, "TZ": "UTC"})
         return done.returncode, done.stderr
 
     def replay(self, scenario):
@@ -64,7 +64,14 @@ class Workspace:
 def data_of(page):
     """The data that lies in a page."""
     text = page.read_text(encoding="utf-8")
-    return json.loads(re.search(r'<script type="application/json" id="session">(.*?)</script>', text, re.S).group(1))
+    data = json.loads(re.search(r'<script type="application/json" id="session">(.*?)</script>', text, re.S).group(1))
+    bodies = []
+    for body in data["bodies"]:
+        if not isinstance(body, str):
+            ago, first, middle, last = body
+            body = bodies[-ago][:first] + middle + bodies[-ago][len(bodies[-ago]) - last:]
+        bodies.append(body)
+    return {**data, "bodies": [json.loads(body) for body in bodies]}
 
 
 def without_meaning(event):

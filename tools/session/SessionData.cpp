@@ -11,9 +11,42 @@ namespace {
 constexpr std::size_t kLongestCycle = 16;  // steps
 constexpr std::size_t kRounds = 3;         // from which on steps count as repeated
 constexpr std::size_t kLongestSingle = 4096;
+constexpr std::size_t kFurthest = 32;  // bodies before one that may be much the same
+constexpr std::size_t kWorth = 24;     // characters in common
 
 std::string line(std::int64_t time, std::string_view body) {
     return "{\"t\":" + tools::secondsText(time) + "," + std::string(body.substr(1));
+}
+
+bool isAscii(std::string_view text) {
+    return std::ranges::all_of(text, [](char c) { return static_cast<unsigned char>(c) < 128; });
+}
+
+/// The body `at` as it lies in a page: its text, or `[ago, first, middle, last]` where an earlier one is much
+/// the same: how many bodies before, how many of its first characters, what differs, how many of its last.
+std::string written(const std::vector<const std::string*>& bodies, std::size_t at) {
+    const std::string_view body = *bodies[at];
+    std::size_t ago = 0, first = 0, last = 0;
+    for (std::size_t i = 1; i <= std::min(at, kFurthest); ++i) {
+        const std::string_view other = *bodies[at - i];
+        const auto common = static_cast<std::size_t>(std::ranges::mismatch(body, other).in1 - body.begin());
+        const auto behind = static_cast<std::size_t>(
+            std::mismatch(body.rbegin(), body.rend() - static_cast<std::ptrdiff_t>(common), other.rbegin(),
+                          other.rend() - static_cast<std::ptrdiff_t>(common))
+                .first -
+            body.rbegin());
+        // Readers count other units than bytes, but for ASCII.
+        if (common + behind > std::max(first + last, kWorth) && isAscii(body) && isAscii(other)) {
+            ago = i;
+            first = common;
+            last = behind;
+        }
+    }
+    const std::string text =
+        logreader::scriptSafe(logreader::jsonText(body.substr(first, body.size() - first - last)));
+    return ago == 0 ? text
+                    : "[" + std::to_string(ago) + "," + std::to_string(first) + "," + text + "," +
+                          std::to_string(last) + "]";
 }
 
 /// The length of the cycle that the last steps went through often enough; 0 when there is none.
@@ -106,8 +139,8 @@ void SessionData::appendJson(std::string& target) const {
     target.append("\"events\":").append(std::to_string(size_)).append(",").append(marks());
     target += ",\n\"bodies\":[";
     const char* separator = "\n";
-    for (const std::string* body : bodies_) {
-        target.append(separator).append(logreader::scriptSafe(*body));
+    for (std::size_t at = 0; at < bodies_.size(); ++at) {
+        target.append(separator).append(written(bodies_, at));
         separator = ",\n";
     }
     target += "],\n\"runs\":[";

@@ -19,25 +19,13 @@ const kLevels = {20: 'trace', 30: 'info', 40: 'notice (warn)', 50: 'error', 250:
 
 const kOrders = /^(connect|disconnect|command|call)\b/;
 const kMessages = /^(audit|log)\b/;
+const kDull = ['log', 'sleep', 'stdout', 'force-poll', 'file', 'credentials', 'thread-end'];
 const kCallKinds = {'force-poll': 'polls', 'update-asset': 'reports', stdout: 'output', sleep: 'sleeps', file: 'files'};
 
-function scriptStep(text) {
-    const line = String(text);
-    return line.includes('Going To Execute Modality Script') ? 'begin'
-        : line.includes('Script executed Successfully') ? 'done'
-        : line.includes('Error while running script') ? 'failed' : null;
-}
-
-function kindOf(body) {
-    if (body.event === 'call') {
-        return kOrders.test(body.verb) ? 'orders' : kMessages.test(body.verb) ? 'messages' : 'agent';
-    }
-    if (body.event === 'log') {
-        const step = scriptStep(body.text);
-        return step === 'failed' || (step === null && body.level === 50) ? 'errors' : 'log';
-    }
-    return kCallKinds[body.event] ?? 'agent';
-}
+const kSteps = {  // of the story, told by lines of the module
+    begin: 'Going To Execute Modality Script', done: 'Script executed Successfully', failed: 'Error while running script',
+    disconnect: 'Going to exit force polling after next poll',
+};
 
 // ---- Foreign texts. They are isolated, so that they turn nothing else round, and what nobody would see is a sign.
 
@@ -78,8 +66,7 @@ function isRefused(body) {
     return outcome !== null && outcome !== 'Pass' && outcome !== 'Thread exited successfully.';
 }
 
-const isBad = body => body.event === 'log' ? kindOf(body) === 'errors'
-    : (['call', 'update-asset', 'thread-start'].includes(body.event) && body.result !== 0) || isRefused(body);
+const isBad = body => (['call', 'update-asset', 'thread-start'].includes(body.event) && body.result !== 0) || isRefused(body);
 
 function propertyTexts(list) {
     return (Array.isArray(list) ? list : []).filter(pair => Array.isArray(pair) && pair[1] !== '0')
@@ -148,6 +135,18 @@ function whatOf(body) {
     }
 }
 
+/// Bodies as they lie in the page: a text each, or `[ago, first, middle, last]`, which takes its `first` and `last` characters from the
+/// one `ago` before.
+function readBodies(written) {
+    const texts = [];
+    for (const one of written) {
+        const [ago, first, middle, last] = one;
+        const other = texts[texts.length - ago];
+        texts.push(typeof one === 'string' ? one : other.slice(0, first) + middle + other.slice(other.length - last));
+    }
+    return JSON.parse(`[${texts}]`);
+}
+
 /// First index of a sorted range for which `reached` answers true.
 function firstWhere(size, reached) {
     let low = 0;
@@ -166,10 +165,23 @@ function firstWhere(size, reached) {
 class Facts {
     constructor(body) {
         this.body = body;
-        this.kind = kindOf(body);
         this.level = Number.isInteger(body.level) ? body.level : null;
-        this.bad = isBad(body);
-        this.dull = isDull(body);
+        this.step = body.event === 'log' ? Object.keys(kSteps).find(step => String(body.text).includes(kSteps[step])) : undefined;
+        this.kind = this.findKind();
+        this.bad = this.kind === 'errors' || isBad(body);
+        /// Changes nothing in the story; runs of these are passed over at once.
+        this.dull = this.step === undefined && kDull.includes(body.event) && !this.bad;
+    }
+
+    findKind() {
+        const {event, verb, level} = this.body;
+        if (event === 'call') {
+            return kOrders.test(verb) ? 'orders' : kMessages.test(verb) ? 'messages' : 'agent';
+        }
+        if (event === 'log') {
+            return this.step === 'failed' || (this.step === undefined && level === 50) ? 'errors' : 'log';
+        }
+        return kCallKinds[event] ?? 'agent';
     }
 
     get what() {
@@ -190,14 +202,13 @@ class Model {
         this.note = data.note;
         this.texts = data.texts;
         this.isLog = data.log;  // which does not tell all
-        this.bodies = [];
         this.facts = [];
         this.runs = [];
         this.size = 0;
         this.end = shift;
         this.known = new Map();  // of live events
         this.pollCount = 0;
-        data.bodies.forEach(body => this.addBody(body));
+        readBodies(data.bodies).forEach(body => this.addBody(body));
         data.runs.forEach(run => this.addRun(run));
         this.setMarks(data);
         this.clockIsGuessed = false;
@@ -216,21 +227,19 @@ class Model {
     }
 
     addBody(body) {
-        this.bodies.push(body);
-        this.facts.push(new Facts(body));
-        return this.bodies.length - 1;
+        return this.facts.push(new Facts(body)) - 1;
     }
 
     /// As the page has it: `[count, delay, id, delay, id...]`.
     addRun(run) {
         const size = (run.length - 1) / 2;
-        const [ids, ends, polls] = [new Uint32Array(size), new Float64Array(size), new Uint32Array(size + 1)];
+        const [ids, ends, polls] = [[], [], [0]];
         let period = 0;
         for (let i = 0; i < size; ++i) {
             period += run[1 + 2 * i];
-            ends[i] = period;
-            ids[i] = run[2 + 2 * i];
-            polls[i + 1] = polls[i] + (this.facts[ids[i]].kind === 'polls' ? 1 : 0);
+            ends.push(period);
+            ids.push(run[2 + 2 * i]);
+            polls.push(polls[i] + (this.facts[ids[i]].kind === 'polls' ? 1 : 0));
         }
         this.runs.push({first: this.size, start: this.end, count: run[0], ids, ends, period, polls, pollsBefore: this.pollCount});
         this.pollCount += run[0] * polls[size];
@@ -309,7 +318,7 @@ class Model {
     event(number) {
         const run = this.runOf(number);
         const id = run.ids[(number - run.first) % run.ids.length];
-        return {number, t: this.timeIn(run, number), id, body: this.bodies[id], facts: this.facts[id]};
+        return {number, t: this.timeIn(run, number), id, body: this.facts[id].body, facts: this.facts[id]};
     }
 
     /// The number of the first event at or after `t`; `size` when there is none.
@@ -344,7 +353,7 @@ class Model {
         let start = null;
         for (const run of this.runs) {
             run.ids.forEach((id, i) => {
-                const body = this.bodies[id];
+                const {body} = this.facts[id];
                 const began = body.event === 'update-asset' ? profileTime(profileOf(body).RSM_MODE_START_TIME) : null;
                 if (began !== null) {
                     const t = run.start + run.ends[i];

@@ -15,18 +15,21 @@ const kLanes = {
 const kPictureHeight = 318;
 const kEdge = 16;
 const kShortestView = 200;  // milliseconds
+const kLeastBlock = 3;      // pixels that somebody can point at
+const kLeastApart = 4;      // pixels between marks of a lane
 const kTickSteps = [1, 2, 5, 10, 15, 30, 60, 120, 300, 600, 900, 1800, 3600, 7200, 10800, 21600, 43200, 86400, 172800, 604800,
     1209600, 2592000, 7776000, 31536000].map(seconds => seconds * 1000);
 const kModeNames = {none: 'no agent', off: 'off', waiting: 'waiting', grace: 'grace', activity: 'activity'};
 
 /// How spans that follow each other, each `{from, to, mode}`, look in `width` columns of pixels: as blocks
 /// `{left, right, span, spans}`. Spans may be narrower than a column. What each mode takes of the width is what it
-/// takes of the time, but for one column; those of `bases` give way.
-function blocksOf(spans, from, to, width, bases) {
+/// takes of the time, but for one column; those of `bases` give way. What has no end lasts until `until`.
+function blocksOf(spans, from, to, width, bases, until) {
     const scale = width / (to - from);
+    const endOf = span => Math.min(span.to ?? until, to);
     const columns = Array.from({length: width}, () => []);  // [mode, share, span] each
-    for (let i = firstWhere(spans.length, at => (spans[at].to ?? to) > from); i < spans.length && spans[i].from < to; ++i) {
-        const [left, right] = [Math.max((spans[i].from - from) * scale, 0), Math.min(((spans[i].to ?? to) - from) * scale, width)];
+    for (let i = firstWhere(spans.length, at => endOf(spans[at]) > from); i < spans.length && spans[i].from < to; ++i) {
+        const [left, right] = [Math.max((spans[i].from - from) * scale, 0), (endOf(spans[i]) - from) * scale];
         for (let column = Math.floor(left); column < right; ++column) {
             const share = Math.min(column + 1, right) - Math.max(column, left);
             const known = columns[column].find(one => one[0] === spans[i].mode);
@@ -52,7 +55,7 @@ function blocksOf(spans, from, to, width, bases) {
         const [mode, , span] = chosen;
         owed[mode] -= 1;
         const last = blocks.at(-1);
-        const isNarrow = one => ((one.to ?? to) - one.from) * scale < 3;
+        const isNarrow = one => ((one.to ?? until) - one.from) * scale < kLeastBlock;
         if (last && last.right === left && last.span.mode === mode && (last.span === span || (isNarrow(span) && isNarrow(last.span)))) {
             last.right += 1;
             last.spans += last.last === span ? 0 : 1;
@@ -81,7 +84,7 @@ class Picture {
         this.marked = null;   // event pointed at in the table
         this.measured = null; // [from, to]
         this.listen();
-        new ResizeObserver(() => this.draw()).observe(host);
+        new ResizeObserver(() => host.clientWidth !== Number(this.svg.getAttribute('width')) && this.draw()).observe(host);
     }
 
     show(model, story) {
@@ -162,14 +165,22 @@ class Picture {
         return parent.appendChild(element);
     }
 
-    /// A mark that stands for the event `number`; `title` is its tooltip.
+    /// A mark that stands for the event `number`; `title()` is its tooltip, made when it is needed.
     drawMark(parent, name, attributes, number, title) {
         const element = this.add(parent, name, {...attributes, 'data-number': number});
-        this.add(element, 'title', {}, title);
+        element.makeTitle = title;
         return element;
     }
 
+    giveTitle(mark) {
+        if (mark?.makeTitle) {
+            this.add(mark, 'title', {}, mark.makeTitle());
+            mark.makeTitle = null;
+        }
+    }
+
     draw() {
+        cancelAnimationFrame(this.waits);
         this.waits = null;
         const total = this.host.clientWidth;
         if (!this.story || total === 0) {
@@ -277,18 +288,24 @@ class Picture {
         this.lastTick = {x: x + 20, date: ''};
     }
 
-    /// Their blocks in the lane. Answers each with what it says and where it is.
-    drawBlocks(parent, spans, lane, bases, attributesOf, titleOf) {
-        const [from, to] = this.shown;
-        const end = Math.min(this.until, to);
-        const closed = spans.map(span => (span.to === null ? {...span, to: end, isOpen: true} : span));
-        return blocksOf(closed, from, to, this.width, bases).map(block => {
-            const box = {x: this.gutter + block.left, y: lane.y, width: block.right - block.left, height: lane.height};
-            const {span} = block;
-            const [begin, over] = [span.from, block.last.isOpen ? null : block.last.to];
-            const when = `${this.times.at(begin)} to ${over === null ? 'the end' : this.times.at(over)}, ${lengthText((over ?? this.until) - begin)}`;
-            const many = block.spans > 1 ? `${block.spans.toLocaleString('en')} times, ` : '';
-            this.drawMark(parent, 'rect', {...attributesOf(span), ...box}, span.number, `${titleOf(span)}: ${many}${when}`);
+    /// Their blocks in the lane, those too narrow to point at as one path a look. Answers the others with their places.
+    drawBlocks(parent, spans, lane, bases, lookOf, titleOf, [from, to] = this.shown) {
+        const narrow = {};
+        const wide = blocksOf(spans, from, to, this.width, bases, this.until).filter(({left, right, span}) => {
+            const isWide = titleOf !== null && right - left >= kLeastBlock;
+            if (!isWide) {
+                narrow[lookOf(span)] = `${narrow[lookOf(span)] ?? ''}M${this.gutter + left} ${lane.y}h${right - left}v${lane.height}h${left - right}z`;
+            }
+            return isWide;
+        });
+        Object.entries(narrow).forEach(([look, d]) => this.add(parent, 'path', {class: look, d}));
+        return wide.map(({left, right, span, last, spans: many}) => {
+            const box = {x: this.gutter + left, y: lane.y, width: right - left, height: lane.height};
+            this.drawMark(parent, 'rect', {class: lookOf(span), ...box, rx: 3}, span.number, () => {
+                const over = last.to === null ? 'the end' : this.times.at(last.to);
+                return `${titleOf(span)}: ${many > 1 ? `${many.toLocaleString('en')} times, ` : ''}` +
+                    `${this.times.at(span.from)} to ${over}, ${lengthText((last.to ?? this.until) - span.from)}`;
+            });
             return {box, span};
         });
     }
@@ -314,7 +331,7 @@ class Picture {
 
     drawBands(parent) {
         const blocks = this.drawBlocks(parent, this.story.bands, kLanes.mode, ['off', 'none'],
-            band => ({class: `band ${band.mode}`, rx: 3}), band => this.bandTitle(band));
+            band => `band ${band.mode}`, band => this.bandTitle(band));
         for (const {box, span: band} of blocks) {
             if (band.mode === 'activity' || band.mode === 'waiting') {
                 this.add(parent, 'rect', {class: 'texture', ...box, rx: 3, fill: `url(#${band.mode === 'activity' ? 'stripes' : 'dots'})`});
@@ -333,13 +350,13 @@ class Picture {
             if (order.start !== null && this.isSeen(order.start, order.start)) {
                 const x = this.x(order.start);
                 this.drawMark(parent, 'path', {class: 'due', d: `M${x} ${kLanes.mode.y - 6}v${kLanes.mode.height + 12}`}, order.number,
-                    `scheduled start ${this.times.at(order.start)}: ${periodText(order.minutes, order.rate)}`);
+                    () => `scheduled start ${this.times.at(order.start)}: ${periodText(order.minutes, order.rate)}`);
             }
         }
     }
 
     drawSpans(parent, spans, lane, name) {
-        this.drawBlocks(parent, spans, lane, [], () => ({class: 'remote'}), () => `${name} open`);
+        this.drawBlocks(parent, spans, lane, [], () => 'remote', () => `${name} open`);
     }
 
     /// Marks of the lane, as many as have room. `shape(x, y)` is a path; `lookOf(one)` answers class and title.
@@ -349,10 +366,10 @@ class Picture {
         let last = -Infinity;
         for (let i = firstWhere(list.length, at => list[at].t >= from); i < list.length && list[i].t <= to; ++i) {
             const x = this.x(list[i].t);
-            if (x - last >= 2) {
+            if (x - last >= kLeastApart) {
                 last = x;
                 const [name, title] = lookOf(list[i]);
-                this.drawMark(parent, 'path', {class: name, d: shape(x, y)}, list[i].number, `${this.times.at(list[i].t)} ${title}`);
+                this.drawMark(parent, 'path', {class: name, d: shape(x, y)}, list[i].number, () => `${this.times.at(list[i].t)} ${title}`);
             }
         }
     }
@@ -392,16 +409,13 @@ class Picture {
         const height = 18;
         const rank = {kill: 0, fail: 0, order: 1, restart: 2, stop: 3, start: 3};
         const seen = this.story.flags.filter(flag => this.isSeen(flag.t, flag.t));
-        const poles = this.add(parent, 'g', {});
-        const last = {};
-        for (const flag of seen) {
-            const x = Math.round(this.x(flag.t)) + 0.5;
-            const isBad = rank[flag.type] === 0;
-            if (!(x - last[isBad] < 2)) {
-                last[isBad] = x;
-                const end = kLanes.mode.y + (isBad ? kLanes.mode.height : 7);
-                this.drawMark(poles, 'line', {class: `pole ${flag.type}`, x1: x, x2: x, y1: lane.y + 4, y2: end}, flag.number, this.flagTitle(flag));
-            }
+        const poles = {};  // the columns of each type
+        for (const {t, type} of seen) {
+            (poles[type] ??= new Set()).add(Math.round(this.x(t)) + 0.5);
+        }
+        for (const [type, columns] of Object.entries(poles)) {
+            const end = kLanes.mode.y + (rank[type] === 0 ? kLanes.mode.height : 7);
+            this.add(parent, 'path', {class: `pole ${type}`, d: [...columns].map(x => `M${x} ${lane.y + 4}V${end}`).join('')});
         }
         // Where there is no room for all names, those of starts and stops are the first to be left out.
         const rows = Array.from({length: 3}, () => new Uint8Array(this.width + 1));  // columns that are taken
@@ -423,14 +437,11 @@ class Picture {
             }
             rows[row].fill(1, begin, end);
             const y = lane.y + row * (height + 3);
-            const group = this.drawMark(parent, 'g', {class: `flag ${flag.type}${flag.failed ? ' failed' : ''}`}, flag.number, this.flagTitle(flag));
+            const group = this.drawMark(parent, 'g', {class: `flag ${flag.type}${flag.failed ? ' failed' : ''}`}, flag.number,
+                () => `${this.times.at(flag.t)} ${flag.facts?.what ?? flag.title ?? flag.label}`);
             this.add(group, 'rect', {x: left, y, width, height, rx: 2});
             this.add(group, 'text', {x: left + 7, y: y + 13}, label);
         }
-    }
-
-    flagTitle(flag) {
-        return `${this.times.at(flag.t)} ${flag.title ?? flag.label}`;
     }
 
     /// The whole session in small, with the part that is shown.
@@ -441,20 +452,10 @@ class Picture {
         const [least, most] = this.limits;
         const at = t => this.gutter + (t - least) / (most - least) * this.width;
         this.add(svg, 'rect', {class: 'band off', x: this.gutter, y: lane.y, width: this.width, height: lane.height, rx: 3});
-        const bands = this.story.bands.map(band => ({...band, to: band.to ?? this.until}));
-        for (const {left, right, span} of blocksOf(bands, least, most, this.width, ['off', 'none'])) {
-            if (span.mode !== 'none' && span.mode !== 'off') {
-                this.add(svg, 'rect', {class: `band ${span.mode}`, x: this.gutter + left, y: lane.y + 4, width: right - left, height: lane.height - 8});
-            }
-        }
-        let last = -Infinity;
-        for (const flag of this.story.flags.filter(one => one.type === 'kill')) {
-            const x = at(flag.t);
-            if (x - last >= 2) {
-                this.add(svg, 'line', {class: 'pole kill', x1: x, x2: x, y1: lane.y, y2: lane.y + lane.height});
-                last = x;
-            }
-        }
+        this.drawBlocks(svg, this.story.bands, {y: lane.y + 4, height: lane.height - 8}, ['off', 'none'],
+            band => `band ${band.mode === 'none' ? 'off' : band.mode}`, null, this.limits);
+        const kills = this.story.flags.filter(one => one.type === 'kill').map(one => Math.round(at(one.t)));
+        this.add(svg, 'path', {class: 'pole kill', d: [...new Set(kills)].map(x => `M${x} ${lane.y}v${lane.height}`).join('')});
         const [from, to] = this.shown;
         this.add(svg, 'rect', {class: 'window', x: at(from), y: lane.y + 0.5, width: Math.max(at(to) - at(from), 4), height: lane.height - 1, rx: 3});
     }
@@ -543,6 +544,7 @@ class Picture {
             }
             drag = null;
         });
+        svg.addEventListener('pointerover', event => this.giveTitle(event.target.closest('[data-number]') ?? event.target));
         svg.addEventListener('pointercancel', () => {
             drag = null;
         });
@@ -589,6 +591,7 @@ class Picture {
 
     /// The view, as a file of its own.
     asFile(style) {
+        this.svg.querySelectorAll('*').forEach(mark => this.giveTitle(mark));
         const copy = this.svg.cloneNode(true);
         copy.querySelector('.pointer').remove();
         copy.querySelector('.whole').remove();

@@ -1,13 +1,5 @@
 // ---- What the events tell: modes, polls, remote activity, reports, and one line for each time that RSM ran.
 
-const kDisconnected = 'Going to exit force polling after next poll';  // a line of the module
-
-/// Events that change nothing in the story; runs of them are passed over at once.
-function isDull(body) {
-    return ['sleep', 'stdout', 'force-poll', 'file', 'credentials', 'thread-end'].includes(body.event) ||
-        (body.event === 'log' && kindOf(body) !== 'errors' && scriptStep(body.text) === null && !String(body.text).includes(kDisconnected));
-}
-
 /// A count of open things, and the spans during which it was not 0.
 class Spans {
     constructor() {
@@ -27,7 +19,7 @@ class Spans {
 class Story {
     constructor(model) {
         this.model = model;
-        this.flags = [];     // {t, number, label, type, failed}
+        this.flags = [];     // {t, number, label, type, failed, facts or title}
         this.reports = [];   // {t, number, accepted, mode}
         this.errors = [];    // {t, number}
         this.bands = [{mode: 'none', from: model.shift, to: null, number: null}];
@@ -58,7 +50,7 @@ class Story {
             for (const i of telling) {
                 const number = run.first + round * run.ids.length + i;
                 this.readKills(number);
-                this.read(this.model.bodies[run.ids[i]], run.start + round * run.period + run.ends[i], number);
+                this.read(this.model.facts[run.ids[i]], run.start + round * run.period + run.ends[i], number);
             }
         }
     }
@@ -126,20 +118,23 @@ class Story {
         return cause;
     }
 
-    read(body, t, number) {
+    read(facts, t, number) {
+        const {body} = facts;
         switch (body.event) {
             case 'call':
-                this.readCall(body, t, number);
+                this.readCall(facts, t, number);
                 break;
             case 'update-asset':
                 this.readReport(body, t, number);
                 break;
             case 'log':
-                this.readScript(scriptStep(body.text), t, number);
-                if (kindOf(body) === 'errors') {
+                if (facts.kind === 'errors') {
                     this.errors.push({t, number});
-                } else if (String(body.text).includes(kDisconnected)) {
+                }
+                if (facts.step === 'disconnect') {
                     this.ending = 'disconnected';
+                } else if (facts.step !== undefined) {
+                    this.readScript(facts.step, t, number);
                 }
                 break;
             case 'thread-destroyed':
@@ -164,7 +159,8 @@ class Story {
         this.files.change(t, number, 0);
     }
 
-    readCall(body, t, number) {
+    readCall(facts, t, number) {
+        const {body} = facts;
         const verb = String(body.verb);
         const done = body.result === 0;
         const [first, second] = verb.split(' ');
@@ -214,7 +210,7 @@ class Story {
         } else if (first === 'audit' && done) {
             this.readAudit(body, t, number);
         } else if (kOrders.test(verb)) {
-            this.flags.push({t, number, label: shortOrder(verb), title: whatOf(body), type: 'order', failed: isBad(body)});
+            this.flags.push({t, number, label: shortOrder(verb), facts, type: 'order', failed: facts.bad});
         }
     }
 

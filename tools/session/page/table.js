@@ -141,6 +141,7 @@ class Table {
         // A row is two lines where the window is narrow.
         const rowHeight = this.rowHeight = parseFloat(getComputedStyle(this.scroller).getPropertyValue('--row'));
         this.scroller.style.height = `${kHeadHeight + Math.min(Math.max(this.rows.size, 3), 16) * rowHeight}px`;
+        this.width = this.scroller.clientWidth;
         this.spacer.style.height = `${Math.min(this.rows.size * rowHeight, kTallest)}px`;
     }
 
@@ -287,7 +288,7 @@ class Table {
             const now = this.chosen === null ? (step > 0 ? Math.ceil(this.top) - 1 : Math.ceil(this.top) + 1) : this.rows.rowOf(this.chosen);
             this.choose(this.rows.at(Math.min(Math.max(now + step, 0), this.rows.size - 1)).number);
         });
-        new ResizeObserver(() => this.rows && (this.fit(), this.draw())).observe(scroller.parentNode);
+        new ResizeObserver(() => this.rows && scroller.clientWidth !== this.width && (this.fit(), this.draw())).observe(scroller.parentNode);
         // Paper has no scroll bar.
         addEventListener('beforeprint', () => {
             const printed = Math.min(this.rows.size, kPrintedRows);
