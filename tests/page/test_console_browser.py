@@ -34,7 +34,7 @@ class LivePageTest(unittest.TestCase):
             field = self.find(f"form[data-form={form}] [name={name}]")[0]
             self.page.execute_script("document.querySelector('.console details').open = true")
             if field.tag_name == "select":
-                field.find_element("css selector", f"option[value='{value}']").click() if value == "audit-message" else field.send_keys(value)
+                field.send_keys(value)
             else:
                 field.clear()
                 field.send_keys(str(value))
@@ -60,8 +60,11 @@ class LivePageTest(unittest.TestCase):
         self.assertEqual(len(self.find("#picture .accepted")), 1)
         self.assertTrue(any("FORCE_POLL_GRACE" in row for row in self.rows()))
 
-        self.fill("message", level="audit-message", text="Remote tunnel opened by operator-7")
+        self.assertLess(self.ask("$('picture').getBoundingClientRect().bottom"), 800)
+        self.press("form[data-form=message] button")  # as it stands there at first
         wait_until(lambda: self.modes()[-1] == "activity")
+        self.press("form[data-form=disconnect] button")
+        wait_until(lambda: "refused" in self.text("#answer") and "bad" in self.find("#answer")[0].get_attribute("class"))
         self.fill("message", text="Remote tunnel closed by operator-7")
         wait_until(lambda: self.modes()[-1] == "grace")
 

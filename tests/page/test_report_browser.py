@@ -133,8 +133,10 @@ class ReportPageTest(unittest.TestCase):
                     self.assertEqual(len(self.find("#picture .flag.order.failed")), 1)
 
     def test_a_kill_while_nothing_runs_and_a_clock_that_is_set(self):
-        self.show("0 start rsm zephan-config.xml\n0 start web-service\n100 clock-step 7200\n200 unload\n300 start rsm zephan-config.xml\n400 end\n")
-        self.assertEqual(self.bands(), [["off", 0, 200], ["none", 200, 300], ["off", 300, None]])
+        self.show("0 start rsm zephan-config.xml\n0 start web-service\n50 connect 1 20\n"
+                  "100 clock-step 7200\n200 unload\n300 start rsm zephan-config.xml\n400 end\n")
+        self.assertEqual(self.bands(), [["off", 0, 50], ["grace", 50, 110], ["off", 110, 200], ["none", 200, 300], ["off", 300, None]])
+        self.assertIn("00:00:50 \u2013 02:01:50 1 min connect 1 20 \u00b7 3 polls", " ".join(self.find("#sessions li")[0].text.split()))
         self.assertIn("killed once", self.find("#summary")[0].text)
         self.assertEqual([mark.text for mark in self.find("#picture .step text")], ["clock +2 h"])
         self.assertIn("2026-01-01 02:05:00 +00:05:00", self.rows()[-1])
@@ -227,18 +229,19 @@ class ReportPageTest(unittest.TestCase):
         self.page.execute_async_script("requestAnimationFrame(() => requestAnimationFrame(arguments[0]))")
         self.assertEqual(self.ask("[page.model.event(page.rows.at(0).number).t >= 20000, page.rows.at(page.rows.size - 1).number < page.model.firstAt(40000)]"), [True, True])
 
-    def test_a_phone(self):
+    def test_a_phone_and_a_page_at_200_percent(self):
         path, _ = self.workspace.replay(EXAMPLES / "service-visit.scenario")
-        self.page.execute_cdp_cmd("Emulation.setDeviceMetricsOverride", {"width": 375, "height": 812, "deviceScaleFactor": 1, "mobile": True})
-        try:
+        for width in (375, 640):
+            self.page.execute_cdp_cmd("Emulation.setDeviceMetricsOverride", {"width": width, "height": 812, "deviceScaleFactor": 1, "mobile": width == 375})
+            self.addCleanup(self.page.execute_cdp_cmd, "Emulation.clearDeviceMetricsOverride", {})
             self.open(path)
-            cut, low, wide = self.ask("""[[...document.querySelectorAll('#table .time, #table .head span')].filter(one => one.scrollWidth > one.clientWidth + 1).length,
+            cut, low, wide, over = self.ask("""[[...document.querySelectorAll('#table .time, #table .head span')].filter(one => one.scrollWidth > one.clientWidth + 1).length,
                 [...document.querySelectorAll('button, select, input:not([type=checkbox]):not([type=radio]), label')].filter(one =>
                     one.offsetParent && !one.closest('label label') && one.offsetHeight < 43.5 && !one.querySelector('select, input[type=search]')).map(one => one.outerHTML.slice(0, 60)),
-                document.documentElement.scrollWidth]""")
-            self.assertEqual((cut, low, wide), (0, [], 375))
-        finally:
-            self.page.execute_cdp_cmd("Emulation.clearDeviceMetricsOverride", {})
+                document.documentElement.scrollWidth,
+                [...document.querySelectorAll('#picture text')].map(one => [one.textContent, one.getBoundingClientRect()]).flatMap(([text, box], i, all) => all.slice(i + 1)
+                    .filter(([, {left, right, top, bottom}]) => left < box.right && right > box.left && top < box.bottom - 4 && bottom > box.top + 4).map(one => [text, one[0]]))]""")
+            self.assertEqual((cut, low, wide, over), (0, [], width, []))
 
     def test_a_stop_that_destroys_the_thread_is_no_kill(self):
         self.show("0 start logger zephan-config.xml\n0 start rsm zephan-config.xml\n0 start web-service\n1 connect 10 30\n"
@@ -341,6 +344,7 @@ class ReportPageTest(unittest.TestCase):
         self.assertNotEqual(self.page.title, "taken")
         shown = next(row for row in self.find("#table .body .row") if "Message" in row.text)
         self.assertIn('</script><script>document.title="taken"', shown.text)
+        self.assertRegex(shown.text, "\u2039202E\u203a</SCRIPT >.* done")  # a sign, not one that turns round what follows
         shown.click()
         self.assertIn('</script><script>document.title="taken"', self.find("#detail")[0].text)
         self.assertEqual(self.find("main script, main b:not(.chips b), #detail script"), [])
@@ -357,6 +361,7 @@ class ReportPageTest(unittest.TestCase):
         load = self.cost(lambda: self.open(path))
         print(f"a year of polls: {path.stat().st_size:,} bytes, load {load} ms of processor time", flush=True)
         self.assertEqual(self.ask("page.model.pollCount"), year)
+        self.assertLess(path.stat().st_size, 150000)
         self.assertLess(len(self.find("#picture *")), 400)
         self.assertIn("3,153,600 polls, one every 10 s", "".join(self.rows()))
         self.press("sleeps")

@@ -200,8 +200,8 @@ class Picture {
         const {story} = this;
         this.drawBands(clip);
         this.drawSchedules(clip);
-        this.drawSpans(clip, story.tunnels.list, kLanes.tunnel, 'tunnel');
-        this.drawSpans(clip, story.files.list, kLanes.file, 'file transfer');
+        this.drawBlocks(clip, story.tunnels.list, kLanes.tunnel, [], () => 'remote', () => 'tunnel open');
+        this.drawBlocks(clip, story.files.list, kLanes.file, [], () => 'remote', () => 'file transfer open');
         this.drawMarks(clip, story.scripts, 'script', (x, y) => `M${x - 1} ${y - 6}l9 6l-9 6z`,
             run => [run.failed ? 'script failed' : 'script', `modality script: ${run.failed ? 'failed' : run.ended ? 'ran' : 'is running'}`]);
         this.drawMarks(clip, story.errors, 'errors', (x, y) => `M${x - 4} ${y - 4}l8 8m0 -8l-8 8`, () => ['error', 'error line']);
@@ -355,10 +355,6 @@ class Picture {
         }
     }
 
-    drawSpans(parent, spans, lane, name) {
-        this.drawBlocks(parent, spans, lane, [], () => 'remote', () => `${name} open`);
-    }
-
     /// Marks of the lane, as many as have room. `shape(x, y)` is a path; `lookOf(one)` answers class and title.
     drawMarks(parent, list, lane, shape, lookOf) {
         const [from, to] = this.shown;
@@ -384,24 +380,19 @@ class Picture {
         const {y, height} = kLanes.polls;
         const [from, to] = this.shown;
         const columns = this.pollColumns(from, to, this.width);
-        // Single ticks as lines; where columns touch, one block.
-        let ticks = '';
-        let blocks = '';
+        let d = '';  // ticks, and blocks where they touch
         let begin = -1;
         for (let i = 0; i <= columns.length; ++i) {
             if (i < columns.length && columns[i] > 0) {
                 begin = begin < 0 ? i : begin;
                 continue;
             }
-            if (begin >= 0 && i - begin === 1) {
-                ticks += `M${this.gutter + begin + 0.5} ${y + 4}V${y + height}`;
-            } else if (begin >= 0) {
-                blocks += `M${this.gutter + begin} ${y + 4}H${this.gutter + i}V${y + height}H${this.gutter + begin}Z`;
+            if (begin >= 0) {
+                d += `M${this.gutter + begin + 0.5} ${y + 4}h${i - begin - 1}V${y + height}h${begin + 1 - i}z`;
             }
             begin = -1;
         }
-        this.add(parent, 'path', {class: 'poll', d: ticks});
-        this.add(parent, 'path', {class: 'pollblock', d: blocks});
+        this.add(parent, 'path', {class: 'poll', d});
     }
 
     drawFlags(parent) {
