@@ -1,6 +1,7 @@
 #include "logging/LogFile.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <utility>
 
 using platform::File;
@@ -44,7 +45,7 @@ void LogFile::lookForDirectory() noexcept {
 }
 
 void LogFile::append(std::string_view entry) noexcept {
-    if (reopenDue_) {
+    if (reopenDue_ || isHeld()) {
         reopenDue_ = !openStream();
     }
     if (stream_.isOpen()) {
@@ -75,6 +76,7 @@ platform::Renaming LogFile::moveToArchive(const std::string& suffix) const {
 
 bool LogFile::openStream() noexcept {
     File fresh = directory_.openFile(name_, OpenMode::Append);
+    held_ = !fresh.isOpen() && errno == EBUSY;
     if (!fresh.isOpen()) {
         return false;
     }

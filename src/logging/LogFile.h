@@ -15,7 +15,8 @@
 /// path stays where the process's working directory was then.
 class LogFile final {
   public:
-    /// Opens it for appending. When that fails the file stays closed until the end of a rotation.
+    /// Opens it for appending. When that fails the file stays closed until the end of a rotation, or until the
+    /// program that keeps it to itself lets go.
     explicit LogFile(const std::string& path);
     LogFile(const LogFile&) = delete;
     LogFile& operator=(const LogFile&) = delete;
@@ -28,6 +29,8 @@ class LogFile final {
     void lookForDirectory() noexcept;
     /// Writes an entry at the end, or nothing: when the file is closed, or there is no room.
     void append(std::string_view entry) noexcept;
+    /// It is closed since another program keeps it to itself; the next `append` tries again.
+    bool isHeld() const noexcept { return held_ && !stream_.isOpen(); }
 
     // Around `moveToArchive`. Where the system allows it the file stays open until what stands at the path
     // afterwards is open, too, made when missing, never emptied: when that fails entries go on in the old one.
@@ -51,4 +54,5 @@ class LogFile final {
     platform::Look judged_;   ///< what `mayRead_` was asked for: only who may do what can change that
     bool mayRead_ = false;
     bool reopenDue_ = false;
+    bool held_ = false;
 };

@@ -22,6 +22,8 @@ namespace {
 constexpr int kTmYearOrigin = 1900;
 constexpr char kNullMessage[] = "Received NULL message for Logging.";
 constexpr char kRenameFailed[] = "\n Error renaming file";
+constexpr char kHeld[] =
+    "\n Another program keeps the log file to itself. Entries are lost until it is free.";
 constexpr int kMostCounters = 10'000;  // tried for one archive
 constexpr std::size_t kConsoleLineSize = 64;
 
@@ -92,7 +94,7 @@ void LogFileWriter::writeTrace(const char* message) noexcept {
 
 Notices LogFileWriter::takeNotices() noexcept {
     const auto take = [](std::atomic<std::uint32_t>& count) { return count == 0 ? 0 : count.exchange(0); };
-    return {take(failedRenames_), take(abandonedWaits_), take(failedReleases_)};
+    return {take(failedRenames_), take(abandonedWaits_), take(failedReleases_), take(heldLogs_)};
 }
 
 void LogFileWriter::report(const Notices& notices) {
@@ -103,6 +105,9 @@ void LogFileWriter::report(const Notices& notices) {
         const bool takes = reporter->tryTake();
         const platform::ScopeGuard over([takes] { takes ? reporter->giveBack() : void(); });
         KRXLog(level::kForce, "%s", kRenameFailed);
+    }
+    for (std::uint32_t i = 0; i < notices.heldLogs; ++i) {
+        KRXLog(level::kForce, "%s", kHeld);
     }
     for (std::uint32_t i = 0; i < notices.failedReleases; ++i) {
         platform::echo("\n error while releasing logging mutex.");
@@ -158,6 +163,9 @@ void LogFileWriter::writeEntry(const char* message) {
         rotate(message);
     } else {
         file_->append(entryOf(message, false));
+    }
+    if (const bool wasHeld = std::exchange(isHeld_, file_->isHeld()); isHeld_ && !wasHeld) {
+        ++heldLogs_;
     }
 }
 

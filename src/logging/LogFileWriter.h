@@ -78,4 +78,6 @@ class LogFileWriter final {
     std::atomic<std::uint32_t> failedRenames_{0};
     std::atomic<std::uint32_t> abandonedWaits_{0};
     std::atomic<std::uint32_t> failedReleases_{0};
+    bool isHeld_ = false;  ///< the file, as the last entry found it
+    std::atomic<std::uint32_t> heldLogs_{0};
 };

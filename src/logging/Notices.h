@@ -8,11 +8,13 @@ struct Notices {
     std::uint32_t failedRenames = 0;
     std::uint32_t abandonedWaits = 0;
     std::uint32_t failedReleases = 0;
+    std::uint32_t heldLogs = 0;
 
     Notices& operator+=(const Notices& other) noexcept {
         failedRenames += other.failedRenames;
         abandonedWaits += other.abandonedWaits;
         failedReleases += other.failedReleases;
+        heldLogs += other.heldLogs;
         return *this;
     }
 };

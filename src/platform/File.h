@@ -61,7 +61,8 @@ class File final {
     }
     ~File() { close(); }
 
-    /// A closed file when it cannot be opened. On POSIX `errno` says why, EINVAL when it is not a regular file.
+    /// A closed file when it cannot be opened. `errno` says why: EINVAL when it is not a regular file, EBUSY when
+    /// another program keeps it to itself.
     static File open(const std::string& path, OpenMode mode) noexcept;
 
     bool isOpen() const noexcept { return descriptor_ != kNoFile; }

@@ -1,7 +1,12 @@
 // Files that another program holds, which can be neither moved nor removed here.
+#include "lib/AgentHost.h"
+#include "lib/Module.h"
+#include "lib/Observer.h"
 #include "logger/Logs.h"
+#include "sim/StdoutCapture.h"
 #include "support/Replay.h"
 
+#include <filesystem>
 #include <string>
 #include <windows.h>
 
@@ -9,12 +14,11 @@
 
 namespace {
 
-/// A program that reads a file, as most do: others may read and write it meanwhile.
+/// A program that reads a file. Mostly others may read and write it meanwhile.
 class Reader final {
   public:
-    explicit Reader(const std::filesystem::path& path)
-        : file_(::CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
-                              OPEN_EXISTING, 0, nullptr)) {
+    explicit Reader(const std::filesystem::path& path, DWORD sharing = FILE_SHARE_READ | FILE_SHARE_WRITE)
+        : file_(::CreateFileW(path.c_str(), GENERIC_READ, sharing, nullptr, OPEN_EXISTING, 0, nullptr)) {
         EXPECT_NE(file_, INVALID_HANDLE_VALUE);
     }
     Reader(const Reader&) = delete;
@@ -35,6 +39,44 @@ TEST(HeldFiles, TheLogGoesOnInAFileThatCannotBeMoved) {
         "clock 2026-03-01T10:00:00Z\n0 route off\n0 start logger config\n0 log info a\n1 log info b\n2 log info c\n");
     EXPECT_EQ(logs::files(workspace), "log/k.xml |a|b/|c/") << replay.printed();
     EXPECT_EQ(replay.countLogged(250, "\n Error renaming file"), 2);
+}
+
+TEST(HeldFiles, WhatNobodyElseMayWriteIsToldOnceAndWrittenWhenItIsFree) {
+    struct Told final : agent::Observer {
+        void onLog(int level, std::string_view text) override {
+            count += level == 250 && text.starts_with("\n Another program keeps the log file") ? 1 : 0;
+        }
+        int count = 0;
+    } told;
+    const support::Workspace workspace;
+    const std::filesystem::path before = std::filesystem::current_path();
+    std::filesystem::current_path(workspace.path(""));
+    workspace.write("config", logs::configuration());
+    workspace.write("log/k.xml", "");
+    {
+        const agent::AgentHost host({&told, nullptr, nullptr});
+        const agent::Module module(ZEPHAN_MODULE);
+        sim::StdoutCapture printed;
+        constexpr std::uint8_t info = 30;
+        int times = 0;
+        for (const DWORD sharing : {DWORD{0}, DWORD{FILE_SHARE_READ}}) {
+            {
+                const Reader reader(workspace.path("log/k.xml"), sharing);
+                ASSERT_EQ(module.ZPXRSMLoggerStatup("config"), 0);
+                printed.take();
+                EXPECT_EQ(module.ZPXRSMLoggerLog(info, "lost"), 0);
+                EXPECT_EQ(module.ZPXRSMLoggerLog(info, "lost, too"), 0);
+                EXPECT_EQ(printed.take(), "lostlost, too");
+                EXPECT_EQ(told.count, ++times);
+            }
+            EXPECT_EQ(module.ZPXRSMLoggerLog(info, "kept"), 0);
+            EXPECT_EQ(module.ZPXRSMLoggerShutdown(), 0);
+        }
+    }
+    const std::string log = workspace.read("log/k.xml");
+    EXPECT_EQ(log.find("lost"), std::string::npos);
+    EXPECT_NE(log.find("kept"), log.rfind("kept")) << log;
+    std::filesystem::current_path(before);
 }
 
 TEST(HeldFiles, AnOldFileThatCannotBeRemovedStays) {

@@ -9,6 +9,7 @@
 #include <cerrno>
 #include <filesystem>
 #include <string>
+#include <string_view>
 #include <vector>
 #include <windows.h>
 
@@ -74,6 +75,9 @@ TEST(File, LinesEndAsTheSystemsDo) {
     EXPECT_EQ(file.append("\n\r\ntwo\n"), 10U);
     EXPECT_EQ(file.size(), 14);
     EXPECT_EQ(workspace.read("log/a.xml"), "xone\r\n\r\r\ntwo\r\n");
+    EXPECT_TRUE(file.truncate(4));  // what is left of a write that did not fit is cut off
+    EXPECT_EQ(file.append("2"), 1U);
+    EXPECT_EQ(workspace.read("log/a.xml"), "xone2");
 }
 
 TEST(File, OthersReadAndWriteButDoNotMoveIt) {
@@ -147,6 +151,27 @@ TEST(Path, AbsoluteFromNowOn) {
         EXPECT_EQ(platform::absolutePath(path), absolute) << path;
     }
     std::filesystem::current_path(before);
+}
+
+TEST(Path, LettersThatTheCodePageLacksLeadNowhere) {
+    const support::Workspace workspace;
+    const std::filesystem::path before = std::filesystem::current_path();
+    const std::filesystem::path similar =
+        workspace.path("za");  // as the system spells the other one with 8 bits
+    const std::filesystem::path own = workspace.path("") / L"z\u03b1";
+    workspace.write("za/k.xml", "somebody else's");
+    ASSERT_TRUE(std::filesystem::create_directory(own));
+    std::filesystem::current_path(own);
+    char name[MAX_PATH] = {};
+    ASSERT_NE(::GetCurrentDirectoryA(sizeof name, name), 0U);
+    ASSERT_TRUE(std::string_view(name).ends_with("za")) << name;
+    EXPECT_EQ(Directory().open("."), 2);
+    EXPECT_EQ(Directory().open("log"), 2);
+    EXPECT_FALSE(File::open(platform::absolutePath("k.xml"), OpenMode::Append).isOpen());
+    EXPECT_FALSE(platform::removeFile(platform::absolutePath("k.xml")));
+    std::filesystem::current_path(before);
+    EXPECT_EQ(workspace.read("za/k.xml"), "somebody else's");
+    EXPECT_TRUE(std::filesystem::is_empty(own));
 }
 
 TEST(Clock, CalendarFromBeginningToEnd) {

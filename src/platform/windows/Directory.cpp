@@ -49,9 +49,7 @@ int Directory::open(std::string_view path) noexcept {
         given.at(path.size()) = '\\';
         given.at(path.size() + 1) = '\0';
     }
-    const DWORD length =
-        ::GetFullPathNameA(given.data(), static_cast<DWORD>(full.size()), full.data(), nullptr);
-    if (length == 0 || length >= full.size()) {
+    if (!windows::fullPath(given.data(), full)) {
         return ENOENT;
     }
     // Not for removal by others: the path has to lead here as long as it is used.

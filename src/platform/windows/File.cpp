@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <limits>
 #include <memory>
 #include <new>
@@ -13,6 +14,7 @@ namespace platform {
 namespace {
 
 constexpr std::uint64_t kBehindAll = std::numeric_limits<std::uint64_t>::max();  // as a position to write at
+constexpr char kNowhere[] = "?\\";  // no file has that sign in its path
 
 OVERLAPPED positionOf(std::uint64_t position) noexcept {
     constexpr unsigned halfBits = 32;
@@ -40,6 +42,7 @@ std::int64_t positionIn(HANDLE file) noexcept {
 }  // namespace
 
 File File::open(const std::string& path, OpenMode mode) noexcept {
+    errno = ENOENT;
     windows::PathBuffer native;
     return windows::toNative(path, native) ? File(windows::openRegular(native.data(), mode)) : File();
 }
@@ -147,10 +150,18 @@ bool File::overwriteStart(std::string_view record) noexcept {
 }
 
 bool File::truncate(std::int64_t size) noexcept {
-    const HANDLE file = windows::systemHandle(descriptor_);
+    // Through a handle of its own: one that appends cannot do it.
+    const HANDLE file = ::ReOpenFile(windows::systemHandle(descriptor_), GENERIC_WRITE,
+                                     FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, 0);
+    if (file == INVALID_HANDLE_VALUE) {
+        return false;
+    }
     LARGE_INTEGER end{};
     end.QuadPart = size;
-    return ::SetFilePointerEx(file, end, nullptr, FILE_BEGIN) != FALSE && ::SetEndOfFile(file) != FALSE;
+    const bool done =
+        ::SetFilePointerEx(file, end, nullptr, FILE_BEGIN) != FALSE && ::SetEndOfFile(file) != FALSE;
+    ::CloseHandle(file);
+    return done;
 }
 
 bool File::sync() noexcept {
@@ -197,12 +208,10 @@ std::string absolutePath(const std::string& path) {
         ofDrive ? native.substr(0, 2) + "." : std::string(native.rfind('\\', 0) == 0 ? "\\" : ".");
     native.erase(0, ofDrive ? 2 : start == "\\" ? 1 : 0);
     windows::PathBuffer place;
-    const DWORD length =
-        ::GetFullPathNameA(start.c_str(), static_cast<DWORD>(place.size()), place.data(), nullptr);
-    if (length == 0 || length >= place.size()) {
-        return path;  // there is no place that it could lead to
+    if (!windows::fullPath(start.c_str(), place)) {
+        return kNowhere + native;
     }
-    std::string absolute(place.data(), length);
+    std::string absolute(place.data());
     if (!absolute.ends_with('\\')) {
         absolute += '\\';
     }

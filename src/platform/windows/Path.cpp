@@ -1,6 +1,8 @@
 #include "platform/windows/Path.h"
 
 #include <algorithm>
+#include <cerrno>
+#include <cwchar>
 
 namespace platform::windows {
 namespace {
@@ -32,7 +34,8 @@ Opening openingOf(OpenMode mode) noexcept {
         case OpenMode::Create:
             return {GENERIC_READ | GENERIC_WRITE, shared, OPEN_ALWAYS};
         case OpenMode::Append:
-            return {GENERIC_WRITE | FILE_READ_ATTRIBUTES, shared, OPEN_ALWAYS};
+            // Each write finds the end in one step, whoever else writes, and nothing can be written over.
+            return {FILE_APPEND_DATA | FILE_READ_ATTRIBUTES | SYNCHRONIZE, shared, OPEN_ALWAYS};
     }
     return {GENERIC_READ, shared | FILE_SHARE_DELETE, OPEN_EXISTING};
 }
@@ -47,6 +50,22 @@ bool toNative(std::string_view path, PathBuffer& native) noexcept {
     return true;
 }
 
+bool fullPath(const char* path, PathBuffer& full) noexcept {
+    std::array<wchar_t, kPathSize> given{};
+    std::array<wchar_t, kPathSize> letters{};
+    std::array<wchar_t, kPathSize> fitted{};
+    const auto widen = [](const char* text, std::array<wchar_t, kPathSize>& wide) {
+        return ::MultiByteToWideChar(CP_ACP, 0, text, -1, wide.data(), static_cast<int>(wide.size())) != 0;
+    };
+    const DWORD length = ::GetFullPathNameA(path, static_cast<DWORD>(full.size()), full.data(), nullptr);
+    if (length == 0 || length >= full.size() || !widen(full.data(), fitted) || !widen(path, given)) {
+        return false;
+    }
+    const DWORD count =
+        ::GetFullPathNameW(given.data(), static_cast<DWORD>(letters.size()), letters.data(), nullptr);
+    return count > 0 && count < letters.size() && std::wcscmp(letters.data(), fitted.data()) == 0;
+}
+
 bool isAbsolute(std::string_view path) noexcept {
     const bool atDrive = path.size() > 2 && path[1] == ':' && isSeparator(path[2]);
     return atDrive || (path.size() > 1 && isSeparator(path[0]) && isSeparator(path[1]));
@@ -54,14 +73,17 @@ bool isAbsolute(std::string_view path) noexcept {
 
 NativeFile openRegular(const char* path, OpenMode mode) noexcept {
     if (std::string_view(path).starts_with(kDevices)) {
+        errno = EINVAL;
         return kNoFile;
     }
     const Opening opening = openingOf(mode);
     const HANDLE handle = ::CreateFileA(path, opening.access, opening.sharing, nullptr, opening.disposition,
                                         FILE_ATTRIBUTE_NORMAL, nullptr);
     if (handle == INVALID_HANDLE_VALUE) {
+        errno = ::GetLastError() == ERROR_SHARING_VIOLATION ? EBUSY : ENOENT;
         return kNoFile;
     }
+    errno = EINVAL;
     if (::GetFileType(handle) != FILE_TYPE_DISK) {  // a device's name is one in every directory
         ::CloseHandle(handle);
         return kNoFile;
