@@ -48,13 +48,14 @@ class Build:
                 (place / name).write_bytes(text)
             (place / "test.scenario").write_bytes(scenario)
             with_module = ["--module", self.library / module] if self.library else []
-            try:
-                run = subprocess.run([*self.command, "test.scenario", "--trace", "test.jsonl", *with_module], cwd=place,
-                                     env={"TZ": zone, "PATH": os.environ["PATH"], "HOME": folder}, timeout=TIMEOUT,
-                                     stdout=subprocess.PIPE, stderr=subprocess.STDOUT, errors="replace", check=False)
-                printed = f"exit status {run.returncode} {run.stdout}"
-            except subprocess.TimeoutExpired:
-                printed = "no end"
+            with open(place / "printed", "w+b") as output:  # no pipe: services that Wine starts would keep it open
+                try:
+                    run = subprocess.run([*self.command, "test.scenario", "--trace", "test.jsonl", *with_module], cwd=place,
+                                         env={"TZ": zone, "PATH": os.environ["PATH"], "HOME": folder}, timeout=TIMEOUT,
+                                         stdout=output, stderr=subprocess.STDOUT, check=False)
+                    printed = f"exit status {run.returncode} {(place / 'printed').read_text(errors='replace')}"
+                except subprocess.TimeoutExpired:
+                    printed = "no end"
             trace = place / "test.jsonl"
             files = {str(file.relative_to(place)): file for part in ("log", "state") for file in sorted((place / part).rglob("*"))}
             return (trace.read_bytes() if trace.exists() else b"", printed.strip(),
