@@ -76,6 +76,30 @@ apt_lines() {
 }
 apt_settings() { apt-config dump | grep -E '^Acquire::(https?|Check-|Retries)' || true; }
 
+# Lays out Debian packages of another processor, with all that they need, in a directory of their own: unpacked and not installed,
+# which takes nobody's rights and no emulator. lay_out PROCESSOR DIRECTORY LINES PACKAGE...; LINES are in the form of sources.list.
+# What the packages tell dpkg-shlibdeps of their libraries is gathered in DEBIAN there.
+lay_out() {
+    local processor=$1 root=$2 lines=$3 include link
+    include=$(printf ',%s' "${@:4}")
+    rm -rf "$root" "$root.new"
+    mkdir -p "$root.new"
+    apt_settings >"$root.apt"
+    # Where libraries lie is one place under two names.
+    # shellcheck disable=SC2016  # expanded by the hooks
+    quietly mmdebstrap --mode=chrootless --variant=extract --architectures="$processor" --include="${include#,}" \
+        --aptopt="$root.apt" --setup-hook='mkdir -p "$1/usr/lib" && ln -s usr/lib "$1/lib"' \
+        --extract-hook='mkdir "$1/DEBIAN"; for package in "$1"/var/cache/apt/archives/*.deb; do for file in symbols shlibs; do
+            dpkg-deb --info "$package" $file 2>/dev/null >>"$1/DEBIAN/$file" || true; done; done' \
+        "$(release_here)" "$root.new" - <<<"$lines" || return 1
+    rm -rf "$root.apt" "$root.new"/{dev,tmp,var}
+    # Links from the root lead into this system.
+    find "$root.new" -type l -lname '/*' -print0 | while IFS= read -r -d '' link; do
+        ln -sfnr "$root.new$(readlink "$link")" "$link"
+    done
+    mv "$root.new" "$root"
+}
+
 # Runs a command and shows what it printed only when it fails.
 quietly() {
     local output
