@@ -134,7 +134,8 @@ TEST_PACKAGES=(libgtest-dev libxml2-utils curl "${PACKAGE_PACKAGES[@]}" bash-com
 BROWSER_PACKAGES=(chromium chromium-driver python3-selenium)
 SERVER_PACKAGES=(prometheus prometheus-node-exporter rsyslog rsyslog-relp rsyslog-pgsql postgresql parallel gnuplot-nox
     openssh-server)
-WINDOWS_PACKAGES=(libgtest-dev python3 dpkg-dev g++-mingw-w64-x86-64-posix g++-mingw-w64-i686-posix wine64)
+WINDOWS_PACKAGES=(libgtest-dev python3 dpkg-dev g++-mingw-w64-x86-64-posix g++-mingw-w64-i686-posix wine64 arch-test mmdebstrap
+    debian-archive-keyring)
 PROCESSOR_PACKAGES=(mmdebstrap debian-archive-keyring qemu-user g++-aarch64-linux-gnu g++-arm-linux-gnueabihf g++-i686-linux-gnu
     g++-s390x-linux-gnu)
 SYSROOT_PACKAGES=(libc6-dev libstdc++6 libexpat1-dev libedit-dev libre2-dev zlib1g-dev nlohmann-json3-dev libmicrohttpd-dev libgtest-dev)
