@@ -29,6 +29,14 @@ set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${CMAKE_LIBRARY_OUTPUT_DIRECTORY})
 set(CPACK_STRIP_FILES ON)
+if(CMAKE_CROSSCOMPILING AND CMAKE_LIBRARY_ARCHITECTURE)
+    # The packages are those of the other processor, and so are those that they depend on: what is installed here says nothing of
+    # them, scripts/sysroot keeps what they say of themselves.
+    execute_process(COMMAND dpkg-architecture --host-type ${CMAKE_LIBRARY_ARCHITECTURE} --query DEB_HOST_ARCH
+        OUTPUT_VARIABLE CPACK_DEBIAN_PACKAGE_ARCHITECTURE OUTPUT_STRIP_TRAILING_WHITESPACE ERROR_QUIET)
+    list(APPEND CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${CMAKE_SYSROOT}/lib/${CMAKE_LIBRARY_ARCHITECTURE}
+        ${CMAKE_SYSROOT}/usr/lib/${CMAKE_LIBRARY_ARCHITECTURE})
+endif()
 set(CPACK_PROJECT_CONFIG_FILE ${PROJECT_BINARY_DIR}/package/begin.cmake)
 set(CPACK_POST_BUILD_SCRIPTS ${PROJECT_SOURCE_DIR}/cmake/package/finish.cmake)
 
@@ -86,7 +94,7 @@ if(CMAKE_BUILD_TYPE MATCHES Deb)
     set(CPACK_DEBIAN_DEBUG_PACKAGE_DEPENDS "${module_package} (= ${PROJECT_VERSION})")
     set(CPACK_DEBIAN_DEBUG_PACKAGE_SHLIBDEPS OFF)
     install(CODE "execute_process(COMMAND \"${PROJECT_SOURCE_DIR}/cmake/package/debug-symbols\"
-        \$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/lib/debug/.build-id \"$<TARGET_FILE:ZephanRSMLogger>\" COMMAND_ERROR_IS_FATAL ANY)"
+        \"${CMAKE_OBJCOPY}\" \$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/lib/debug/.build-id \"$<TARGET_FILE:ZephanRSMLogger>\" COMMAND_ERROR_IS_FATAL ANY)"
         COMPONENT package-debug EXCLUDE_FROM_ALL)
 endif()
 
