@@ -27,7 +27,7 @@ SKIPPED = [
     (r"^tests/faults/campaign\.py build/(release$|asan)|^tests/mutation|^bench/zephan_log\.py", "takes minutes; the tests run a short form"),
     (r"^tests/faults/long_run\.py|test_console\.py", "the tests run a short form"),
     (r"^build/fuzz", "takes minutes, and needs clang"),
-    (r"--preemptions=|LOG_STEP_SEEDS=|SCENARIOS=", "takes minutes"),
+    (r"--preemptions=|LOG_STEP_SEEDS=|SCENARIOS=|VISITS=", "takes minutes"),
     (r"axe-core|axe\.py", "needs a package that Debian does not have"),
     (r"git ", "asks the repository, which an archive of the tree does not have"),
     (r" run ", "on the real clock"),

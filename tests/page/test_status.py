@@ -233,7 +233,7 @@ class SentencesTest(unittest.TestCase):
             ("1 connect 10 30\n2 asset absent\n3 stop rsm\n4 schedule 10:01:00 20 4\n5 status\n",
              "RSM runs until about 2026-03-01 10:01:01 GMT, when its schedule of 2026-03-01 10:01:00 GMT: 4 minutes"),
             ("1 thread-destroy leave\n1 connect 10 30\n5 stop rsm\n5 stop logger\n" + "".join(f"9 {line}\n" for line in START) + "10 connect 10 20\n33 status\n",
-             "RSM runs until about 2026-03-01 10:10:10 GMT, one poll every 20 s: 1 poll made, 29 to come."),
+             "RSM runs until about 2026-03-01 10:10:39 GMT, one poll every 20 s: 0 polls made, 31 to come."),
             ("1 audit opened\n2 connect 10 20\n12 connect 5 0\n16 status\n", "RSM runs until about 2026-03-01 10:00:22 GMT, one poll every 0 s: 0 polls made, 1"),
         ]
         for lines, sentence in rows:
