@@ -34,12 +34,12 @@ constexpr std::string_view kByteOrderMark = "\xef\xbb\xbf";
 
 Instant parseTime(const std::string& text, Instant previous) {
     const bool relative = text.starts_with('+');
-    const auto microseconds = parseDecimal(text);
-    if (!microseconds || *microseconds < 0 || Instant(*microseconds) > kLongest) {
+    const auto parsed = parseDecimal(text);
+    if (!parsed || *parsed < 0 || Instant(*parsed) > kLongest) {
         const bool tooLarge = !text.starts_with('-') && isTooLarge(text);
         throw std::runtime_error("'" + text + (tooLarge ? "' is too large" : "' is not a time in seconds"));
     }
-    const Instant time = Instant(*microseconds) + (relative ? previous : Instant(0));
+    const Instant time = Instant(*parsed) + (relative ? previous : Instant(0));
     if (time < previous) {
         throw std::runtime_error("time " + text + " lies before the line above");
     }
