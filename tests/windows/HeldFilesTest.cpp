@@ -3,7 +3,7 @@
 #include "lib/Module.h"
 #include "lib/Observer.h"
 #include "logger/Logs.h"
-#include "sim/StdoutCapture.h"
+#include "sim/trace/StdoutCapture.h"
 #include "support/Replay.h"
 
 #include <filesystem>
