@@ -3,6 +3,7 @@
 
 #include <nlohmann/json.hpp>
 #include <random>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -76,7 +77,9 @@ std::vector<Sample> noise(unsigned int seed, int count, int kinds) {
 struct Row {
     support::RowName name;
     std::vector<Sample> (*samples)();
+    bool isTooMuch = false;  ///< for a page that keeps `kMost` of what does not repeat
 };
+constexpr std::size_t kMost = 2000;
 
 const std::initializer_list<Row> kRows = {
     {"nothing", [] { return std::vector<Sample>(); }},
@@ -88,13 +91,15 @@ const std::initializer_list<Row> kRows = {
     {"polls that stop in the middle of a round", [] { return rounds(50, 4, 10000) + rounds(1, 3, 0); }},
     {"polls, then others, then polls at another rate",
      [] { return rounds(50, 3, 10000) + noise(1, 20, 9) + rounds(50, 3, 15000); }},
+    {"polls of days, then many different events", [] { return rounds(3000, 3, 10000) + noise(4, 9000, 500); },
+     true},
     {"a cycle too long to be seen", [] { return rounds(10, 40, 5); }},
     {"a cycle of cycles",
      [] {
          return rounds(5, 2, 10) + rounds(1, 1, 1) + rounds(5, 2, 10) + rounds(1, 1, 1) + rounds(5, 2, 10);
      }},
-    {"few different events in any order", [] { return noise(2, 3000, 2); }},
-    {"many different events", [] { return noise(3, 9000, 500); }},
+    {"few different events in any order", [] { return noise(2, 3000, 2); }, true},
+    {"many different events", [] { return noise(3, 9000, 9000); }, true},
     {"one event again and again", [] { return rounds(5000, 1, 0); }},
 };
 
@@ -123,27 +128,36 @@ const support::Rows<Row> jsonRows("SessionData/JsonHoldsTheSameEvents", kRows, [
     session::SessionData data;
     for (const auto& [time, text] : samples) {
         data.add(time, text);
+        data.keepLast(kMost);
     }
+    EXPECT_EQ(data.dropped() > 0, row.isTooMuch);
     std::string text = "{";
     data.appendJson(text);
     const auto json = nlohmann::json::parse(text + "}");
     EXPECT_EQ(text.find('<'), std::string::npos);
     const std::vector<std::string> bodies = bodiesIn(json);
     std::vector<Sample> events;
-    std::int64_t time = 0;
+    std::set<std::size_t> used;
+    std::int64_t time = json["dropped"][1];
     for (const auto& run : json["runs"]) {
         for (std::size_t round = 0; round < run[0]; ++round) {
             for (std::size_t i = 1; i < run.size(); i += 2) {
                 time += run[i].get<std::int64_t>();
                 events.push_back({time, bodies.at(run[i + 1])});
+                used.insert(run[i + 1].get<std::size_t>());
             }
         }
     }
-    ASSERT_EQ(events.size(), samples.size());
-    EXPECT_EQ(json["events"], events.size());
+    ASSERT_EQ(json["dropped"][0], data.dropped());
+    ASSERT_EQ(data.dropped() + events.size(), samples.size());
+    EXPECT_EQ(json["events"], samples.size());
+    EXPECT_EQ(used.size(), bodies.size());
+    const std::vector<std::string> lines = data.lines(data.dropped(), samples.size());
     for (std::size_t i = 0; i < events.size(); ++i) {
-        ASSERT_EQ(events[i].time, samples[i].time);
-        ASSERT_EQ(events[i].body, samples[i].body);
+        const Sample& sample = samples[data.dropped() + i];
+        ASSERT_EQ(events[i].time, sample.time);
+        ASSERT_EQ(events[i].body, sample.body);
+        ASSERT_EQ(lines.at(i), linesOf({sample}).front());
     }
 });
 

@@ -232,6 +232,7 @@ class StatusTest(unittest.TestCase):
             live.do("audit", text="Remote tunnel opened by operator-7")
             status = live.status()
             self.assertIsNotNone(status["activity_since"])
+            self.assertEqual(live.get("/healthz")[:2], (200, "ok\n"))
             metrics = live.get("/metrics")[1]
             self.assertEqual([line in metrics for line in ('zephan_rsm_mode{mode="FORCE_POLL_ACTIVITY"} 1\n', "zephan_rsm_polls_total 0\n", "zephan_rsm_ends")],
                              [True, True, False])

@@ -3,6 +3,7 @@
 #include "common/ShownText.h"
 
 #include <algorithm>
+#include <numeric>
 
 namespace session {
 
@@ -47,6 +48,12 @@ std::string written(const std::vector<const std::string*>& bodies, std::size_t a
     return ago == 0 ? text
                     : "[" + std::to_string(ago) + "," + std::to_string(first) + "," + text + "," +
                           std::to_string(last) + "]";
+}
+
+/// How many milliseconds a round takes.
+std::int64_t periodOf(const SessionData::Run& run) {
+    return std::accumulate(run.steps.begin(), run.steps.end(), std::int64_t{0},
+                           [](std::int64_t sum, const SessionData::Step& step) { return sum + step.delay; });
 }
 
 /// The length of the cycle that the last steps went through often enough; 0 when there is none.
@@ -98,14 +105,44 @@ void SessionData::addStep(Step step) {
         single_.resize(single_.size() - length * kRounds);
     }
     if (!single_.empty() && (length > 0 || single_.size() >= kLongestSingle)) {
-        runs_.push_back({1, std::exchange(single_, {})});
+        endRun({1, std::exchange(single_, {})});
     }
+}
+
+void SessionData::keepLast(std::size_t most) {
+    if (stored_ <= most + most / 4 || runs_.size() == 1) {
+        return;
+    }
+    auto run = runs_.begin();
+    for (; stored_ > most && run + 1 != runs_.end(); ++run) {
+        stored_ -= run->steps.size();
+        dropped_ += run->count * run->steps.size();
+        droppedUntil_ += static_cast<std::int64_t>(run->count) * periodOf(*run);
+    }
+    runs_.erase(runs_.begin(), run);
+    // A text that no event has any more becomes one that stays.
+    std::vector<bool> isUsed(bodies_.size());
+    const std::string* stays = nullptr;
+    forEachRun([&](const Run& one) {
+        for (const Step& step : one.steps) {
+            isUsed[step.body] = true;
+            stays = bodies_[step.body];
+        }
+    });
+    changeBodies([&, at = std::size_t{0}, kept = *stays](const std::string& body) mutable {
+        return isUsed[at++] ? body : kept;
+    });
 }
 
 void SessionData::endRepeat() {
     single_.assign(repeat_.steps.begin(), repeat_.steps.begin() + static_cast<std::ptrdiff_t>(matched_));
-    runs_.push_back(std::exchange(repeat_, {}));
+    endRun(std::exchange(repeat_, {}));
     matched_ = 0;
+}
+
+void SessionData::endRun(Run run) {
+    stored_ += run.steps.size();
+    runs_.push_back(std::move(run));
 }
 
 template <typename Visit>
@@ -137,6 +174,8 @@ std::string SessionData::marks() const {
 
 void SessionData::appendJson(std::string& target) const {
     target.append("\"events\":").append(std::to_string(size_)).append(",").append(marks());
+    target.append(",\"dropped\":[").append(std::to_string(dropped_)).append(",");
+    target.append(std::to_string(droppedUntil_)).append("]");
     target += ",\n\"bodies\":[";
     const char* separator = "\n";
     for (std::size_t at = 0; at < bodies_.size(); ++at) {
@@ -167,7 +206,7 @@ std::optional<std::int64_t> SessionData::wallAt(std::int64_t time) const {
 }
 
 void SessionData::forEach(const std::function<void(std::int64_t, const std::string&)>& visit) const {
-    std::int64_t time = 0;
+    std::int64_t time = droppedUntil_;
     forEachRun([&](const Run& run) {
         for (std::uint64_t round = 0; round < run.count; ++round) {
             for (const Step& step : run.steps) {
@@ -201,13 +240,10 @@ void SessionData::changeBodies(const std::function<std::string(const std::string
 
 std::vector<std::string> SessionData::lines(std::uint64_t first, std::size_t limit) const {
     std::vector<std::string> found;
-    std::uint64_t number = 0;  // of the run's first event
-    std::int64_t time = 0;     // before the run
+    std::uint64_t number = dropped_;    // of the run's first event
+    std::int64_t time = droppedUntil_;  // before the run
     forEachRun([&](const Run& run) {
-        std::int64_t period = 0;
-        for (const Step& step : run.steps) {
-            period += step.delay;
-        }
+        const std::int64_t period = periodOf(run);
         const std::uint64_t behind = number + run.count * run.steps.size();
         if (found.size() < limit && first < behind) {
             const std::uint64_t round = first > number ? (first - number) / run.steps.size() : 0;

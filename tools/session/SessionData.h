@@ -44,23 +44,28 @@ class SessionData final {
     /// The agent was killed, which may be no event.
     void addKill(std::int64_t time) { kills_.emplace_back(time, size_); }
 
+    /// How many events there were, those that were dropped among them.
     std::uint64_t size() const { return size_; }
+    std::uint64_t dropped() const { return dropped_; }
+    /// Keeps about `most` events, those of a repeated step counting once: where there are a quarter more, the oldest go,
+    /// and with them the texts that only they had.
+    void keepLast(std::size_t most);
     bool knows(std::string_view body) const { return index_.contains(body); }
 
-    /// Appends the members "bodies", "runs", "events", "clock" and "kills" of a JSON object. No "<" stands in them, so
+    /// Appends the members "bodies", "runs", "events", "dropped", "clock" and "kills" of a JSON object. No "<" stands in them, so
     /// they may lie in a script element whatever the texts hold.
     void appendJson(std::string& target) const;
 
     /// The members "clock" and "kills" alone.
     std::string marks() const;
 
-    /// All events, in order. A body is the same object each time it comes.
+    /// All events that are kept, in order. A body is the same object each time it comes.
     void forEach(const std::function<void(std::int64_t time, const std::string& body)>& visit) const;
     const std::vector<const std::string*>& bodies() const { return bodies_; }
     /// Replaces each body by what `change` makes of it.
     void changeBodies(const std::function<std::string(const std::string& body)>& change);
 
-    /// The lines of the trace from the event number `first` on, at most `limit` of them.
+    /// The lines of the trace from the event number `first` on, which is not dropped, at most `limit` of them.
     std::vector<std::string> lines(std::uint64_t first, std::size_t limit) const;
 
   private:
@@ -72,6 +77,7 @@ class SessionData final {
     std::uint32_t bodyIndex(std::string_view body);
     void addStep(Step step);
     void endRepeat();
+    void endRun(Run run);
     template <typename Visit>
     void forEachRun(Visit visit) const;
 
@@ -83,6 +89,9 @@ class SessionData final {
     std::vector<Step> single_;                ///< steps that repeat nothing (yet)
     std::int64_t last_ = 0;
     std::uint64_t size_ = 0;
+    std::size_t stored_ = 0;  ///< steps in `runs_`
+    std::uint64_t dropped_ = 0;
+    std::int64_t droppedUntil_ = 0;  ///< the time of the last event that was dropped
     /// Time, and how far the wall clock is ahead of it from there on.
     std::vector<std::pair<std::int64_t, std::int64_t>> clock_;
     /// Time, and the number of the next event.

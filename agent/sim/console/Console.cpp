@@ -22,7 +22,7 @@ constexpr int kMostFollowers = 400;                        ///< of the events, w
 constexpr std::size_t kMostNews = std::size_t{64} * 1024;  // bytes at once, and a line
 constexpr std::string_view kService = "/krx/ZephanServices";
 constexpr std::string_view kForms = "/do/";
-const std::set<std::string> kViews = {"/", "/events", "/status", "/metrics", "/krx/Registration"};
+const std::set<std::string> kViews = {"/", "/events", "/status", "/metrics", "/healthz", "/krx/Registration"};
 
 Answer answerOfService(const OrderQueue::Outcome& outcome) {
     if (outcome.calls.size() != 1) {
@@ -139,8 +139,12 @@ Answer Server::view(const Request& request) const {
     }
     if (request.path == "/status") {
         return {MHD_HTTP_OK, "application/json", status_(false)};
-    } else if (request.path == "/metrics") {
+    }
+    if (request.path == "/metrics") {
         return {MHD_HTTP_OK, "text/plain; version=0.0.4; charset=utf-8", status_(true)};
+    }
+    if (request.path == "/healthz") {
+        return {MHD_HTTP_OK, "text/plain; charset=utf-8", "ok\n"};
     }
     const auto profile = session_.profile();
     if (!profile) {
@@ -164,6 +168,7 @@ Answer Server::follow(const Request& request) const {
     stream.next = [this, follower = follower_, next = first, isTold = false,
                    marks = std::string()](bool isDue) mutable -> std::optional<std::string> {
         const LiveSession::News news = session_.news(next);
+        next = news.first;
         std::string text;
         if (news.marks != marks) {
             marks = news.marks;

@@ -12,6 +12,7 @@ void LiveSession::onEvent(const Event& event) noexcept {
     {
         const std::lock_guard lock(mutex_);
         take(record_, event);
+        record_.data().keepLast(kMostEvents);
         const bool succeeded = numberOf(event, "result") == 0;
         if (event.name == "credentials") {
             member_ = textOf(event, "member").value_or("");
@@ -72,7 +73,8 @@ std::string LiveSession::page() const {
 
 LiveSession::News LiveSession::news(std::uint64_t first) const {
     const std::lock_guard lock(mutex_);
-    return {record_.data().lines(first, kMostLines), over_, "{" + record_.data().marks() + "}"};
+    const std::uint64_t there = std::max(first, record_.data().dropped());
+    return {there, record_.data().lines(there, kMostLines), over_, "{" + record_.data().marks() + "}"};
 }
 
 }  // namespace sim

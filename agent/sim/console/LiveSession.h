@@ -27,6 +27,7 @@ class LiveSession final {
         agent::NamedValues properties;
     };
     struct News {
+        std::uint64_t first;             ///< the number of the first line
         std::vector<std::string> lines;  ///< of the trace, without their ends
         bool isOver = false;
         std::string marks;  ///< what no line tells: where the clock was set, and where the agent was killed
@@ -44,7 +45,7 @@ class LiveSession final {
 
     /// The page as it is now.
     std::string page() const;
-    /// Events from number `first` on.
+    /// Events from number `first` on, or from the first that is still there.
     News news(std::uint64_t first) const;
     /// Rings at each event, and at the end.
     Bell& bell() { return bell_; }
@@ -54,7 +55,8 @@ class LiveSession final {
     std::vector<std::string> startLines() const { return copyOf(starts_); }
 
   private:
-    static constexpr std::size_t kMostLines = 100;  ///< at once
+    static constexpr std::size_t kMostLines = 100;      ///< at once
+    static constexpr std::size_t kMostEvents = 100000;  ///< older ones are dropped: sessions go on for months
     static constexpr std::string_view kStart = "start ";
 
     void noteStart(const std::string& verb);

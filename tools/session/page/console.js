@@ -15,12 +15,16 @@ class LiveConsole {
     }
 
     follow() {
-        const source = new EventSource(`/events?after=${this.model.size}`);
+        const source = new EventSource(`/events?after=${this.model.dropped + this.model.size}`);
         source.onopen = () => this.tell('live', 'live');
         source.onerror = () => this.tell('not connected', 'lost');
         source.onmessage = message => {
             // After a lost connection the browser asks from the last number on; before the first one it asks anew.
-            if (Number(message.lastEventId) !== this.model.size) {
+            const ahead = Number(message.lastEventId) - this.model.dropped - this.model.size;
+            if (ahead !== 0) {
+                if (ahead > 0) {
+                    location.reload();  // what is between is no longer kept
+                }
                 return;
             }
             const event = JSON.parse(message.data);

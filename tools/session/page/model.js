@@ -205,7 +205,9 @@ class Model {
         this.facts = [];
         this.runs = [];
         this.size = 0;
-        this.end = shift;
+        [this.dropped] = data.dropped;  // so many events were there before number 0
+        this.begin = data.dropped[1] + shift;
+        this.end = this.begin;
         this.known = new Map();  // of live events
         this.pollCount = 0;
         readBodies(data.bodies).forEach(body => this.addBody(body));
@@ -222,7 +224,7 @@ class Model {
     /// What no event tells: where the wall clock was set, and where the agent was killed.
     setMarks({clock, kills}) {
         this.clock = clock.map(([t, ahead], i) => ({t: i === 0 ? -Infinity : t + this.shift, ahead: ahead - this.shift}));
-        this.kills = (kills ?? []).map(([t, next]) => [t + this.shift, next]);  // with the number of the next event
+        this.kills = (kills ?? []).map(([t, next]) => [t + this.shift, next - this.dropped]);  // with the number of the next event
         this.end = Math.max(this.end, ...[...clock, ...this.kills].map(([t]) => t));
     }
 

@@ -425,7 +425,8 @@ function showStory() {
     });
     document.title = `${signs(model.title)} \u2013 RSM session`;
     setText($('title'), foreign(model.title));
-    setText($('note'), foreign(model.note));
+    const dropped = model.dropped === 0 ? '' : ` The first ${plural(model.dropped, 'event')}, until ${times.at(model.begin)}, are no longer kept.`;
+    setText($('note'), foreign(model.note) + dropped);
     $('local').textContent = zoneName();
     $('summary').textContent = summaryText();
     showSessions();
