@@ -57,10 +57,9 @@ class ZephanRSMSingleTon final {
     KRX::ServiceAgentNS::ServiceAgent* getServiceAgent() const noexcept {
         return rsm_->profile().getServiceAgent();
     }
-    using CloseSchedule = void (*)(ScheduleRSMHandler&);
-    /// Keeps the schedule handler as long as the controller lives, unless there is one already; true when it
-    /// does. The stop that takes the controller away calls `close` with it.
-    bool setScheduleHandler(std::shared_ptr<ScheduleRSMHandler> handler, CloseSchedule close) noexcept;
+    /// Makes the schedule handler unless there is one or the path is null; true when this call made it, whose
+    /// caller then lets it report. Defined beside the handler, of which the controller knows its name alone.
+    bool createScheduleHandler(const char* scheduleFilePath);
     ScheduleRSMHandler* getScheduleHandler() const noexcept { return scheduleHandler_; }
     /// Null only when its memory could not be had.
     ConfigHandler* getConfigHandler() const noexcept { return configHandler_.get(); }
@@ -133,6 +132,11 @@ class ZephanRSMSingleTon final {
     void resumeSavedRSM(const SavedRsm& saved);
 
   private:
+    using CloseSchedule = void (*)(ScheduleRSMHandler&);
+    /// Keeps the schedule handler as long as the controller lives, unless there is one already; true when it
+    /// does. The stop that takes the controller away calls `close` with it.
+    bool setScheduleHandler(std::shared_ptr<ScheduleRSMHandler> handler, CloseSchedule close) noexcept;
+
     ZephanRSMSingleTon();
     int creationError() const noexcept;
     RsmState state() const {

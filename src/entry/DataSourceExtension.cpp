@@ -78,7 +78,7 @@ std::int8_t ZPXRSMDSStartup(void** handle, const char* scheduleFilePath) {
         {
             const entry::Lifecycle lifecycle(entry::Lifecycle::Kind::Start);
             controller = lifecycle.controllerForStart();
-            made = controller != nullptr && createScheduleHandler(*controller, scheduleFilePath);
+            made = controller != nullptr && controller->createScheduleHandler(scheduleFilePath);
         }
         if (made) {
             controller->getScheduleHandler()->reportLoad();

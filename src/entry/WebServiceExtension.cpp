@@ -7,8 +7,6 @@
 #include "platform/portable/Guard.h"
 #include "webservice/ZephanServicesServiceImpl.h"
 
-namespace {}  // namespace
-
 extern "C" {
 
 std::int8_t ZPXRSMWSStartup(void** handle, ZPServiceAgent* serviceAgent) {

@@ -146,13 +146,13 @@ void ScheduleRSMHandler::dateToString(std::int64_t gmtClockValue, char* date, ch
     std::snprintf(time, kDateTextSize, "%02d:%02d:%02d", fields.hour, fields.minute, fields.second);
 }
 
-bool createScheduleHandler(ZephanRSMSingleTon& controller, const char* scheduleFilePath) {
-    if (controller.getScheduleHandler() != nullptr || scheduleFilePath == nullptr) {
+bool ZephanRSMSingleTon::createScheduleHandler(const char* scheduleFilePath) {
+    if (getScheduleHandler() != nullptr || scheduleFilePath == nullptr) {
         return false;
     }
     try {
-        return controller.setScheduleHandler(std::make_shared<ScheduleRSMHandler>(scheduleFilePath),
-                                             [](ScheduleRSMHandler& handler) { handler.close(); });
+        return setScheduleHandler(std::make_shared<ScheduleRSMHandler>(scheduleFilePath),
+                                  [](ScheduleRSMHandler& handler) { handler.close(); });
     } catch (const std::bad_alloc&) {
         return false;  // no handler: the callers report that
     }

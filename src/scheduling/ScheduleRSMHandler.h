@@ -77,7 +77,3 @@ class ScheduleRSMHandler final {
     const char* trouble_ = nullptr;  ///< of the load
     const char* damaged_ = nullptr;  ///< the first element of the loaded record whose value is of no use
 };
-
-/// Makes the controller's schedule handler unless it has one or the path is null; true when this call made it,
-/// whose caller then lets it report.
-bool createScheduleHandler(ZephanRSMSingleTon& controller, const char* scheduleFilePath);
