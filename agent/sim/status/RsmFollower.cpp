@@ -95,8 +95,8 @@ void RsmFollower::onEvent(const Event& event) {
 }
 
 void RsmFollower::noteLine(const std::string& line, std::int64_t now) {
-    constexpr std::string_view kSchedule = lines::kScheduling;
-    constexpr std::string_view schedule = kSchedule.substr(0, kSchedule.find('%'));
+    const std::string_view format = lines::kScheduling;
+    const std::string_view schedule = format.substr(0, format.find('%'));
     int number = 0;
     if (std::sscanf(line.c_str(), lines::kPollingRate, &number) == 1) {
         rate_ = number;
