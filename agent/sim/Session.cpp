@@ -4,6 +4,7 @@
 #include "sim/Options.h"
 #include "sim/System.h"
 #include "sim/time/RealClock.h"
+#include "sim/trace/RecordedEvent.h"
 
 #include <cstdio>
 #include <cstdlib>
@@ -67,7 +68,7 @@ Session::Session(const Options& options)
     if (options.http) {
         serve(*options.http);
     } else if (page_) {
-        recorder_.tell([this](const Event& event) { LiveSession::take(record_, event); });
+        recorder_.tell([this](const Event& event) { addTo(record_, event); });
     }
 }
 

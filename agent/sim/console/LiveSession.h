@@ -4,6 +4,7 @@
 #include "lib/Enterprise.h"
 #include "session/SessionRecord.h"
 #include "sim/input/Bell.h"
+#include "sim/scenario/StartLines.h"
 #include "sim/time/Clock.h"
 #include "sim/trace/Event.h"
 
@@ -12,7 +13,6 @@
 #include <mutex>
 #include <optional>
 #include <string>
-#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -38,8 +38,6 @@ class LiveSession final {
         : record_(record), now_(std::move(now)) {}
 
     void onEvent(const Event& event) noexcept;
-    /// Adds what happens to a record, as a line of a trace where it is one.
-    static void take(session::SessionRecord& record, const Event& event) noexcept;
     /// No more events will come.
     void close();
 
@@ -51,15 +49,12 @@ class LiveSession final {
     Bell& bell() { return bell_; }
     Instant now() const { return now_(); }
     std::optional<Profile> profile() const { return copyOf(profile_); }
-    /// The lines that start again what was started last; empty when nothing was.
-    std::vector<std::string> startLines() const { return copyOf(starts_); }
+    std::vector<std::string> startLines() const { return copyOf(starts_).lines(); }
 
   private:
     static constexpr std::size_t kMostLines = 100;      ///< at once
     static constexpr std::size_t kMostEvents = 100000;  ///< older ones are dropped: sessions go on for months
-    static constexpr std::string_view kStart = "start ";
 
-    void noteStart(const std::string& verb);
     template <typename Value>
     Value copyOf(const Value& value) const {
         const std::lock_guard lock(mutex_);
@@ -73,7 +68,7 @@ class LiveSession final {
     bool over_ = false;
     std::string member_;
     std::optional<Profile> profile_;
-    std::vector<std::string> starts_;  ///< a line each, in the order of their first start
+    StartLines starts_;
 };
 
 }  // namespace sim
