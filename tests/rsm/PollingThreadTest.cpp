@@ -52,7 +52,7 @@ class PollingThreadTest : public testing::Test {
     }
 
     Watcher watcher_;
-    agent::FreeRuntime runtime_{100};  // the three seconds of a stop are 30 ms
+    agent::FreeRuntime runtime_{10};  // the three seconds of a stop are 300 ms
     agent::AgentHost host_{{&watcher_, nullptr, &runtime_}};
     platform::Mutex lock_;
     PollingThread thread_{lock_};
