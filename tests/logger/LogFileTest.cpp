@@ -84,6 +84,18 @@ TEST_F(LogFileTest, CleanUpStaysInItsDirectory) {
     EXPECT_TRUE(fs::is_symlink(file)) << "a log that lies elsewhere stays there";
 }
 
+TEST_F(LogFileTest, ADirectoryThatCannotBeReadToItsEndIsToldOf) {
+    support::inChild([&] {
+        support::refuse({{SYS_getdents64, EOVERFLOW}});  // numbers of files that 32 bits do not hold
+        start();
+        stop();
+        EXPECT_EQ(errors.unread, 1);
+    });
+    start();
+    stop();
+    EXPECT_EQ(errors.unread, 0);
+}
+
 struct ThingRow {
     support::RowName name;
     void (*make)(const fs::path& file);

@@ -22,13 +22,15 @@ inline const agent::Module& module() {
     return loaded;
 }
 
-/// Counts the lines that tell of a rotation that failed.
-class RenameErrors final : public agent::Observer {
+/// Counts the lines that tell of a rotation that failed, and of a directory that could not be read.
+class FileErrors final : public agent::Observer {
   public:
     void onLog(int /*level*/, std::string_view text) override {
         count += text == "\n Error renaming file" ? 1 : 0;
+        unread += text.starts_with("\n \"Error(\" ") ? 1 : 0;
     }
     std::atomic<int> count{0};
+    std::atomic<int> unread{0};
 };
 
 /// A host with the library, its log file in a directory of its own, and what it saw.
@@ -51,7 +53,7 @@ struct LoggingHost {
 
     const support::Workspace workspace;
     const std::filesystem::path file = workspace.path("log/k.xml");
-    RenameErrors errors;
+    FileErrors errors;
     agent::AgentHost agent{{.observer = &errors}};
 };
 
