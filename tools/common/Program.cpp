@@ -16,15 +16,13 @@ int runProgram(const Program& program, int count, char** words,
         logreader::appendShown(shown, text, "  ");
         std::cerr << shown << std::endl;
     };
-    int status = program.failed;
+    int status = 0;
     try {
         const CommandLine given(count, words, program.options);
         if (given.has('h')) {
             std::cout << program.help;
-            status = 0;
         } else if (given.has('V')) {
             std::cout << name << " " << program.version << "\n";
-            status = 0;
         } else {
             status = run(given);
         }
@@ -34,6 +32,7 @@ int runProgram(const Program& program, int count, char** words,
         return kWrongUsage;
     } catch (const std::exception& error) {
         complain((program.signs ? name + ": " : "") + error.what());
+        status = program.failed;
     }
     if (!std::cout.flush()) {
         complain(name + ": the output could not be written");
