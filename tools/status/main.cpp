@@ -120,15 +120,17 @@ int run(const tools::CommandLine& given) {
         }
         // Both change with the files, or with a minute that is over.
         const std::string sentence = line("", files.startText(now));
-        const std::string details =
-            (files.isConfigured() ? "" : line("  configuration  ", files.configuration.problem())) +
-            line("  last known     ", files.resumeText()) +
-            line("  next schedule  ", files.scheduleText(now));
+        std::string details =
+            files.isConfigured() ? "" : line("  configuration  ", files.configuration.problem());
+        details += line("  last known     ", files.resumeText());
+        details += line("  next schedule  ", files.scheduleText(now));
         if (sentence + details != told) {
-            std::cout << (given.has(json)
-                              ? jsonOf(files, now)
-                              : sentence + line("  now            ", status::momentText(now)) + details)
-                      << std::flush;
+            if (given.has(json)) {
+                std::cout << jsonOf(files, now);
+            } else {
+                std::cout << sentence << line("  now            ", status::momentText(now)) << details;
+            }
+            std::cout << std::flush;
             told = sentence + details;
         }
         if (!given.has(watch) || !std::cout) {
