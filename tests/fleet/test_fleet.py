@@ -288,6 +288,8 @@ class Ship(Place):
                 return b""
 
     def test_every_entry_once(self):
+        if self.as_other and subprocess.run(["setpriv", *self.as_other, "test", "-x", self.postgres / "initdb"], check=False).returncode != 0:
+            self.skipTest("the database refuses root, and nobody else may look into this tree")
         self.path.chmod(0o755)
         self.relp, self.sql = free_port(), free_port()
         (self.path / "tls").mkdir()
