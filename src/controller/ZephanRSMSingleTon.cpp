@@ -74,9 +74,7 @@ void ZephanRSMSingleTon::destroyInstance() {
     // Also when the stopping thread is unwound while it waits or logs: one that starts nothing must not stay.
     const platform::ScopeGuard removal([&present] {
         published->withdraw(present);
-        if (ScheduleRSMHandler* const handler = present->getScheduleHandler()) {
-            present->closeSchedule_.load()(*handler);
-        }
+        present->closeSchedule();
         if (present->configHandler_ != nullptr) {
             present->configHandler_->getLogManager().close();
         }
@@ -92,15 +90,4 @@ ZephanRSMSingleTon::~ZephanRSMSingleTon() = default;
 int ZephanRSMSingleTon::creationError() const noexcept {
     const int error = rsm_->creationError();
     return error != 0 ? error : resumeFileLock_.creationError();
-}
-
-bool ZephanRSMSingleTon::setScheduleHandler(std::shared_ptr<ScheduleRSMHandler> handler,
-                                            CloseSchedule close) noexcept {
-    closeSchedule_ = close;
-    ScheduleRSMHandler* none = nullptr;
-    if (!scheduleHandler_.compare_exchange_strong(none, handler.get())) {
-        return false;
-    }
-    ownedScheduleHandler_ = std::move(handler);
-    return true;
 }

@@ -132,10 +132,8 @@ class ZephanRSMSingleTon final {
     void resumeSavedRSM(const SavedRsm& saved);
 
   private:
-    using CloseSchedule = void (*)(ScheduleRSMHandler&);
-    /// Keeps the schedule handler as long as the controller lives, unless there is one already; true when it
-    /// does. The stop that takes the controller away calls `close` with it.
-    bool setScheduleHandler(std::shared_ptr<ScheduleRSMHandler> handler, CloseSchedule close) noexcept;
+    /// The schedule handler takes no more orders. Defined beside it, too.
+    void closeSchedule();
 
     ZephanRSMSingleTon();
     int creationError() const noexcept;
@@ -148,6 +146,5 @@ class ZephanRSMSingleTon final {
     records::StateFile resumeFile_ GUARDED_BY(resumeFileLock_){kResumeRootTag};
     std::unique_ptr<ConfigHandler> configHandler_;
     std::shared_ptr<ScheduleRSMHandler> ownedScheduleHandler_;
-    std::atomic<CloseSchedule> closeSchedule_{nullptr};
     std::atomic<ScheduleRSMHandler*> scheduleHandler_{nullptr};
 };

@@ -151,9 +151,20 @@ bool ZephanRSMSingleTon::createScheduleHandler(const char* scheduleFilePath) {
         return false;
     }
     try {
-        return setScheduleHandler(std::make_shared<ScheduleRSMHandler>(scheduleFilePath),
-                                  [](ScheduleRSMHandler& handler) { handler.close(); });
+        auto handler = std::make_shared<ScheduleRSMHandler>(scheduleFilePath);
+        ScheduleRSMHandler* none = nullptr;
+        if (!scheduleHandler_.compare_exchange_strong(none, handler.get())) {
+            return false;
+        }
+        ownedScheduleHandler_ = std::move(handler);
+        return true;
     } catch (const std::bad_alloc&) {
         return false;  // no handler: the callers report that
+    }
+}
+
+void ZephanRSMSingleTon::closeSchedule() {
+    if (ScheduleRSMHandler* const handler = getScheduleHandler()) {
+        handler->close();
     }
 }
