@@ -163,6 +163,10 @@ std::string scriptSafe(std::string_view json) {
     return target;
 }
 
+std::string scriptText(std::string_view text) {
+    return scriptSafe(jsonText(text));
+}
+
 }  // namespace logreader
 
 std::string tools::secondsText(std::int64_t milliseconds) {

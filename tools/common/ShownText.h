@@ -19,6 +19,8 @@ std::string jsonText(std::string_view text);
 /// JSON for a script element of a page: without any "<", which can only stand in its strings, so whatever these hold,
 /// they end no element.
 std::string scriptSafe(std::string_view json);
+/// A text as such JSON.
+std::string scriptText(std::string_view text);
 
 /// Whether the byte is none that begins a character of UTF-8.
 constexpr bool continuesCharacter(char byte) {

@@ -43,8 +43,7 @@ std::string written(const std::vector<const std::string*>& bodies, std::size_t a
             last = behind;
         }
     }
-    const std::string text =
-        logreader::scriptSafe(logreader::jsonText(body.substr(first, body.size() - first - last)));
+    const std::string text = logreader::scriptText(body.substr(first, body.size() - first - last));
     return ago == 0 ? text
                     : "[" + std::to_string(ago) + "," + std::to_string(first) + "," + text + "," +
                           std::to_string(last) + "]";

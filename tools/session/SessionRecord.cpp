@@ -139,11 +139,8 @@ std::optional<std::int64_t> SessionRecord::wallAt(std::int64_t time) const {
 }
 
 std::string SessionRecord::json() const {
-    const auto text = [](const std::string& shown) {
-        return logreader::scriptSafe(logreader::jsonText(shown));
-    };
-    std::string target =
-        "{\"title\":" + text(title_) + ",\"note\":" + text(note_) + ",\"texts\":" + asJson(texts_);
+    std::string target = "{\"title\":" + logreader::scriptText(title_) +
+                         ",\"note\":" + logreader::scriptText(note_) + ",\"texts\":" + asJson(texts_);
     target += ",\"start\":" + (clock_ ? std::to_string(clock_->count()) : "null") +
               ",\"log\":" + (isLog_ ? "true" : "false") + ",\n";
     data_.appendJson(target);

@@ -49,7 +49,7 @@ class LiveSession final {
     Bell& bell() { return bell_; }
     Instant now() const { return now_(); }
     std::optional<Profile> profile() const { return copyOf(profile_); }
-    std::vector<std::string> startLines() const { return copyOf(starts_).lines(); }
+    std::vector<std::string> startLines() const { return copyOf(starts_.lines()); }
 
   private:
     static constexpr std::size_t kMostLines = 100;      ///< at once

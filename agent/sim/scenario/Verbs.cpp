@@ -110,6 +110,13 @@ bool isDigits(std::string_view text) {
     return !text.empty() && text.find_first_not_of("0123456789") == std::string_view::npos;
 }
 
+/// A number like -12.5, whatever its size.
+bool isDecimal(std::string_view text) {
+    text.remove_prefix(text.starts_with('-') || text.starts_with('+') ? 1 : 0);
+    const std::size_t point = std::min(text.find('.'), text.size());
+    return isDigits(text.substr(0, point)) && (point == text.size() || isDigits(text.substr(point + 1)));
+}
+
 /// The verb that an unknown word was meant to be, if that can be guessed.
 std::string suggestion(const std::string& first, const std::string& firstTwo) {
     constexpr std::size_t kFurthest = 2;
@@ -160,7 +167,7 @@ std::optional<std::int64_t> parseDecimal(const std::string& text) {
     constexpr double kMaximum = 1'000'000'000'000;
     double value = 0;
     const char* const begin = text.data() + (text.starts_with('+') ? 1 : 0);
-    if (!isTooLarge(text) || std::from_chars(begin, text.data() + text.size(), value).ec != std::errc() ||
+    if (!isDecimal(text) || std::from_chars(begin, text.data() + text.size(), value).ec != std::errc() ||
         std::abs(value) > kMaximum) {
         return std::nullopt;
     }
@@ -178,11 +185,7 @@ std::optional<unsigned int> parseCount(const std::string& text, unsigned int max
 }
 
 bool isTooLarge(const std::string& text) {
-    std::string_view digits = text;
-    digits.remove_prefix(digits.starts_with('-') || digits.starts_with('+') ? 1 : 0);
-    const std::size_t point = std::min(digits.find('.'), digits.size());
-    return isDigits(digits.substr(0, point)) &&
-           (point == digits.size() || isDigits(digits.substr(point + 1)));
+    return isDecimal(text);
 }
 
 std::optional<std::uint8_t> parseLevel(const std::string& text) {
