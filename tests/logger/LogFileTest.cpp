@@ -270,6 +270,7 @@ TEST_F(LogFileTest, TwoProcessesFillADisk) {
             return;
         }
         workspace.write("mounted", "yes");
+        configure(logs::setting("FileSize", "20000"));
         std::array<pid_t, 2> children{};
         for (std::size_t i = 0; i < children.size(); ++i) {
             children.at(i) = support::startChild([&, i] {
@@ -283,7 +284,7 @@ TEST_F(LogFileTest, TwoProcessesFillADisk) {
                     }
                     return result;
                 };
-                start(logs::setting("FileSize", "20000"));
+                startAsConfigured();
                 for (int entry = 0; entry < kEntries; ++entry) {
                     std::array<char, 128> text{};
                     std::snprintf(text.data(), text.size(), "%zu%04d%090d\n", i, entry, 0);

@@ -41,8 +41,14 @@ struct LoggingHost {
     ~LoggingHost() { interposed::now = 0, interposed::write = nullptr; }
 
     void start(const std::string& more = {}, const std::string& path = {}) const {
+        configure(more, path);
+        startAsConfigured();
+    }
+    void configure(const std::string& more = {}, const std::string& path = {}) const {
         const std::string log = setting("LogFilePath", path.empty() ? file.string() : path);
         workspace.write("config", configuration(log + more));
+    }
+    void startAsConfigured() const {
         ASSERT_EQ(module().ZPXRSMLoggerStatup(workspace.path("config").c_str()), 0);
     }
     static void stop() { module().ZPXRSMLoggerShutdown(); }
