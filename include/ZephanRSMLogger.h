@@ -75,7 +75,7 @@
 //   60 seconds) is accepted, too, reported, and over at once unless remote activity goes on.
 // - A disconnect or "ExitRSM" takes effect after one more poll, that is within one interval.
 // - A stop during RSM takes its three seconds, during which polls go on. To stop quickly, disconnect,
-//   wait for one interval, and stop then.
+//   wait for one interval, and stop then. While a schedule waits, a stop always takes them.
 // - KRXLogSetFunc and KRXLogSetAuditFunc are the agent's own; platform/agent/Logging.h declares them as
 //   the module sees them.
 //
