@@ -1,5 +1,6 @@
-// The module's whole life in the six lines that the README shows. Linking loads the library. An agent that loads
-// it with dlopen, looks at the results and uses all families is minimal-agent.cpp.
+// The module's whole life in the six lines that the README shows, to be run where zephan-config.xml lies beside the
+// directories log and state: without it the start of RSM, and so the program, ends with -1. Linking loads the library.
+// An agent that loads it with dlopen, looks at the results and uses all families is minimal-agent.cpp.
 #include "ZephanRSMLogger.h"
 #include "lib/AgentHost.h"
 
