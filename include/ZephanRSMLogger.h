@@ -222,7 +222,10 @@ ZP_EXPORT int32_t ZPXRSMDSSet(void);
 /// 1 failed, 2 command not recognised.
 /// [any thread; after ZPXRSMDSStartup: until then every command answers 1, an unknown one too]
 ///
-/// "ScheduleRSM" orders RSM, now or later, and replaces an order that still waits. Its properties:
+/// "ScheduleRSM" orders RSM, now or later. An order for later replaces one that still waits. An order for
+/// now, or a "connect", leaves that waiting; but the schedule file holds the last ScheduleRSM alone, so
+/// after an order for now a restart has forgotten what waited. Nothing cancels an order that waits. The
+/// properties:
 ///
 ///   name          value                                      when absent
 ///   RSMStartDate  GMT date, "2026:03:02", or "immediate"     "immediate"
@@ -248,7 +251,7 @@ ZP_EXPORT int32_t ZPXRSMDSSet(void);
 ///   0  "Thread exited successfully."       RSM ends after one more poll, as above
 ///   0  "Agent is in activity mode."        remote activity goes on, and so does RSM
 ///   0  "There is no active thread."        nothing polls
-///   0  "Agent is not in force poll mode."  RSM has just ended
+///   0  "Agent is not in force poll mode."  RSM has just ended; to a disconnect also: an order waits
 ///   1  "Agent is not in RSM."
 ZP_EXPORT int32_t ZPXRSMDSExectue(void* reserved1, void* reserved2, const char* command,
                                   const PropList* input, PropList** response);
