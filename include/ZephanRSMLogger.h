@@ -73,6 +73,8 @@
 // - The first poll comes one whole interval after the order. An order has no upper bound: a connect
 //   for 2147483647 minutes is accepted. One that comes to no poll (0 minutes, a rate below 1 or above
 //   60 seconds) is accepted, too, reported, and over at once unless remote activity goes on.
+// - Remote activity keeps RSM polling. Its end is followed by as many minutes of polling as the order
+//   asked for, or as were left when RSM was resumed.
 // - A disconnect or "ExitRSM" takes effect after one more poll, that is within one interval.
 // - A stop during RSM takes its three seconds, during which polls go on. To stop quickly, disconnect,
 //   wait for one interval, and stop then. While a schedule waits, a stop always takes them.
