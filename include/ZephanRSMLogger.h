@@ -70,9 +70,12 @@
 //
 // ---- When what happens --------------------------------------------------------------------------
 //
-// - The first poll comes one whole interval after the order. An order has no upper bound: a connect
-//   for 2147483647 minutes is accepted. One that comes to no poll (0 minutes, a rate below 1 or above
-//   60 seconds) is accepted, too, reported, and over at once unless remote activity goes on.
+// - The first poll comes one whole interval after the order, up to 5 seconds later while a schedule
+//   waits. An order while RSM runs does not shorten the interval under way: a poll at the end of that
+//   one, which counts for neither order, comes before the first.
+// - An order has no upper bound: a connect for 2147483647 minutes is accepted. One that comes to no
+//   poll (0 minutes, a rate below 1 or above 60 seconds) is accepted, too, reported, and over at once
+//   unless remote activity goes on.
 // - Remote activity keeps RSM polling. Its end is followed by as many minutes of polling as the order
 //   asked for, or as were left when RSM was resumed.
 // - A disconnect or "ExitRSM" takes effect after one more poll, that is within one interval.
