@@ -255,9 +255,13 @@ ZP_EXPORT int32_t ZPXRSMDSSet(void);
 ///
 ///   0  "Thread exited successfully."       RSM ends after one more poll, as above
 ///   0  "Agent is in activity mode."        remote activity goes on, and so does RSM
-///   0  "There is no active thread."        nothing polls
-///   0  "Agent is not in force poll mode."  RSM has just ended; to a disconnect also: an order waits
-///   1  "Agent is not in RSM."
+///   1  "Agent is not in RSM."              RSM is off, or ends already
+///
+/// In place of the last one a "disconnect" answers one of the following, and so does "ExitRSM" when RSM ends
+/// at that very moment:
+///
+///   0  "Agent is not in force poll mode."  RSM is off, or ends already
+///   0  "There is no active thread."        RSM is off, and nothing was ordered since the start
 ZP_EXPORT int32_t ZPXRSMDSExectue(void* reserved1, void* reserved2, const char* command,
                                   const PropList* input, PropList** response);
 
