@@ -6,9 +6,9 @@
 #include "platform/Console.h"
 #include "platform/ThreadEnd.h"
 #include "platform/agent/Logging.h"
-#include "platform/portable/Lock.h"
 #include "platform/portable/NoDestructor.h"
 #include "platform/portable/Number.h"
+#include "platform/portable/Published.h"
 #include "platform/portable/Role.h"
 #include "platform/portable/ScopeGuard.h"
 
@@ -27,8 +27,7 @@ constexpr char kHeld[] =
 constexpr int kMostCounters = 10'000;  // tried for one archive
 constexpr std::size_t kConsoleLineSize = 64;
 
-platform::NoDestructor<platform::Mutex> instanceLock;
-platform::NoDestructor<std::weak_ptr<LogFileWriter>> theInstance;  // under the lock
+platform::NoDestructor<platform::Published<LogFileWriter>> published;
 
 /// Of the thread that reports a failed rotation. Of several one has it; what the others report is told once a
 /// second at the most.
@@ -37,25 +36,18 @@ platform::NoDestructor<platform::Role> reporter;
 }  // namespace
 
 std::shared_ptr<LogFileWriter> LogFileWriter::getInstance() {
+    if (auto present = published->get()) {
+        return present;
+    }
     try {
-        {
-            const platform::Lock lock(*instanceLock);
-            if (auto present = theInstance->lock()) {
-                return present;
-            }
-        }
-        std::shared_ptr<LogFileWriter> made(new LogFileWriter);
-        const platform::Lock lock(*instanceLock);
-        *theInstance = made;
-        return made;
+        return published->publishFirst(std::shared_ptr<LogFileWriter>(new LogFileWriter));
     } catch (const std::exception&) {
         return nullptr;  // memory ran out: the file logger works without a writer
     }
 }
 
 void LogFileWriter::destroyInstance() noexcept {
-    const platform::Lock lock(*instanceLock);
-    theInstance->reset();
+    published->exchange(nullptr);
 }
 
 LogFileWriter::LogFileWriter() {
