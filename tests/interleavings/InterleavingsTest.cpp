@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <iostream>
+#include <malloc.h>
 #include <optional>
 
 #include <gtest/gtest.h>
@@ -106,6 +107,10 @@ const Scene kScenes[] = {
      waiting,
      0,
      {{"stop", stop}, {"start", [](Host& host) { host.start(), host.log("an entry"); }}}},
+    {"message and stop, without a logger",
+     [](Host& host) { host.stop(), host.startAgain(); },
+     0,
+     {{"message", [](Host& host) { host.audit("opened"); }}, {"stop", stop}}},
     {"lines that nobody reads",
      [](Host& host) { host.readLate(); },
      0,
@@ -126,6 +131,7 @@ const bool registered = [] {
 
 int main(int argc, char** argv) {
     testing::InitGoogleTest(&argc, argv);
+    ::mallopt(M_PERTURB, 0xA5);  // who uses what is gone fails
     for (int i = 1; i < argc; ++i) {
         const std::string option = argv[i];
         const std::string value = option.substr(std::min(option.find('=') + 1, option.size()));
