@@ -90,6 +90,16 @@ class Packages(unittest.TestCase):
         for path, (_, package) in moved.items():
             self.assertEqual(run("dpkg-query", "--root=root", "--search", f"/{path}", cwd=place), f"{package}: /{path}\n")
 
+    def test_a_device_is_asked_for_its_agents_packages(self):
+        text, place = (SOURCE / "cmake/package/begin.cmake.in").read_text(), self.scratch / "asked"
+        (place / "package").mkdir(parents=True)
+        for libraries, packages, status in (("/opt/libagent.so", "", 1), ("/opt/libagent.so", "none", 0), ("", "", 0)):
+            values = {"PROJECT_SOURCE_DIR": str(SOURCE), "PROJECT_BINARY_DIR": str(place), "ZEPHAN_AGENT_LIBRARIES": libraries,
+                      "ZEPHAN_AGENT_PACKAGES": packages}
+            (place / "begin.cmake").write_text(re.sub(r"@(\w+)@", lambda found: values.get(found[1], "1"), text))
+            said = run(os.environ["CMAKE"], "-P", "begin.cmake", cwd=place, status=status)
+            self.assertEqual("Which packages have the agent's libraries?" in said, status == 1)
+
     def test_each_package_says_its_size_and_one_time(self):
         times = set()
         for package in self.packages.values():
