@@ -120,6 +120,18 @@ TEST_F(LogFileWriterTest, ChildThatIsForkedInAReportRotatesLikeAnyOther) {
     EXPECT_EQ(reports, 1);
 }
 
+TEST_F(LogFileWriterTest, ThreadThatVanishesWhileItReportsStopsNoRotation) {
+    support::inChild([this] {
+        hook = [](const char*) { support::vanish(); };
+        support::inVanishingThread([this] { write("b"); });
+        int reports = 0;
+        hook = [&](const char*) { ++reports; };
+        ++interposed::now;
+        write("c");
+        EXPECT_EQ(reports, 1);
+    });
+}
+
 TEST_F(LogFileWriterTest, ThreadThatVanishesInAWriteLosesThatEntryAndTheNext) {
     support::inChild([this] {
         testing::internal::CaptureStdout();
