@@ -37,7 +37,10 @@ class CAPABILITY("mutex") Mutex final {
     bool release() noexcept;
 
   private:
-    alignas(std::max_align_t) std::array<std::byte, 64> storage_{};  ///< of the system's own object
+    static constexpr std::size_t kAlignment = 8;
+
+    /// Of the system's own object. Not aligned as `max_align_t`: 32-bit MinGW has two of these, by the headers that came before.
+    alignas(kAlignment) std::array<std::byte, 64> storage_{};
     int creationError_ = 0;
 };
 

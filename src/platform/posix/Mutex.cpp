@@ -33,7 +33,7 @@ Mutex::Wait outcomeOf(int result, pthread_mutex_t* mutex) noexcept {
 }  // namespace
 
 Mutex::Mutex() noexcept {
-    static_assert(sizeof(pthread_mutex_t) <= sizeof storage_);
+    static_assert(sizeof(pthread_mutex_t) <= sizeof storage_ && alignof(pthread_mutex_t) <= kAlignment);
     auto* const mutex = ::new (storage_.data()) pthread_mutex_t;
     pthread_mutexattr_t attributes;
     creationError_ = pthread_mutexattr_init(&attributes);

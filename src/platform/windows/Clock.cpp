@@ -1,8 +1,10 @@
 #include "platform/Clock.h"
 
 #include <chrono>
+#include <cstdint>
 #include <time.h>
 
+// The C library's own conversions know no moment before 1970 and none after 3000.
 namespace platform {
 namespace {
 
@@ -16,18 +18,6 @@ constexpr int kMonthsPerYear = 12;
 std::int64_t now() noexcept {
     return ::_time64(nullptr);
 }
-
-std::tm localFields(std::int64_t moment) noexcept {
-    std::tm fields{};
-    const __time64_t value = moment;
-    if (::_localtime64_s(&fields, &value) != 0) {
-        const __time64_t origin = 0;
-        ::_localtime64_s(&fields, &origin);
-    }
-    return fields;
-}
-
-// The C library's own conversions know no moment before 1970 and none after 3000.
 
 std::tm utcFields(std::int64_t moment) noexcept {
     const calendar::sys_seconds instant{calendar::seconds(moment)};
@@ -49,6 +39,17 @@ std::tm utcFields(std::int64_t moment) noexcept {
     fields.tm_wday = static_cast<int>(calendar::weekday(day).c_encoding());
     fields.tm_yday = static_cast<int>((day - newYear).count());
     return fields;
+}
+
+std::tm localFields(std::int64_t moment) noexcept {
+    std::tm fields{};
+    const __time64_t value = moment;
+    if (::_localtime64_s(&fields, &value) == 0) {
+        return fields;
+    }
+    // Without summer time, for which those years have no rule. What does not fit wraps to a moment beyond the calendar.
+    return utcFields(static_cast<std::int64_t>(static_cast<std::uint64_t>(moment) -
+                                               static_cast<std::uint64_t>(_timezone)));
 }
 
 std::int64_t momentOfUtc(std::tm fields) noexcept {
