@@ -229,8 +229,8 @@ def main():
     parser.add_argument("--seed", type=int, default=1, help="of the choice among all mutants (1)")
     parser.add_argument("--only", default="src", metavar="PATH", help="a file or folder of the module")
     parser.add_argument("--without", metavar="REGEX",
-                        default="^(Package|Browser|Documents|Console|Status|ReportPage|LongRun|Header|Examples)",
-                        help="programs of the tests to leave out; those that try packages, pages and documents when it is not given")
+                        default="^(Package|Browser|Documents|Console|Status|ReportPage|LongRun|Header|Examples|Fleet)",
+                        help="programs of the tests to leave out; else those that try packages, pages, documents and fleets")
     parser.add_argument("--trees", type=int, default=os.cpu_count(), help="mutants at a time (one for each core)")
     parser.add_argument("--work", type=pathlib.Path, default=ROOT / "build/mutation", help="work folder (build/mutation)")
     parser.add_argument("--list", action="store_true", help="say which mutants would be tried first, and try none")
