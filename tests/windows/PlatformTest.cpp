@@ -7,9 +7,11 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdlib>
 #include <filesystem>
 #include <string>
 #include <string_view>
+#include <time.h>
 #include <vector>
 #include <windows.h>
 
@@ -20,6 +22,16 @@ namespace {
 using platform::Directory;
 using platform::File;
 using platform::OpenMode;
+
+TEST(Clock, MomentsBefore1970HaveTheDateOfTheZone) {
+    ASSERT_EQ(::_putenv("TZ=AAA-2"), 0);  // two hours east
+    const std::tm fields = platform::localFields(-3 * 3600);
+    EXPECT_EQ(fields.tm_year, 69);
+    EXPECT_EQ(fields.tm_mday, 31);
+    EXPECT_EQ(fields.tm_hour, 23);
+    ::_putenv("TZ=");
+    ::_tzset();
+}
 
 TEST(DirectoryScan, EntriesAndErrorNumbers) {
     using namespace platform::windows;

@@ -47,6 +47,8 @@ std::tm localFields(std::int64_t moment) noexcept {
     if (::_localtime64_s(&fields, &value) == 0) {
         return fields;
     }
+    // The C library refuses such a moment before it has looked for the zone.
+    ::_tzset();
     // Without summer time, for which those years have no rule. What does not fit wraps to a moment beyond the calendar.
     return utcFields(static_cast<std::int64_t>(static_cast<std::uint64_t>(moment) -
                                                static_cast<std::uint64_t>(_timezone)));

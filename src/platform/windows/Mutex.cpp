@@ -33,7 +33,7 @@ Mutex::Wait waitAtMost(int creationError, HANDLE mutex, DWORD milliseconds) noex
 }  // namespace
 
 Mutex::Mutex() noexcept {
-    static_assert(sizeof(HANDLE) <= sizeof storage_);
+    static_assert(sizeof(HANDLE) <= sizeof storage_ && alignof(HANDLE) <= kAlignment);
     const HANDLE mutex = ::CreateMutexA(nullptr, FALSE, nullptr);
     ::new (storage_.data()) HANDLE(mutex);
     if (mutex == nullptr) {
