@@ -74,8 +74,8 @@ apt_lines() {
     [ -n "$lines" ] || wrong_usage "apt of this system has no mirror of Debian"
     printf '%s\n' "$lines"
 }
-# The first of them: this release as it came out, which mirrors have of every processor.
-apt_release_line() { apt_lines "$(release_here)" | sed -n 1p; }
+# The first of them: a release, this one when none is named, as it came out, which mirrors have of every processor.
+apt_release_line() { apt_lines "${1-$(release_here)}" | sed -n 1p; }
 apt_settings() { apt-config dump | grep -E '^Acquire::(https?|Check-|Retries)' || true; }
 
 # Lays out Debian packages of another processor, with all that they need, in a directory of their own: unpacked and not installed,

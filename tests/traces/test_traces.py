@@ -22,7 +22,7 @@ import tempfile
 
 import scenarios
 
-NUMBERS = range(1, 1 + int(os.environ.get("SCENARIOS", 40)))
+NUMBERS = range(1, 1 + int(os.environ.get("SCENARIOS") or 40))
 SCRIPTS = {b'echo "the script"; test ! -e fail': b"echo the script&amp; if exist fail exit 1",
            b'echo "[modality script: remote access begins]"': b"echo [modality script: remote access begins]"}
 LONG_NAME = re.compile(b"n{100,}")
@@ -91,18 +91,20 @@ def main(arguments):
     texts = {file.name: file.read_bytes() for folder in folders for file in folder.glob("*.xml")}
     work = {file.stem: (file.read_bytes(), "libfake-module.so" if folder.name == "simulator" else "libZephanRSMLogger.so")
             for folder in folders for file in sorted(folder.glob("*.scenario"))}
+    others = {}  # texts of the scenarios that are not replayed with `texts`
     if there.is_windows:
+        larger = {name: FILE_SIZE.sub(b"<FileSize>1000000<", text) for name, text in texts.items()}
+        others = dict.fromkeys((file.stem for file in folders[2].glob("*.scenario")), larger)
         work.update({f"random-{number}": (scenarios.scenario(number).encode(), "libZephanRSMLogger.so") for number in NUMBERS})
         work = {name: (LONG_NAME.sub(b"n" * 100, scenario), module) for name, (scenario, module) in work.items()}
-        large = {name: FILE_SIZE.sub(b"<FileSize>1000000<", text) for name, text in texts.items()}
     if only:
         work = {only: work[only]}
 
     def compare(name):
         zone = "UTC" if there.is_windows else ZONE
-        kept = large if there.is_windows and (folders[2] / f"{name}.scenario").exists() else texts
-        trace, printed, files = here.replay(kept, zone, *work[name])
-        other_trace, other_printed, other_files = there.replay(kept, zone, *work[name])
+        own = others.get(name, texts)
+        trace, printed, files = here.replay(own, zone, *work[name])
+        other_trace, other_printed, other_files = there.replay(own, zone, *work[name])
         if there.is_windows:
             other_trace = without_carriage_returns(other_trace)
             files, other_files = sorted(files), sorted(other_files)
