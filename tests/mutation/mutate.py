@@ -26,6 +26,7 @@ import mutants
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 BUILD_SECONDS = 300
+NOT_OF_THE_MODULE = "^(Package|Browser|Documents|Console|Status|ReportPage|LongRun|Header|Examples|Fleet)"
 LIMITS = "ulimit -v 8000000; ulimit -f 2000000; exec \"$@\""  # KiB of memory, blocks of a file
 
 
@@ -228,9 +229,8 @@ def main():
     parser.add_argument("--count", type=int, default=100, help="mutants that count (100)")
     parser.add_argument("--seed", type=int, default=1, help="of the choice among all mutants (1)")
     parser.add_argument("--only", default="src", metavar="PATH", help="a file or folder of the module")
-    parser.add_argument("--without", metavar="REGEX",
-                        default="^(Package|Browser|Documents|Console|Status|ReportPage|LongRun|Header|Examples|Fleet)",
-                        help="programs of the tests to leave out; else those that try packages, pages, documents and fleets")
+    parser.add_argument("--without", default="^$", metavar="REGEX",
+                        help="programs of the tests to leave out, beside those that try packages, pages, documents and fleets")
     parser.add_argument("--trees", type=int, default=os.cpu_count(), help="mutants at a time (one for each core)")
     parser.add_argument("--work", type=pathlib.Path, default=ROOT / "build/mutation", help="work folder (build/mutation)")
     parser.add_argument("--list", action="store_true", help="say which mutants would be tried first, and try none")
@@ -259,7 +259,7 @@ def main():
         return
 
     for tree in trees:
-        tree.find_programs(options.without)
+        tree.find_programs(f"{NOT_OF_THE_MODULE}|{options.without}")
     failed = first.failing(lambda program: 1200)
     if failed:
         sys.exit("Without a fault fails " + " ".join(failed))
