@@ -6,6 +6,8 @@ namespace logreader {
 
 namespace {
 
+enum Option : int { exclude = tools::kLong, zone, logZone, config, cursorFile, noPager, files, diskUsage };
+
 std::size_t readCount(const std::string& text) {
     std::size_t count = 0;
     const char* const end = text.data() + text.size();
@@ -108,48 +110,36 @@ Examples:
   $ zephan-log --json --log-zone +09:00 --utc copied/kelp-logs.xml | jq -r .text
 )";
 
-Options parseOptions(int count, char** words) {
-    enum Option : int {
-        exclude = tools::kLong,
-        zone,
-        logZone,
-        config,
-        cursorFile,
-        noPager,
-        files,
-        diskUsage
-    };
-    const tools::CommandLine given(count, words,
-                                   {{"since", 'S'},
-                                    {"until", 'U'},
-                                    {"grep", 'g'},
-                                    {"exclude", exclude},
-                                    {"ignore-case", 'i', ""},
-                                    {"context", 'C'},
-                                    {"last", 'n'},
-                                    {"lines", 'n'},
-                                    {"cursor-file", cursorFile},
-                                    {"follow", 'f', ""},
-                                    {"reverse", 'r', ""},
-                                    {"output", 'o'},
-                                    {"json", 'o', "json"},
-                                    {"utc", zone, "UTC"},
-                                    {"zone", zone},
-                                    {"log-zone", logZone},
-                                    {"no-pager", noPager, ""},
-                                    {"priority", 'p'},
-                                    {"quiet", 'q', ""},
-                                    {"files", files, ""},
-                                    {"disk-usage", diskUsage, ""},
-                                    {"config", config}});
-    Options options;
-    if (given.has('h') || given.has('V')) {
-        options.mode = given.has('h') ? Options::Mode::help : Options::Mode::version;
-        return options;
-    }
+std::vector<tools::OptionRow> optionRows() {
+    return {{"since", 'S'},
+            {"until", 'U'},
+            {"grep", 'g'},
+            {"exclude", exclude},
+            {"ignore-case", 'i', ""},
+            {"context", 'C'},
+            {"last", 'n'},
+            {"lines", 'n'},
+            {"cursor-file", cursorFile},
+            {"follow", 'f', ""},
+            {"reverse", 'r', ""},
+            {"output", 'o'},
+            {"json", 'o', "json"},
+            {"utc", zone, "UTC"},
+            {"zone", zone},
+            {"log-zone", logZone},
+            {"no-pager", noPager, ""},
+            {"priority", 'p'},
+            {"quiet", 'q', ""},
+            {"files", files, ""},
+            {"disk-usage", diskUsage, ""},
+            {"config", config}};
+}
+
+Options readOptions(const tools::CommandLine& given) {
     if (given.has('p')) {
         throw UsageError("entries carry no levels, so there is no -p; --grep chooses by the message");
     }
+    Options options;
     options.mode = given.has(diskUsage) ? Options::Mode::diskUsage
                    : given.has(files)   ? Options::Mode::files
                                         : Options::Mode::read;

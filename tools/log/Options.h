@@ -15,7 +15,7 @@ namespace logreader {
 using tools::UsageError;
 
 struct Options {
-    enum class Mode : std::uint8_t { read, files, diskUsage, help, version };
+    enum class Mode : std::uint8_t { read, files, diskUsage };
 
     Mode mode = Mode::read;
     std::optional<std::string> since;
@@ -37,8 +37,9 @@ struct Options {
     std::vector<std::string> files;  ///< "-" stands for standard input
 };
 
+std::vector<tools::OptionRow> optionRows();
 /// Throws UsageError.
-Options parseOptions(int count, char** words);
+Options readOptions(const tools::CommandLine& given);
 
 extern const char* const kHelp;
 

@@ -9,15 +9,14 @@
 #include "Options.h"
 #include "Pager.h"
 #include "Reading.h"
+#include "common/Program.h"
 #include "platform/Clock.h"
 
 #include <cerrno>
 #include <chrono>
 #include <cstdio>
 #include <cstring>
-#include <exception>
 #include <filesystem>
-#include <iostream>
 #include <optional>
 #include <stdexcept>
 #include <thread>
@@ -171,34 +170,27 @@ class Run final {
     std::optional<Pager> pager_;
 };
 
-ExitStatus run(const Options& options) {
+int run(const tools::CommandLine& given) {
+    const Options options = readOptions(given);
+    Run program(options);
     switch (options.mode) {
-        case Options::Mode::help:
-            writeOut(kHelp, stdout);
-            return printed;
-        case Options::Mode::version:
-            writeOut("zephan-log " TOOL_VERSION "\n", stdout);
-            return printed;
         case Options::Mode::files:
-            return Run(options).files();
+            return program.files();
         case Options::Mode::diskUsage:
-            return Run(options).diskUsage();
+            return program.diskUsage();
         case Options::Mode::read:
             break;
     }
-    return Run(options).entries();
+    return program.entries();
 }
 
 }  // namespace
 
 int main(int count, char** words) {
-    try {
-        return run(parseOptions(count, words));
-    } catch (const UsageError& error) {
-        complain(error.what());
-        std::cerr << "Try zephan-log --help.\n";
-    } catch (const std::exception& error) {
-        complain(error.what());
-    }
-    return failed;
+    return tools::runProgram({.name = "zephan-log",
+                              .version = TOOL_VERSION,
+                              .help = kHelp,
+                              .failed = failed,
+                              .options = optionRows()},
+                             count, words, run);
 }
