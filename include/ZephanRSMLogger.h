@@ -70,17 +70,19 @@
 //
 // ---- When what happens --------------------------------------------------------------------------
 //
-// - The first poll comes one whole interval after the order, up to 5 seconds later while a schedule
-//   waits. An order while RSM runs does not shorten the interval under way: a poll at the end of that
-//   one, which counts for neither order, comes before the first.
+// - The first poll comes one whole interval after the order has been reported, up to 5 seconds later
+//   while a schedule waits. An order while RSM runs takes effect at the end of the interval under way, with
+//   a poll that counts for neither order: "connect 10 30" at 0 s and "connect 5 60" at 95 s poll at
+//   120 s, and then at 180 s and four times more.
 // - An order has no upper bound: a connect for 2147483647 minutes is accepted. One that comes to no
 //   poll (0 minutes, a rate below 1 or above 60 seconds) is accepted, too, reported, and over at once
 //   unless remote activity goes on.
 // - Remote activity keeps RSM polling. Its end is followed by as many minutes of polling as the order
 //   asked for, or as were left when RSM was resumed.
 // - A disconnect or "ExitRSM" takes effect after one more poll, that is within one interval.
-// - A stop during RSM takes its three seconds, during which polls go on. To stop quickly, disconnect,
-//   wait for one interval, and stop then. While a schedule waits, a stop always takes them.
+// - The stop that ends RSM takes three seconds, during which polls go on. To stop quickly, disconnect,
+//   wait for one interval, and stop then. While a schedule waits, that stop always takes them.
+// - A disconnect leaves the resume file alone: a start within the ordered period resumes RSM.
 // - KRXLogSetFunc and KRXLogSetAuditFunc are the agent's own; platform/agent/Logging.h declares them as
 //   the module sees them.
 //
@@ -90,27 +92,31 @@
 //   what                             on which thread                   for how long
 //   -------------------------------  --------------------------------  ------------------------------
 //   the agent's log (KRXLog)         all that call in, "Data Polling"
-//   sending the RSM profile          one at a time: "Data Polling"; an until the enterprise answers; an
-//     to the enterprise              order while RSM runs;             order without a polling thread
-//                                    ZPRSMExtnStartup; the audit       also tells what changes in
-//                                    message that begins activity.     the meantime
-//                                    A second one leaves its change
-//                                    to the first and goes on
+//   sending the RSM profile          one at a time: "Data Polling"; an until the enterprise answers; no
+//     to the enterprise              order while RSM runs;             poll is made in the meantime
+//                                    ZPRSMExtnStartup; the audit       when "Data Polling" sends.
+//                                    message that begins activity.     Without that thread an order
+//                                    A second one leaves its change    also reports what changes
+//                                    to the first and goes on          while it sends
 //   ForcePoll of asset 0             "Data Polling"                    until it returns
-//   the agent's thread functions     orders, starts and stops          a stop waits at most 3 seconds
-//   the modality script              the audit message that begins     until the script ends
-//                                    activity
+//   the agent's thread functions     orders, starts and stops;         a stop waits at most 3 seconds
+//                                    KRXThreadSleep: "Data Polling"
+//   the modality script              the audit message that begins     until the script ends; until
+//                                    activity                          then no end of remote activity
+//                                                                      is acted on
 //   standard output                  log and audit messages            one thread waits while nobody
 //                                                                      reads a full pipe
 //
 // "Data Polling" is the module's only thread, there while RSM runs or awaits its start. Log lines
 // of the module come back through the log hook into ZPXRSMLoggerLog on the same thread.
 //
-// The host holds no lock
-// - across a start, a stop, "connect", "disconnect" or a command, that another thread may need in
-//   the agent's log, in sending to the enterprise, in ForcePoll or in the thread functions;
-// - across ZPXRSMLoggerAudit, that sending to the enterprise needs.
-// The agent's log may hold a lock of its own around its hook, one that its holder may take again.
+// Locks of the host:
+// - A start, a stop, "connect", "disconnect" or a command is not called under a lock that another
+//   thread may need in the agent's log, in sending to the enterprise, in ForcePoll or in the thread
+//   functions.
+// - ZPXRSMLoggerAudit is not called under a lock that sending to the enterprise needs.
+// - The agent's log may hold a recursive lock while it calls its hook, ZPXRSMLoggerLog.
+// Functions of the agent may throw: that counts as their failure.
 //
 // The host calls no start and no stop from within a function that the module has called.
 //
@@ -238,7 +244,8 @@ ZP_EXPORT int32_t ZPXRSMDSSet(void);
 ///   PollingRate   seconds from one poll to the next, >= 1    "60"
 ///   GracePeriod   minutes of polling, >= 1                   "30"
 ///
-/// RSM starts at once when either of the first two is "immediate" or the start has passed. Other
+/// RSM starts at once when either of the first two is "immediate", or when the start has passed: then
+/// for the whole minutes that are left. An order runs once; a night is a GracePeriod of 480. Other
 /// names are ignored, so a misspelt one counts as absent. Of a number the leading digits count;
 /// values have at most 99 characters. A period has as many polls as fit whole into each of its
 /// minutes: with a rate above 60 none, unless remote activity goes on. When it answers 0, the order
@@ -324,7 +331,7 @@ ZP_EXPORT int8_t ZPXRSMWSShutdown(void* handle);
 ///
 /// Numbers are decimal and are not checked; an absent one, or a text without leading digits, counts
 /// as 0. "connect" starts RSM or, while it runs, starts it afresh with the new values, and answers
-/// 0, or -1 when no thread could be started. "disconnect" answers 0.
+/// 0, or -1 when no thread could be started. "disconnect" answers 0. Either answers -1 without memory.
 ZP_EXPORT int8_t ZPXRSMWSCreateService(void* handle, ZPService** service);
 
 /// Destroys a service object (null is accepted). Always 0.

@@ -31,9 +31,9 @@ class Service {
     /// then on. 0, or -1 with a log line for an operation that the service does not have.
     /// [any thread]
     virtual std::int8_t CreateMessage(const char* operation, Messaging::WebServiceMessage* message) = 0;
-    /// Runs the operation named in the message's header. "connect" waits while the enterprise is
-    /// told. The operation's result (see the table in ZephanRSMLogger.h); -1 for another operation,
-    /// or for a message without its objects.
+    /// Runs the operation named in the message's header. A "connect" while RSM runs waits for the
+    /// enterprise's answer to its report, unless another thread reports. The operation's result (see
+    /// the table in ZephanRSMLogger.h); -1 for another operation, or for a message without its objects.
     /// [any thread; after this message's CreateMessage]
     virtual std::int8_t Execute(Messaging::WebServiceMessage* message) = 0;
     /// Releases what the service still owns of the call; the response must not be written

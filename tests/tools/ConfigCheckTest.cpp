@@ -226,8 +226,8 @@ TEST_F(ConfigCheckTest, ExampleGivesNothing) {
           "log/kelp-logs.xml                             line 8 (from here " +
               std::filesystem::canonical(workspace.path("log")).string() + "/kelp-logs.xml)\n",
           std::string("line 10 (bytes)\n"), std::string("line 14 (every message but those of level trace)\n"),
-          std::string("'Remote tunnel opened'                        line 22\n"),
-          std::string("'Desktop session opened'                      line 23\n")}) {
+          std::string("'Remote tunnel opened'                        line 23\n"),
+          std::string("'Desktop session opened'                      line 24\n")}) {
         EXPECT_NE(all.find(line), std::string::npos) << line << "\n" << all;
     }
 }
@@ -430,7 +430,7 @@ TEST_F(ConfigCheckTest, JsonHoldsAllOfIt) {
     EXPECT_EQ(files[0]["settings"][1].dump(), R"({"meaning":"bytes","name":"FileLogging/FileSize",)"
                                               R"("origin":{"column":9,"line":10},"value":"5000000"})");
     EXPECT_EQ(files[0]["settings"][5]["values"][1].dump(),
-              R"({"origin":{"column":13,"line":23},"value":"Desktop session opened"})");
+              R"({"origin":{"column":13,"line":24},"value":"Desktop session opened"})");
     EXPECT_EQ(files[1]["accepted"], false);
     EXPECT_EQ(files[1]["findings"][0]["kind"], "not-well-formed");
     EXPECT_EQ(files[1]["findings"][0]["notes"][0]["line"], 1);
