@@ -8,20 +8,24 @@
 namespace bench {
 namespace {
 
-/// The texts number `list`, `list` + 4, ... of `count`: 17 to 26 characters, half of them beginning with
-/// letters that fill any message.
+constexpr int kLists = 4;
+
+/// The texts number `list`, `list` + 4, ... of `count`.
 std::string messages(int list, int count) {
-    static const char* const kBeginnings[] = {"Remote tunnel opened", "session closed by",
-                                              "File transfer started", "ended upload of file"};
     std::string elements;
-    for (int i = list; i < count; i += 4) {
-        elements += "<Message>" + std::string(kBeginnings[(list + i / 4) % 4]) + " " + std::to_string(i) +
-                    "</Message>";
+    for (int i = list; i < count; i += kLists) {
+        elements += "<Message>" + activityText(i) + "</Message>";
     }
     return elements;
 }
 
 }  // namespace
+
+std::string activityText(int number) {
+    static const char* const kBeginnings[] = {"Remote tunnel opened", "session closed by",
+                                              "File transfer started", "ended upload of file"};
+    return std::string(kBeginnings[(number + number / kLists) % 4]) + " " + std::to_string(number);
+}
 
 Scratch::Scratch() : directory_(std::filesystem::path(BENCH_SCRATCH) / std::to_string(::getpid())) {
     std::filesystem::create_directories(directory_);

@@ -23,6 +23,10 @@ class Scratch final {
     std::filesystem::path directory_;
 };
 
+/// One of the texts that mark remote activity: 17 to 26 characters, half of them beginning with letters that fill
+/// any message.
+std::string activityText(int number);
+
 /// Writes a configuration whose log file lies beside it and is never rotated. Returns its path. `texts`: how
 /// many texts mark remote activity, spread over the four lists; `logLevel`: as in the file.
 std::string writeConfiguration(const Scratch& scratch, int texts = 4, const std::string& logLevel = "info");

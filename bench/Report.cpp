@@ -13,9 +13,8 @@ namespace {
 constexpr int kBarMissed = 1;
 constexpr int kNothingNamed = 3;
 
-bool keeps(const Comparison& comparison, const Bar& bar) {
-    return comparison.ratio.median <= bar.ratio.value_or(comparison.ratio.median) &&
-           comparison.difference.median <= bar.difference.value_or(comparison.difference.median);
+bool keeps(const Comparison& comparison, Bar bar) {
+    return !bar || comparison.ratio.median <= *bar;
 }
 
 std::string timeText(double nanoseconds) {
@@ -54,11 +53,8 @@ class TableReporter final : public benchmark::BenchmarkReporter {
                       run.run_name.function_name.c_str(), timeText(value("subject")).c_str(),
                       timeText(value("reference")).c_str(), value("ratio"), value("low"), value("high"),
                       timeText(value("difference")).c_str());
-            if (const double bar = value("ratio bar"); bar > 0) {
-                ::dprintf(descriptor_, "A/B %.2f", bar);
-            }
-            if (const double bar = value("difference bar"); bar > 0) {
-                ::dprintf(descriptor_, "A-B %s", timeText(bar).c_str());
+            if (const double bar = value("bar"); bar > 0) {
+                ::dprintf(descriptor_, "%.2f", bar);
             }
             const bool missed = value("missed") > 0;
             ::dprintf(descriptor_, "%s\n", missed ? ", missed" : "");
@@ -88,12 +84,7 @@ void report(benchmark::State& state, const std::function<Comparison()>& measure,
     state.counters["low"] = comparison.ratio.low;
     state.counters["high"] = comparison.ratio.high;
     state.counters["difference"] = comparison.difference.median;
-    if (bar.ratio) {
-        state.counters["ratio bar"] = *bar.ratio;
-    }
-    if (bar.difference) {
-        state.counters["difference bar"] = *bar.difference;
-    }
+    state.counters["bar"] = bar.value_or(0);
     state.counters["missed"] = keeps(comparison, bar) ? 0 : 1;
 }
 

@@ -11,11 +11,8 @@
 
 namespace bench {
 
-/// What a comparison has to keep: a bound on the ratio or on the difference in nanoseconds.
-struct Bar {
-    std::optional<double> ratio;
-    std::optional<double> difference;
-};
+/// The largest ratio that a comparison may have; none is to compare only.
+using Bar = std::optional<double>;
 
 /// How often what misses its bar is measured: what the module costs is there each time, a disturbed machine
 /// is not.
@@ -23,7 +20,7 @@ constexpr int kAttempts = 5;
 
 /// Hands what `measure` answers to the reporter, as the result of a benchmark that runs once. While it misses
 /// its bar it is measured again, `kAttempts` times in all.
-void report(benchmark::State& state, const std::function<Comparison()>& measure, Bar bar = {});
+void report(benchmark::State& state, const std::function<Comparison()>& measure, Bar bar = std::nullopt);
 
 /// Sends standard output to /dev/null, where the module's echo is to go, and prints the table to where it
 /// went before: the settings first, then what Google Benchmark was told to run. The process's exit status: 1

@@ -239,7 +239,8 @@ std::string settings() {
 
 using Measurement = double (*)(const bench::Scratch& scratch, const std::string& configuration);
 
-void define(const char* name, Measurement subject, Measurement reference, int rounds, bench::Bar bar = {}) {
+void define(const char* name, Measurement subject, Measurement reference, int rounds,
+            bench::Bar bar = std::nullopt) {
     benchmark::RegisterBenchmark(name,
                                  [=](benchmark::State& state) {
                                      for (auto _ : state) {
@@ -264,14 +265,14 @@ int main(int argumentCount, char** arguments) {
     define(
         "dlopen of the module / of C++ and Expat",
         [](const Scratch&, const std::string&) { return timeOfLoading(BENCH_MODULE); },
-        [](const Scratch&, const std::string&) { return timeOfLoading(BENCH_EXPAT_PROBE); }, kRounds,
-        {2.5, {}});
-    define("the four starts / their system calls", timeOfStarts, timeOfCalls, kRounds, {3.5, {}});
+        [](const Scratch&, const std::string&) { return timeOfLoading(BENCH_EXPAT_PROBE); }, kRounds, 2.5);
+    define("the four starts / their system calls", timeOfStarts, timeOfCalls, kRounds, 3.5);
     define("start among 100000 young files / listing", timeOfStartAmongMany<1>, timeOfListingMany<1>,
-           kRoundsOfMany, {1.5, {}});
+           kRoundsOfMany, 1.5);
     define("start with 100000 old files / unlinking", timeOfStartAmongMany<99>, timeOfListingMany<99>,
-           kRoundsOfMany, {1.5, {}});
-    define("replay of a day, poll every 10 s / 0.5 s", timeOfDay,
-           [](const Scratch&, const std::string&) { return kHalfSecond; }, kReplays, {1.0, {}});
+           kRoundsOfMany, 1.5);
+    define(
+        "replay of a day, poll every 10 s / 0.5 s", timeOfDay,
+        [](const Scratch&, const std::string&) { return kHalfSecond; }, kReplays, 1.0);
     return bench::run(argumentCount, arguments, settings);
 }
