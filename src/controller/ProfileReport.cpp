@@ -59,7 +59,7 @@ void ProfileReport::setServiceAgent(KRX::ServiceAgentNS::ServiceAgent* serviceAg
     if (serviceAgent == nullptr || !serviceAgent_.compare_exchange_strong(none, serviceAgent)) {
         return;
     }
-    KRXLog(level::kWarn, "\n *** Setting Service Agent pointer in ZephanRSMSingleTon *** \n");
+    KRXLog(level::kWarn, lines::kServiceAgent);
     if (auto* const asset = findAsset()) {
         introduce(*asset);
     }

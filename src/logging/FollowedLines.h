@@ -10,6 +10,8 @@ inline constexpr char kRsm[] = "RSM Extension";
 inline constexpr char kDataSource[] = "RSM DataSource Extension";
 inline constexpr char kLogger[] = "RSM Logger Extension";
 inline constexpr char kWebService[] = "RSM WebService Extension";
+/// The first of an agent that was started, before what its start reports.
+inline constexpr char kServiceAgent[] = "\n *** Setting Service Agent pointer in ZephanRSMSingleTon *** \n";
 
 inline constexpr char kPollingRate[] = " Polling Rate = %d seconds \n";
 inline constexpr char kPollingDuration[] = " Polling Duration = %d min \n";

@@ -91,6 +91,8 @@ class ReportTest(unittest.TestCase):
             trace = json.loads(out.read_text())["traceEvents"]
             spans = [(event["ph"], event.get("name"), event["ts"]) for event in trace if event["ph"] in "BE" and event["tid"] == 2 and event["pid"] == 1]
             self.assertEqual(spans, [("B", "tunnel", 5000000), ("E", None, 30000000)])
+            modes = [event["ph"] for event in trace if event["ph"] in "BE" and event["tid"] == 1]
+            self.assertEqual(modes.count("B"), modes.count("E"))
             self.assertEqual(sum(event.get("name") == "poll" and event["pid"] == 2 for event in trace), sum(event["event"] == "force-poll" for event in events))
             for file in ("trace.jsonl", "log/kelp-logs.xml"):
                 self.assertEqual(workspace.draw(file, "--config", "zephan-config.xml", "--redact", "-o", "out"), (0, ""))

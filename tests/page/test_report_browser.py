@@ -104,6 +104,21 @@ class ReportPageTest(unittest.TestCase):
         self.assertIn("resumed at the start of the agent", told[1])
         self.assertEqual([flag.text for flag in self.find("#picture .flag.kill, #picture .flag.restart")], ["killed", "agent is back"])
 
+    def test_a_log_tells_what_came_back_in_either_order(self):
+        entry = "Date:2026-3-1 Time:10:0:{} :: {}\n".format
+        again = entry(20, "\n *** Setting Service Agent pointer in ZephanRSMSingleTon *** ")
+        started = "".join(entry(20, f"Custom HVK Extension: {family} startup complete.") for family in ("RSM Extension", "RSM WebService Extension"))
+        report = "".join(entry(20, text) for text in (" RSM_MODE = FORCE_POLL_GRACE ", " RSM_GRACE_PERIOD = 1 ", " RSM_DELAY_PROFILE_GRACE_PERIOD = 0 "))
+        poll = entry(15, "\nZephan Agent is Force Polling  ...")
+        for name, parts in (("the start first", (again, started, report)), ("the report first", (again, report, started)), ("without the agent's line", (started, report))):
+            with self.subTest(name):
+                first, second = ("".join(part.replace(":20 ::", f":{at} ::") for part in parts) for at in (10, 20))
+                (self.workspace.path / "k.xml").write_text(first + poll + second + poll.replace(":15 ", ":25 "))
+                self.assertEqual(self.workspace.draw("k.xml", "-o", "log.html"), (0, ""))
+                self.open(self.workspace.path / "log.html")
+                self.assertEqual(self.bands(), [["grace", 0, 5], ["none", 5, 10], ["grace", 10, None]])
+                self.assertEqual([told.split(" \u00b7 ")[-1] for told in self.told()], ["over: the log does not tell how", "did not end before the session did"])
+
     def told(self):
         return [item.text.split("\n")[-1] for item in self.find("#sessions li")]
 

@@ -2,6 +2,7 @@
 
 #include "common/ShownText.h"
 #include "platform/Clock.h"
+#include "session/LogSession.h"
 #include "session/SessionRecord.h"
 
 #include <algorithm>
@@ -125,11 +126,20 @@ class TraceEvents final {
         } else if (what == "call") {
             mark(orders, session::take(event, "verb"), event);
         } else if (what == "log") {
-            mark(log, session::take(event, "text"), event);
+            const std::string text = session::take(event, "text");
+            endMode(beginsAnew(text));
+            mark(log, text, event);
         } else {
             endMode(what == "thread-destroyed");
             mark(others, what, event);
         }
+    }
+
+    /// What is still open ends with the session.
+    void end() {
+        endMode(true);
+        change(tunnel, "abort");
+        change(file, "abort");
     }
 
   private:
@@ -210,6 +220,7 @@ void writeTraceEvents(const std::vector<const SessionRecord*>& sessions, std::os
         TraceEvents events(target, i + 1, shift);
         events.begin(session.title());
         session.data().forEach([&](std::int64_t time, const std::string& body) { events.take(time, body); });
+        events.end();
     }
     target << "\n]}\n";
 }

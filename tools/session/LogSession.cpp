@@ -135,7 +135,11 @@ class LogReader final {
 
 bool isModuleLine(std::string_view text) {
     return textIn(text, lines::kPoll) || textIn(text, lines::kReportFailed) ||
-           text.starts_with(beginningOf(lines::kStarted)) || text.starts_with(kProperty);
+           text.starts_with(beginningOf(lines::kStarted)) || text.starts_with(kProperty) || beginsAnew(text);
+}
+
+bool beginsAnew(std::string_view text) {
+    return textIn(text, lines::kServiceAgent).has_value();
 }
 
 bool isLog(const std::string& path) {

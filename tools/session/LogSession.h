@@ -13,6 +13,8 @@ bool isLog(const std::string& path);
 
 /// Whether an entry is one of the module's lines by which its work is followed; none of them holds a name.
 bool isModuleLine(std::string_view text);
+/// Whether it is the first of an agent that was started.
+bool beginsAnew(std::string_view text);
 
 /// Adds what the log file with its archives tells: each entry, and what the module's own lines and the audit texts of
 /// the record's configuration mean. Throws std::runtime_error when one cannot be read.

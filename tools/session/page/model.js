@@ -24,7 +24,7 @@ const kCallKinds = {'force-poll': 'polls', 'update-asset': 'reports', stdout: 'o
 
 const kSteps = {  // of the story, told by lines of the module
     begin: 'Going To Execute Modality Script', done: 'Script executed Successfully', failed: 'Error while running script',
-    disconnect: 'Going to exit force polling after next poll',
+    disconnect: 'Going to exit force polling after next poll', agent: 'Setting Service Agent pointer in',
 };
 
 // ---- Foreign texts. They are isolated, so that they turn nothing else round, and what nobody would see is a sign.

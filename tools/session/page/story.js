@@ -29,6 +29,7 @@ class Story {
         this.sessions = [];
         this.schedules = []; // {t, at, rate, minutes}: starts that were ordered
         this.up = new Set(); // families that were started
+        this.back = new Set(); // of these, those that an agent which begins anew has yet to start
         this.killed = false;
         this.ending = null;  // what asked for the session's end
         this.unnamed = [];   // causes that the next call to come back was
@@ -133,6 +134,8 @@ class Story {
                 }
                 if (facts.step === 'disconnect') {
                     this.ending = 'disconnected';
+                } else if (facts.step === 'agent') {
+                    this.beginAnew(number);
                 } else if (facts.step !== undefined) {
                     this.readScript(facts.step, t, number);
                 }
@@ -149,6 +152,16 @@ class Story {
                     this.unnamed.push(this.starter);
                 }
                 break;
+        }
+    }
+
+    /// Of a log: the agent's first line. Nobody stopped the one before, so it ended somewhere between. What a start reports may come
+    /// before the line that tells of it.
+    beginAnew(number) {
+        if (this.model.isLog && (this.up.size > 0 || this.session)) {
+            this.ending = this.up.size > 0 ? 'the log does not tell how' : 'the agent stopped';
+            this.leave(this.model.timeOf(number - 1), number);
+            this.back = new Set(this.up);
         }
     }
 
@@ -170,11 +183,10 @@ class Story {
         if (this.destroyed) {
             this.judgeEnd(first, second, t);
         }
-        if (this.model.isLog && first === 'start' && this.up.has(second)) {
-            // Nobody stopped it, so it ended somewhere between.
-            this.ending = 'the log does not tell how';
-            this.leave(this.model.timeOf(number - 1), number);
+        if (first === 'start' && this.up.has(second) && !this.back.has(second)) {
+            this.beginAnew(number - 1);  // the level of the log has left out its first line, and this one's own is the event before
         }
+        this.back.delete(second);
         if (first === 'start') {
             // A kill while nothing ran shows only by a second start.
             const isBack = this.killed || this.up.has(second);
