@@ -40,7 +40,7 @@ class StatusTest(unittest.TestCase):
             ("2026-03-01T10:04:00Z", resume(), None, "A start now would resume RSM for 6 minutes at one poll every 30 s."),
             ("2026-03-01T10:04:10Z", resume(), None, "A start now would resume RSM for 5 minutes at one poll every 30 s."),
             ("2026-03-01T09:00:00Z", resume(), None, "A start now would resume RSM for 10 minutes at one poll every 30 s."),
-            ("2026-03-01T10:09:59Z", resume(), None, "A start now would resume RSM for 0 minutes at one poll every 30 s."),
+            ("2026-03-01T10:09:59Z", resume(), None, "A start now would resume RSM for less than a minute, too short for a poll."),
             ("2026-03-01T10:10:00Z", resume(), None, nothing),
             ("2026-03-01T10:04:00Z", resume(grace="05") + "behind it", None, "A start now would resume RSM for 1 minute at one poll every 30 s."),
             ("2026-03-01T10:04:00Z", " " + resume(), None, nothing, "resume"),
@@ -118,7 +118,7 @@ class StatusTest(unittest.TestCase):
             ("state/schedule.xml", lambda path: path.write_text("<b>"), "no record", "is damaged: it holds no record", 1),
             ("state/schedule.xml", lambda path: path.write_text(schedule(rate="x")), "damaged", "is damaged: its PollingRate is of no use", 1),
             ("state/resume.xml", lambda path: path.write_text(""), "empty", "is empty", 0),
-            ("state/resume.xml", lambda path: None, "missing", "is missing", 0),
+            ("state/resume.xml", lambda path: None, "missing", "is missing\n  next schedule  none: state/schedule.xml is missing\n  looked for in  /", 0),
         ]
         for file, make, state, said, status in rows:
             with self.subTest(file, said=said), Workspace() as workspace:
@@ -133,7 +133,7 @@ class StatusTest(unittest.TestCase):
                 self.assertEqual((ended, f'state="{state}"}} 1\n' in metrics), (0, True))
                 with subprocess.Popen([beside_it("zephan-status"), "--watch", "--config", "zephan-config.xml", "--schedule", "state/schedule.xml"],
                                       cwd=workspace.path, stdout=subprocess.PIPE, text=True) as watching:
-                    shown = [watching.stdout.readline() for _ in range(4 + (file == "zephan-config.xml"))]
+                    shown = [watching.stdout.readline() for _ in range(5)]
                     watching.terminate()
                 self.assertIn(f"{file} {said}", "".join(shown))
 
@@ -150,7 +150,7 @@ class StatusTest(unittest.TestCase):
         with Workspace() as workspace:
             with subprocess.Popen([beside_it("zephan-status"), "--schedule", "state/schedule.xml", "--watch"], cwd=workspace.path,
                                   stdout=subprocess.PIPE, text=True) as watching:
-                self.assertEqual([watching.stdout.readline() for _ in range(4)][0], "A start now would not bring RSM back.\n")
+                self.assertEqual([watching.stdout.readline() for _ in range(5)][0], "A start now would not bring RSM back.\n")
                 (workspace.path / "state/new.xml").write_text(schedule(date="9000:01:01", end_date="9000:01:01"))
                 os.rename(workspace.path / "state/new.xml", workspace.path / "state/schedule.xml")
                 self.assertIn("would wait for the schedule of 9000-01-01", watching.stdout.readline())

@@ -93,6 +93,11 @@ std::string minutesText(std::int64_t minutes) {
     return std::to_string(minutes) + (minutes == 1 ? " minute" : " minutes");
 }
 
+/// What is left of a period that a start takes up again.
+std::string leftText(std::int64_t minutes, std::int64_t rate) {
+    return minutes > 0 ? paceText(minutes, rate) : "less than a minute, too short for a poll";
+}
+
 }  // namespace
 
 std::string paceText(std::int64_t minutes, std::int64_t rate) {
@@ -149,12 +154,11 @@ std::string StateFiles::startText(std::int64_t now) const {
                                   : "";
     switch (start(now)) {
         case Start::resumes:
-            // Without a whole minute, or without a poll in a minute, RSM is over before its first poll.
-            return "A start now would resume RSM for " + paceText(resume.minutesLeft, resume.rate) + later +
+            return "A start now would resume RSM for " + leftText(resume.minutesLeft, resume.rate) + later +
                    ".";
         case Start::joinsSchedule:
             return "A start now would go on with the schedule of " + gmtText(schedule.start) + " for " +
-                   paceText(schedule.minutesLeft, schedule.rate) + ".";
+                   leftText(schedule.minutesLeft, schedule.rate) + ".";
         case Start::waits:
             return "A start now would wait for the schedule of " + gmtText(schedule.start) + ": " +
                    paceText(schedule.minutes, schedule.rate) + ".";

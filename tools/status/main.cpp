@@ -9,6 +9,7 @@
 #include "status/StatusJson.h"
 
 #include <chrono>
+#include <filesystem>
 #include <iostream>
 #include <optional>
 #include <string>
@@ -90,6 +91,11 @@ ExitStatus exitStatus(const status::StateFiles& files, std::int64_t now) {
     return notOn;
 }
 
+/// Perhaps because the path is relative to the agent's directory, and this is another one.
+bool isAstray(const status::FoundFile& file) {
+    return file.state == status::FoundFile::State::missing && std::filesystem::path(file.path).is_relative();
+}
+
 /// A line in which a terminal finds nothing to act upon, whatever a path holds.
 std::string line(const std::string& label, const std::string& text) {
     std::string shown = label;
@@ -124,6 +130,9 @@ int run(const tools::CommandLine& given) {
             files.isConfigured() ? "" : line("  configuration  ", files.configuration.problem());
         details += line("  last known     ", files.resumeText());
         details += line("  next schedule  ", files.scheduleText(now));
+        if (isAstray(files.configuration) || isAstray(files.resume) || isAstray(files.schedule)) {
+            details += line("  looked for in  ", std::filesystem::current_path().string());
+        }
         if (sentence + details != told) {
             if (given.has(json)) {
                 std::cout << jsonOf(files, now);
