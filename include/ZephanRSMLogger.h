@@ -63,8 +63,8 @@
 // defaults, and with the path of the first load:
 // - ZPXRSMLoggerStatup, called again, reads that file again, whatever path it is given; before,
 //   nothing of the logger was attached.
-// - ZPRSMExtnStartup, called again, finds a configuration and answers 0 with the defaults: no
-//   resume file, no script.
+// - ZPRSMExtnStartup, called after such a failure, of its own or of the logger's, finds a configuration
+//   and answers 0 with the defaults: no resume file, no script.
 // - For another path, or RSM with the settings of the file: ZPXRSMLoggerShutdown, then all starts.
 //
 //
@@ -82,7 +82,8 @@
 // - A disconnect or "ExitRSM" takes effect after one more poll, that is within one interval.
 // - The stop that ends RSM takes three seconds, during which polls go on. To stop quickly, disconnect,
 //   wait for one interval, and stop then. While a schedule waits, that stop always takes them.
-// - A disconnect leaves the resume file alone: a start within the ordered period resumes RSM.
+// - A disconnect and a stop leave the resume file alone: a start within the ordered period resumes RSM,
+//   for the whole minutes that are left. With less than one left RSM is reported, and over at once.
 // - KRXLogSetFunc and KRXLogSetAuditFunc are the agent's own; platform/agent/Logging.h declares them as
 //   the module sees them.
 //
@@ -212,9 +213,9 @@ ZP_EXPORT int8_t ZPRSMExtnShutdown(void* handle);
 
 // ---- Data-source extension ----------------------------------------------------------------------
 
-/// Starts the data-source extension with the path of the schedule file, which is created when it is
-/// missing; the first path stays in force. `handle`: may be null; receives a handle that no function
-/// needs. 0, or -1 with `*handle` unchanged.
+/// Starts the data-source extension with the path of the schedule file; the first path stays in force. The
+/// file is created when it is missing; when it cannot be, a line at the next order says so. `handle`: may
+/// be null; receives a handle that no function needs. 0, or -1 with `*handle` unchanged.
 /// [start-stop; before ZPRSMExtnStartup]
 ZP_EXPORT int8_t ZPXRSMDSStartup(void** handle, const char* scheduleFilePath);
 
@@ -246,7 +247,9 @@ ZP_EXPORT int32_t ZPXRSMDSSet(void);
 ///
 /// RSM starts at once when either of the first two is "immediate", or when the start has passed: then
 /// for the whole minutes that are left. An order runs once; a night is a GracePeriod of 480. Other
-/// names are ignored, so a misspelt one counts as absent. Of a number the leading digits count;
+/// names are ignored, so a misspelt one counts as absent. Of a date and a time only length and numbers
+/// are checked: any separators do, and "2030:02:30" is 2 March, though the answer repeats the text. Of a
+/// number the leading digits count;
 /// values have at most 99 characters. A period has as many polls as fit whole into each of its
 /// minutes: with a rate above 60 none, unless remote activity goes on. When it answers 0, the order
 /// is on the disk, or a line at ZP_LEVEL_FORCE has said that it could not be written. The answer is
@@ -284,7 +287,8 @@ ZP_EXPORT int8_t ZPXRSMDSDestroyPropList(void* reserved1, void* reserved2, PropL
 
 /// Starts the file logger with the path of the XML configuration file, used as it arrives. Deletes
 /// old log files. Afterwards the host hands every log and audit message to the two functions below.
-/// 0, or -1.
+/// 0, or -1; 0 also when the log file cannot be opened: without its directory, which is not made,
+/// nothing is written until the next start.
 /// [start-stop; before ZPRSMExtnStartup]
 ZP_EXPORT int8_t ZPXRSMLoggerStatup(const char* initParam);
 

@@ -11,6 +11,7 @@
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
+#include <memory>
 #include <string>
 #include <thread>
 #include <utility>
@@ -21,7 +22,7 @@ std::atomic<KRXLogHook> logHook;
 
 struct RunningThread {
     std::thread thread;
-    std::atomic<bool> active = true;
+    std::shared_ptr<std::atomic<bool>> active;  // a thread may outlive its object
 };
 
 }  // namespace
@@ -50,27 +51,30 @@ std::int8_t KRXThreadConstruct(KRXThread* thread) {
 }
 std::int8_t KRXThreadStart(KRXThread* thread, const char* /*name*/, int /*priority*/, int /*flags*/,
                            unsigned int /*stackSize*/, KRXThreadEntry entry, void* argument) {
-    auto* const running = new RunningThread;
-    thread->state = running;
-    running->thread = std::thread([=] {
-        entry(argument);
-        running->active = false;
-    });
+    const auto active = std::make_shared<std::atomic<bool>>(true);
+    thread->state = new RunningThread{std::thread([=] {
+                                          entry(argument);
+                                          *active = false;
+                                      }),
+                                      active};
     return 0;
 }
 int KRXThreadIsActive(KRXThread* thread) {
-    return thread->state != nullptr && static_cast<RunningThread*>(thread->state)->active ? 1 : 0;
+    return thread->state != nullptr && *static_cast<RunningThread*>(thread->state)->active ? 1 : 0;
 }
-std::int8_t KRXWaitForThread(KRXThread* thread, int* /*result*/, unsigned int /*milliseconds*/) {
-    if (auto* const running = static_cast<RunningThread*>(thread->state);
-        running != nullptr && running->thread.joinable()) {
-        running->thread.join();
+std::int8_t KRXWaitForThread(KRXThread* thread, int* /*result*/, unsigned int milliseconds) {
+    for (unsigned int waited = 0; KRXThreadIsActive(thread) != 0 && waited < milliseconds; ++waited) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
-    return 0;
+    return KRXThreadIsActive(thread) != 0 ? -1 : 0;
 }
+// One that still runs goes on by itself: it is a stop that gave up waiting for it.
 void KRXThreadDestroy(KRXThread* thread) {
-    KRXWaitForThread(thread, nullptr, 0);
-    delete static_cast<RunningThread*>(thread->state);
+    auto* const running = static_cast<RunningThread*>(thread->state);
+    if (running != nullptr) {
+        running->thread.detach();
+    }
+    delete running;
 }
 void KRXThreadSleep(unsigned int milliseconds) {
     std::this_thread::sleep_for(std::chrono::microseconds(milliseconds));
