@@ -25,7 +25,7 @@
 //                                KRXLogSetFunc(ZPXRSMLoggerLog), KRXLogSetAuditFunc(ZPXRSMLoggerAudit)
 //         3. ZPRSMExtnStartup    resumes an RSM that was cut off; starts or awaits a scheduled one
 //         4. ZPXRSMWSStartup, ZPXRSMWSCreateService
-// Stop:   1. ZPXRSMWSDestroyService, ZPXRSMWSShutdown
+// Stop:   1. ZPXRSMWSDestroyService, ZPXRSMWSShutdown: these may also come later, before 4
 //         2. ZPRSMExtnShutdown   before the logger: deletes a schedule file that is no longer needed
 //         3. ZPXRSMDSShutdown
 //         4. ZPXRSMLoggerShutdown, which ends everything and clears both log hooks
@@ -306,7 +306,8 @@ ZP_EXPORT int8_t ZPXRSMLoggerLog(uint8_t level, const char* message);
 /// call that begins an activity returns when the enterprise has been told, by this thread or by one
 /// that is already reporting, and the modality script has ended; audit messages of other threads do
 /// not wait for that. 0, or -1 for a null message.
-/// [any thread; while the logger is not started it only echoes]
+/// [any thread; while the logger is not started it only echoes, and a line says when there is no
+/// configuration]
 ZP_EXPORT int8_t ZPXRSMLoggerAudit(const char* message);
 
 // ---- Web-service extension ----------------------------------------------------------------------
