@@ -73,7 +73,7 @@ void check(const tools::CommandLine& given) {
         throw UsageError("more files than are shown at once: " + given.words.back());
     }
     if (isPage && !given.has('o')) {
-        throw UsageError("no file for the page (-o FILE)");
+        throw UsageError("no file for the page (-o FILE); --csv and --perfetto need none");
     }
 }
 
