@@ -109,12 +109,14 @@ class ReportPageTest(unittest.TestCase):
         again = entry(20, "\n *** Setting Service Agent pointer in ZephanRSMSingleTon *** ")
         started = "".join(entry(20, f"Custom HVK Extension: {family} startup complete.") for family in ("RSM Extension", "RSM WebService Extension"))
         report = "".join(entry(20, text) for text in (" RSM_MODE = FORCE_POLL_GRACE ", " RSM_GRACE_PERIOD = 1 ", " RSM_DELAY_PROFILE_GRACE_PERIOD = 0 "))
+        named = entry(20, "rsm Remote tunnel opened")  # a message is no start of a family
         poll = entry(15, "\nZephan Agent is Force Polling  ...")
-        for name, parts in (("the start first", (again, started, report)), ("the report first", (again, report, started)), ("without the agent's line", (started, report))):
+        for name, parts in (("the start first", (again, started, report)), ("the report first", (again, report, started)),
+                            ("a message between them", (again, named, report, started)), ("without the agent's line", (started, report))):
             with self.subTest(name):
                 first, second = ("".join(part.replace(":20 ::", f":{at} ::") for part in parts) for at in (10, 20))
                 (self.workspace.path / "k.xml").write_text(first + poll + second + poll.replace(":15 ", ":25 "))
-                self.assertEqual(self.workspace.draw("k.xml", "-o", "log.html"), (0, ""))
+                self.assertEqual(self.workspace.draw("k.xml", "--config", "zephan-config.xml", "-o", "log.html"), (0, ""))
                 self.open(self.workspace.path / "log.html")
                 self.assertEqual(self.bands(), [["grace", 0, 5], ["none", 5, 10], ["grace", 10, None]])
                 self.assertEqual([told.split(" \u00b7 ")[-1] for told in self.told()], ["over: the log does not tell how", "did not end before the session did"])

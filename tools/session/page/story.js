@@ -183,11 +183,11 @@ class Story {
         if (this.destroyed) {
             this.judgeEnd(first, second, t);
         }
-        if (first === 'start' && this.up.has(second) && !this.back.has(second)) {
-            this.beginAnew(number - 1);  // the level of the log has left out its first line, and this one's own is the event before
-        }
-        this.back.delete(second);
         if (first === 'start') {
+            if (this.up.has(second) && !this.back.has(second)) {
+                this.beginAnew(number - 1);  // the level of the log has left out its first line, and this one's own is the event before
+            }
+            this.back.delete(second);
             // A kill while nothing ran shows only by a second start.
             const isBack = this.killed || this.up.has(second);
             const type = isBack ? 'restart' : 'start';
