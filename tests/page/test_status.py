@@ -137,6 +137,13 @@ class StatusTest(unittest.TestCase):
                     watching.terminate()
                 self.assertIn(f"{file} {said}", "".join(shown))
 
+    def test_from_a_directory_that_is_gone(self):
+        with Workspace() as workspace:
+            done = subprocess.run(["sh", "-c", 'mkdir gone && cd gone && rmdir ../gone && exec "$0" --schedule s.xml', beside_it("zephan-status")],
+                                  cwd=workspace.path, capture_output=True, text=True, timeout=60)
+            self.assertEqual((done.returncode, done.stderr), (0, ""))
+            self.assertTrue(done.stdout.endswith("none: s.xml is missing\n"), done.stdout)
+
     def test_metrics_of_the_log(self):
         with Workspace() as workspace:
             for name, size, written in (("kelp-logs.xml", 10, 1700000100), ("kelp-logs2023_11_14_22_13_20.xml", 20, 1700000000), ("kelp-logs.txt", 40, 1800000000)):

@@ -13,6 +13,7 @@
 #include <iostream>
 #include <optional>
 #include <string>
+#include <system_error>
 #include <thread>
 
 namespace {
@@ -130,8 +131,10 @@ int run(const tools::CommandLine& given) {
             files.isConfigured() ? "" : line("  configuration  ", files.configuration.problem());
         details += line("  last known     ", files.resumeText());
         details += line("  next schedule  ", files.scheduleText(now));
-        if (isAstray(files.configuration) || isAstray(files.resume) || isAstray(files.schedule)) {
-            details += line("  looked for in  ", std::filesystem::current_path().string());
+        std::error_code error;  // of a directory that is gone
+        const std::string here = std::filesystem::current_path(error).string();
+        if (!error && (isAstray(files.configuration) || isAstray(files.resume) || isAstray(files.schedule))) {
+            details += line("  looked for in  ", here);
         }
         if (sentence + details != told) {
             if (given.has(json)) {
