@@ -71,9 +71,9 @@
 // ---- When what happens --------------------------------------------------------------------------
 //
 // - The first poll comes one whole interval after the order has been reported, up to 5 seconds later
-//   while a schedule waits. An order while RSM runs takes effect at the end of the interval under way, with
-//   a poll that counts for neither order: "connect 10 30" at 0 s and "connect 5 60" at 95 s poll at
-//   120 s, and then at 180 s and four times more.
+//   while a schedule waits. An order while RSM runs takes effect at the end of the interval under way,
+//   with a poll that counts for neither order: "connect 10 30" at 0 s and "connect 5 60" at 95 s poll
+//   at 120 s, and then at 180 s and four times more.
 // - An order has no upper bound: a connect for 2147483647 minutes is accepted. One that comes to no
 //   poll (0 minutes, a rate below 1 or above 60 seconds) is accepted, too, reported, and over at once
 //   unless remote activity goes on.
@@ -213,9 +213,9 @@ ZP_EXPORT int8_t ZPRSMExtnShutdown(void* handle);
 
 // ---- Data-source extension ----------------------------------------------------------------------
 
-/// Starts the data-source extension with the path of the schedule file; the first path stays in force. The
-/// file is created when it is missing; when it cannot be, a line at the next order says so. `handle`: may
-/// be null; receives a handle that no function needs. 0, or -1 with `*handle` unchanged.
+/// Starts the data-source extension with the path of the schedule file; the first path stays in force.
+/// The file is created when it is missing; when it cannot be, a line at the next order says so.
+/// `handle`: may be null; receives a handle that no function needs. 0, or -1 with `*handle` unchanged.
 /// [start-stop; before ZPRSMExtnStartup]
 ZP_EXPORT int8_t ZPXRSMDSStartup(void** handle, const char* scheduleFilePath);
 
@@ -248,12 +248,11 @@ ZP_EXPORT int32_t ZPXRSMDSSet(void);
 /// RSM starts at once when either of the first two is "immediate", or when the start has passed: then
 /// for the whole minutes that are left. An order runs once; a night is a GracePeriod of 480. Other
 /// names are ignored, so a misspelt one counts as absent. Of a date and a time only length and numbers
-/// are checked: any separators do, and "2030:02:30" is 2 March, though the answer repeats the text. Of a
-/// number the leading digits count;
-/// values have at most 99 characters. A period has as many polls as fit whole into each of its
-/// minutes: with a rate above 60 none, unless remote activity goes on. When it answers 0, the order
-/// is on the disk, or a line at ZP_LEVEL_FORCE has said that it could not be written. The answer is
-/// one of
+/// are checked: any separators do, and "2030:02:30" is 2 March, though the answer repeats the text. Of
+/// a number the leading digits count; values have at most 99 characters. A period has as many polls as
+/// fit whole into each of its minutes: with a rate above 60 none, unless remote activity goes on. When
+/// it answers 0, the order is on the disk, or a line at ZP_LEVEL_FORCE has said that it could not be
+/// written. The answer is one of
 ///
 ///   0  CommandResult "Pass", RSMStartDate, RSMStartTime ("09:00:00 GMT"), PollingRate, GracePeriod
 ///   1  CommandResult "Failed"; for each rejected property, in the order above, its name with the reason
